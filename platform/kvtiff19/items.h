@@ -1,0 +1,61 @@
+// How the group families see a group: its stored items in order, and a place to append new ones.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "interfaces/kvtiff19.h"
+
+namespace utdata::kvtiff19 {
+
+/// One item of a committed group, in place in the file's metadata.
+struct StoredItem {
+  std::uint16_t code;
+  std::uint8_t type;               ///< SCFile::ValueType; 0 for a child group
+  std::uint32_t count;             ///< elements as stored; of a text its UTF-8 bytes, without terminator
+  std::span<const std::byte> data; ///< the value's bytes, little-endian, not aligned; of a child group its body
+};
+
+/// Walks the items of a committed group from the first to the last; the structure was checked when the file was opened.
+class ItemWalk {
+ public:
+  explicit ItemWalk(const SCFile::Node& group);
+  /// The next item, false after the last.
+  bool Next(StoredItem& item);
+
+ private:
+  const std::byte* m_at;
+  std::uint32_t m_left;
+};
+
+/// Appends a value in its stored form to an uncommitted group. A failure also makes the next commit of the file fail.
+/// @param count elements as stored (of a text its UTF-8 bytes)
+[[nodiscard]] int AppendItem(SCFile::Node& group, std::uint16_t code, SCFile::ValueType type, std::uint32_t count,
+                             std::span<const std::byte> data);
+
+/// Appends the UTF-8 form of a text; false when it holds something that is not a character (nothing is then appended). Surrogate
+/// pairs are joined where wchar_t has two bytes.
+[[nodiscard]] bool AppendUtf8(std::string& utf8, std::wstring_view text);
+/// The text of well-formed UTF-8; nothing when it is malformed.
+[[nodiscard]] std::optional<std::wstring> FromUtf8(std::string_view utf8);
+
+/// What a known group type asks of one of its items.
+struct ItemRule {
+  std::uint16_t code;
+  std::uint8_t type;        ///< SCFile::ValueType
+  std::uint32_t minCount;   ///< elements as stored
+  std::uint32_t maxCount;
+  std::uint32_t multipleOf; ///< of the elements; 1 for no rule
+};
+/// The rules of a group type, ordered as its fields are stored; empty for a type without a family. Items of other codes are free.
+/// For text fields maxCount bounds the UTF-8 bytes.
+[[nodiscard]] std::span<const ItemRule> RulesOfGroupType(std::uint32_t typeCode);
+
+/// Records what went wrong for SCFile::file_LastError of this thread, and returns the status.
+int Fail(int status, std::string_view what);
+
+}  // namespace utdata::kvtiff19
