@@ -54,8 +54,6 @@ struct CGChanTypeDescr {
   std::uint32_t compression = 1;     ///< samples merged into one
   float smoothing = 0;        ///< of the rectified signal, Hz
   float reject = 0;           ///< percent
-  float transferCorrection = 0;      ///< for the part's surface against the calibration block's, dB
-  float attenuationCorrection = 0;   ///< for the part's material, dB/m of sound path
   float indexOffset = 0;      ///< probe index point along the column axis, m
   float scanOffset = 0;       ///< probe index point along the row axis, m
   float focalDepth = 0;       ///< m, 0 unfocused
@@ -70,6 +68,8 @@ struct CGChanTypeDescr {
   std::uint32_t color = 0;    ///< 0xRRGGBB
   std::int32_t enabled = 1;
   std::wstring comment;
+  float transferCorrection = 0;      ///< for the part's surface against the calibration block's, dB
+  float attenuationCorrection = 0;   ///< for the part's material, dB/m of sound path
 };
 
 /// Sub-channel: one beam of a channel with several (a sector or an electronic scan).

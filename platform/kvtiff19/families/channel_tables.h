@@ -48,7 +48,9 @@ struct FieldTable<CGChanTypeDescr> {
       UTDATA_FIELD(35, synchroLevel, "percent"),
       UTDATA_FIELD(36, color, "0xRRGGBB"),
       UTDATA_FIELD(37, enabled, ""),
-      UTDATA_FIELD(38, comment, "")};
+      UTDATA_FIELD(38, comment, ""),
+      UTDATA_FIELD(39, transferCorrection, "for the part's surface against the calibration block's, dB"),
+      UTDATA_FIELD(40, attenuationCorrection, "for the part's material, dB/m of sound path")};
 };
 
 template <>
