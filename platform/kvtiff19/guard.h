@@ -32,4 +32,10 @@ inline int BadCall(const char* what) { return Fail(SCFile::status_BadArgument, w
 [[nodiscard]] inline bool IsFile(const Node* node) { return node && node->state == NodeState::File; }
 [[nodiscard]] inline bool IsGroup(const Node* node) { return node && node->state != NodeState::File; }
 
+/// Sets what a caller wants to know.
+template <class Value>
+void Give(Value* target, Value value) {
+  if (target) *target = value;
+}
+
 }  // namespace utdata::kvtiff19
