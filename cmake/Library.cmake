@@ -29,7 +29,7 @@ target_include_directories(utdata PUBLIC
 # Installed, the interface headers find each other through the quote path: on the ordinary path, include/utdata/error.h would hide
 # the C library's <error.h> from the host.
 target_compile_options(utdata INTERFACE
-  $<INSTALL_INTERFACE:$<$<NOT:$<CXX_COMPILER_ID:MSVC>>:SHELL:-iquote \"$<INSTALL_PREFIX>/${CMAKE_INSTALL_INCLUDEDIR}/utdata\">>)
+  $<INSTALL_INTERFACE:$<$<NOT:$<CXX_COMPILER_ID:MSVC>>:-iquote$<INSTALL_PREFIX>/${CMAKE_INSTALL_INCLUDEDIR}/utdata>>)
 target_link_libraries(utdata PUBLIC Eigen3::Eigen PRIVATE Threads::Threads)
 if(NOT MSVC AND NOT APPLE AND NOT UTDATA_SANITIZE)
   target_link_options(utdata PRIVATE -Wl,--no-undefined)
