@@ -85,6 +85,10 @@ UTDATA_API int file_CreateEx(const wchar_t* path, FileHandle* file);
 /// commit failed; what was gathered is then dropped. Nothing to do is a success. Groups made before the commit stay readable.
 UTDATA_API int file_Commit(FileHandle file);
 
+/// Drops everything written since the last commit and gives the writer's lock up; the groups made since then are empty from now on.
+/// Nothing to drop is a success.
+UTDATA_API int file_Discard(FileHandle file);
+
 /// Closes the file, its groups and the views mapped from it. What was not committed is dropped. Null is status_BadArgument.
 UTDATA_API int file_Close(FileHandle file);
 
@@ -149,6 +153,11 @@ UTDATA_API int file_BlockUnmap(FileHandle file, void* data);
 [[nodiscard]] UTDATA_API const wchar_t* file_Path(const Node* file);
 /// The number of commits that the file holds.
 [[nodiscard]] UTDATA_API std::uint64_t file_CommitNumber(const Node* file);
+
+/// What a group type is called ("channel", "modified channel"); empty for a type without a family.
+[[nodiscard]] UTDATA_API std::string file_TypeName(std::uint32_t typeCode);
+/// The record field that an item of a group type holds, as the descriptor names it; empty when the type has no such field.
+[[nodiscard]] UTDATA_API std::string file_FieldName(std::uint32_t typeCode, std::uint32_t itemCode);
 
 /// Told what file_Verify has read of the sample blocks: bytes done and in all. Returns false to stop.
 using VerifyProgress = bool (*)(void* context, std::uint64_t done, std::uint64_t total);

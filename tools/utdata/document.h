@@ -1,0 +1,70 @@
+// One inspection as the program holds it: its file descriptor and everything in it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "utdata/fcont.h"
+
+namespace utdata::program {
+
+/// Owns the descriptor, its open files and its group descriptors. Moved, never copied; used by one thread. Every failure is thrown as
+/// a Failure that names the file.
+class Document {
+ public:
+  /// An inspection without groups, to be filled and written at `path`.
+  [[nodiscard]] static Document New(const std::string& path);
+
+  /// Loads an inspection file and the numbered companions beside it, and gives data groups without a bookmark type theirs.
+  [[nodiscard]] static Document Load(const std::string& path);
+
+  /// The group lists; what is added to them belongs to the document from then on.
+  [[nodiscard]] CFContTypeFileDescr& Groups() { return *m_groups; }
+  [[nodiscard]] const CFContTypeFileDescr& Groups() const { return *m_groups; }
+
+  [[nodiscard]] const std::string& Path() const { return m_path; }
+  /// The paths of the files that it was read from, the named one first.
+  [[nodiscard]] std::vector<std::string> Files() const;
+
+  /// Writes the whole inspection as a new file. An existing one stays, and the write fails, unless `replace` is true.
+  void WriteNew(bool replace);
+
+  /// Writes the groups of `changes` as modifications of this loaded inspection, into its next numbered companion.
+  /// @return the companion's path
+  std::string WriteCompanion(Document& changes);
+
+ private:
+  struct Release {
+    void operator()(CFContTypeFileDescr* groups) const;
+  };
+
+  Document(std::string path, CFContTypeFileDescr* groups) : m_path(std::move(path)), m_groups(groups) {}
+
+  std::string m_path;
+  std::unique_ptr<CFContTypeFileDescr, Release> m_groups;
+};
+
+/// Fails when a new inspection file cannot stand at `path`: a file of that name unless `replace` is true, a companion of another
+/// inspection that would be read with it, or a folder that is missing. Cheap, for a check before long work.
+void CheckNewPath(const std::string& path, bool replace);
+
+/// The samples of a data group, mapped for as long as this lives; the group's file must stay open. Throws Failure when there are none.
+class MappedSamples {
+ public:
+  explicit MappedSamples(const CGDataTypeFDD& group);
+  ~MappedSamples();
+  MappedSamples(const MappedSamples&) = delete;
+  MappedSamples& operator=(const MappedSamples&) = delete;
+
+  [[nodiscard]] const std::byte* Data() const { return static_cast<const std::byte*>(m_data); }
+  [[nodiscard]] std::uint64_t Size() const { return m_size; }  ///< bytes
+
+ private:
+  SCFile::FileHandle m_file;
+  void* m_data = nullptr;
+  std::uint64_t m_size = 0;
+};
+
+}  // namespace utdata::program

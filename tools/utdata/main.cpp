@@ -1,0 +1,71 @@
+// utdata: makes, shows and checks inspection files, one verb per job.
+
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+
+#include "failure.h"
+#include "interrupt.h"
+#include "text.h"
+#include "verbs.h"
+
+namespace {
+
+using namespace utdata::program;
+
+constexpr int jobFailed = 1;
+constexpr int wrongUsage = 2;
+
+void DescribeProgram(CLI::App& program) {
+  program.description("Makes, shows and checks ultrasonic inspection files.");
+  program.set_version_flag("--version", "utdata " UTDATA_VERSION);
+  program.require_subcommand(1);
+  program.get_formatter()->column_width(34);
+  program.footer("'utdata VERB --help' explains a verb. Exit status: 0 done, 1 the job failed, 2 wrong usage.");
+  AddDemoVerb(program);
+  AddImportVerb(program);
+  AddInfoVerb(program);
+  AddTreeVerb(program);
+  AddVerifyVerb(program);
+}
+
+/// One line that says what is wrong with the command line and where help is.
+std::string UsageLine(const CLI::App& program, const CLI::ParseError& error) {
+  const auto chosen = program.get_subcommands();
+  const std::string verb = chosen.empty() ? "" : " " + chosen.front()->get_name();
+  return "utdata" + verb + ": " + Printable(error.what()) + "; see 'utdata" + verb + " --help'\n";
+}
+
+int Run(int argc, char** argv) {
+  CLI::App program;
+  DescribeProgram(program);
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::Success& help) {
+    return program.exit(help);
+  } catch (const CLI::ParseError& error) {
+    std::fputs(UsageLine(program, error).c_str(), stderr);
+    return wrongUsage;
+  }
+  return 0;
+}
+
+int Fail(const char* why, int status) {
+  std::fprintf(stderr, "utdata: %s\n", why);
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const Interrupted& interrupted) {
+    return Fail(interrupted.what(), interruptedStatus);
+  } catch (const std::bad_alloc&) {
+    return Fail("not enough memory", jobFailed);
+  } catch (const std::exception& failure) {
+    return Fail(failure.what(), jobFailed);
+  }
+}

@@ -1,0 +1,25 @@
+// Physical quantities as the program shows them: base units in, the field's everyday units out.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "interfaces/kvtiff19.h"
+
+namespace utdata::program {
+
+/// A number with up to six significant digits and no trailing zeros.
+[[nodiscard]] std::string Number(double value);
+
+[[nodiscard]] std::string Millimetres(double metres);    ///< "12.5 mm"
+[[nodiscard]] std::string Microseconds(double seconds);  ///< "6.76 µs"
+[[nodiscard]] std::string Degrees(double degrees);       ///< "45°"
+[[nodiscard]] std::string Percent(double percent);       ///< "80 %"
+[[nodiscard]] std::string Decibels(double decibels);     ///< "38 dB"
+[[nodiscard]] std::string Bytes(std::uint64_t bytes);    ///< "1.3 MB", decimal multiples
+[[nodiscard]] std::string Duration(double seconds);      ///< "0.12 s", "3 min 20 s"
+
+/// A value on an axis whose base unit is `units`.
+[[nodiscard]] std::string OnAxis(double value, kvt_enumUnits units);
+
+}  // namespace utdata::program

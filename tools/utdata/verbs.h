@@ -1,0 +1,14 @@
+// The verbs of the program, one file each. Adding a verb declares its options; its job runs when the command line names it.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace utdata::program {
+
+void AddDemoVerb(CLI::App& program);
+void AddImportVerb(CLI::App& program);
+void AddInfoVerb(CLI::App& program);
+void AddTreeVerb(CLI::App& program);
+void AddVerifyVerb(CLI::App& program);
+
+}  // namespace utdata::program

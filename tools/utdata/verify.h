@@ -1,0 +1,31 @@
+// The check of a whole file, and what is said about it.
+#pragma once
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace utdata::program {
+
+/// What was found about one file.
+struct Verdict {
+  std::string path;
+  int status = 0;                     ///< SCFile::Status of the first problem; 0 when the file is clean
+  std::vector<std::string> problems;  ///< one line each; empty when the file is clean
+  std::uint64_t commits = 0;
+  std::uint64_t size = 0;  ///< bytes
+
+  [[nodiscard]] bool IsClean() const { return status == 0; }
+  /// One or two words for the status: "clean", "damaged", ...
+  [[nodiscard]] std::string Word() const;
+  /// One line without its end: "weld.fpd: clean, 2 commits, 1.3 MB".
+  [[nodiscard]] std::string Line() const;
+  [[nodiscard]] nlohmann::ordered_json Json() const;
+};
+
+/// Checks every byte of a file, sample blocks included; companions are files of their own.
+/// @param quiet shows no progress
+[[nodiscard]] Verdict Verify(const std::string& path, bool quiet);
+
+}  // namespace utdata::program
