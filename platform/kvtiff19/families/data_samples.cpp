@@ -7,6 +7,7 @@
 #include <new>
 
 #include "platform/kvtiff19/families/data_table.h"
+#include "platform/kvtiff19/format.h"
 
 namespace utdata::kvtiff19 {
 namespace {
@@ -61,10 +62,9 @@ bool ReferToBlock(SCFile::GroupHandle group,
                   const StoredItem& item,
                   std::uint32_t index,
                   gdata_typeSampleRef& samples) {
-  gdata_typeSampleRef block{0, 0, group, index};
   if (item.type != SCFile::value_Block) return false;
-  if (SCFile::file_BlockInfo(group, index, &block.offset, &block.size) != SCFile::status_Ok) return false;
-  samples = block;
+  const BlockRef block = DecodeBlockRef(item.data.data());
+  samples = {block.offset, block.size, group, index};
   return true;
 }
 

@@ -19,6 +19,7 @@
 
 #include "interfaces/kvtiff19.h"
 #include "platform/kvtiff19/items.h"
+#include "platform/kvtiff19/text.h"
 
 namespace utdata::kvtiff19 {
 
@@ -209,9 +210,10 @@ struct ValueCodec<wchar_t[size]> {
     return EncodeText(View(member), scratch);
   }
   static bool Decode(const StoredItem& item, wchar_t (&member)[size]) {
-    const std::optional<std::wstring> text = FromUtf8(TextOf(item));
-    if (!text || text->size() >= size || text->find(L'\0') != std::wstring::npos) return false;
-    std::fill(std::copy(text->begin(), text->end(), member), member + size, L'\0');
+    const std::optional<std::size_t> length = WideLength(TextOf(item));
+    if (!length || *length >= size || TextOf(item).find('\0') != std::string_view::npos) return false;
+    CopyWide(TextOf(item), member);
+    std::fill(member + *length, member + size, L'\0');
     return true;
   }
   static bool Same(const wchar_t (&a)[size], const wchar_t (&b)[size]) { return View(a) == View(b); }
