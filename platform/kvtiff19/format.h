@@ -135,6 +135,13 @@ inline void EncodeItemHeader(std::byte* at, std::uint16_t code, std::uint8_t typ
 [[nodiscard]] constexpr std::uint64_t DataSize(std::uint8_t type, std::uint32_t count) {
   return type == 0 ? count : std::uint64_t{count} * ElementSize(type);
 }
+/// Whether an item is one number of four bytes, as most are. A walk asks this first and by a branch: a processor that guesses the answer
+/// goes on to the next item without waiting for this one's size.
+[[nodiscard]] inline bool IsOneNumber(const ItemHeader& header) {
+  constexpr std::uint32_t types = 1u << SCFile::value_Int32 | 1u << SCFile::value_UInt32 | 1u << SCFile::value_Float;
+  return header.count == 1 && header.type < 32 && (types >> header.type & 1u) != 0;
+}
+inline constexpr std::size_t oneNumberSize = 4;
 
 /// Where a block and the table of its chunks' checksums lie.
 struct BlockRef {

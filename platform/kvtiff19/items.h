@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "interfaces/kvtiff19.h"
+#include "platform/kvtiff19/format.h"
 
 namespace utdata::kvtiff19 {
 
@@ -25,7 +26,20 @@ class ItemWalk {
  public:
   explicit ItemWalk(const SCFile::Node& group);
   /// The next item, false after the last.
-  bool Next(StoredItem& item);
+  bool Next(StoredItem& item) {
+    if (m_left == 0) return false;
+    --m_left;
+    const ItemHeader header = DecodeItemHeader(m_at);
+    if (IsOneNumber(header)) [[likely]] {
+      item = {header.code, header.type, 1, {m_at + itemHeaderSize, oneNumberSize}};
+      m_at += itemHeaderSize + oneNumberSize;
+    } else {
+      const auto size = static_cast<std::size_t>(DataSize(header.type, header.count));
+      item = {header.code, header.type, header.count, {m_at + itemHeaderSize, size}};
+      m_at += itemHeaderSize + static_cast<std::size_t>(RoundUp(size, 4));
+    }
+    return true;
+  }
 
  private:
   const std::byte* m_at;
@@ -55,9 +69,15 @@ struct ItemRule {
   std::uint8_t type;       ///< SCFile::ValueType
   std::uint32_t minCount;  ///< elements as stored
   std::uint32_t maxCount;
-  std::uint32_t multipleOf;  ///< of the elements; 1 for no rule
+  std::uint32_t multipleOf;     ///< of the elements; 1 for no rule
+  std::uint32_t maxCharacters;  ///< of a text for a fixed place, which holds no null character; 0 for no rule
 };
-/// The rules of a group type, ordered as its fields are stored; empty for a type without a family. Items of other codes are free.
+
+/// No group type has more rules than this.
+inline constexpr std::size_t maxRules = 64;
+
+/// The rules of a group type, ordered as its fields are stored; empty for a type without a family. An item of a known code comes once at
+/// most; items of other codes are free.
 /// For text fields maxCount bounds the UTF-8 bytes.
 [[nodiscard]] std::span<const ItemRule> RulesOfGroupType(std::uint32_t typeCode);
 

@@ -1,6 +1,6 @@
 #include "platform/kvtiff19/structure.h"
 
-#include <algorithm>
+#include <bitset>
 #include <optional>
 
 #include "platform/kvtiff19/items.h"
@@ -59,6 +59,15 @@ class StructureCheck {
     if (left.size() < itemHeaderSize) return Refuse("an item is cut short");
     const ItemHeader header = DecodeItemHeader(left.data());
     if (header.reserved != 0) return Refuse("a reserved byte of an item is not zero");
+    if (IsOneNumber(header)) [[likely]] {
+      if (left.size() < itemHeaderSize + oneNumberSize) return Refuse("an item is longer than its group");
+      left = left.subspan(itemHeaderSize + oneNumberSize);
+      return true;
+    }
+    return TakeOther(left, header, depth);
+  }
+
+  bool TakeOther(Bytes& left, const ItemHeader& header, unsigned depth) {
     if (header.type != 0 && ElementSize(header.type) == 0) return Refuse("an item has an unknown value type");
     const std::uint64_t size = DataSize(header.type, header.count);
     const std::uint64_t padded = RoundUp(size, 4);
@@ -97,23 +106,37 @@ bool CheckStructure(Bytes body, std::uint64_t blockEnd, std::vector<std::uint32_
   return false;
 }
 
+namespace {
+
+bool Fits(const StoredItem& item, const ItemRule& rule) {
+  if (item.type != rule.type || item.count < rule.minCount || item.count > rule.maxCount) return false;
+  if (rule.multipleOf > 1 && item.count % rule.multipleOf != 0) return false;
+  if (rule.maxCharacters == 0) return true;
+  const std::string_view text = AsText(item.data);
+  return text.find('\0') == std::string_view::npos && WideLength(text).value_or(maxNameLength) <= rule.maxCharacters;
+}
+
+}  // namespace
+
 bool CheckRules(const Node& group, std::string& problem) {
   const std::span<const ItemRule> rules = RulesOfGroupType(group.typeCode);
   if (rules.empty()) return true;
   // Items mostly follow each other as the rules do; `expected` is the rule after the last one met.
   std::size_t expected = 0;
+  std::bitset<maxRules> seen;
   StoredItem item;
   for (ItemWalk walk(group); walk.Next(item);) {
-    auto rule = rules.begin() + static_cast<std::ptrdiff_t>(expected);
-    if (rule == rules.end() || rule->code != item.code)
-      rule = std::find_if(rules.begin(), rules.end(), [&](const ItemRule& each) { return each.code == item.code; });
-    if (rule == rules.end()) continue;
-    expected = static_cast<std::size_t>(rule - rules.begin()) + 1;
-    const bool fits = item.type == rule->type && item.count >= rule->minCount && item.count <= rule->maxCount &&
-                      (rule->multipleOf <= 1 || item.count % rule->multipleOf == 0);
-    if (fits) continue;
+    std::size_t at = expected;
+    if (at == rules.size() || rules[at].code != item.code)
+      for (at = 0; at < rules.size() && rules[at].code != item.code;) ++at;
+    if (at == rules.size()) continue;
+    expected = at + 1;
+    if (Fits(item, rules[at]) && !seen[at]) {
+      seen[at] = true;
+      continue;
+    }
     problem = "item " + std::to_string(item.code) + " of a group of type " + std::to_string(group.typeCode) +
-              " does not fit that type";
+              (seen[at] ? " comes twice" : " does not fit that type");
     return false;
   }
   return true;

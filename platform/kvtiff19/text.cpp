@@ -38,6 +38,9 @@ bool AppendUtf8(std::string& utf8, std::wstring_view text) {
 std::optional<std::wstring> FromUtf8(std::string_view utf8) {
   std::wstring text;
   text.reserve(utf8.size());
+  const std::size_t ascii = AsciiPrefix(utf8);
+  text.assign(utf8.begin(), utf8.begin() + static_cast<std::ptrdiff_t>(ascii));
+  utf8.remove_prefix(ascii);
   while (!utf8.empty()) {
     const char32_t character = os::TakeUtf8(utf8);
     if (character == os::notACharacter) return std::nullopt;

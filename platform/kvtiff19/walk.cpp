@@ -8,16 +8,6 @@ namespace utdata::kvtiff19 {
 ItemWalk::ItemWalk(const SCFile::Node& group)
     : m_at(group.items.data()), m_left(group.state == NodeState::Committed ? group.itemCount : 0) {}
 
-bool ItemWalk::Next(StoredItem& item) {
-  if (m_left == 0) return false;
-  --m_left;
-  const ItemHeader header = DecodeItemHeader(m_at);
-  const auto size = static_cast<std::size_t>(DataSize(header.type, header.count));
-  item = {header.code, header.type, header.count, {m_at + itemHeaderSize, size}};
-  m_at += itemHeaderSize + static_cast<std::size_t>(RoundUp(size, 4));
-  return true;
-}
-
 int AppendItem(SCFile::Node& group, std::uint16_t code, SCFile::ValueType type, std::uint32_t count, Bytes data) {
   if (group.state != NodeState::Pending)
     return FailAt(*group.file, SCFile::status_BadArgument, "the group is not being written");

@@ -35,7 +35,8 @@ struct Field {
   std::string_view note;  ///< unit or meaning, for the page of group types
 
   [[nodiscard]] constexpr ItemRule Rule() const {
-    return {code, Codec::shape.type, Codec::shape.minCount, Codec::shape.maxCount, Codec::shape.multipleOf};
+    constexpr ValueShape shape = Codec::shape;
+    return {code, shape.type, shape.minCount, shape.maxCount, shape.multipleOf, shape.maxCharacters};
   }
 };
 

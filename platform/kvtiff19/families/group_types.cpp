@@ -23,7 +23,7 @@ constexpr auto rules<CGDataTypeFDD> = [] {
   constexpr auto fields = RulesOfFields<CGDataTypeFDD>();
   std::array<ItemRule, fields.size() + 1> all{};
   std::copy(fields.begin(), fields.end(), all.begin());
-  all.back() = {sampleBlockCode, SCFile::value_Block, 0, anyCount, 1};
+  all.back() = {sampleBlockCode, SCFile::value_Block, 1, 1, 1, 0};
   return all;
 }();
 
@@ -37,6 +37,7 @@ constexpr auto allRules = [] {
   std::array<TypeRules, 2 * std::tuple_size_v<decltype(groupTypes)>> all{};
   std::size_t count = 0;
   const auto add = [&]<class Record>(const GroupType<Record>& type) {
+    static_assert(rules<Record>.size() <= maxRules);
     for (const std::uint32_t code : {type.primary, type.modifier}) all[count++] = {code, rules<Record>};
   };
   std::apply([&](const auto&... type) { (add(type), ...); }, groupTypes);

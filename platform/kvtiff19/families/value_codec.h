@@ -31,6 +31,7 @@ struct ValueShape {
   std::uint32_t minCount;
   std::uint32_t maxCount;
   std::uint32_t multipleOf = 1;
+  std::uint32_t maxCharacters = 0;
 };
 
 /// A value ready to be appended; `data` points at the member itself or into the scratch that was handed in.
@@ -199,7 +200,7 @@ struct ValueCodec<std::wstring> {
 template <std::size_t size>
 struct ValueCodec<wchar_t[size]> {
   static constexpr std::uint32_t maxUtf8 = 4 * (size - 1);
-  static constexpr ValueShape shape{SCFile::value_Text, 0, maxUtf8};
+  static constexpr ValueShape shape{SCFile::value_Text, 0, maxUtf8, 1, size - 1};
 
   /// Without a terminator the whole place counts.
   static std::wstring_view View(const wchar_t (&member)[size]) {
