@@ -1,0 +1,115 @@
+// The machine's own file system behind the layer's interface, and paths.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "interfaces/os.h"
+#include "platform/os/path.h"
+#include "tests/support/file_folder.h"
+
+namespace {
+
+using namespace utdata::os;
+using utdata::test::FileFolder;
+
+std::unique_ptr<File> Open(const std::wstring& path, OpenMode mode, Error expected = Error::None) {
+  std::unique_ptr<File> file;
+  EXPECT_EQ(CurrentFileSystem().Open(path, mode, file), expected);
+  EXPECT_EQ(file != nullptr, expected == Error::None);
+  return file;
+}
+
+std::span<const std::byte> AsBytes(std::string_view text) { return std::as_bytes(std::span(text)); }
+
+TEST(FileSystem, OpensByMode) {
+  const FileFolder folder;
+  const std::wstring path = folder / L"a\x00E9\U0001F527";
+  Open(path, OpenMode::Read, Error::NotFound);
+  Open(path, OpenMode::ReadWrite, Error::NotFound);
+  Open(folder / L"", OpenMode::Read, Error::NotAFile);
+  Open(L"", OpenMode::Read, Error::NotFound);
+  Open(folder / std::wstring(300, L'x'), OpenMode::Create, Error::PathTooLong);
+  EXPECT_EQ(Open(path, OpenMode::Create)->WriteAt(0, AsBytes("content")), Error::None);
+  Open(path, OpenMode::Create, Error::Exists);
+  EXPECT_NE(Open(path, OpenMode::Read)->WriteAt(0, AsBytes("x")), Error::None);
+  std::uint64_t size = 0;
+  EXPECT_EQ(Open(path, OpenMode::OpenOrCreate)->Size(size), Error::None);
+  EXPECT_EQ(size, 7u);
+}
+
+TEST(FileSystem, ReadsWritesAndMapsAPrivateView) {
+  const FileFolder folder;
+  const auto file = Open(folder / L"f", OpenMode::Create);
+  ASSERT_EQ(file->WriteAt(5000, AsBytes("hello")), Error::None);
+  ASSERT_EQ(file->Sync(), Error::None);
+  std::byte buffer[10];
+  std::size_t done = 0;
+  ASSERT_EQ(file->ReadAt(4998, buffer, done), Error::None);
+  EXPECT_EQ(std::string_view(reinterpret_cast<char*>(buffer), done), std::string_view("\0\0hello", 7));
+  ASSERT_EQ(file->ReadAt(~std::uint64_t{0}, buffer, done), Error::None);
+  EXPECT_EQ(done, 0u);
+  std::unique_ptr<Mapping> view;
+  ASSERT_EQ(file->Map(4096, 909, view), Error::None);
+  EXPECT_EQ(view->Size(), 909u);
+  EXPECT_EQ(std::memcmp(view->Data() + 904, "hello", 5), 0);
+  view->Data()[904] = std::byte{'J'};
+  ASSERT_EQ(file->ReadAt(5000, buffer, done), Error::None);
+  EXPECT_EQ(buffer[0], std::byte{'h'});
+}
+
+TEST(FileSystem, LocksPerOpenFile) {
+  const FileFolder folder;
+  const std::wstring path = folder / L"f";
+  auto one = Open(path, OpenMode::Create);
+  const auto two = Open(path, OpenMode::ReadWrite);
+  EXPECT_EQ(one->TryLock(), Error::None);
+  EXPECT_EQ(two->TryLock(), Error::Busy);
+  one.reset();
+  EXPECT_EQ(two->TryLock(), Error::None) << "closing gives the lock up";
+}
+
+TEST(FileSystem, RenamesWithAndWithoutReplacing) {
+  const FileFolder folder;
+  FileSystem& system = CurrentFileSystem();
+  const auto one = Open(folder / L"one", OpenMode::Create);
+  const auto two = Open(folder / L"two", OpenMode::Create);
+  EXPECT_EQ(system.Rename(folder / L"one", folder / L"two", false), Error::Exists);
+  EXPECT_TRUE(two->IsAt(folder / L"two"));
+  EXPECT_EQ(system.Rename(folder / L"one", folder / L"three", false), Error::None);
+  EXPECT_EQ(system.Rename(folder / L"three", folder / L"two", true), Error::None);
+  EXPECT_TRUE(one->IsAt(folder / L"two"));
+  EXPECT_FALSE(two->IsAt(folder / L"two"));
+  EXPECT_EQ(system.SyncDirectoryOf(folder / L"two"), Error::None);
+  EXPECT_EQ(folder.Names(), std::vector<std::wstring>{L"two"});
+  EXPECT_EQ(system.Remove(folder / L"two"), Error::None);
+  EXPECT_EQ(system.Remove(folder / L"two"), Error::NotFound);
+}
+
+TEST(Path, SplitsAtTheLastSeparatorAndDot) {
+  const struct {
+    const wchar_t *path, *directory, *name, *extension;
+  } cases[] = {
+      {L"/scans/weld.fpd", L"/scans/", L"weld", L".fpd"},
+      {L"weld.A01", L"", L"weld", L".A01"},
+      {L"a.b/weld", L"a.b/", L"weld", L""},
+      {L"weld.part.fpd", L"", L"weld.part", L".fpd"},
+      {L"x/.hidden", L"x/", L".hidden", L""},
+      {L"x/", L"x/", L"", L""},
+      {L"..", L"", L"..", L""},
+      {L"weld.", L"", L"weld", L"."},
+  };
+  for (const auto& each : cases) {
+    const PathParts parts = SplitPath(each.path);
+    EXPECT_EQ(parts.drive, L"");
+    EXPECT_EQ(parts.directory, each.directory) << each.path;
+    EXPECT_EQ(parts.name, each.name);
+    EXPECT_EQ(parts.extension, each.extension);
+  }
+}
+
+TEST(Path, KeepsNamesThatAreNotUtf8) {
+  for (const std::string name : {"plain", "\xC3\xA9\xF0\x9F\x94\xA7", "\xFF\x80\xC3", "\xED\xA0\x80", "a\xC0\xAF"})
+    EXPECT_EQ(NarrowPath(WidePath(name)), name);
+}
+
+}  // namespace

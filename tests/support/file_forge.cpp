@@ -1,0 +1,58 @@
+#include "tests/support/file_forge.h"
+
+#include <algorithm>
+
+namespace utdata::test {
+
+using namespace kvtiff19;
+
+ByteText& ByteText::Text(std::string_view text) { return Append(std::as_bytes(std::span(text))); }
+
+ByteText& ByteText::Item(std::uint16_t code, std::uint8_t type, std::uint32_t count) {
+  return Put(code).Put(type).Put(std::uint8_t{0}).Put(count);
+}
+
+ByteText& ByteText::Head(std::uint32_t nameSize, std::uint32_t itemCount) { return Put(nameSize).Put(itemCount); }
+
+ByteText& ByteText::Append(kvtiff19::Bytes bytes) {
+  m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
+  return *this;
+}
+
+FileForge::FileForge() {
+  record.number = 1;
+  const auto header = EncodeHeader();
+  m_file.assign(header.begin(), header.end());
+  m_file.resize(dataStart);
+}
+
+void FileForge::AddTop(kvtiff19::Bytes body, std::int64_t countMore) {
+  m_file.resize(static_cast<std::size_t>(RoundUp(m_file.size(), 4)));
+  const std::size_t start = m_file.size();
+  m_file.resize(start + segmentHeaderSize + itemHeaderSize);
+  EncodeSegmentHeader(m_file.data() + start, {record.segmentCount, record.newest});
+  const auto count = static_cast<std::uint32_t>(static_cast<std::int64_t>(body.size()) + countMore);
+  EncodeItemHeader(m_file.data() + start + segmentHeaderSize, 60000, 0, count);
+  m_file.insert(m_file.end(), body.begin(), body.end());
+  const kvtiff19::Bytes segment(m_file.data() + start, m_file.size() - start);
+  record.newest = {start, segment.size(), Checksum(segment)};
+  ++record.segmentCount;
+  record.end = m_file.size();
+}
+
+std::uint64_t FileForge::AddPages(kvtiff19::Bytes bytes) {
+  m_file.resize(static_cast<std::size_t>(RoundUp(m_file.size(), pageSize)));
+  const std::uint64_t offset = m_file.size();
+  m_file.insert(m_file.end(), bytes.begin(), bytes.end());
+  record.end = m_file.size();
+  return offset;
+}
+
+std::vector<std::byte> FileForge::Finish() {
+  const auto slot = EncodeSlot(record);
+  for (const std::uint64_t offset : slotOffsets)
+    std::copy(slot.begin(), slot.end(), m_file.begin() + static_cast<std::ptrdiff_t>(offset));
+  return m_file;
+}
+
+}  // namespace utdata::test
