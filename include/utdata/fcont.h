@@ -102,7 +102,10 @@ class UTDATA_API CFCont {
   /// Reads the numbered companion files (B.A01, B.A02, ... beside B) into a loaded descriptor, in order, without a gap.
   /// @param path    of the base file
   /// @param options eight integers; entry 4 non-zero reads ".A01", entry 5 non-zero reads ".A02", the others have no effect
-  /// @return 0, or 1 when a companion cannot be read: the descriptor is then closed and deleted with everything in it
+  ///                ("A" is a capital letter, as the container writes it)
+  /// @param newGroups as for FileLoad, with each companion's own path
+  /// @return 0, or 1 when a companion cannot be read: the descriptor is then closed and deleted with everything in it, and what
+  ///         newGroups recorded of it is dead
   [[nodiscard]] int FileUpdate(const wchar_t* path,
                                CFContTypeFileDescr* descriptor,
                                const int options[8],
@@ -113,12 +116,16 @@ class UTDATA_API CFCont {
   /// - `loaded` null: a new file at the path of `descriptor`; `newFile` non-zero refuses an existing file, zero replaces one. The file's
   ///   handle is returned through `file` and belongs to the caller, who closes it.
   /// - `loaded` given, `newFile` non-zero: the changes against `loaded`, into the next numbered companion of its path, which joins the
-  ///   files of `loaded`. A gap in the numbering writes nothing and returns 0.
+  ///   files of `loaded`. A gap in the numbering writes nothing and returns 0; the files of `loaded` are then no more than before.
+  ///   A path whose companion's name does not fit 260 wide characters answers status_TooLarge.
   /// - `loaded` given, `newFile` zero: the changes against `loaded`, appended to the last file of `loaded`, which is returned through
   ///   `file` and stays that descriptor's.
   /// @param topGroup receives the top group of a whole new file; may be null
   /// @param file     see above; may be null where the caller does not become its owner
-  /// @param writeFlag 0: a data group that `loaded` lacks leaves a copy ("Stand-In") in its data list, the base of later writes
+  /// On success the descriptors of `loaded` that changes were written against take over their new values, so that the next changes
+  /// are told against what the files now say. A data group of `descriptor` that is written against another gets its cell size.
+  /// @param writeFlag 0: a data group that `loaded` lacks leaves a copy in its data list, the base of later writes. The copy belongs to
+  ///                  `loaded` like every other; its samples are those in the file, its data pointer is null
   /// @return 0 when everything is on the medium, else the status of the call that failed, and the file is as it was before
   [[nodiscard]] int FileWrite(CFContTypeFileDescr* loaded,
                               CFContTypeFileDescr* descriptor,
@@ -128,6 +135,10 @@ class UTDATA_API CFCont {
                               int writeFlag);
 
   /// Normalises sub-channel numbering after loading: either no group has sub-channels and every id becomes 0, or ids count from 1.
+  /// When sub-channel descriptors count from 0, all of them are shifted by 1. The data groups of their channels are shifted with
+  /// them only when they count from 0 too: one of them has id 0, and each names a sub-channel descriptor as numbered before. One that
+  /// names none shows that the data groups count from 1 already. Where data groups carry sub-channel names, one with neither name nor
+  /// id is the channel's own and stays 0.
   void UpdateSubChannelList(CFContTypeFileDescr* descriptor);
 
  private:

@@ -36,7 +36,7 @@ class Changes {
       const SCFile::GroupHandle group = CreateGroup(top, type.ModificationCode(), type.modifierName);
       if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
         if (base) descriptor->cellSize = base->cellSize;
-      type.write(group, base, descriptor, m_writeFlag);
+      type.write(group, type.HasModifierCode() ? base : nullptr, descriptor, m_writeFlag);
       if (base) {
         m_settling.emplace_back([&type, group, base] { ReadModification(type, group, base); });
       } else if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) {

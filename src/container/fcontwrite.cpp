@@ -34,7 +34,7 @@ void WriteWhole(SCFile::GroupHandle top,
                 const GroupType<Descriptor>& type,
                 const CList<Descriptor*>& descriptors,
                 int writeFlag) {
-  const wchar_t* const nameAtCreation = type.modifierCode ? L"" : type.primaryName;
+  const wchar_t* const nameAtCreation = type.HasModifierCode() ? L"" : type.primaryName;
   for (const Descriptor* descriptor : descriptors) {
     const SCFile::GroupHandle group = CreateGroup(top, type.primaryCode, type.primaryName, nameAtCreation);
     type.write(group, nullptr, descriptor, writeFlag);
