@@ -22,8 +22,9 @@ GroupCounts CountGroups(const Document& document) {
   return counts;
 }
 
-/// "256 x 1 mm from 0 mm".
+/// "256 × 1 mm from 5 mm"; "1" alone where there is no axis to speak of.
 std::string AxisText(std::uint32_t quantity, float resolution, float offset, kvt_enumUnits units) {
+  if (quantity == 1 && offset == 0) return "1";
   std::string text = std::to_string(quantity) + " × " + OnAxis(resolution, units);
   if (offset != 0) text += " from " + OnAxis(offset, units);
   return text;
