@@ -120,6 +120,8 @@ class UTDATA_API CFCont {
   ///   A path whose companion's name does not fit 260 wide characters answers status_TooLarge.
   /// - `loaded` given, `newFile` zero: the changes against `loaded`, appended to the last file of `loaded`, which is returned through
   ///   `file` and stays that descriptor's.
+  /// Changed weld scan plans and fills have no modifier code: they are written whole, and loading lists them after what they change, so
+  /// that of several with the same ids the last one counts.
   /// @param topGroup receives the top group of a whole new file; may be null
   /// @param file     see above; may be null where the caller does not become its owner
   /// On success the descriptors of `loaded` that changes were written against take over their new values, so that the next changes

@@ -37,7 +37,7 @@ class Changes {
       if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
         if (base) descriptor->cellSize = base->cellSize;
       type.write(group, type.HasModifierCode() ? base : nullptr, descriptor, m_writeFlag);
-      if (base) {
+      if (base && type.HasModifierCode()) {
         m_settling.emplace_back([&type, group, base] { ReadModification(type, group, base); });
       } else if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) {
         if (m_writeFlag == 0) matching.Add(LeaveCopy(group, *descriptor));

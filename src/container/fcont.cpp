@@ -109,25 +109,16 @@ bool CFCont::ReadInto(CFContTypeFileDescr* descriptor,
 }
 
 void CFCont::UpdateFileDescriptor(CFContTypeFileDescr* descriptor, fcontsec_typeFileDescriptor* work) {
-  const bool isCompanion = !descriptor->files.IsEmpty();
   descriptor->files.AddTail(work->file);
   work->file = nullptr;
-  ForEach(allTypes, [&](const auto& type) {
-    auto& primaries = work->*type.primaries;
-    if (isCompanion && !type.HasModifierCode()) {
-      MoveAll(work->*type.modifiers, primaries);
-      MoveAll(primaries, work->*type.modifiers);
-    } else {
-      MoveAll(primaries, descriptor->*type.list);
-    }
-  });
+  ForEach(allTypes, [&](const auto& type) { MoveAll(work->*type.primaries, descriptor->*type.list); });
   MoveAll(work->defects, descriptor->defects);
 }
 
 void CFCont::ListRemoveAll(fcontsec_typeFileDescriptor* work) {
   ForEach(allTypes, [&](const auto& type) {
     (work->*type.primaries).RemoveAll();
-    (work->*type.modifiers).RemoveAll();
+    if (type.modifiers) (work->*type.modifiers).RemoveAll();
   });
   work->defects.RemoveAll();
 }

@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <new>
-#include <utility>
 
 #include "src/container/defects.h"
 #include "src/container/grouptypes.h"
@@ -50,33 +49,30 @@ bool ReadDefectTable(SCFile::GroupHandle table, CList<stDefectExtern*>& defects)
 }
 
 /// Reads one typed group; a code that no type has is skipped.
-/// @param later whether its top group is not the file's first
-bool ReadGroup(std::uint32_t code, SCFile::GroupHandle group, bool later, fcontsec_typeFileDescriptor& work) {
+bool ReadGroup(std::uint32_t code, SCFile::GroupHandle group, fcontsec_typeFileDescriptor& work) {
   if (code == codeDefectTable) return ReadDefectTable(group, work.defects);
   ForEach(allTypes, [&](const auto& type) {
     if (code == type.primaryCode)
-      ReadInto(type, group, work.*(later && !type.HasModifierCode() ? type.modifiers : type.primaries));
+      ReadInto(type, group, work.*type.primaries);
     else if (type.HasModifierCode() && code == type.modifierCode)
       ReadInto(type, group, work.*type.modifiers);
   });
   return true;
 }
 
-bool ReadTopGroup(SCFile::GroupHandle top, bool later, fcontsec_typeFileDescriptor& work) {
+bool ReadTopGroup(SCFile::GroupHandle top, fcontsec_typeFileDescriptor& work) {
   return ForEachItem(top, [&](std::uint32_t code, std::uint32_t kind, std::uint32_t key) {
     if (kind != SCFile::kind_Group) return true;
     SCFile::GroupHandle group = nullptr;
-    return SCFile::file_GroupOpen(top, &group, key) == SCFile::status_Ok && ReadGroup(code, group, later, work);
+    return SCFile::file_GroupOpen(top, &group, key) == SCFile::status_Ok && ReadGroup(code, group, work);
   });
 }
 
 bool ReadFile(const wchar_t* path, fcontsec_typeFileDescriptor& work) {
   if (SCFile::file_Open(path, &work.file) != SCFile::status_Ok) return false;
-  bool later = false;
   return ForEachItem(work.file, [&](std::uint32_t /*code*/, std::uint32_t /*kind*/, std::uint32_t key) {
     SCFile::GroupHandle top = nullptr;
-    if (SCFile::file_GroupOpen(work.file, &top, key) != SCFile::status_Ok) return false;
-    return ReadTopGroup(top, std::exchange(later, true), work);
+    return SCFile::file_GroupOpen(work.file, &top, key) == SCFile::status_Ok && ReadTopGroup(top, work);
   });
 }
 

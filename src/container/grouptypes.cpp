@@ -7,7 +7,7 @@ namespace utdata::container {
 void ReleaseAll(fcontsec_typeFileDescriptor& work) noexcept {
   ForEach(allTypes, [&](const auto& type) {
     Release(type, work.*type.primaries);
-    Release(type, work.*type.modifiers);
+    if (type.modifiers) Release(type, work.*type.modifiers);
   });
   ReleaseDefects(work.defects);
 }

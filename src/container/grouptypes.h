@@ -30,15 +30,15 @@ struct GroupType {
   const wchar_t* modifierName;  ///< empty: not named
   List CFContTypeFileDescr::*list;
   List fcontsec_typeFileDescriptor::*primaries;
-  List fcontsec_typeFileDescriptor::*modifiers;
+  List fcontsec_typeFileDescriptor::*modifiers;  ///< null without a modifier code
   Descriptor* (*allocate)(int mode, const wchar_t* name);
   void (*remove)(Descriptor* descriptor, int whole);
   int (*read)(SCFile::GroupHandle group, Descriptor* descriptor, bool modifier);
   int (*write)(SCFile::GroupHandle group, const Descriptor* base, const Descriptor* descriptor, int writeFlag);
   Key (*key)(const Descriptor& descriptor);
 
-  /// A type without one stores its modifications whole, under the primary code: a group of that code in a later top group or in a
-  /// companion is a modification of what was there before.
+  /// A type without one stores its modifications whole, under the primary code. Loading does not apply them: they follow, in the list,
+  /// what they modify.
   [[nodiscard]] constexpr bool HasModifierCode() const { return modifierCode != 0; }
   [[nodiscard]] constexpr std::uint32_t ModificationCode() const {
     return HasModifierCode() ? modifierCode : primaryCode;
@@ -89,7 +89,7 @@ inline Key WeldKey(const CGWeldTypeDescr& weld) { return {weld.weldId}; }
 inline Key ContourKey(const CGContourTypeDescr& contour) { return {contour.contourId, contour.channelId}; }
 inline Key AdjustmentKey(const CGRefadjTypeDescr& adjustment) { return {adjustment.adjustmentId}; }
 inline Key DacKey(const CGDacTypeDescr& dac) { return {dac.dacId}; }
-inline Key ScanPlanKey(const CGWeldScanPlanDescr& plan) { return {plan.weldId, plan.planId}; }
+inline Key ScanPlanKey(const CGWeldScanPlanDescr& plan) { return {plan.weldId}; }
 inline Key FillKey(const CGWeldFillDescr& fill) { return {fill.weldId, fill.fillId}; }
 
 }  // namespace row
@@ -150,10 +150,10 @@ inline constexpr GroupType<CGDacTypeDescr> dacType = {
   10010, L"DAC", 10039, L"Modified DAC", &Loaded::dacs, &Work::dacs, &Work::modifiedDacs,
   UTDATA_OPERATIONS(gdac, CGDacTypeDescr), row::DacKey};
 inline constexpr GroupType<CGWeldScanPlanDescr> weldScanPlanType = {
-  10047, L"WeldScanPlan", 0, L"", &Loaded::weldScanPlans, &Work::weldScanPlans, &Work::laterWeldScanPlans,
+  10047, L"WeldScanPlan", 0, L"", &Loaded::weldScanPlans, &Work::weldScanPlans, nullptr,
   UTDATA_OPERATIONS(gweldsp, CGWeldScanPlanDescr), row::ScanPlanKey};
 inline constexpr GroupType<CGWeldFillDescr> weldFillType = {
-  10048, L"WeldFill", 0, L"", &Loaded::weldFills, &Work::weldFills, &Work::laterWeldFills,
+  10048, L"WeldFill", 0, L"", &Loaded::weldFills, &Work::weldFills, nullptr,
   UTDATA_OPERATIONS(gweldFill, CGWeldFillDescr), row::FillKey};
 #undef UTDATA_OPERATIONS
 
@@ -176,7 +176,7 @@ inline constexpr auto changesBeforeDefects = std::tie(
 inline constexpr auto appliedBeforeInfo = std::tie(
   dataType, channelType, subChannelType, gateType, patchType, probeType, weldType, specimenMaterialType,
   specimenInformationType);
-inline constexpr auto appliedAfterInfo = std::tie(contourType, referenceAdjustmentType, dacType, weldScanPlanType, weldFillType);
+inline constexpr auto appliedAfterInfo = std::tie(contourType, referenceAdjustmentType, dacType);
 // clang-format on
 
 /// Calls `action(type)` for each group type of an order.

@@ -24,6 +24,6 @@ struct fcontsec_typeFileDescriptor {
   CList<CGSpecdefTypeDescr*> specimenDefinitions, modifiedSpecimenDefinitions;
   CList<CGDacTypeDescr*> dacs, modifiedDacs;
   CList<stDefectExtern*> defects;
-  CList<CGWeldScanPlanDescr*> weldScanPlans, laterWeldScanPlans;
-  CList<CGWeldFillDescr*> weldFills, laterWeldFills;
+  CList<CGWeldScanPlanDescr*> weldScanPlans;
+  CList<CGWeldFillDescr*> weldFills;
 };
