@@ -27,8 +27,9 @@ inline constexpr std::uint64_t dataStart = 3 * pageSize;
 inline constexpr std::uint16_t majorVersion = 1;
 inline constexpr std::uint16_t minorVersion = 0;
 
-inline constexpr unsigned maxDepth = 16;             ///< groups inside each other, the top group counted
-inline constexpr std::size_t maxNameLength = 32767;  ///< characters of a group's name
+inline constexpr unsigned maxDepth = 16;                       ///< groups inside each other, the top group counted
+inline constexpr std::size_t maxNameLength = 32767;            ///< characters of a group's name
+inline constexpr std::size_t maxNameSize = 4 * maxNameLength;  ///< its UTF-8 bytes
 inline constexpr std::uint64_t maxBodySize = 0xFFFFFFF0;
 inline constexpr std::uint64_t chunkSize = 1u << 20;  ///< bytes of a block under one checksum, as written
 inline constexpr std::uint64_t maxChunkSize = 1u << 26;
@@ -131,9 +132,16 @@ inline void EncodeItemHeader(std::byte* at, std::uint16_t code, std::uint8_t typ
 [[nodiscard]] inline ItemHeader DecodeItemHeader(const std::byte* at) noexcept {
   return {Load<std::uint16_t>(at), Load<std::uint8_t>(at + 2), Load<std::uint8_t>(at + 3), Load<std::uint32_t>(at + 4)};
 }
-/// Bytes of an item's data without its padding to 4; at most 40 * 2^32. A type without elements has none.
+/// Whether a type is that of a value or a child group.
+[[nodiscard]] constexpr bool IsItemType(std::uint8_t type) { return type != 1 && type <= SCFile::value_Block; }
+
+/// Bytes of an item's data without its padding to 4; at most 40 * 2^32. REQUIRES: IsItemType(type). Walking a group waits for this
+/// result at every item, hence no table in memory.
 [[nodiscard]] constexpr std::uint64_t DataSize(std::uint8_t type, std::uint32_t count) {
-  return type == 0 ? count : std::uint64_t{count} * ElementSize(type);
+  constexpr std::uint64_t shifts =
+      0x0323322110000;  // a digit per type, from the right: the element's size as a power of two
+  if (type == SCFile::value_Block) return std::uint64_t{count} * blockRefSize;
+  return std::uint64_t{count} << ((shifts >> (4 * type)) & 0xF);
 }
 /// Whether an item is one number of four bytes, as most are. A walk asks this first and by a branch: a processor that guesses the answer
 /// goes on to the next item without waiting for this one's size.

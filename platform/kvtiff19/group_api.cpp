@@ -49,9 +49,9 @@ ItemFacts FactsOf(const Node& parent, std::uint32_t index) {
   switch (header.type) {
     case 0: {
       if (const Node* child = KnownChild(parent, index)) return FactsOfGroup(*child);
-      Node view;
-      ViewBody(view, data);
-      return {header.code, 0, view.itemCount, view.name};
+      const auto nameSize = Load<std::uint32_t>(data.data());
+      const std::string_view name(reinterpret_cast<const char*>(data.data()) + groupHeaderSize, nameSize);
+      return {header.code, 0, Load<std::uint32_t>(data.data() + 4), name};
     }
     case SCFile::value_Text: {
       const std::size_t length = WideLength({reinterpret_cast<const char*>(data.data()), data.size()}).value_or(0) + 1;
@@ -82,6 +82,7 @@ int OpenChild(Node& parent, Node** group, std::uint32_t index) {
       parent.children.resize(parent.itemCount);
       child = &parent.file->AddGroup(parent, NodeState::Committed, header.code);
       ViewBody(*child, ChildBody(item));
+      child->rulesHold = parent.file->FitsType(*child);
       parent.children[index] = child;
     }
   }

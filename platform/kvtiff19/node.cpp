@@ -1,6 +1,13 @@
 #include "platform/kvtiff19/node.h"
 
+#include <algorithm>
+#include <functional>
+
 namespace utdata::kvtiff19 {
+
+bool OpenFile::FitsType(const Node& group) const {
+  return !std::binary_search(misfits.begin(), misfits.end(), group.items.data(), std::less<>());
+}
 
 Node& OpenFile::AddGroup(Node& parentNode, NodeState newState, std::uint16_t code) {
   Node& node = groups.emplace_back();

@@ -77,10 +77,14 @@ struct OpenFile : Node {
   std::string failureText;
   std::deque<Node> groups;
   std::vector<std::unique_ptr<std::byte[]>> metadata;  ///< segments, each whole
-  std::vector<Link> segmentsRead;                      ///< where the top groups found at opening stand, in any order
+  std::vector<const std::byte*>
+      misfits;                     ///< first items of groups read at opening that do not fit their type, in order
+  std::vector<Link> segmentsRead;  ///< where the top groups found at opening stand, in any order
   std::vector<std::unique_ptr<os::Mapping>> mappings;
 
   [[nodiscard]] std::wstring PartPath() const { return path + L".part"; }
+  /// Whether a group that was read at opening fits its type.
+  [[nodiscard]] bool FitsType(const Node& group) const;
   Node& AddGroup(Node& parent, NodeState newState, std::uint16_t code);
 };
 

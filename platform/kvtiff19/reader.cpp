@@ -1,6 +1,7 @@
 #include "platform/kvtiff19/reader.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <vector>
 
@@ -123,12 +124,13 @@ class ChainReader {
     const Bytes body = item.subspan(itemHeaderSize);
     if (header.type != 0 || header.reserved != 0 || header.count != body.size())
       return Refuse(ordinal, offset, "its size contradicts itself");
-    std::string problem;
-    std::vector<std::uint32_t> offsets;
-    if (!CheckStructure(body, offset, offsets, problem)) return Refuse(ordinal, offset, problem);
+    StructureFindings findings;
+    if (const char* problem = CheckStructure(body, header.code, offset, findings))
+      return Refuse(ordinal, offset, problem);
     Node& top = m_file.AddGroup(m_file, NodeState::Committed, header.code);
     ViewBody(top, body);
-    top.itemOffsets = std::move(offsets);
+    top.itemOffsets = std::move(findings.itemOffsets);
+    m_file.misfits.insert(m_file.misfits.end(), findings.misfits.begin(), findings.misfits.end());
     m_file.children.push_back(&top);
     return SCFile::status_Ok;
   }
@@ -171,6 +173,8 @@ int ReadCommitted(OpenFile& file) {
   file.current = state.record;
   ChainReader chain(file);
   if (const int status = chain.Read()) return status;
+  std::sort(file.misfits.begin(), file.misfits.end(), std::less<>());
+  for (Node* top : file.children) top->rulesHold = file.FitsType(*top);
   file.committedTops = file.children.size();
   return SCFile::status_Ok;
 }

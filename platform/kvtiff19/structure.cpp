@@ -11,12 +11,50 @@ namespace {
 
 std::string_view AsText(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
+/// Holds the items of one group against the rules of its type. Items mostly follow each other as the rules do.
+class RuleCheck {
+ public:
+  explicit RuleCheck(std::uint32_t typeCode) : m_rules(RulesOfGroupType(typeCode)) {}
+
+  /// Whether there is anything to hold against.
+  [[nodiscard]] bool Any() const { return !m_rules.empty(); }
+
+  bool Fits(const StoredItem& item) {
+    std::size_t at = m_expected;
+    if (at == m_rules.size() || m_rules[at].code != item.code) {
+      at = 0;
+      while (at < m_rules.size() && m_rules[at].code != item.code) ++at;
+      if (at == m_rules.size()) return true;
+    }
+    m_expected = at + 1;
+    const bool repeated = m_seen[at];
+    m_seen[at] = true;
+    return !repeated && FitsRule(item, m_rules[at]);
+  }
+
+ private:
+  static bool FitsRule(const StoredItem& item, const ItemRule& rule) {
+    if (item.type != rule.type || item.count < rule.minCount || item.count > rule.maxCount) return false;
+    if (rule.multipleOf > 1 && item.count % rule.multipleOf != 0) return false;
+    return rule.maxCharacters == 0 || FitsPlace(AsText(item.data), rule.maxCharacters);
+  }
+
+  static bool FitsPlace(std::string_view text, std::size_t maxCharacters) {
+    const auto length = WideLength(text);
+    return length && *length <= maxCharacters && text.find('\0') == std::string_view::npos;
+  }
+
+  std::span<const ItemRule> m_rules;
+  std::size_t m_expected = 0;  ///< the rule after the last one met
+  std::bitset<maxRules> m_seen;
+};
+
 /// One pass over a segment; `m_problem` is null while all is well.
 class StructureCheck {
  public:
-  explicit StructureCheck(std::uint64_t blockEnd) : m_blockEnd(blockEnd) {}
+  StructureCheck(std::uint64_t blockEnd, StructureFindings& findings) : m_blockEnd(blockEnd), m_findings(findings) {}
 
-  bool CheckBody(Bytes body, unsigned depth, std::vector<std::uint32_t>* itemOffsets) {
+  bool CheckBody(Bytes body, std::uint16_t typeCode, unsigned depth) {
     if (depth > maxDepth) return Refuse("groups are nested too deep");
     if (body.size() < groupHeaderSize) return Refuse("a group is cut short");
     const auto nameSize = Load<std::uint32_t>(body.data());
@@ -24,12 +62,19 @@ class StructureCheck {
     if (!CheckName(body.subspan(groupHeaderSize), nameSize)) return false;
     Bytes left = body.subspan(groupHeaderSize + static_cast<std::size_t>(RoundUp(nameSize, 4)));
     if (itemCount > left.size() / itemHeaderSize) return Refuse("a group counts more items than it has bytes for");
-    if (itemOffsets) itemOffsets->reserve(itemCount);
     const std::byte* first = left.data();
+    const bool indexed = depth == 1;
+    if (indexed) m_findings.itemOffsets.reserve(itemCount);
+    RuleCheck rules(typeCode);
+    bool fits = true;
+    const bool known = rules.Any();
     for (std::uint32_t index = 0; index < itemCount; ++index) {
-      if (itemOffsets) itemOffsets->push_back(static_cast<std::uint32_t>(left.data() - first));
-      if (!TakeItem(left, depth)) return false;
+      if (indexed) m_findings.itemOffsets.push_back(static_cast<std::uint32_t>(left.data() - first));
+      StoredItem item;
+      if (!TakeItem(left, depth, item)) return false;
+      if (known) fits = rules.Fits(item) && fits;
     }
+    if (!fits) m_findings.misfits.push_back(first);
     return left.empty() || Refuse("a group holds bytes after its last item");
   }
 
@@ -43,48 +88,52 @@ class StructureCheck {
 
   bool CheckName(Bytes left, std::uint32_t size) {
     if (RoundUp(std::uint64_t{size}, 4) > left.size()) return Refuse("a group's name is longer than the group");
-    const auto length = WideLength(AsText(left.first(size)));
-    if (!length) return Refuse("a group's name is not UTF-8");
-    if (*length > maxNameLength) return Refuse("a group's name is too long");
+    if (size > maxNameSize) return Refuse("a group's name is too long");
+    if (!IsUtf8(AsText(left.first(size)))) return Refuse("a group's name is not UTF-8");
     return CheckPadding(left, size);
   }
 
+  /// REQUIRES: `left` holds the padding. All of it is in the word of four bytes that the value's end lies in.
   bool CheckPadding(Bytes left, std::uint64_t size) {
-    const auto used = static_cast<std::size_t>(size);
-    return AllZero(left.subspan(used, static_cast<std::size_t>(RoundUp(size, 4)) - used)) ||
-           Refuse("padding is not zero");
+    if (size % 4 == 0) return true;
+    const auto word = Load<std::uint32_t>(left.data() + static_cast<std::size_t>(size & ~std::uint64_t{3}));
+    return (word >> (8 * (size % 4))) == 0 || Refuse("padding is not zero");
   }
 
-  bool TakeItem(Bytes& left, unsigned depth) {
+  /// Runs once per item of the file when it is opened; plain numbers take the short way.
+  bool TakeItem(Bytes& left, unsigned depth, StoredItem& item) {
     if (left.size() < itemHeaderSize) return Refuse("an item is cut short");
     const ItemHeader header = DecodeItemHeader(left.data());
     if (header.reserved != 0) return Refuse("a reserved byte of an item is not zero");
     if (IsOneNumber(header)) [[likely]] {
       if (left.size() < itemHeaderSize + oneNumberSize) return Refuse("an item is longer than its group");
+      item = {header.code, header.type, 1, left.subspan(itemHeaderSize, oneNumberSize)};
       left = left.subspan(itemHeaderSize + oneNumberSize);
       return true;
     }
-    return TakeOther(left, header, depth);
+    return TakeOther(left, depth, header, item);
   }
 
-  bool TakeOther(Bytes& left, const ItemHeader& header, unsigned depth) {
-    if (header.type != 0 && ElementSize(header.type) == 0) return Refuse("an item has an unknown value type");
+  bool TakeOther(Bytes& left, unsigned depth, const ItemHeader& header, StoredItem& item) {
+    if (!IsItemType(header.type)) return Refuse("an item has an unknown value type");
     const std::uint64_t size = DataSize(header.type, header.count);
     const std::uint64_t padded = RoundUp(size, 4);
     left = left.subspan(itemHeaderSize);
     if (padded > left.size()) return Refuse("an item is longer than its group");
     const Bytes data = left.first(static_cast<std::size_t>(size));
-    if (header.type == 0) {
-      if (padded != size) return Refuse("a group's size is not a multiple of 4");
-      if (!CheckBody(data, depth + 1, nullptr)) return false;
-    } else if (header.type == SCFile::value_Text) {
-      if (!WideLength(AsText(data))) return Refuse("a text is not UTF-8");
-    } else if (header.type == SCFile::value_Block) {
-      if (!CheckBlock(data, header.count)) return false;
-    }
+    const bool plain = header.type != 0 && header.type < SCFile::value_Text;
+    if (!plain && !CheckContent(header, data, depth)) return false;
+    item = {header.code, header.type, header.count, data};
     if (padded != size && !CheckPadding(left, size)) return false;
     left = left.subspan(static_cast<std::size_t>(padded));
     return true;
+  }
+
+  bool CheckContent(const ItemHeader& header, Bytes data, unsigned depth) {
+    if (header.type == SCFile::value_Text) return IsUtf8(AsText(data)) || Refuse("a text is not UTF-8");
+    if (header.type == SCFile::value_Block) return CheckBlock(data, header.count);
+    if (data.size() % 4 != 0) return Refuse("a group's size is not a multiple of 4");
+    return CheckBody(data, header.code, depth + 1);
   }
 
   bool CheckBlock(Bytes data, std::uint32_t count) {
@@ -94,49 +143,24 @@ class StructureCheck {
   }
 
   std::uint64_t m_blockEnd;
+  StructureFindings& m_findings;
   const char* m_problem = nullptr;
 };
 
 }  // namespace
 
-bool CheckStructure(Bytes body, std::uint64_t blockEnd, std::vector<std::uint32_t>& itemOffsets, std::string& problem) {
-  StructureCheck check(blockEnd);
-  if (check.CheckBody(body, 1, &itemOffsets)) return true;
-  problem = check.Problem();
-  return false;
+const char* CheckStructure(Bytes body, std::uint16_t typeCode, std::uint64_t blockEnd, StructureFindings& findings) {
+  StructureCheck check(blockEnd, findings);
+  return check.CheckBody(body, typeCode, 1) ? nullptr : check.Problem();
 }
-
-namespace {
-
-bool Fits(const StoredItem& item, const ItemRule& rule) {
-  if (item.type != rule.type || item.count < rule.minCount || item.count > rule.maxCount) return false;
-  if (rule.multipleOf > 1 && item.count % rule.multipleOf != 0) return false;
-  if (rule.maxCharacters == 0) return true;
-  const std::string_view text = AsText(item.data);
-  return text.find('\0') == std::string_view::npos && WideLength(text).value_or(maxNameLength) <= rule.maxCharacters;
-}
-
-}  // namespace
 
 bool CheckRules(const Node& group, std::string& problem) {
-  const std::span<const ItemRule> rules = RulesOfGroupType(group.typeCode);
-  if (rules.empty()) return true;
-  // Items mostly follow each other as the rules do; `expected` is the rule after the last one met.
-  std::size_t expected = 0;
-  std::bitset<maxRules> seen;
+  RuleCheck rules(group.typeCode);
   StoredItem item;
   for (ItemWalk walk(group); walk.Next(item);) {
-    std::size_t at = expected;
-    if (at == rules.size() || rules[at].code != item.code)
-      for (at = 0; at < rules.size() && rules[at].code != item.code;) ++at;
-    if (at == rules.size()) continue;
-    expected = at + 1;
-    if (Fits(item, rules[at]) && !seen[at]) {
-      seen[at] = true;
-      continue;
-    }
+    if (rules.Fits(item)) continue;
     problem = "item " + std::to_string(item.code) + " of a group of type " + std::to_string(group.typeCode) +
-              (seen[at] ? " comes twice" : " does not fit that type");
+              " comes twice or does not fit that type";
     return false;
   }
   return true;

@@ -49,6 +49,18 @@ std::optional<std::wstring> FromUtf8(std::string_view utf8) {
   return text;
 }
 
+bool IsUtf8(std::string_view utf8) noexcept {
+  utf8.remove_prefix(AsciiPrefix(utf8));
+  while (!utf8.empty()) {
+    if (static_cast<unsigned char>(utf8.front()) < 0x80) {
+      utf8.remove_prefix(1);
+    } else if (os::TakeUtf8(utf8) == os::notACharacter) {
+      return false;
+    }
+  }
+  return true;
+}
+
 std::optional<std::size_t> WideLength(std::string_view utf8) noexcept {
   std::size_t length = AsciiPrefix(utf8);
   utf8.remove_prefix(length);

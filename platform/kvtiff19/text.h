@@ -8,6 +8,9 @@
 
 namespace utdata::kvtiff19 {
 
+/// Whether UTF-8 is well-formed.
+[[nodiscard]] bool IsUtf8(std::string_view utf8) noexcept;
+
 /// Wide characters of a text without terminator; nothing when the UTF-8 is malformed.
 [[nodiscard]] std::optional<std::size_t> WideLength(std::string_view utf8) noexcept;
 

@@ -7,6 +7,7 @@
 
 #include "interfaces/kvtiff19.h"
 #include "platform/kvtiff19/format.h"
+#include "platform/kvtiff19/items.h"
 #include "platform/os/path.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/file_folder.h"
@@ -160,7 +161,7 @@ TEST(Damage, HostileBytesUnderRightChecksums) {
                                   "a"),
        "a group's name is not UTF-8"},
       {ByteText().Head(3, 0).Text("abcd"), "padding is not zero"},
-      {ByteText().Head(32768, 0).Text(std::string(32768, 'a')), "a group's name is too long"},
+      {ByteText().Head(131072, 0).Text(std::string(131072, 'a')), "a group's name is too long"},
       {Body(0xFFFFFFFF), "a group counts more items than it has bytes for"},
       {Body(2).Item(1, value_UInt8, 0).Text("abcdefgh"), "a reserved byte of an item is not zero"},
       {Body(1).Item(1, value_Double, 0xFFFFFFFF), "an item is longer than its group"},
@@ -254,6 +255,44 @@ TEST(Damage, VerifyTellsBlocksThatOverlapAndBytesWithoutOwner) {
       "/weld.fpd: bytes 12288 to 16384 belong to two owners\n/weld.fpd: bytes 16384 to 16392 belong to two owners");
   EXPECT_EQ(verified(1, 9000), "/weld.fpd: bytes 16392 to 29480 belong to nothing");
   EXPECT_EQ(verified(0, 0), "/weld.fpd: bytes 12288 to 16392 belong to nothing");
+}
+
+TEST(Damage, GroupsThatDoNotFitTheirTypeAreRefusedAndTheOthersOpen) {
+  std::uint32_t known = 0;
+  while (RulesOfGroupType(known).empty()) ASSERT_LT(++known, 0x10000u);
+  const ItemRule rule = RulesOfGroupType(known).front();
+  const auto right = static_cast<std::uint8_t>(rule.type);
+  const auto wrong = static_cast<std::uint8_t>(rule.type == value_Int8 ? value_UInt8 : value_Int8);
+  FaultyFileSystem disk;
+  const FileSystemInPlace inPlace(disk);
+  FileHandle file = nullptr;
+  GroupHandle top = nullptr, group = nullptr;
+  ASSERT_EQ(file_Create(path.c_str(), &file), status_Ok);
+  ASSERT_EQ(file_GroupCreate(file, &top, 60000, nullptr), status_Ok);
+  const std::vector<std::byte> value(std::size_t{rule.minCount} * ElementSize(right));
+  for (const std::uint8_t type : {right, wrong, right}) {
+    ASSERT_EQ(file_GroupCreate(top, &group, known, nullptr), status_Ok);
+    const std::uint32_t count = type == right ? rule.minCount : 0;
+    ASSERT_EQ(
+        AppendItem(*group, rule.code, static_cast<ValueType>(type), count, type == right ? Bytes(value) : Bytes()),
+        status_Ok);
+  }
+  ASSERT_EQ(file_Commit(file), status_Ok);
+  for (const bool reopened : {false, true}) {
+    if (reopened) {
+      ASSERT_EQ(file_Close(file), status_Ok);
+      ASSERT_EQ(file_Open(path.c_str(), &file), status_Ok);
+      ASSERT_EQ(file_GroupOpen(file, &top, 0), status_Ok);
+    }
+    for (std::uint32_t index = 0; index < 3; ++index)
+      EXPECT_EQ(file_GroupOpen(top, &group, index), index == 1 ? status_Damaged : status_Ok) << index << reopened;
+  }
+  ASSERT_EQ(file_Close(file), status_Ok);
+  std::string problem;
+  EXPECT_EQ(file_Verify(path.c_str(), &problem), status_Damaged);
+  EXPECT_EQ(problem,
+            "/weld.fpd: item " + std::to_string(rule.code) + " of a group of type " + std::to_string(known) +
+                " does not fit that type");
 }
 
 TEST(Damage, VerifyTellsItsProgressAndStops) {
