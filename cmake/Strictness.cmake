@@ -1,0 +1,19 @@
+# What every target of ours is compiled with: utdata_strict carries the warnings, and the sanitizers apply to all.
+
+add_library(utdata_strict INTERFACE)
+if(NOT MSVC)
+  target_compile_options(utdata_strict INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
+    $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
+    $<$<BOOL:${UTDATA_WERROR}>:-Werror>)
+endif()
+
+if(UTDATA_CHECKED)
+  target_compile_definitions(utdata_strict INTERFACE UTDATA_CHECKED _GLIBCXX_ASSERTIONS)
+endif()
+
+if(UTDATA_SANITIZE)
+  string(REPLACE ";" "," sanitizers "${UTDATA_SANITIZE}")
+  add_compile_options(-fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${sanitizers})
+endif()
