@@ -30,7 +30,8 @@ Error WriteChunk(OpenFile& file, std::uint64_t offset, Bytes chunk, std::uint64_
 
 std::vector<std::byte> EncodeTable(const std::vector<std::uint64_t>& checksums) {
   std::vector<std::byte> table(checksums.size() * sizeof(std::uint64_t));
-  for (std::size_t index = 0; index < checksums.size(); ++index) Store(table.data() + index * sizeof(std::uint64_t), checksums[index]);
+  for (std::size_t index = 0; index < checksums.size(); ++index)
+    Store(table.data() + index * sizeof(std::uint64_t), checksums[index]);
   return table;
 }
 
@@ -61,7 +62,8 @@ int ReadBlockTable(const OpenFile& file, const BlockRef& block, std::vector<std:
   std::vector<std::byte> table(static_cast<std::size_t>(block.TableSize()));
   if (const int status = ReadWhole(file, block.tableOffset, table)) return status;
   if (Checksum(table) != block.tableChecksum) {
-    const std::string what = "block at byte " + std::to_string(block.offset) + ": the checksum of its table does not match";
+    const std::string what =
+        "block at byte " + std::to_string(block.offset) + ": the checksum of its table does not match";
     return FailAt(file, SCFile::status_Damaged, what);
   }
   checksums.resize(table.size() / sizeof(std::uint64_t));

@@ -14,7 +14,10 @@ namespace utdata::kvtiff19 {
 [[nodiscard]] int ReadBlockTable(const OpenFile& file, const BlockRef& block, std::vector<std::uint64_t>& checksums);
 
 /// Reads part of a block. Chunks that are read whole are verified. REQUIRES: the part lies within the block.
-[[nodiscard]] int ReadBlock(const OpenFile& file, const BlockRef& block, std::uint64_t from, std::span<std::byte> buffer);
+[[nodiscard]] int ReadBlock(const OpenFile& file,
+                            const BlockRef& block,
+                            std::uint64_t from,
+                            std::span<std::byte> buffer);
 
 /// Maps a whole block for as long as the file is open, or until UnmapBlock.
 [[nodiscard]] int MapBlock(OpenFile& file, const BlockRef& block, void** data);

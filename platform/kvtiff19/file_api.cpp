@@ -61,7 +61,11 @@ using namespace utdata::kvtiff19;
 
 namespace SCFile {
 
-int file_Init(LockCallback lock, LockCallback unlock, AllocCallback alloc, FreeCallback free, ErrorCallback error,
+int file_Init(LockCallback lock,
+              LockCallback unlock,
+              AllocCallback alloc,
+              FreeCallback free,
+              ErrorCallback error,
               ProgressCallback progress) {
   return lock || unlock || alloc || free || error || progress ? BadCall("callbacks are not used") : status_Ok;
 }

@@ -58,7 +58,8 @@ int CheckHeader(Bytes page) noexcept {
   const auto major = Load<std::uint16_t>(page.data() + 8);
   if (major > majorVersion) return SCFile::status_NewerVersion;
   const bool sound = major == majorVersion && page.size() == pageSize && AllZero(page.subspan(12, 4)) &&
-                     Load<std::uint64_t>(page.data() + 16) == Checksum(page.first(16)) && AllZero(page.subspan(headerSize));
+                     Load<std::uint64_t>(page.data() + 16) == Checksum(page.first(16)) &&
+                     AllZero(page.subspan(headerSize));
   return sound ? SCFile::status_Ok : SCFile::status_Damaged;
 }
 

@@ -27,17 +27,17 @@ inline constexpr std::uint64_t dataStart = 3 * pageSize;
 inline constexpr std::uint16_t majorVersion = 1;
 inline constexpr std::uint16_t minorVersion = 0;
 
-inline constexpr unsigned maxDepth = 16;               ///< groups inside each other, the top group counted
-inline constexpr std::size_t maxNameLength = 32767;    ///< characters of a group's name
+inline constexpr unsigned maxDepth = 16;             ///< groups inside each other, the top group counted
+inline constexpr std::size_t maxNameLength = 32767;  ///< characters of a group's name
 inline constexpr std::uint64_t maxBodySize = 0xFFFFFFF0;
-inline constexpr std::uint64_t chunkSize = 1u << 20;   ///< bytes of a block under one checksum, as written
+inline constexpr std::uint64_t chunkSize = 1u << 20;  ///< bytes of a block under one checksum, as written
 inline constexpr std::uint64_t maxChunkSize = 1u << 26;
 
 inline constexpr std::size_t headerSize = 24;
 inline constexpr std::size_t slotSize = 64;
 inline constexpr std::size_t segmentHeaderSize = 40;
 inline constexpr std::size_t itemHeaderSize = 8;
-inline constexpr std::size_t groupHeaderSize = 8;      ///< of a group's body: name size and item count
+inline constexpr std::size_t groupHeaderSize = 8;  ///< of a group's body: name size and item count
 inline constexpr std::size_t blockRefSize = 40;
 
 /// A number at `at`, which need not be aligned.
@@ -66,7 +66,9 @@ void CopyNumbers(std::byte* target, const std::byte* source, std::uint64_t count
 [[nodiscard]] bool AllZero(Bytes bytes) noexcept;
 
 /// The next multiple of `unit`, a power of two.
-[[nodiscard]] constexpr std::uint64_t RoundUp(std::uint64_t value, std::uint64_t unit) { return (value + unit - 1) & ~(unit - 1); }
+[[nodiscard]] constexpr std::uint64_t RoundUp(std::uint64_t value, std::uint64_t unit) {
+  return (value + unit - 1) & ~(unit - 1);
+}
 
 /// Bytes of one stored element of a value type; 0 for no type. Of a text a UTF-8 byte, of a block its whole reference.
 [[nodiscard]] constexpr std::size_t ElementSize(std::uint32_t type) {

@@ -28,7 +28,9 @@ Node* KnownChild(const Node& parent, std::uint32_t index) {
 
 Bytes ChildBody(const std::byte* item) { return {item + itemHeaderSize, DecodeItemHeader(item).count}; }
 
-std::string_view NameOf(const Node& group) { return group.pending ? std::string_view(group.pending->name) : group.name; }
+std::string_view NameOf(const Node& group) {
+  return group.pending ? std::string_view(group.pending->name) : group.name;
+}
 
 /// What file_ItemInfo tells of one item.
 struct ItemFacts {
@@ -57,8 +59,12 @@ ItemFacts FactsOf(const Node& parent, std::uint32_t index) {
       return {header.code, header.type, static_cast<std::uint32_t>(std::min<std::size_t>(length, maxCount)), {}};
     }
     case SCFile::value_Block:
-      return {header.code, header.type, static_cast<std::uint32_t>(std::min<std::uint64_t>(DecodeBlockRef(data.data()).size, maxCount)), {}};
-    default: return {header.code, header.type, header.count, {}};
+      return {header.code,
+              header.type,
+              static_cast<std::uint32_t>(std::min<std::uint64_t>(DecodeBlockRef(data.data()).size, maxCount)),
+              {}};
+    default:
+      return {header.code, header.type, header.count, {}};
   }
 }
 
@@ -68,7 +74,8 @@ void Give(Value* target, Value value) {
 }
 
 int OpenChild(Node& parent, Node** group, std::uint32_t index) {
-  if (index >= ItemCount(parent)) return FailAt(*parent.file, SCFile::status_BadArgument, "no child group has that key");
+  if (index >= ItemCount(parent))
+    return FailAt(*parent.file, SCFile::status_BadArgument, "no child group has that key");
   Node* child = nullptr;
   if (parent.state == NodeState::File) {
     child = parent.children[index];
@@ -131,7 +138,8 @@ int ReadValue(const Node& group, std::uint32_t index, std::uint32_t valueType, v
   const std::byte* data = item + itemHeaderSize;
   if (valueType == SCFile::value_Text)
     return ReadText(group, {reinterpret_cast<const char*>(data), header.count}, static_cast<wchar_t*>(buffer), count);
-  if (header.count > count) return FailAt(*group.file, SCFile::status_BufferTooSmall, "the buffer does not hold the value");
+  if (header.count > count)
+    return FailAt(*group.file, SCFile::status_BufferTooSmall, "the buffer does not hold the value");
   CopyNumbers(static_cast<std::byte*>(buffer), data, header.count, ElementSize(valueType));
   count = header.count;
   return SCFile::status_Ok;
@@ -144,14 +152,17 @@ int WriteText(Node& group, std::uint16_t code, std::wstring_view text) {
   std::string utf8;
   if (!AppendUtf8(utf8, text))
     return FailWrite(*group.file, SCFile::status_BadText, "a text holds something that is not a character");
-  if (utf8.size() > maxBodySize) return FailWrite(*group.file, SCFile::status_TooLarge, "a text is larger than the format allows");
-  return AppendStored(group, code, SCFile::value_Text, static_cast<std::uint32_t>(utf8.size()), std::as_bytes(std::span(utf8)));
+  if (utf8.size() > maxBodySize)
+    return FailWrite(*group.file, SCFile::status_TooLarge, "a text is larger than the format allows");
+  return AppendStored(
+      group, code, SCFile::value_Text, static_cast<std::uint32_t>(utf8.size()), std::as_bytes(std::span(utf8)));
 }
 
 int WriteValue(Node& group, std::uint32_t code, std::uint32_t valueType, std::uint32_t count, const void* data) {
   OpenFile& file = *group.file;
   const std::size_t size = ElementSize(valueType);
-  if (group.state != NodeState::Pending || code > 0xFFFF || size == 0 || valueType == SCFile::value_Block || (!data && count > 0))
+  if (group.state != NodeState::Pending || code > 0xFFFF || size == 0 || valueType == SCFile::value_Block ||
+      (!data && count > 0))
     return FailWrite(file, SCFile::status_BadArgument, "a value cannot be written like this");
   const auto itemCode = static_cast<std::uint16_t>(code);
   if (valueType == SCFile::value_Text) return WriteText(group, itemCode, {static_cast<const wchar_t*>(data), count});
@@ -184,8 +195,14 @@ namespace SCFile {
 
 std::uint32_t file_ItemNbrGet(const Node* parent) { return parent ? ItemCount(*parent) : 0; }
 
-int file_ItemInfo(const Node* parent, std::uint32_t index, std::uint32_t* type, std::uint32_t* kind, std::uint32_t* count,
-                  std::uint32_t* key, wchar_t* name, std::uint32_t length) {
+int file_ItemInfo(const Node* parent,
+                  std::uint32_t index,
+                  std::uint32_t* type,
+                  std::uint32_t* kind,
+                  std::uint32_t* count,
+                  std::uint32_t* key,
+                  wchar_t* name,
+                  std::uint32_t length) {
   if (!parent) return BadCall("no file or group");
   return Guarded([&] {
     if (index >= ItemCount(*parent)) return FailAt(*parent->file, status_BadArgument, "no item has that index");
@@ -234,12 +251,20 @@ int file_GroupNameSet(GroupHandle group, const wchar_t* name, std::uint32_t leng
       group->file);
 }
 
-int file_IndexValueRead(const Node* group, std::uint32_t index, std::uint32_t valueType, void* buffer, std::uint32_t* count) {
+int file_IndexValueRead(const Node* group,
+                        std::uint32_t index,
+                        std::uint32_t valueType,
+                        void* buffer,
+                        std::uint32_t* count) {
   if (!IsGroup(group) || !count || (!buffer && *count > 0)) return BadCall("no group or no buffer");
   return Guarded([&] { return ReadValue(*group, index, valueType, buffer, *count); });
 }
 
-int file_ItemValueWrite(GroupHandle group, std::uint32_t itemCode, std::uint32_t valueType, std::uint32_t count, const void* data) {
+int file_ItemValueWrite(GroupHandle group,
+                        std::uint32_t itemCode,
+                        std::uint32_t valueType,
+                        std::uint32_t count,
+                        const void* data) {
   if (!IsGroup(group)) return BadCall("not a group");
   return Guarded([&] { return WriteValue(*group, itemCode, valueType, count, data); }, group->file);
 }
@@ -251,7 +276,8 @@ int file_BlockWrite(GroupHandle group, std::uint32_t itemCode, std::uint64_t siz
     if (!group->pending || itemCode > 0xFFFF || (!data && size > 0) || size > std::numeric_limits<std::size_t>::max())
       return FailWrite(file, status_BadArgument, "a block cannot be written like this");
     BlockRef block;
-    if (const int status = WriteBlock(file, {static_cast<const std::byte*>(data), static_cast<std::size_t>(size)}, block))
+    if (const int status =
+            WriteBlock(file, {static_cast<const std::byte*>(data), static_cast<std::size_t>(size)}, block))
       return status;
     return AppendStored(*group, static_cast<std::uint16_t>(itemCode), value_Block, 1, EncodeBlockRef(block));
   };

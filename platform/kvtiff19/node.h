@@ -47,15 +47,15 @@ struct SCFile::Node {
   utdata::kvtiff19::OpenFile* file = nullptr;
   SCFile::Node* parent = nullptr;  ///< null for a file
   utdata::kvtiff19::NodeState state = utdata::kvtiff19::NodeState::File;
-  std::uint8_t depth = 0;          ///< 1 for a top group
-  bool rulesHold = false;          ///< its items were found to fit its type
+  std::uint8_t depth = 0;  ///< 1 for a top group
+  bool rulesHold = false;  ///< its items were found to fit its type
   std::uint16_t typeCode = 0;
-  std::uint32_t itemCount = 0;     ///< of a group
-  std::string_view name;           ///< UTF-8; of a committed group
+  std::uint32_t itemCount = 0;       ///< of a group
+  std::string_view name;             ///< UTF-8; of a committed group
   std::span<const std::byte> items;  ///< of a committed group
   std::unique_ptr<utdata::kvtiff19::PendingGroup> pending;
   mutable std::vector<std::uint32_t> itemOffsets;  ///< of items by index, as far as they were asked for
-  std::vector<SCFile::Node*> children;     ///< opened child groups by item index; of a file its top groups
+  std::vector<SCFile::Node*> children;             ///< opened child groups by item index; of a file its top groups
 };
 
 namespace utdata::kvtiff19 {
@@ -67,10 +67,10 @@ struct OpenFile : Node {
   os::FileSystem* fileSystem = nullptr;
   std::unique_ptr<os::File> handle;
   bool readOnly = false;
-  bool isNew = false;     ///< still under its ".part" name
-  bool replace = false;   ///< a new file that may take the place of another
-  bool writing = false;   ///< holds the writer's lock
-  CommitRecord current;   ///< what is committed
+  bool isNew = false;    ///< still under its ".part" name
+  bool replace = false;  ///< a new file that may take the place of another
+  bool writing = false;  ///< holds the writer's lock
+  CommitRecord current;  ///< what is committed
   std::size_t committedTops = 0;
   std::uint64_t writeEnd = dataStart;  ///< where the next bytes are written while `writing`
   int failure = 0;                     ///< status of the first write that failed since the last commit

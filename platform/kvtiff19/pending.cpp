@@ -1,5 +1,6 @@
 // Pending groups: made, filled, and forgotten again.
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "platform/kvtiff19/items.h"
@@ -9,10 +10,13 @@ namespace utdata::kvtiff19 {
 namespace {
 
 /// Keeps the first failure for the commit to tell.
-int Remember(OpenFile& file, int status) {
-  if (file.failure == SCFile::status_Ok) {
-    file.failure = status;
+int Remember(OpenFile& file, int status) noexcept {
+  if (file.failure != SCFile::status_Ok) return status;
+  file.failure = status;
+  try {
     file.failureText = SCFile::file_LastError();
+  } catch (const std::bad_alloc&) {
+    file.failureText.clear();  // the status alone must do
   }
   return status;
 }
@@ -21,7 +25,13 @@ int Remember(OpenFile& file, int status) {
 
 int FailWrite(OpenFile& file, int status, std::string_view what) { return Remember(file, FailAt(file, status, what)); }
 
-int FailWrite(OpenFile& file, os::Error error, std::string_view what) { return Remember(file, FailOs(file.path, error, what)); }
+int FailWrite(OpenFile& file, os::Error error, std::string_view what) {
+  return Remember(file, FailOs(file.path, error, what));
+}
+
+void MarkFailed(Node& group, int status) {
+  Remember(*group.file, FailAt(*group.file, status, SCFile::file_StatusText(status)));
+}
 
 int AddPending(Node& parent, std::uint16_t typeCode, std::string name, Node*& group) {
   OpenFile& file = *parent.file;
@@ -48,7 +58,8 @@ int AppendStored(Node& group, std::uint16_t code, std::uint8_t type, std::uint32
   std::vector<std::byte>& items = group.pending->items;
   const std::size_t start = items.size();
   const std::uint64_t end = start + itemHeaderSize + RoundUp(data.size(), 4);
-  if (end > maxBodySize) return FailWrite(*group.file, SCFile::status_TooLarge, "a group is larger than the format allows");
+  if (end > maxBodySize)
+    return FailWrite(*group.file, SCFile::status_TooLarge, "a group is larger than the format allows");
   if (end > items.capacity()) items.reserve(std::max(static_cast<std::size_t>(end), 2 * items.capacity()));
   items.resize(static_cast<std::size_t>(end));
   EncodeItemHeader(items.data() + start, code, type, count);

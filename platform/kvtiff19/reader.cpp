@@ -33,7 +33,8 @@ os::Error ReadFront(os::File& handle, Front& front) {
 /// be whole and equal: anything else is damage, not the trace of a commit. A longer file was left by a writer, or has one at work:
 /// one slot may then be half written, or be one commit behind.
 const char* Settle(const Front& front, SlotState& state) {
-  std::optional<CommitRecord> slots[] = {DecodeSlot(front.Page(slotOffsets[0])), DecodeSlot(front.Page(slotOffsets[1]))};
+  std::optional<CommitRecord> slots[] = {DecodeSlot(front.Page(slotOffsets[0])),
+                                         DecodeSlot(front.Page(slotOffsets[1]))};
   if (!slots[0] && !slots[1]) return "both commit records are damaged";
   for (std::size_t index : {0u, 1u}) {
     if (slots[index]) continue;
@@ -43,12 +44,14 @@ const char* Settle(const Front& front, SlotState& state) {
     state.record = *slots[index];
     return front.fileSize > state.record.end ? nullptr : "a commit record is damaged";
   }
-  const auto [older, newer] = std::minmax(*slots[0], *slots[1], [](const auto& a, const auto& b) { return a.number < b.number; });
+  const auto [older, newer] =
+      std::minmax(*slots[0], *slots[1], [](const auto& a, const auto& b) { return a.number < b.number; });
   state.record = newer;
   if (front.fileSize < newer.end) return "the file is cut short";
   state.atRest = front.fileSize == newer.end && older == newer;
   if (older == newer) return nullptr;
-  return front.fileSize > newer.end && newer.number - older.number == 1 ? nullptr : "the commit records contradict each other";
+  return front.fileSize > newer.end && newer.number - older.number == 1 ? nullptr
+                                                                        : "the commit records contradict each other";
 }
 
 const char* CheckRecord(const CommitRecord& record) {
@@ -59,9 +62,12 @@ const char* CheckRecord(const CommitRecord& record) {
 
 int RefuseHeader(const OpenFile& file, int status, std::uint64_t fileSize) {
   switch (status) {
-    case SCFile::status_NewerVersion: return FailAt(file, status, "written by a newer version of the format");
-    case SCFile::status_Damaged: return FailAt(file, status, "the file header is damaged");
-    default: return FailAt(file, status, fileSize == 0 ? "the file is empty" : "not an inspection file");
+    case SCFile::status_NewerVersion:
+      return FailAt(file, status, "written by a newer version of the format");
+    case SCFile::status_Damaged:
+      return FailAt(file, status, "the file header is damaged");
+    default:
+      return FailAt(file, status, fileSize == 0 ? "the file is empty" : "not an inspection file");
   }
 }
 
@@ -95,7 +101,8 @@ class ChainReader {
     constexpr std::size_t headSize = segmentHeaderSize + itemHeaderSize;
     const bool inside = link.offset >= dataStart && link.offset <= end && link.size <= end - link.offset;
     if (!inside || link.offset % 4 != 0) return Refuse(ordinal, link.offset, "it lies outside the data");
-    if (link.size < headSize || link.size > headSize + maxBodySize || link.size > std::numeric_limits<std::size_t>::max())
+    if (link.size < headSize || link.size > headSize + maxBodySize ||
+        link.size > std::numeric_limits<std::size_t>::max())
       return Refuse(ordinal, link.offset, "its size is impossible");
     const auto size = static_cast<std::size_t>(link.size);
     auto buffer = std::make_unique_for_overwrite<std::byte[]>(size);
@@ -103,7 +110,8 @@ class ChainReader {
     if (const int status = ReadWhole(m_file, link.offset, segment)) return status;
     if (Checksum(segment) != link.checksum) return Refuse(ordinal, link.offset, "its checksum does not match");
     const auto decoded = DecodeSegmentHeader(segment);
-    if (!decoded || decoded->ordinal != ordinal) return Refuse(ordinal, link.offset, "another group stands in its place");
+    if (!decoded || decoded->ordinal != ordinal)
+      return Refuse(ordinal, link.offset, "another group stands in its place");
     header = *decoded;
     m_file.metadata.push_back(std::move(buffer));
     m_file.segmentsRead.push_back(link);

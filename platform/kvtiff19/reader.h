@@ -8,7 +8,8 @@ namespace utdata::kvtiff19 {
 /// What the two commit slots say.
 struct SlotState {
   CommitRecord record;  ///< the newest one
-  bool atRest = false;  ///< the file ends where the record says, and both slots say the same; else a writer is or was at work
+  bool atRest =
+      false;  ///< the file ends where the record says, and both slots say the same; else a writer is or was at work
 };
 
 /// Reads header and commit slots. A writer may commit at the same time.

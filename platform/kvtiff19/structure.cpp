@@ -51,7 +51,8 @@ class StructureCheck {
 
   bool CheckPadding(Bytes left, std::uint64_t size) {
     const auto used = static_cast<std::size_t>(size);
-    return AllZero(left.subspan(used, static_cast<std::size_t>(RoundUp(size, 4)) - used)) || Refuse("padding is not zero");
+    return AllZero(left.subspan(used, static_cast<std::size_t>(RoundUp(size, 4)) - used)) ||
+           Refuse("padding is not zero");
   }
 
   bool TakeItem(Bytes& left, unsigned depth) {
@@ -79,7 +80,8 @@ class StructureCheck {
 
   bool CheckBlock(Bytes data, std::uint32_t count) {
     if (count != 1) return Refuse("a block item does not name one block");
-    return IsBlockRefSound(DecodeBlockRef(data.data()), m_blockEnd) || Refuse("a block lies outside the data before its group");
+    return IsBlockRefSound(DecodeBlockRef(data.data()), m_blockEnd) ||
+           Refuse("a block lies outside the data before its group");
   }
 
   std::uint64_t m_blockEnd;

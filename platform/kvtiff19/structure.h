@@ -15,7 +15,10 @@ namespace utdata::kvtiff19 {
 /// @param body        starts with the group's head, and holds nothing after its last item
 /// @param itemOffsets receives where each item starts, from the first item on
 /// @param problem     receives what is wrong
-[[nodiscard]] bool CheckStructure(Bytes body, std::uint64_t blockEnd, std::vector<std::uint32_t>& itemOffsets, std::string& problem);
+[[nodiscard]] bool CheckStructure(Bytes body,
+                                  std::uint64_t blockEnd,
+                                  std::vector<std::uint32_t>& itemOffsets,
+                                  std::string& problem);
 
 /// Checks the items of a committed group of a known type against that type's rules.
 [[nodiscard]] bool CheckRules(const Node& group, std::string& problem);

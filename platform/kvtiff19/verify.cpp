@@ -26,9 +26,7 @@ class Verifier {
   }
 
  private:
-  void Tell(int status, std::string_view what) {
-    TellLast(FailAt(m_file, status, what));
-  }
+  void Tell(int status, std::string_view what) { TellLast(FailAt(m_file, status, what)); }
 
   /// Notes the last failure as a problem.
   void TellLast(int status) {
@@ -79,7 +77,8 @@ class Verifier {
 
   void CheckGap(std::uint64_t from, std::uint64_t to) {
     if (from == to) return;
-    const std::string where = "bytes " + std::to_string(std::min(from, to)) + " to " + std::to_string(std::max(from, to));
+    const std::string where =
+        "bytes " + std::to_string(std::min(from, to)) + " to " + std::to_string(std::max(from, to));
     if (from > to) return Tell(SCFile::status_Damaged, where + " belong to two owners");
     if (to - from >= pageSize + 8) return Tell(SCFile::status_Damaged, where + " belong to nothing");
     std::vector<std::byte> gap(static_cast<std::size_t>(to - from));
@@ -109,8 +108,9 @@ class Verifier {
     }
     if (badChunks > 0)
       Tell(SCFile::status_Damaged,
-           "block at byte " + std::to_string(block.offset) + ": the checksums of " + std::to_string(badChunks) + " of " +
-               std::to_string(block.ChunkCount()) + " chunks do not match, the first at byte " + std::to_string(firstBad));
+           "block at byte " + std::to_string(block.offset) + ": the checksums of " + std::to_string(badChunks) +
+               " of " + std::to_string(block.ChunkCount()) + " chunks do not match, the first at byte " +
+               std::to_string(firstBad));
     return true;
   }
 

@@ -19,7 +19,8 @@ bool ItemWalk::Next(StoredItem& item) {
 }
 
 int AppendItem(SCFile::Node& group, std::uint16_t code, SCFile::ValueType type, std::uint32_t count, Bytes data) {
-  if (group.state != NodeState::Pending) return FailAt(*group.file, SCFile::status_BadArgument, "the group is not being written");
+  if (group.state != NodeState::Pending)
+    return FailAt(*group.file, SCFile::status_BadArgument, "the group is not being written");
   const bool plain = type != SCFile::value_Block && ElementSize(type) != 0;
   if (!plain || data.size() != DataSize(type, count))
     return FailWrite(*group.file, SCFile::status_BadArgument, "an item's size contradicts its type");

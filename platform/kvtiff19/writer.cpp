@@ -52,11 +52,15 @@ int CommitNew(OpenFile& file, const CommitRecord& record) {
   if (const Error error = file.handle->WriteAt(headerOffset, EncodeHeader()); error != Error::None)
     return failed(error, "cannot be written");
   for (const std::size_t slot : {0u, 1u})
-    if (const Error error = WriteSlot(file, slot, record); error != Error::None) return failed(error, "cannot be written");
+    if (const Error error = WriteSlot(file, slot, record); error != Error::None)
+      return failed(error, "cannot be written");
   // A file without groups ends at its slots' page.
-  if (const Error error = file.handle->Truncate(record.end); error != Error::None) return failed(error, "cannot be written");
-  if (const Error error = file.handle->Sync(); error != Error::None) return failed(error, "cannot be brought to the disk");
-  if (!file.handle->IsAt(file.PartPath())) return FailAt(file, SCFile::status_MovedOn, "the file being written was taken away");
+  if (const Error error = file.handle->Truncate(record.end); error != Error::None)
+    return failed(error, "cannot be written");
+  if (const Error error = file.handle->Sync(); error != Error::None)
+    return failed(error, "cannot be brought to the disk");
+  if (!file.handle->IsAt(file.PartPath()))
+    return FailAt(file, SCFile::status_MovedOn, "the file being written was taken away");
   if (const Error error = file.fileSystem->Rename(file.PartPath(), file.path, file.replace); error != Error::None)
     return failed(error, "cannot take its name");
   file.isNew = false;
@@ -153,7 +157,8 @@ int BeginNewFile(OpenFile& file) {
     if (error != Error::None) return FailOs(file.path, error, "cannot be locked");
     if (!file.handle->IsAt(path)) continue;
     file.isNew = file.writing = true;
-    if (const Error cut = file.handle->Truncate(0); cut != Error::None) return FailOs(file.path, cut, "cannot be created");
+    if (const Error cut = file.handle->Truncate(0); cut != Error::None)
+      return FailOs(file.path, cut, "cannot be created");
     return SCFile::status_Ok;
   }
   return FailAt(file, SCFile::status_Locked, "other writers keep creating it");
@@ -175,7 +180,8 @@ int Commit(OpenFile& file) {
   Adopt(file, segments);
   if (!wasNew) return SCFile::status_Ok;
   const Error error = file.fileSystem->SyncDirectoryOf(file.path);
-  return error == Error::None ? SCFile::status_Ok : FailOs(file.path, error, "the file's name cannot be brought to the disk");
+  return error == Error::None ? SCFile::status_Ok
+                              : FailOs(file.path, error, "the file's name cannot be brought to the disk");
 }
 
 }  // namespace utdata::kvtiff19

@@ -20,13 +20,24 @@ namespace {
 
 Error FromErrno(int number) {
   static constexpr std::pair<int, Error> table[] = {
-      {ENOENT, Error::NotFound},     {ENOTDIR, Error::NotFound},    {EEXIST, Error::Exists},
-      {ENOTEMPTY, Error::Exists},    {EACCES, Error::AccessDenied}, {EPERM, Error::AccessDenied},
-      {EROFS, Error::AccessDenied},  {EISDIR, Error::NotAFile},     {ENXIO, Error::NotAFile},
-      {ENODEV, Error::NotAFile},     {ENOSPC, Error::DiskFull},     {EDQUOT, Error::DiskFull},
-      {EFBIG, Error::DiskFull},      {EWOULDBLOCK, Error::Busy},    {ENAMETOOLONG, Error::PathTooLong},
+      {ENOENT, Error::NotFound},
+      {ENOTDIR, Error::NotFound},
+      {EEXIST, Error::Exists},
+      {ENOTEMPTY, Error::Exists},
+      {EACCES, Error::AccessDenied},
+      {EPERM, Error::AccessDenied},
+      {EROFS, Error::AccessDenied},
+      {EISDIR, Error::NotAFile},
+      {ENXIO, Error::NotAFile},
+      {ENODEV, Error::NotAFile},
+      {ENOSPC, Error::DiskFull},
+      {EDQUOT, Error::DiskFull},
+      {EFBIG, Error::DiskFull},
+      {EWOULDBLOCK, Error::Busy},
+      {ENAMETOOLONG, Error::PathTooLong},
   };
-  const auto* found = std::find_if(std::begin(table), std::end(table), [&](const auto& row) { return row.first == number; });
+  const auto* found =
+      std::find_if(std::begin(table), std::end(table), [&](const auto& row) { return row.first == number; });
   return found == std::end(table) ? Error::Other : found->second;
 }
 
@@ -56,7 +67,9 @@ class PosixMapping final : public Mapping {
   std::size_t m_skip;
 };
 
-bool FitsOffset(std::uint64_t offset) { return offset <= static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()); }
+bool FitsOffset(std::uint64_t offset) {
+  return offset <= static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
+}
 
 class PosixFile final : public File {
  public:
@@ -91,7 +104,9 @@ class PosixFile final : public File {
     return Error::None;
   }
 
-  Error Sync() override { return Uninterrupted([&] { return ::fdatasync(m_descriptor); }) == 0 ? Error::None : LastError(); }
+  Error Sync() override {
+    return Uninterrupted([&] { return ::fdatasync(m_descriptor); }) == 0 ? Error::None : LastError();
+  }
 
   Error Size(std::uint64_t& size) override {
     struct stat status {};
@@ -182,11 +197,12 @@ class PosixFileSystem final : public FileSystem {
 
   Error SyncDirectoryOf(const std::wstring& path) override {
     const std::string directory = NarrowPath(SplitPath(path).directory);
-    const int descriptor =
-        Uninterrupted([&] { return ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    const int descriptor = Uninterrupted(
+        [&] { return ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
     if (descriptor < 0) return LastError();
     const int result = Uninterrupted([&] { return ::fsync(descriptor); });
-    const Error error = result == 0 || errno == EINVAL ? Error::None : LastError();  // EINVAL: directories need no sync here
+    const Error error =
+        result == 0 || errno == EINVAL ? Error::None : LastError();  // EINVAL: directories need no sync here
     ::close(descriptor);
     return error;
   }
@@ -197,9 +213,15 @@ std::atomic<FileSystem*> replacedFileSystem{nullptr};
 }  // namespace
 
 std::string_view ErrorText(Error error) noexcept {
-  static constexpr std::string_view texts[] = {"no error",          "no such file",    "the name is taken",
-                                               "permission denied", "not a file",      "the disk is full",
-                                               "in use by another", "path too long",   "input/output error"};
+  static constexpr std::string_view texts[] = {"no error",
+                                               "no such file",
+                                               "the name is taken",
+                                               "permission denied",
+                                               "not a file",
+                                               "the disk is full",
+                                               "in use by another",
+                                               "path too long",
+                                               "input/output error"};
   const auto index = static_cast<std::size_t>(error);
   return index < std::size(texts) ? texts[index] : texts[std::size(texts) - 1];
 }
