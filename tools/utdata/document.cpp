@@ -57,6 +57,11 @@ std::vector<std::string> Document::Files() const {
   return paths;
 }
 
+Host& Document::GetHost() const {
+  if (!m_host) m_host = std::make_unique<Host>(*m_groups);
+  return *m_host;
+}
+
 void Document::WriteNew(bool replace) {
   const UnfinishedFileScope unfinished(m_path);
   SCFile::GroupHandle topGroup = nullptr;

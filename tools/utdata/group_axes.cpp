@@ -27,16 +27,19 @@ std::string ShownAxis::Text(double index) const {
   return symbol.empty() || symbol == "°" ? number + symbol : number + " " + symbol;
 }
 
-std::string ShownAxis::Summary() const {
-  const ShownAxis spacing = {symbol, step, 0, 1};
-  std::string text = std::to_string(quantity) + " × " + spacing.Text(0);
-  if (quantity > 1) text += ", " + Number(At(0)) + " to " + Text(quantity - 1.0);
-  if (quantity == 1 && first != 0) text += " at " + Text(0);
-  return text;
+std::string ShownAxis::Spacing() const {
+  return std::to_string(quantity) + " × " + ShownAxis{symbol, step, 0, 1}.Text(0);
+}
+
+std::string ShownAxis::Range() const {
+  if (quantity == 0) return "none";
+  return quantity == 1 ? Text(0) : Number(At(0)) + " to " + Text(quantity - 1.0);
 }
 
 GroupAxes::GroupAxes(Host& host, const CGDataTypeFDD& group)
-    : m_volume(*host.GetVolumeSet()), m_group(group), m_units(m_volume.vol_CreateUnitSet(PrivateIdentity(group), nullptr)) {
+    : m_volume(*host.GetVolumeSet()),
+      m_group(group),
+      m_units(m_volume.vol_CreateUnitSet(PrivateIdentity(group), nullptr)) {
   AddScanUnits(kvt_AxisColumn);
   AddScanUnits(kvt_AxisRow);
   AddSampleUnits();
@@ -108,10 +111,8 @@ ShownAxis GroupAxes::Samples() const {
   if (m_group.sampleUnits == kvt_UnitSecond) unit = m_units->GetUnit(kvt_AxisSample, unit_Time, unit_Microsecond);
   if (m_group.sampleUnits == kvt_UnitMetre) unit = m_units->GetUnit(kvt_AxisSample, unit_HalfPath, unit_Millimetre);
   if (m_group.sampleUnits == kvt_UnitDegree) unit = m_units->GetUnit(kvt_AxisSample, unit_Angle, unit_Degree);
-  return Shown(unit,
-               m_group.sampleOffset * m_basePerSecond,
-               m_group.sampleResolution * m_basePerSecond,
-               m_group.sampleQuantity);
+  return Shown(
+      unit, m_group.sampleOffset * m_basePerSecond, m_group.sampleResolution * m_basePerSecond, m_group.sampleQuantity);
 }
 
 std::optional<ShownAxis> GroupAxes::HalfPath() const {
@@ -144,14 +145,14 @@ std::string GroupAxes::PercentText(double percent) const {
   return ToUtf8(m_units->GetUnit(kvt_AxisAmplitude, unit_Percent, unit_DataPercent)->FormatValue(percent));
 }
 
-std::string GroupAxes::RangeSummary() const {
+std::string GroupAxes::AmplitudeRange() const {
   const double low = Percent(m_group.dataMinimum);
   const double high = Percent(m_group.dataMaximum);
-  if (!std::isfinite(low) || !std::isfinite(high)) return "no scale";
-  const double smallest = std::abs(Percent(m_zero + 1));
-  std::string text = Number(low) + " to " + utdata::program::Percent(high);
-  if (smallest > 0 && smallest <= 100) text += ", from " + DecibelText(smallest);
-  return text;
+  const double smallest = std::abs(Percent(m_zero == std::floor(m_zero) ? m_zero + 1 : m_zero + 0.5));
+  if (!std::isfinite(low) || !std::isfinite(high) || smallest > 100) return "no scale";
+  const double largest = std::max(std::abs(low), std::abs(high));
+  return Number(low) + " to " + utdata::program::Percent(high) + ", " +
+         Number(std::round(Decibels(smallest) * 10) / 10) + " to " + DecibelText(largest);
 }
 
 }  // namespace utdata::program

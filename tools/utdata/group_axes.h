@@ -12,16 +12,18 @@ namespace utdata::program {
 
 /// One axis in one unit. Values are evenly spaced.
 struct ShownAxis {
-  std::string symbol;          ///< of the unit; empty for plain numbers
-  double first = 0;            ///< value at index 0
-  double step = 1;             ///< from one index to the next
+  std::string symbol;  ///< of the unit; empty for plain numbers
+  double first = 0;    ///< value at index 0
+  double step = 1;     ///< from one index to the next
   std::uint32_t quantity = 0;
 
   [[nodiscard]] double At(double index) const { return first + index * step; }
   /// "12.5 mm", with the digits that a step calls for.
   [[nodiscard]] std::string Text(double index) const;
-  /// "256 × 1 mm, 0 to 255 mm"
-  [[nodiscard]] std::string Summary() const;
+  /// "256 × 1 mm"
+  [[nodiscard]] std::string Spacing() const;
+  /// "0 to 255 mm"
+  [[nodiscard]] std::string Range() const;
 };
 
 /// Converts through a unit set of the group's own, which is given back at the end. Host and group must outlive it.
@@ -53,8 +55,8 @@ class GroupAxes {
   [[nodiscard]] std::string DecibelText(double percent) const;
   /// "26.1 %"
   [[nodiscard]] std::string PercentText(double percent) const;
-  /// "-100 to 100 %, from -90.3 dB": the range of the values, and the level of the smallest step between two.
-  [[nodiscard]] std::string RangeSummary() const;
+  /// "-100 to 100 %, -90.3 to 0.0 dB": the range of the values, and the levels from one step above zero to the largest amplitude.
+  [[nodiscard]] std::string AmplitudeRange() const;
 
  private:
   void AddScanUnits(kvt_enumAxis axis);

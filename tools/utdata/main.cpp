@@ -18,7 +18,7 @@ constexpr int jobFailed = 1;
 constexpr int wrongUsage = 2;
 
 void DescribeProgram(CLI::App& program) {
-  program.description("Makes, shows and checks ultrasonic inspection files.");
+  program.description("Makes, shows, draws and checks ultrasonic inspection files.");
   program.set_version_flag("--version", "utdata " UTDATA_VERSION);
   program.require_subcommand(1);
   program.get_formatter()->column_width(34);
@@ -26,6 +26,7 @@ void DescribeProgram(CLI::App& program) {
   AddDemoVerb(program);
   AddImportVerb(program);
   AddInfoVerb(program);
+  AddRenderVerb(program);
   AddTreeVerb(program);
   AddVerifyVerb(program);
 }

@@ -43,7 +43,6 @@ void CheckNewFile(const std::string& path, bool replace) {
 void WriteNewFile(const std::string& path, std::span<const std::byte> bytes, bool replace) {
   const std::wstring target = ToWide(path);
   const std::wstring unfinished = target + L".part";
-  const InterruptScope interrupts;
   const UnfinishedFileScope scope(path);
   os::FileSystem& files = os::CurrentFileSystem();
   try {

@@ -12,7 +12,7 @@ namespace utdata::program {
 void CheckNewFile(const std::string& path, bool replace);
 
 /// Writes the bytes beside `path` and gives them that name in one step; what stood there is replaced only when `replace` is true. An
-/// interrupt leaves nothing behind. Throws Failure.
+/// interrupt leaves nothing behind. REQUIRES: an InterruptScope. Throws Failure.
 void WriteNewFile(const std::string& path, std::span<const std::byte> bytes, bool replace);
 
 }  // namespace utdata::program
