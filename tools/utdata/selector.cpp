@@ -51,7 +51,7 @@ bool IsIndex(const std::string& selector, std::size_t& index) {
 
 SelectedGroup SelectGroup(const Document& document, const std::string& selector) {
   const std::vector<const CGDataTypeFDD*> groups(document.Groups().data.begin(), document.Groups().data.end());
-  if (groups.empty()) throw Failure(document.Path(), "has no data group");
+  if (groups.empty()) throw Failure(document.Path(), "nothing can be selected", "it has no data group");
   std::vector<SelectedGroup> matches;
   std::size_t wanted = 0;
   const bool byIndex = IsIndex(selector, wanted);
