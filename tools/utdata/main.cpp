@@ -18,7 +18,6 @@ constexpr int jobFailed = 1;
 constexpr int wrongUsage = 2;
 
 void DescribeProgram(CLI::App& program) {
-  program.description("Makes, shows, draws and checks ultrasonic inspection files.");
   program.set_version_flag("--version", "utdata " UTDATA_VERSION);
   program.require_subcommand(1);
   program.get_formatter()->column_width(34);
@@ -39,7 +38,7 @@ std::string UsageLine(const CLI::App& program, const CLI::ParseError& error) {
 }
 
 int Run(int argc, char** argv) {
-  CLI::App program;
+  CLI::App program("Makes, shows, draws and checks ultrasonic inspection files.", "utdata");
   DescribeProgram(program);
   try {
     program.parse(argc, argv);

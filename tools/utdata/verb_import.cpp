@@ -215,15 +215,15 @@ struct QuantityOption {
   bool hasNominal;  ///< its default is a nominal value that the user is told of
 };
 constexpr QuantityOption quantityOptions[] = {
-    {"--column-step", &ImportOptions::columnStep, "mm", "between columns", 1e-6, 1e6, true},
-    {"--row-step", &ImportOptions::rowStep, "mm", "between rows", 1e-6, 1e6, true},
-    {"--sample-step", &ImportOptions::sampleStep, "ns", "between samples, two-way time", 1e-3, 1e9, true},
-    {"--column-offset", &ImportOptions::columnOffset, "mm", "position of the first column", -1e6, 1e6, false},
-    {"--row-offset", &ImportOptions::rowOffset, "mm", "position of the first row", -1e6, 1e6, false},
-    {"--sample-offset", &ImportOptions::sampleOffset, "ns", "time of the first sample", -1e9, 1e9, false},
-    {"--sound-speed", &ImportOptions::soundSpeed, "m/s", "in the part", 1, 1e5, true},
-    {"--probe-angle", &ImportOptions::probeAngle, "degrees", "refracted angle in the part", -90, 90, false},
-    {"--thickness", &ImportOptions::thickness, "mm", "of the part", 0, 1e6, false},
+    {"--column-step", &ImportOptions::columnStep, "mm", "Distance between columns", 1e-6, 1e6, true},
+    {"--row-step", &ImportOptions::rowStep, "mm", "Distance between rows", 1e-6, 1e6, true},
+    {"--sample-step", &ImportOptions::sampleStep, "ns", "Two-way time between samples", 1e-3, 1e9, true},
+    {"--column-offset", &ImportOptions::columnOffset, "mm", "Position of the first column", -1e6, 1e6, false},
+    {"--row-offset", &ImportOptions::rowOffset, "mm", "Position of the first row", -1e6, 1e6, false},
+    {"--sample-offset", &ImportOptions::sampleOffset, "ns", "Time of the first sample", -1e9, 1e9, false},
+    {"--sound-speed", &ImportOptions::soundSpeed, "m/s", "Sound speed in the part", 1, 1e5, true},
+    {"--probe-angle", &ImportOptions::probeAngle, "degrees", "Refracted angle in the part", -90, 90, false},
+    {"--thickness", &ImportOptions::thickness, "mm", "Thickness of the part, 0 unknown", 0, 1e6, false},
 };
 
 CLI::Validator Within(double minimum, double maximum) {
@@ -257,8 +257,8 @@ void AddArrayOptions(CLI::App& verb, ImportOptions& options) {
       ->type_name("A,B,C");
   verb.add_option("--dtype", options.dtype, "Sample type")
       ->required()
-      ->check(CLI::IsMember({"u8", "i8", "u16", "i16"}))
-      ->type_name("");
+      ->check(CLI::IsMember({"u8", "i8", "u16", "i16"}).description(""))
+      ->type_name("u8|i8|u16|i16");
   verb.add_flag("--big-endian", options.bigEndian, "Samples are stored most significant byte first");
   verb.add_flag("--rectified", options.rectified, "Amplitudes are rectified");
 }
