@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
 #include "data_group.h"
 #include "failure.h"
@@ -49,17 +48,12 @@ CodeMeaning MeaningOf(const CGDataTypeFDD& group, const GroupAxes& axes) {
   return meaning;
 }
 
-/// dB marks for a colour scale, strongest first, no nearer to each other than can be read.
+/// dB marks for a colour scale, strongest first.
 std::vector<Tick> DecibelTicks(const GroupAxes& axes, double low, double high) {
   std::vector<Tick> ticks;
-  double before = std::numeric_limits<double>::infinity();
-  const double nearest = (high - low) * 0.035;
-  for (int decibels = 0; decibels >= -80; decibels -= decibels > -36 ? 6 : 12) {
+  for (int decibels = 0; decibels >= -60; decibels -= 6) {
     const double percent = axes.PercentOfDecibels(decibels);
-    if (percent > high * (1 + 1e-9) || before - percent < nearest) continue;
-    if (percent - std::max(low, 0.0) < nearest) break;
-    before = percent;
-    ticks.push_back({percent, std::to_string(decibels)});
+    if (percent > low && percent <= high * (1 + 1e-9)) ticks.push_back({percent, std::to_string(decibels)});
   }
   return ticks;
 }

@@ -28,6 +28,7 @@ std::string ShownAxis::Text(double index) const {
 }
 
 std::string ShownAxis::Spacing() const {
+  if (quantity == 1 && first == 0) return "1";
   return std::to_string(quantity) + " × " + ShownAxis{symbol, step, 0, 1}.Text(0);
 }
 

@@ -20,7 +20,7 @@ struct ShownAxis {
   [[nodiscard]] double At(double index) const { return first + index * step; }
   /// "12.5 mm", with the digits that a step calls for.
   [[nodiscard]] std::string Text(double index) const;
-  /// "256 × 1 mm"
+  /// "256 × 1 mm"; "1" alone where there is no axis to speak of.
   [[nodiscard]] std::string Spacing() const;
   /// "0 to 255 mm"
   [[nodiscard]] std::string Range() const;

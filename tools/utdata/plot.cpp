@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace utdata::program {
 namespace {
@@ -39,7 +40,14 @@ class Scale {
     const int room = m_side == Side::Bottom ? 90 : 48;
     m_ticks = RoundTicks(m_from, m_to, std::clamp(length / room + 1, 3, 14));
   }
-  void Mark(std::vector<Tick> ticks) { m_ticks = {std::move(ticks), {}}; }
+  /// The given ticks, as far as a side of `length` pixels has room: the first of two that are too near each other stays.
+  void Mark(const std::vector<Tick>& ticks, int length) {
+    const Rect area = {0, 0, length, length};
+    for (const Tick& tick : ticks)
+      if (m_ticks.major.empty() ||
+          std::abs(Place(area, tick.value) - Place(area, m_ticks.major.back().value)) > tickSize)
+        m_ticks.major.push_back(tick);
+  }
 
   /// Pixels that the ticks and their labels take outwards.
   [[nodiscard]] int Depth() const {
@@ -119,7 +127,7 @@ class Layout {
         m_decibels(font, Side::Left, plot.scale.high, plot.scale.low) {
     if (plot.downAgain) m_downAgain.emplace(AxisScale(font, Side::Right, *plot.downAgain, m_image.height));
     m_percent.Mark(m_barHeight);
-    m_decibels.Mark(plot.scale.decibels);
+    m_decibels.Mark(plot.scale.decibels, m_barHeight);
     Place();
   }
 
