@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <optional>
 #include <vector>
 
@@ -29,8 +28,9 @@ struct Offsets {
 };
 
 struct Interval {
-  std::int64_t low = std::numeric_limits<std::int64_t>::min();
-  std::int64_t high = std::numeric_limits<std::int64_t>::max();
+  static constexpr std::int64_t bound = std::int64_t{1} << 40;  ///< far beyond any offset
+  std::int64_t low = -bound;
+  std::int64_t high = bound;
 
   [[nodiscard]] bool IsEmpty() const { return low > high; }
   [[nodiscard]] std::int64_t Middle() const { return low + (high - low) / 2; }
