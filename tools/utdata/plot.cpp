@@ -66,12 +66,12 @@ class Scale {
     }
   }
 
-  /// The pixel along the side where a value lies.
+  /// The pixel along the side where a value lies, or the nearest; the first when the side has no extent.
   [[nodiscard]] int Place(const Rect& area, double value) const {
-    const double part = (value - m_from) / (m_to - m_from);
     const int start = m_side == Side::Bottom ? area.left : area.top;
     const int length = m_side == Side::Bottom ? area.width : area.height;
-    return start + std::clamp(static_cast<int>(std::floor(part * length)), 0, length - 1);
+    const double along = (value - m_from) / (m_to - m_from) * length;
+    return start + (along >= 0 ? static_cast<int>(std::min(along, length - 1.0)) : 0);
   }
 
  private:

@@ -37,8 +37,9 @@ Ticks RoundTicks(double from, double to, int most) {
   const double low = std::min(from, to);
   const double length = std::abs(to - from);
   const double largest = std::max(std::abs(from), std::abs(to));
+  const double shortest = std::max(largest * 1e-12, 1e-300);
   Ticks ticks;
-  if (!std::isfinite(from) || !std::isfinite(to) || !std::isfinite(length) || !(length > largest * 1e-12)) return ticks;
+  if (!std::isfinite(from) || !std::isfinite(to) || !std::isfinite(length) || !(length > shortest)) return ticks;
   const Step step = RoundStep(length, most);
   const double minorStep = step.value / step.minorParts;
   constexpr double tolerance = 1e-6;  // of a minor step, so that rounding loses no tick at an end
