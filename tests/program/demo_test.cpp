@@ -38,6 +38,7 @@ TEST_F(DemoTest, WritesChangesAndReloadsAScan) {
   EXPECT_EQ(Field(base, 10224, "positiveLevel"), 20.0);
   EXPECT_EQ(Field(companion, 10025, "positiveLevel"), 15.0);
   EXPECT_EQ(Field(companion, 10025, "gateId"), 1);
+  EXPECT_TRUE(std::filesystem::exists(At("out/crack.png")));
   EXPECT_EQ(Run("verify out/weld.fpd out/weld.A01").status, 0);
 }
 
@@ -58,7 +59,7 @@ TEST_F(DemoTest, ADamagedCompanionIsNotPassedOver) {
 }
 
 TEST_F(DemoTest, EveryVerbExplainsItselfWithAnExampleThatWorks) {
-  for (const std::string verb : {"demo", "import", "info", "tree", "verify"}) {
+  for (const std::string verb : {"demo", "import", "info", "render", "tree", "verify"}) {
     SCOPED_TRACE(verb);
     const ProgramResult help = Run(verb + " --help");
     EXPECT_EQ(help.status, 0);

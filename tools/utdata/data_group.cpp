@@ -80,6 +80,12 @@ std::uint32_t PlainClass(const CGDataTypeFDD& group) {
   return static_cast<std::uint32_t>(group.dataClass) & ~static_cast<std::uint32_t>(gdata_MultiChannelMaster);
 }
 
+bool HoldsAmplitudes(const CGDataTypeFDD& group) {
+  constexpr std::array<std::uint32_t, 4> classes = {
+      gdata_AScan, gdata_CScanAmplitude, gdata_AScanMerged, gdata_AScanProcessed};
+  return std::find(classes.begin(), classes.end(), PlainClass(group)) != classes.end();
+}
+
 std::string Label(const CGDataTypeFDD& group) { return ChannelPart(group, true) + GatePart(group, true); }
 std::string IdLabel(const CGDataTypeFDD& group) { return ChannelPart(group, false) + GatePart(group, false); }
 

@@ -17,6 +17,9 @@ void AssignBookmarkType(CGDataTypeFDD& group);
 /// The data class without the master bit.
 [[nodiscard]] std::uint32_t PlainClass(const CGDataTypeFDD& group);
 
+/// Whether the samples are amplitudes, and percent and dB mean something.
+[[nodiscard]] bool HoldsAmplitudes(const CGDataTypeFDD& group);
+
 /// Channel and gate by name where they have one, else by number: "C 1 G0 ", "Left A ".
 [[nodiscard]] std::string Label(const CGDataTypeFDD& group);
 /// Channel and gate by number.

@@ -20,6 +20,14 @@ std::string FirstCompanion(const std::string& path) {
 
 bool Exists(const std::string& path) { return os::CurrentFileSystem().Exists(ToWide(path)); }
 
+/// Why a file that did not load cannot be opened; loading itself tells no status.
+int StatusOfOpening(const std::wstring& path) {
+  SCFile::FileHandle file = nullptr;
+  const int status = SCFile::file_OpenReadOnly(path.c_str(), &file);
+  if (status == SCFile::status_Ok) SCFile::file_Close(file);
+  return status;
+}
+
 }  // namespace
 
 void Document::Release::operator()(CFContTypeFileDescr* groups) const {
@@ -41,7 +49,7 @@ Document Document::Load(const std::string& path) {
   CFCont container;
   const std::wstring widePath = ToWide(path);
   Document document(path, container.FileLoad(widePath.c_str(), nullptr, nullptr));
-  if (!document.m_groups) throw Failure::OfLibrary(SCFile::status_Ok, path, "cannot be loaded");
+  if (!document.m_groups) throw Failure::OfLibrary(StatusOfOpening(widePath), path, "cannot be loaded");
   constexpr int readAllCompanions[8] = {0, 0, 0, 0, 1, 1, 0, 0};
   CFContTypeFileDescr* groups = document.m_groups.release();  // a failed update deletes it
   if (container.FileUpdate(widePath.c_str(), groups, readAllCompanions, nullptr, nullptr) != 0)
@@ -55,6 +63,11 @@ std::vector<std::string> Document::Files() const {
   std::vector<std::string> paths;
   for (SCFile::FileHandle file : m_groups->files) paths.push_back(ToUtf8(SCFile::file_Path(file)));
   return paths;
+}
+
+Host& Document::GetHost() const {
+  if (!m_host) m_host = std::make_unique<Host>(*m_groups);
+  return *m_host;
 }
 
 void Document::WriteNew(bool replace) {

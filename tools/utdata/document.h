@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host.h"
 #include "utdata/fcont.h"
 
 namespace utdata::program {
@@ -28,6 +29,9 @@ class Document {
   /// The paths of the files that it was read from, the named one first.
   [[nodiscard]] std::vector<std::string> Files() const;
 
+  /// What the library reaches back into for this inspection; made when it is first asked for, and lives as long as the document.
+  [[nodiscard]] Host& GetHost() const;
+
   /// Writes the whole inspection as a new file. An existing one stays, and the write fails, unless `replace` is true.
   void WriteNew(bool replace);
 
@@ -44,6 +48,7 @@ class Document {
 
   std::string m_path;
   std::unique_ptr<CFContTypeFileDescr, Release> m_groups;
+  mutable std::unique_ptr<Host> m_host;
 };
 
 /// Fails when a new inspection file cannot stand at `path`: a file of that name unless `replace` is true, a companion of another
@@ -59,7 +64,8 @@ class MappedSamples {
   MappedSamples& operator=(const MappedSamples&) = delete;
 
   [[nodiscard]] const std::byte* Data() const { return static_cast<const std::byte*>(m_data); }
-  [[nodiscard]] std::uint64_t Size() const { return m_size; }  ///< bytes
+  [[nodiscard]] char* Bytes() const { return static_cast<char*>(m_data); }  ///< the same; changes stay in this process
+  [[nodiscard]] std::uint64_t Size() const { return m_size; }               ///< bytes
 
  private:
   SCFile::FileHandle m_file;

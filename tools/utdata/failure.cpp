@@ -37,6 +37,8 @@ Failure Failure::OfLibrary(int status, std::string_view file, std::string_view w
   if (why.empty()) why = SCFile::file_StatusText(status);
   const std::string opening = std::string(file) + ": ";
   if (why.starts_with(opening)) why.erase(0, opening.size());
+  constexpr std::string_view said = "cannot be opened: ";  // `what` tells it
+  if (why.starts_with(said)) why.erase(0, said.size());
   return {file, what, why, AdviceFor(status)};
 }
 

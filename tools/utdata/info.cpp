@@ -1,10 +1,12 @@
 #include "info.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "data_group.h"
+#include "group_axes.h"
 #include "group_lists.h"
 #include "output.h"
 #include "quantity.h"
@@ -22,14 +24,6 @@ GroupCounts CountGroups(const Document& document) {
   return counts;
 }
 
-/// "256 × 1 mm from 5 mm"; "1" alone where there is no axis to speak of.
-std::string AxisText(std::uint32_t quantity, float resolution, float offset, kvt_enumUnits units) {
-  if (quantity == 1 && offset == 0) return "1";
-  std::string text = std::to_string(quantity) + " × " + OnAxis(resolution, units);
-  if (offset != 0) text += " from " + OnAxis(offset, units);
-  return text;
-}
-
 std::string GroupsText(const Document& document) {
   std::string text;
   for (const auto& [name, count] : CountGroups(document)) {
@@ -41,18 +35,36 @@ std::string GroupsText(const Document& document) {
   return text.empty() ? "none" : text;
 }
 
-std::vector<std::string> DataRow(std::size_t index, const CGDataTypeFDD& group) {
-  const std::string samples =
-      AxisText(group.sampleQuantity, group.sampleResolution, group.sampleOffset, group.sampleUnits);
+std::vector<std::string> DataRow(std::size_t index, const CGDataTypeFDD& group, const GroupAxes& axes) {
   return {std::to_string(index),
           Label(group),
           ClassName(group),
           SampleTypeName(group) + (group.GetDataRectification() == gdata_RectifNone ? "" : " rectified"),
-          AxisText(group.columnQuantity, group.columnResolution, group.columnOffset, group.columnUnits),
-          AxisText(group.rowQuantity, group.rowResolution, group.rowOffset, group.rowUnits),
-          samples,
-          Number(group.dataMinimum) + " to " + Number(group.dataMaximum),
+          axes.Columns().Spacing(),
+          axes.Rows().Spacing(),
+          axes.Samples().Spacing(),
           group.samples.group ? Bytes(group.samples.size) : "none"};
+}
+
+std::vector<std::string> RangeRow(std::size_t index, const CGDataTypeFDD& group, const GroupAxes& axes) {
+  const std::optional<ShownAxis> path = axes.HalfPath();
+  return {std::to_string(index),
+          axes.Columns().Range(),
+          axes.Rows().Range(),
+          axes.Samples().Range(),
+          path ? path->Range() : "unknown",
+          Number(group.dataMinimum) + " to " + Number(group.dataMaximum),
+          HoldsAmplitudes(group) ? axes.AmplitudeRange() : "no amplitudes"};
+}
+
+/// One row per data group, made by `row`.
+template <class Row>
+std::string TableOfGroups(const Document& document, std::vector<std::string> header, Row&& row) {
+  TextTable table(std::move(header));
+  std::size_t index = 0;
+  for (const CGDataTypeFDD* group : document.Groups().data)
+    table.Add(row(index++, *group, GroupAxes(document.GetHost(), *group)));
+  return table.Text();
 }
 
 void AddTitles(const Document& document, std::string& text) {
@@ -82,18 +94,20 @@ std::string InfoText(const Document& document, const InfoContent& content) {
   text += "groups   " + GroupsText(document) + "\n";
   AddTitles(document, text);
   if (document.Groups().data.IsEmpty()) return text;
-  TextTable table({"#", "label", "class", "type", "columns", "rows", "samples", "values", "table"});
-  std::size_t index = 0;
-  for (const CGDataTypeFDD* group : document.Groups().data) table.Add(DataRow(index++, *group));
-  text += "\n" + table.Text();
-  index = 0;
+  text += "\n" + DataGroupTable(document) + "\n";
+  text += TableOfGroups(document, {"#", "columns", "rows", "samples", "half path", "values", "amplitude"}, RangeRow);
   if (!content.hash) return text;
+  std::size_t index = 0;
   for (const CGDataTypeFDD* group : document.Groups().data) {
     const std::string hash = SamplesHash(*group, content.quiet);
     text += (index == 0 ? "\n" : "") + std::to_string(index) + "  sha256 " + (hash.empty() ? "none" : hash) + "\n";
     ++index;
   }
   return text;
+}
+
+std::string DataGroupTable(const Document& document) {
+  return TableOfGroups(document, {"#", "label", "class", "type", "columns", "rows", "samples", "table"}, DataRow);
 }
 
 }  // namespace utdata::program

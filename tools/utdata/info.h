@@ -16,7 +16,10 @@ struct InfoContent {
 /// Path, files, group counts, and one object per data group.
 [[nodiscard]] nlohmann::ordered_json InfoJson(const Document& document, const InfoContent& content);
 
-/// The same for people: a heading, and a table with one row per data group.
+/// The same for people: a heading, and two tables with one row per data group: what it is, and what its axes and values span.
 [[nodiscard]] std::string InfoText(const Document& document, const InfoContent& content);
+
+/// The first of the two tables.
+[[nodiscard]] std::string DataGroupTable(const Document& document);
 
 }  // namespace utdata::program

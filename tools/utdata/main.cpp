@@ -25,6 +25,7 @@ void DescribeProgram(CLI::App& program) {
   AddDemoVerb(program);
   AddImportVerb(program);
   AddInfoVerb(program);
+  AddRenderVerb(program);
   AddTreeVerb(program);
   AddVerifyVerb(program);
 }
@@ -37,7 +38,7 @@ std::string UsageLine(const CLI::App& program, const CLI::ParseError& error) {
 }
 
 int Run(int argc, char** argv) {
-  CLI::App program("Makes, shows and checks ultrasonic inspection files.", "utdata");
+  CLI::App program("Makes, shows, draws and checks ultrasonic inspection files.", "utdata");
   DescribeProgram(program);
   try {
     program.parse(argc, argv);

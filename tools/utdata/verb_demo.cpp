@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "bscan.h"
 #include "data_group.h"
 #include "demo_inspection.h"
 #include "document.h"
@@ -12,6 +13,7 @@
 #include "info.h"
 #include "interfaces/os.h"
 #include "interrupt.h"
+#include "new_file.h"
 #include "output.h"
 #include "quantity.h"
 #include "simulate.h"
@@ -56,6 +58,7 @@ class Steps {
 struct DemoPaths {
   std::string inspection;
   std::string companion;
+  std::string picture;
 };
 
 /// Makes the folder, and makes room in it: with force, the files of a former demonstration go.
@@ -63,13 +66,14 @@ DemoPaths Prepare(const DemoOptions& options) {
   std::error_code error;
   std::filesystem::create_directories(ToWide(options.folder), error);
   if (error) throw Failure(options.folder, "cannot be made", error.message());
-  const DemoPaths paths = {options.folder + "/weld.fpd", options.folder + "/weld.A01"};
+  const DemoPaths paths = {options.folder + "/weld.fpd", options.folder + "/weld.A01", options.folder + "/crack.png"};
   if (options.force) {
     const os::Error removed = os::CurrentFileSystem().Remove(ToWide(paths.companion));
     if (removed != os::Error::None && removed != os::Error::NotFound)
       throw Failure(paths.companion, "cannot be removed", os::ErrorText(removed));
   }
   CheckNewPath(paths.inspection, options.force);
+  CheckNewFile(paths.picture, options.force);
   return paths;
 }
 
@@ -116,6 +120,23 @@ void CheckReloaded(const DemoPaths& paths, const CGGateTypeDescr& changed, Steps
   if (!quiet) PrintResult("\n" + InfoText(document, {}) + "\n");
 }
 
+/// The B-scan through the middle of the crack, bright enough for the echo of its tip.
+void DrawCrack(const DemoPaths& paths, const DemoOptions& options, Steps& steps) {
+  const WeldScan scan;
+  const Document document = Document::Load(paths.inspection);
+  BScanOptions view;
+  view.row = static_cast<std::uint32_t>(std::lround(scan.crack.centre / scan.rowStep));
+  view.gain = 3;
+  view.samples = SampleAxis::Path;
+  view.quiet = options.quiet;
+  const BScan crack = MakeBScan(document.GetHost(), *document.Groups().data.GetHead(), paths.inspection, view);
+  WriteNewFile(paths.picture, Draw(crack.plot, Font()).canvas.Png(), options.force);
+  const double depth = scan.thickness - scan.crack.height;
+  steps.Done(
+      "picture",
+      paths.picture + ": the crack's tip shows at " + Millimetres(scan.crack.x) + ", " + Millimetres(depth) + " deep");
+}
+
 void Demo(const DemoOptions& options) {
   const InterruptScope interrupts;
   Steps steps(options.quiet);
@@ -123,6 +144,7 @@ void Demo(const DemoOptions& options) {
   WriteInspection(paths.inspection, options.force, steps);
   const CGGateTypeDescr gate = WriteChanges(paths, steps);
   CheckReloaded(paths, gate, steps, options.quiet);
+  DrawCrack(paths, options, steps);
   for (const std::string& path : {paths.inspection, paths.companion}) {
     const Verdict verdict = Verify(path, options.quiet);
     if (!verdict.IsClean()) throw Failure(path, verdict.Word(), verdict.problems.front());

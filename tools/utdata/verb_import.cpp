@@ -240,8 +240,9 @@ std::string NominalText(const CLI::App& verb, const ImportOptions& options) {
   std::string text;
   for (const QuantityOption& option : quantityOptions) {
     if (!option.hasNominal || verb.count(option.name) > 0) continue;
-    text += std::string(text.empty() ? "" : ", ") + (option.name + 2) + " " + Number(options.*option.value) + " " +
-            option.unit;
+    std::string name = option.name + 2;
+    std::replace(name.begin(), name.end(), '-', ' ');
+    text += (text.empty() ? "" : ", ") + name + " " + Number(options.*option.value) + " " + option.unit;
   }
   return text;
 }

@@ -8,6 +8,7 @@ namespace utdata::program {
 void AddDemoVerb(CLI::App& program);
 void AddImportVerb(CLI::App& program);
 void AddInfoVerb(CLI::App& program);
+void AddRenderVerb(CLI::App& program);
 void AddTreeVerb(CLI::App& program);
 void AddVerifyVerb(CLI::App& program);
 

@@ -79,11 +79,13 @@ std::string Verdict::Word() const {
 }
 
 std::string Verdict::Line() const {
-  std::string line = path + ": " + Word();
+  std::string line = path + ": ";
   if (IsClean())
-    line += ", " + std::to_string(commits) + (commits == 1 ? " commit, " : " commits, ") + Bytes(size);
-  else if (problems.front() != Word())
-    line += ": " + problems.front();
+    line += "clean, " + std::to_string(commits) + (commits == 1 ? " commit, " : " commits, ") + Bytes(size);
+  else if (status != SCFile::status_Damaged && problems.front().ends_with(Word()))
+    line += problems.front();
+  else
+    line += Word() + ": " + problems.front();
   if (problems.size() > 1) line += " (and " + std::to_string(problems.size() - 1) + " more)";
   return Printable(line);
 }
