@@ -160,7 +160,7 @@ bool CheckRules(const Node& group, std::string& problem) {
   for (ItemWalk walk(group); walk.Next(item);) {
     if (rules.Fits(item)) continue;
     problem = "item " + std::to_string(item.code) + " of a group of type " + std::to_string(group.typeCode) +
-              " comes twice or does not fit that type";
+              " does not fit that type";
     return false;
   }
   return true;

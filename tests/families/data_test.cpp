@@ -221,27 +221,33 @@ TEST_F(DataTest, WhatCannotBeWrittenFailsTheCommit) {
   EXPECT_TRUE(std::filesystem::is_empty(m_directory.Path()));
 }
 
-// The bytes of a text are bounded by the rules, its characters only here.
-TEST_F(DataTest, TextsLongerThanTheirPlaceAreDamage) {
+TEST_F(DataTest, TextsThatDoNotFitTheirPlaceAndFieldsThatComeTwiceAreDamage) {
   GroupFile file(m_directory.File(L"long.fpd"));
   struct {
     std::wstring text;
+    int times;
     int status;
-  } const cases[] = {{std::wstring(31, L'溶'), SCFile::status_Ok},
-                     {std::wstring(32, L'a'), SCFile::status_Damaged},
-                     {std::wstring(124, L'a'), SCFile::status_Damaged}};
-  for (const auto& entry : cases)
-    ASSERT_EQ(SCFile::file_ItemValueWrite(file.NewGroup(dataCode),
-                                          2,
-                                          SCFile::value_Text,
-                                          static_cast<std::uint32_t>(entry.text.size() + 1),
-                                          entry.text.c_str()),
-              SCFile::status_Ok);
+  } const cases[] = {{std::wstring(31, L'溶'), 1, SCFile::status_Ok},
+                     {std::wstring(32, L'a'), 1, SCFile::status_Damaged},
+                     {std::wstring(124, L'a'), 1, SCFile::status_Damaged},
+                     {std::wstring(L"a\0b", 3), 1, SCFile::status_Damaged},
+                     {L"twice", 2, SCFile::status_Damaged}};
+  for (const auto& entry : cases) {
+    const SCFile::GroupHandle group = file.NewGroup(dataCode);
+    const auto count = static_cast<std::uint32_t>(entry.text.size() + 1);
+    for (int time = 0; time < entry.times; ++time)
+      ASSERT_EQ(SCFile::file_ItemValueWrite(group, 2, SCFile::value_Text, count, entry.text.c_str()),
+                SCFile::status_Ok);
+  }
   file.Reopen();
   for (std::uint32_t index = 0; index < std::size(cases); ++index) {
+    SCFile::GroupHandle group = nullptr;
+    EXPECT_EQ(SCFile::file_GroupOpen(file.Top(), &group, index), cases[index].status) << index;
     CGDataTypeFDD record;
-    EXPECT_EQ(gdata_ReadGroupInfo(file.Group(index), &record), cases[index].status);
-    EXPECT_EQ(record.dataName, index == 0 ? cases[0].text : L"");
+    if (group) {
+      EXPECT_EQ(gdata_ReadGroupInfo(group, &record), SCFile::status_Ok);
+    }
+    EXPECT_EQ(record.dataName, group ? cases[index].text : L"");
   }
 }
 

@@ -113,6 +113,7 @@ class GroupFile {
     ASSERT_EQ(SCFile::file_ItemInfo(m_file, 0, nullptr, nullptr, nullptr, &key, nullptr, 0), SCFile::status_Ok);
     ASSERT_EQ(SCFile::file_GroupOpen(m_file, &m_top, key), SCFile::status_Ok) << SCFile::file_LastError();
   }
+  [[nodiscard]] SCFile::GroupHandle Top() const { return m_top; }
   /// The group at `index` of the reopened file.
   SCFile::GroupHandle Group(std::uint32_t index) {
     std::uint32_t key = 0;
