@@ -19,23 +19,23 @@ namespace SCFile {
 
 enum Status : int {
   status_Ok = 0,
-  status_BadArgument,      ///< null or unknown handle, index, key or type; a call out of order
-  status_NotFound,         ///< no such file
-  status_Exists,           ///< the name is taken
-  status_AccessDenied,     ///< permission, or a read-only medium
-  status_NotAFile,         ///< a directory, a device
-  status_DiskFull,         ///< no room for what was written
-  status_InputOutput,      ///< the operating system reported an error
-  status_NotInspection,    ///< not an inspection file, or an empty one
-  status_NewerVersion,     ///< written by a newer format than this reader knows
-  status_Damaged,          ///< a checksum or a structural rule does not hold
-  status_Locked,           ///< another writer has the file
-  status_MovedOn,          ///< the file was changed by another writer since it was opened
-  status_ReadOnly,         ///< the file was opened for reading only
-  status_BadText,          ///< a text holds something that is not a character
-  status_BufferTooSmall,   ///< the caller's buffer does not hold the value
-  status_TooLarge,         ///< a limit of the format (depth, name, count, size), or more than the machine's memory
-  status_Stopped           ///< the caller's progress function asked to stop
+  status_BadArgument,     ///< null or unknown handle, index, key or type; a call out of order
+  status_NotFound,        ///< no such file
+  status_Exists,          ///< the name is taken
+  status_AccessDenied,    ///< permission, or a read-only medium
+  status_NotAFile,        ///< a directory, a device
+  status_DiskFull,        ///< no room for what was written
+  status_InputOutput,     ///< the operating system reported an error
+  status_NotInspection,   ///< not an inspection file, or an empty one
+  status_NewerVersion,    ///< written by a newer format than this reader knows
+  status_Damaged,         ///< a checksum or a structural rule does not hold
+  status_Locked,          ///< another writer has the file
+  status_MovedOn,         ///< the file was changed by another writer since it was opened
+  status_ReadOnly,        ///< the file was opened for reading only
+  status_BadText,         ///< a text holds something that is not a character
+  status_BufferTooSmall,  ///< the caller's buffer does not hold the value
+  status_TooLarge,        ///< a limit of the format (depth, name, count, size), or more than the machine's memory
+  status_Stopped          ///< the caller's progress function asked to stop
 };
 
 /// A few English words for a status.
@@ -54,17 +54,21 @@ enum ValueType : std::uint8_t {
   value_UInt32 = 7,
   value_Int64 = 8,
   value_UInt64 = 9,
-  value_Float = 10,   ///< 32-bit
+  value_Float = 10,  ///< 32-bit
   value_Double = 11,
-  value_Text = 12,    ///< wide text; counts are wide characters with the terminator
-  value_Block = 13    ///< a large value outside the metadata, page-aligned; counts are bytes
+  value_Text = 12,  ///< wide text; counts are wide characters with the terminator
+  value_Block = 13  ///< a large value outside the metadata, page-aligned; counts are bytes
 };
 
 /// Kinds of items.
 enum ItemKind : std::uint32_t { kind_Group = 0, kind_Value = 1 };
 
 /// Called once per process before anything else. This layer needs no callbacks: all must be null, else status_BadArgument.
-UTDATA_API int file_Init(LockCallback lock, LockCallback unlock, AllocCallback alloc, FreeCallback free, ErrorCallback error,
+UTDATA_API int file_Init(LockCallback lock,
+                         LockCallback unlock,
+                         AllocCallback alloc,
+                         FreeCallback free,
+                         ErrorCallback error,
                          ProgressCallback progress);
 
 /// Opens an existing file for reading and, where the file allows it, later writing. Reads and checks all metadata; sample blocks are
@@ -106,8 +110,14 @@ UTDATA_API int file_SetCharacterFormat(FileHandle file, int format);
 /// @param key    what file_GroupOpen takes
 /// @param name   receives a child group's name, cut to length - 1 characters and terminated; empty for a value
 /// @param length wide characters that `name` holds
-UTDATA_API int file_ItemInfo(const Node* parent, std::uint32_t index, std::uint32_t* type, std::uint32_t* kind, std::uint32_t* count,
-                             std::uint32_t* key, wchar_t* name, std::uint32_t length);
+UTDATA_API int file_ItemInfo(const Node* parent,
+                             std::uint32_t index,
+                             std::uint32_t* type,
+                             std::uint32_t* kind,
+                             std::uint32_t* count,
+                             std::uint32_t* key,
+                             wchar_t* name,
+                             std::uint32_t length);
 
 /// The value type of an item, 0 for a child group.
 UTDATA_API int file_ItemValueType(const Node* parent, std::uint32_t index, std::uint32_t* valueType);
@@ -126,10 +136,17 @@ UTDATA_API int file_GroupNameSet(GroupHandle group, const wchar_t* name, std::ui
 
 /// Reads a value of a committed group. @param count in: elements that `buffer` holds; out: elements read (text: with terminator).
 /// The type must be the item's own; blocks are read with file_BlockRead.
-UTDATA_API int file_IndexValueRead(const Node* group, std::uint32_t index, std::uint32_t valueType, void* buffer, std::uint32_t* count);
+UTDATA_API int file_IndexValueRead(const Node* group,
+                                   std::uint32_t index,
+                                   std::uint32_t valueType,
+                                   void* buffer,
+                                   std::uint32_t* count);
 
 /// Appends a value to an uncommitted group. @param count elements; of a text with its terminator
-UTDATA_API int file_ItemValueWrite(GroupHandle group, std::uint32_t itemCode, std::uint32_t valueType, std::uint32_t count,
+UTDATA_API int file_ItemValueWrite(GroupHandle group,
+                                   std::uint32_t itemCode,
+                                   std::uint32_t valueType,
+                                   std::uint32_t count,
                                    const void* data);
 
 /// Appends a block of any size to an uncommitted group. The bytes go to the disk at once, in chunks with a checksum each.
@@ -140,7 +157,11 @@ UTDATA_API int file_BlockWrite(GroupHandle group, std::uint32_t itemCode, std::u
 UTDATA_API int file_BlockInfo(const Node* group, std::uint32_t index, std::uint64_t* offset, std::uint64_t* size);
 /// Reads part of a block into memory, without verifying checksums of the parts that are not read whole; chunks that are read whole
 /// are verified.
-UTDATA_API int file_BlockRead(const Node* group, std::uint32_t index, std::uint64_t from, std::uint64_t size, void* buffer);
+UTDATA_API int file_BlockRead(const Node* group,
+                              std::uint32_t index,
+                              std::uint64_t from,
+                              std::uint64_t size,
+                              void* buffer);
 /// A private copy-on-write view of a whole block, valid until file_BlockUnmap or file_Close. Costs the same whatever the size; nothing
 /// is verified. The same block may be mapped several times.
 UTDATA_API int file_BlockMap(Node* group, std::uint32_t index, void** data);
@@ -166,7 +187,10 @@ using VerifyProgress = bool (*)(void* context, std::uint64_t done, std::uint64_t
 /// all sample blocks.
 /// @param problem receives one line per problem found, null if not wanted
 /// @return status_Ok when all is well, status_Stopped, else the status of the first problem
-UTDATA_API int file_Verify(const wchar_t* path, std::string* problem, VerifyProgress progress = nullptr, void* context = nullptr);
+UTDATA_API int file_Verify(const wchar_t* path,
+                           std::string* problem,
+                           VerifyProgress progress = nullptr,
+                           void* context = nullptr);
 
 }  // namespace SCFile
 

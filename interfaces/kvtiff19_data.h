@@ -16,10 +16,10 @@ struct FieldTable;
 struct gdata_typeSampleRef {
   static constexpr std::uint64_t none = ~std::uint64_t{0};
 
-  std::uint64_t offset = none;           ///< bytes from the start of the file; all ones when the record has no samples on disk
-  std::uint64_t size = 0;                ///< bytes
-  SCFile::GroupHandle group = nullptr;   ///< open group that holds the block; valid until its file is closed
-  std::uint32_t item = 0;                ///< index of the block in that group
+  std::uint64_t offset = none;  ///< bytes from the start of the file; all ones when the record has no samples on disk
+  std::uint64_t size = 0;       ///< bytes
+  SCFile::GroupHandle group = nullptr;  ///< open group that holds the block; valid until its file is closed
+  std::uint32_t item = 0;               ///< index of the block in that group
 };
 
 /// Texts are terminated and hold at most 31 characters. The public fields are those that a data item reads and changes; the others are
@@ -35,53 +35,53 @@ class UTDATA_API CGDataTypeFDD {
 
   gdata_enumDataClass dataClass = gdata_AScan;  ///< key
   wchar_t dataName[nameSize] = {};
-  wchar_t dataNameText[nameSize] = {};          ///< second line of the name
-  std::uint32_t channelId = 0;                  ///< from 0; key
+  wchar_t dataNameText[nameSize] = {};  ///< second line of the name
+  std::uint32_t channelId = 0;          ///< from 0; key
   wchar_t channelName[nameSize] = {};
-  std::uint32_t subChannelId = 0;               ///< 0: not a sub-channel group; key
+  std::uint32_t subChannelId = 0;  ///< 0: not a sub-channel group; key
   wchar_t subChannelName[nameSize] = {};
-  std::uint32_t gateId = 0;                     ///< gate number plus multiples of 2000; key
+  std::uint32_t gateId = 0;  ///< gate number plus multiples of 2000; key
   wchar_t gateName[nameSize] = {};
-  std::uint32_t layoutWords[4] = {};            ///< equal in a multi-channel master and its elements
+  std::uint32_t layoutWords[4] = {};  ///< equal in a multi-channel master and its elements
   std::uint32_t columnQuantity = 0;
-  float columnResolution = 0;                   ///< m or degrees per column
-  float columnOffset = 0;                       ///< m or degrees
+  float columnResolution = 0;  ///< m or degrees per column
+  float columnOffset = 0;      ///< m or degrees
   kvt_enumUnits columnUnits = kvt_UnitMetre;
   std::uint32_t rowQuantity = 0;
-  float rowResolution = 0;                      ///< m or degrees per row
-  float rowOffset = 0;                          ///< m or degrees
+  float rowResolution = 0;  ///< m or degrees per row
+  float rowOffset = 0;      ///< m or degrees
   kvt_enumUnits rowUnits = kvt_UnitMetre;
-  std::uint32_t sampleQuantity = 0;             ///< samples of one A-scan
-  float sampleResolution = 0;                   ///< s per sample, two-way
-  float sampleOffset = 0;                       ///< s
+  std::uint32_t sampleQuantity = 0;  ///< samples of one A-scan
+  float sampleResolution = 0;        ///< s per sample, two-way
+  float sampleOffset = 0;            ///< s
   kvt_enumUnits sampleUnits = kvt_UnitSecond;
   std::uint32_t compressionBits = 0;
-  std::uint32_t compressionLSBit = 0;           ///< position of the least significant bit
-  float dataMinimum = 0;                        ///< of the sample values
-  float dataMaximum = 0;                        ///< of the sample values; full scale
-  float dataResolution = 1;                     ///< per sample value
+  std::uint32_t compressionLSBit = 0;  ///< position of the least significant bit
+  float dataMinimum = 0;               ///< of the sample values
+  float dataMaximum = 0;               ///< of the sample values; full scale
+  float dataResolution = 1;            ///< per sample value
   float dataOffset = 0;
-  float probeAngle = 0;                         ///< refracted, degrees
-  float probeSkew = 0;                          ///< degrees
-  float probeThird = 0;                         ///< carried, not interpreted
-  float probeFourth = 0;                        ///< an angle, degrees
-  float tofdValue = 0;                          ///< carried in the TOFD record
-  float partThickness = 0;                      ///< m
-  float inspectionRadius = 0;                   ///< m
-  float probeSeparation = 0;                    ///< between the two TOFD probes, m
-  float soundSpeed = 0;                         ///< m/s
-  std::int32_t tofd = 0;                        ///< 1: time-of-flight diffraction
+  float probeAngle = 0;        ///< refracted, degrees
+  float probeSkew = 0;         ///< degrees
+  float probeThird = 0;        ///< carried, not interpreted
+  float probeFourth = 0;       ///< an angle, degrees
+  float tofdValue = 0;         ///< carried in the TOFD record
+  float partThickness = 0;     ///< m
+  float inspectionRadius = 0;  ///< m
+  float probeSeparation = 0;   ///< between the two TOFD probes, m
+  float soundSpeed = 0;        ///< m/s
+  std::int32_t tofd = 0;       ///< 1: time-of-flight diffraction
   gdata_enumInspGeometry inspectionGeometry = gdata_GeometryFlat;
-  std::uint32_t geometryKind = 0;               ///< 16 to 19 select the circular formulas
-  void* dataPointer = nullptr;                  ///< samples in memory, not owned; null when they are on disk only
-  std::uint64_t dataSize = 0;                   ///< bytes at dataPointer; 0: as the layout says (LayoutSize)
-  std::uint32_t cellSize = 0;                   ///< bytes of one cell
-  std::uint32_t sampleSize = 0;                 ///< bytes per sample
+  std::uint32_t geometryKind = 0;  ///< 16 to 19 select the circular formulas
+  void* dataPointer = nullptr;     ///< samples in memory, not owned; null when they are on disk only
+  std::uint64_t dataSize = 0;      ///< bytes at dataPointer; 0: as the layout says (LayoutSize)
+  std::uint32_t cellSize = 0;      ///< bytes of one cell
+  std::uint32_t sampleSize = 0;    ///< bytes per sample
   gdata_bitmapFileOptions fileFormat = gdata_OptionNone;
   kvt_enumStorMode storageMode = kvt_StorCells;
-  std::int32_t byteSwap = 0;                    ///< non-zero: samples are stored most significant byte first
+  std::int32_t byteSwap = 0;  ///< non-zero: samples are stored most significant byte first
   kvt_enumUnitSystems unitSystem = kvt_SystemMetric;
-  gdata_typeSampleRef samples;                  ///< set by reading the record
+  gdata_typeSampleRef samples;  ///< set by reading the record
 
   [[nodiscard]] kvt_enumDataType GetDataType() const { return m_dataType; }
   void SetDataType(kvt_enumDataType type) { m_dataType = type; }

@@ -34,42 +34,42 @@ struct CGChanTypeDescr {
   std::uint32_t firstProbeId = 0;   ///< transmitter; key
   std::uint32_t secondProbeId = 0;  ///< receiver, the transmitter's id in pulse-echo; key
   std::wstring name;
-  float gain = 0;             ///< receiver gain, dB
-  float referenceGain = 0;    ///< gain of the calibration, dB
-  float rangeStart = 0;       ///< first digitised instant after the pulse, s
-  float range = 0;            ///< digitised length, s
-  float delay = 0;            ///< time in wedge and cable before the part is entered, s
-  float soundSpeed = 0;       ///< of the wave mode in the part, m/s
+  float gain = 0;           ///< receiver gain, dB
+  float referenceGain = 0;  ///< gain of the calibration, dB
+  float rangeStart = 0;     ///< first digitised instant after the pulse, s
+  float range = 0;          ///< digitised length, s
+  float delay = 0;          ///< time in wedge and cable before the part is entered, s
+  float soundSpeed = 0;     ///< of the wave mode in the part, m/s
   gdata_enumWaveMode waveMode = gdata_WaveLongitudinal;
-  float refractedAngle = 0;   ///< in the part, degrees
-  float skew = 0;             ///< degrees
-  float digitizingFrequency = 0;   ///< Hz
-  float repetitionFrequency = 0;   ///< pulses per second, Hz
-  float pulseWidth = 0;       ///< s
-  float pulseVoltage = 0;     ///< V
-  float filterLow = 0;        ///< band-pass corner, Hz
-  float filterHigh = 0;       ///< band-pass corner, Hz
+  float refractedAngle = 0;       ///< in the part, degrees
+  float skew = 0;                 ///< degrees
+  float digitizingFrequency = 0;  ///< Hz
+  float repetitionFrequency = 0;  ///< pulses per second, Hz
+  float pulseWidth = 0;           ///< s
+  float pulseVoltage = 0;         ///< V
+  float filterLow = 0;            ///< band-pass corner, Hz
+  float filterHigh = 0;           ///< band-pass corner, Hz
   gdata_enumRectif rectification = gdata_RectifNone;
-  std::uint32_t averaging = 1;       ///< pulses averaged per A-scan
-  std::uint32_t compression = 1;     ///< samples merged into one
-  float smoothing = 0;        ///< of the rectified signal, Hz
-  float reject = 0;           ///< percent
-  float indexOffset = 0;      ///< probe index point along the column axis, m
-  float scanOffset = 0;       ///< probe index point along the row axis, m
-  float focalDepth = 0;       ///< m, 0 unfocused
-  float apertureStart = 0;    ///< first active element, from 0
-  float apertureSize = 0;     ///< active elements
-  std::int32_t tofd = 0;      ///< 1: time-of-flight diffraction
-  float probeSeparation = 0;  ///< between the index points of a probe pair, m
-  std::int32_t dacEnabled = 0;       ///< 1: the DAC curve applies
+  std::uint32_t averaging = 1;    ///< pulses averaged per A-scan
+  std::uint32_t compression = 1;  ///< samples merged into one
+  float smoothing = 0;            ///< of the rectified signal, Hz
+  float reject = 0;               ///< percent
+  float indexOffset = 0;          ///< probe index point along the column axis, m
+  float scanOffset = 0;           ///< probe index point along the row axis, m
+  float focalDepth = 0;           ///< m, 0 unfocused
+  float apertureStart = 0;        ///< first active element, from 0
+  float apertureSize = 0;         ///< active elements
+  std::int32_t tofd = 0;          ///< 1: time-of-flight diffraction
+  float probeSeparation = 0;      ///< between the index points of a probe pair, m
+  std::int32_t dacEnabled = 0;    ///< 1: the DAC curve applies
   std::uint32_t dacId = 0;
-  std::int32_t synchronised = 0;     ///< 1: the range follows the interface gate
-  float synchroLevel = 0;     ///< percent
-  std::uint32_t color = 0;    ///< 0xRRGGBB
+  std::int32_t synchronised = 0;  ///< 1: the range follows the interface gate
+  float synchroLevel = 0;         ///< percent
+  std::uint32_t color = 0;        ///< 0xRRGGBB
   std::int32_t enabled = 1;
   std::wstring comment;
-  float transferCorrection = 0;      ///< for the part's surface against the calibration block's, dB
-  float attenuationCorrection = 0;   ///< for the part's material, dB/m of sound path
+  float transferCorrection = 0;     ///< for the part's surface against the calibration block's, dB
+  float attenuationCorrection = 0;  ///< for the part's material, dB/m of sound path
 };
 
 /// Sub-channel: one beam of a channel with several (a sector or an electronic scan).
@@ -78,17 +78,17 @@ struct CGSubchanTypeDescr {
   std::uint32_t subChannelId = 0;  ///< key
   std::uint32_t channelId = 0;     ///< key
   std::wstring name;
-  float refractedAngle = 0;  ///< degrees
-  float skew = 0;            ///< degrees
-  float gainOffset = 0;      ///< added to the channel's gain, dB
-  float delay = 0;           ///< added to the channel's delay, s
-  float rangeStart = 0;      ///< s
-  float range = 0;           ///< s
+  float refractedAngle = 0;        ///< degrees
+  float skew = 0;                  ///< degrees
+  float gainOffset = 0;            ///< added to the channel's gain, dB
+  float delay = 0;                 ///< added to the channel's delay, s
+  float rangeStart = 0;            ///< s
+  float range = 0;                 ///< s
   std::uint32_t firstElement = 0;  ///< from 0
   std::uint32_t elementQuantity = 0;
-  float focalDepth = 0;      ///< m
-  float indexOffset = 0;     ///< exit point along the column axis, m
-  float scanOffset = 0;      ///< exit point along the row axis, m
+  float focalDepth = 0;   ///< m
+  float indexOffset = 0;  ///< exit point along the column axis, m
+  float scanOffset = 0;   ///< exit point along the row axis, m
   std::int32_t enabled = 1;
 };
 
@@ -98,10 +98,10 @@ struct CGGateTypeDescr {
   std::uint32_t gateId = 0;     ///< gate number plus multiples of 2000; key
   std::uint32_t channelId = 0;  ///< key
   std::wstring name;
-  float start = 0;          ///< s after its reference
-  float width = 0;          ///< s
-  float positiveLevel = 0;  ///< percent
-  float negativeLevel = 0;  ///< percent
+  float start = 0;                  ///< s after its reference
+  float width = 0;                  ///< s
+  float positiveLevel = 0;          ///< percent
+  float negativeLevel = 0;          ///< percent
   std::int32_t referenceGate = -1;  ///< gate id that the start is counted from, -1 none
   ggate_EnumGateRef reference = ggate_RefInitialPulse;
   ggate_EnumPeakSelection peakSelection = ggate_PeakMaximum;
@@ -126,8 +126,8 @@ struct CGPatchTypeDescr {
   float rowOffset = 0;         ///< m or degrees
   kvt_enumUnits columnUnits = kvt_UnitMetre;
   kvt_enumUnits rowUnits = kvt_UnitMetre;
-  float rotation = 0;          ///< of the grid on the part, degrees
-  float scanSpeed = 0;         ///< m/s
+  float rotation = 0;   ///< of the grid on the part, degrees
+  float scanSpeed = 0;  ///< m/s
 };
 
 /// Probe: a transducer with its wedge.
@@ -137,8 +137,8 @@ struct CGProbeTypeDescr {
   std::wstring name;
   std::wstring model;
   std::wstring serialNumber;
-  float frequency = 0;        ///< centre frequency, Hz
-  float bandwidth = 0;        ///< at -6 dB, percent of the centre frequency
+  float frequency = 0;  ///< centre frequency, Hz
+  float bandwidth = 0;  ///< at -6 dB, percent of the centre frequency
   std::uint32_t elementQuantity = 1;
   std::uint32_t elementRows = 1;
   float pitch = 0;            ///< between element centres, m
@@ -190,14 +190,14 @@ struct CGSpecmatTypeDescr {
 /// Specimen dimensions.
 struct CGSpecdimTypeDescr {
   SCFile::GroupHandle group = nullptr;
-  std::uint32_t shape = 0;   ///< 0 plate, 1 pipe, 2 bar, 3 sphere, 4 other
-  float length = 0;          ///< m
-  float width = 0;           ///< m
-  float thickness = 0;       ///< m
-  float outsideDiameter = 0; ///< m
-  float insideDiameter = 0;  ///< m
-  float originX = 0;         ///< of the inspection's axes on the part, m
-  float originY = 0;         ///< m
+  std::uint32_t shape = 0;    ///< 0 plate, 1 pipe, 2 bar, 3 sphere, 4 other
+  float length = 0;           ///< m
+  float width = 0;            ///< m
+  float thickness = 0;        ///< m
+  float outsideDiameter = 0;  ///< m
+  float insideDiameter = 0;   ///< m
+  float originX = 0;          ///< of the inspection's axes on the part, m
+  float originY = 0;          ///< m
   kvt_enumUnitSystems unitSystem = kvt_SystemMetric;
 };
 
@@ -222,40 +222,40 @@ struct CGWeldTypeDescr {
   std::wstring name;
   std::uint32_t preparation = 0;  ///< 0 I, 1 V, 2 X, 3 U, 4 J, 5 K
   std::wstring process;
-  float centerPosition = 0;  ///< of the centre line along the column axis, m
-  float bevelAngle = 0;      ///< from the vertical, one side, degrees
-  float rootGap = 0;         ///< m
-  float rootFace = 0;        ///< m
-  float rootRadius = 0;      ///< m
-  float capWidth = 0;        ///< m
-  float capHeight = 0;       ///< m
-  float rootWidth = 0;       ///< m
-  float rootHeight = 0;      ///< m
+  float centerPosition = 0;    ///< of the centre line along the column axis, m
+  float bevelAngle = 0;        ///< from the vertical, one side, degrees
+  float rootGap = 0;           ///< m
+  float rootFace = 0;          ///< m
+  float rootRadius = 0;        ///< m
+  float capWidth = 0;          ///< m
+  float capHeight = 0;         ///< m
+  float rootWidth = 0;         ///< m
+  float rootHeight = 0;        ///< m
   float heatAffectedZone = 0;  ///< width on either side, m
-  float thickness = 0;       ///< m
+  float thickness = 0;         ///< m
   std::int32_t symmetric = 1;
 };
 
 /// Contour: a line on the part, as points in its own plane.
 struct CGContourTypeDescr {
   SCFile::GroupHandle group = nullptr;
-  std::uint32_t kind = 0;       ///< 0 entry surface, 1 back wall, 2 weld preparation, 3 defect outline
-  std::uint32_t surface = 0;    ///< number of the surface it lies on
-  std::uint32_t contourId = 0;  ///< key
-  kvt_enumUnits units = kvt_UnitMetre;  ///< of the points
-  float originX = 0, originY = 0, originZ = 0;        ///< m
+  std::uint32_t kind = 0;                       ///< 0 entry surface, 1 back wall, 2 weld preparation, 3 defect outline
+  std::uint32_t surface = 0;                    ///< number of the surface it lies on
+  std::uint32_t contourId = 0;                  ///< key
+  kvt_enumUnits units = kvt_UnitMetre;          ///< of the points
+  float originX = 0, originY = 0, originZ = 0;  ///< m
   float rotationX = 0, rotationY = 0, rotationZ = 0;  ///< degrees
   float columnResolution = 0, rowResolution = 0;      ///< m
   float columnStart = 0, columnEnd = 0;               ///< m
   float rowStart = 0, rowEnd = 0;                     ///< m
   float insideRadius = 0, outsideRadius = 0;          ///< m, 0 flat
-  float thickness = 0;             ///< m
-  std::int32_t closed = 0;         ///< 1: the last point joins the first
-  std::uint32_t interpolation = 0; ///< 0 straight, 1 spline
-  std::uint32_t color = 0;         ///< 0xRRGGBB
+  float thickness = 0;                                ///< m
+  std::int32_t closed = 0;                            ///< 1: the last point joins the first
+  std::uint32_t interpolation = 0;                    ///< 0 straight, 1 spline
+  std::uint32_t color = 0;                            ///< 0xRRGGBB
   std::int32_t visible = 1;
-  float smoothing = 0;             ///< m
-  std::uint32_t channelId = 0;     ///< channel it was measured with; key
+  float smoothing = 0;          ///< m
+  std::uint32_t channelId = 0;  ///< channel it was measured with; key
   std::wstring name;
   std::vector<std::array<double, 2>> points;  ///< (x, y)
 };
@@ -266,12 +266,12 @@ struct CGRefadjTypeDescr {
   std::uint32_t adjustmentId = 0;  ///< key
   std::wstring name;
   std::uint32_t channelId = 0;
-  float columnOffset = 0;      ///< m or degrees
-  float rowOffset = 0;         ///< m or degrees
-  float sampleOffset = 0;      ///< s
-  float gainOffset = 0;        ///< dB
+  float columnOffset = 0;        ///< m or degrees
+  float rowOffset = 0;           ///< m or degrees
+  float sampleOffset = 0;        ///< s
+  float gainOffset = 0;          ///< dB
   float referenceAmplitude = 0;  ///< percent
-  float referencePath = 0;     ///< sound path of the reflector, m
+  float referencePath = 0;       ///< sound path of the reflector, m
   std::wstring reflector;
 };
 
@@ -281,21 +281,22 @@ struct CGMeshTypeDescr {
   std::uint32_t meshId = 0;
   std::wstring name;
   kvt_enumUnits units = kvt_UnitMetre;
-  std::vector<std::array<double, 3>> vertices;         ///< (x, y, z), in `units`
-  std::vector<std::array<double, 3>> normals;          ///< one per vertex, or none
-  std::vector<std::array<std::uint32_t, 3>> triangles; ///< vertex indices from 0
+  std::vector<std::array<double, 3>> vertices;          ///< (x, y, z), in `units`
+  std::vector<std::array<double, 3>> normals;           ///< one per vertex, or none
+  std::vector<std::array<std::uint32_t, 3>> triangles;  ///< vertex indices from 0
 };
 
 /// Specimen definition: which surfaces bound the part.
 struct CGSpecdefTypeDescr {
   SCFile::GroupHandle group = nullptr;
   std::wstring name;
-  std::uint32_t shape = 0;       ///< as in the specimen dimensions
+  std::uint32_t shape = 0;  ///< as in the specimen dimensions
   std::uint32_t entryMeshId = 0;
   std::uint32_t backWallMeshId = 0;
   std::uint32_t entryContourId = 0;
   std::uint32_t backWallContourId = 0;
-  std::array<double, 16> placement = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};  ///< part to inspection axes, row by row
+  std::array<double, 16> placement =
+      {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};  ///< part to inspection axes, row by row
 };
 
 /// DAC: distance-amplitude correction curve.
@@ -305,10 +306,10 @@ struct CGDacTypeDescr {
   std::wstring name;
   std::uint32_t channelId = 0;
   std::uint32_t gateId = 0;
-  std::uint32_t interpolation = 0;  ///< 0 straight in dB, 1 exponential
-  std::int32_t timeCorrectedGain = 0;  ///< 1: the curve is applied to the receiver's gain
-  float referenceGain = 0;   ///< dB
-  float referenceLevel = 0;  ///< percent
+  std::uint32_t interpolation = 0;           ///< 0 straight in dB, 1 exponential
+  std::int32_t timeCorrectedGain = 0;        ///< 1: the curve is applied to the receiver's gain
+  float referenceGain = 0;                   ///< dB
+  float referenceLevel = 0;                  ///< percent
   std::vector<std::array<float, 2>> points;  ///< (position along the path in s, level in percent)
 };
 
@@ -319,16 +320,16 @@ struct CGWeldScanPlanDescr {
   std::uint32_t side = 0;    ///< 0 both, 1 left, 2 right
   std::uint32_t planId = 0;  ///< second identifying field; key
   std::wstring name;
-  float probeDistance = 0;   ///< of the probe's front from the weld centre, m
-  float scanStart = 0;       ///< along the weld, m
-  float scanEnd = 0;         ///< m
-  float scanStep = 0;        ///< m
-  float indexStart = 0;      ///< across the weld, m
-  float indexEnd = 0;        ///< m
-  float indexStep = 0;       ///< m
-  float firstAngle = 0;      ///< degrees
-  float lastAngle = 0;       ///< degrees
-  float angleStep = 0;       ///< degrees
+  float probeDistance = 0;  ///< of the probe's front from the weld centre, m
+  float scanStart = 0;      ///< along the weld, m
+  float scanEnd = 0;        ///< m
+  float scanStep = 0;       ///< m
+  float indexStart = 0;     ///< across the weld, m
+  float indexEnd = 0;       ///< m
+  float indexStep = 0;      ///< m
+  float firstAngle = 0;     ///< degrees
+  float lastAngle = 0;      ///< degrees
+  float angleStep = 0;      ///< degrees
   std::vector<std::uint32_t> channelIds;
 };
 
@@ -338,25 +339,31 @@ struct CGWeldFillDescr {
   std::uint32_t weldId = 0;  ///< first identifying field; key
   std::uint32_t fillId = 0;  ///< second identifying field; key
   std::wstring name;
-  std::uint32_t kind = 0;    ///< 0 root, 1 hot pass, 2 fill, 3 cap
-  float depth = 0;           ///< of its lower edge from the surface, m
-  float height = 0;          ///< m
-  float width = 0;           ///< m
-  float angle = 0;           ///< of its flank from the vertical, degrees
+  std::uint32_t kind = 0;                      ///< 0 root, 1 hot pass, 2 fill, 3 cap
+  float depth = 0;                             ///< of its lower edge from the surface, m
+  float height = 0;                            ///< m
+  float width = 0;                             ///< m
+  float angle = 0;                             ///< of its flank from the vertical, degrees
   std::vector<std::array<double, 2>> outline;  ///< (across the weld, depth), m
 };
 
 #include "interfaces/kvtiff19_data.h"
 
-#define UTDATA_FAMILY(prefix, Descriptor)                                                                                      \
-  UTDATA_API int prefix##_Init(SCFile::LockCallback lock, SCFile::LockCallback unlock, SCFile::AllocCallback alloc,            \
-                               SCFile::FreeCallback free, SCFile::ErrorCallback error);                                        \
-  [[nodiscard]] UTDATA_API Descriptor* prefix##_Allocate(int mode, const wchar_t* name);                                       \
-  UTDATA_API void prefix##_Delete(Descriptor* descriptor, int whole);                                                          \
-  UTDATA_API int prefix##_WriteGroupInfo(SCFile::GroupHandle group, const Descriptor* base, const Descriptor* descriptor);      \
+#define UTDATA_FAMILY(prefix, Descriptor)                                                \
+  UTDATA_API int prefix##_Init(SCFile::LockCallback lock,                                \
+                               SCFile::LockCallback unlock,                              \
+                               SCFile::AllocCallback alloc,                              \
+                               SCFile::FreeCallback free,                                \
+                               SCFile::ErrorCallback error);                             \
+  [[nodiscard]] UTDATA_API Descriptor* prefix##_Allocate(int mode, const wchar_t* name); \
+  UTDATA_API void prefix##_Delete(Descriptor* descriptor, int whole);                    \
+  UTDATA_API int prefix##_WriteGroupInfo(                                                \
+      SCFile::GroupHandle group, const Descriptor* base, const Descriptor* descriptor);  \
   UTDATA_API bool operator==(const Descriptor& a, const Descriptor& b);
-#define UTDATA_FAMILY_READ(prefix, Descriptor) UTDATA_API int prefix##_ReadGroupInfo(SCFile::GroupHandle group, Descriptor* descriptor);
-#define UTDATA_FAMILY_DUPLICATE(prefix, Descriptor) UTDATA_API int prefix##_Duplicate(Descriptor* target, const Descriptor* source);
+#define UTDATA_FAMILY_READ(prefix, Descriptor) \
+  UTDATA_API int prefix##_ReadGroupInfo(SCFile::GroupHandle group, Descriptor* descriptor);
+#define UTDATA_FAMILY_DUPLICATE(prefix, Descriptor) \
+  UTDATA_API int prefix##_Duplicate(Descriptor* target, const Descriptor* source);
 
 // Families whose records are copied by the items of a file set.
 #define UTDATA_ITEM_FAMILY(prefix, Descriptor) \
@@ -408,7 +415,10 @@ UTDATA_API int gdata_ReadGroupInfo(SCFile::GroupHandle group, CGDataTypeFDD* des
 /// As for the other families, and writes the samples: from the data pointer when there is one (with a base: when it is not the
 /// base's pointer), else, with a null base, from the block that the sample reference names (a record without either has none).
 /// @param flag handed through by the caller; has no effect on what is written
-UTDATA_API int gdata_WriteGroupInfo(SCFile::GroupHandle group, const CGDataTypeFDD* base, const CGDataTypeFDD* descriptor, int flag);
+UTDATA_API int gdata_WriteGroupInfo(SCFile::GroupHandle group,
+                                    const CGDataTypeFDD* base,
+                                    const CGDataTypeFDD* descriptor,
+                                    int flag);
 UTDATA_API int gdata_Duplicate(CGDataTypeFDD* target, const CGDataTypeFDD* source);
 UTDATA_API bool operator==(const CGDataTypeFDD& a, const CGDataTypeFDD& b);
 

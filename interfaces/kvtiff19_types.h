@@ -22,9 +22,9 @@ using ProgressCallback = void (*)(std::uint64_t done, std::uint64_t total);
 
 /// Class of a data group. Bit 15 marks a multi-channel master, which gathers the per-sub-channel groups of one channel.
 enum gdata_enumDataClass : std::uint32_t {
-  gdata_AScan = 1,                   ///< A-scans
-  gdata_CScanAmplitude = 2,          ///< one amplitude per cell
-  gdata_CScanPosition = 3,           ///< one position along the ultrasonic path per cell
+  gdata_AScan = 1,           ///< A-scans
+  gdata_CScanAmplitude = 2,  ///< one amplitude per cell
+  gdata_CScanPosition = 3,   ///< one position along the ultrasonic path per cell
   gdata_EddyCurrentX = 5,
   gdata_EddyCurrentY = 6,
   gdata_Analog = 7,
@@ -84,11 +84,20 @@ enum kvt_enumStorMode : std::uint32_t {
 
 enum kvt_enumUnitSystems : std::uint32_t { kvt_SystemMetric = 0, kvt_SystemImperial = 1 };
 
-enum gdata_enumRectif : std::uint32_t { gdata_RectifNone = 0, gdata_RectifPositive = 1, gdata_RectifNegative = 2, gdata_RectifFull = 3 };
+enum gdata_enumRectif : std::uint32_t {
+  gdata_RectifNone = 0,
+  gdata_RectifPositive = 1,
+  gdata_RectifNegative = 2,
+  gdata_RectifFull = 3
+};
 
 enum gdata_enumDataScale : std::uint32_t { gdata_ScaleLinear = 0, gdata_ScaleLogarithmic = 1 };
 
-enum gdata_enumInspGeometry : std::uint32_t { gdata_GeometryFlat = 0, gdata_GeometryAxial = 1, gdata_GeometryCircumferential = 2 };
+enum gdata_enumInspGeometry : std::uint32_t {
+  gdata_GeometryFlat = 0,
+  gdata_GeometryAxial = 1,
+  gdata_GeometryCircumferential = 2
+};
 
 /// Option bits of a data group's samples.
 enum gdata_bitmapFileOptions : std::uint32_t {

@@ -24,17 +24,17 @@ enum class Error : std::uint8_t {
   DiskFull,      ///< no room, or the user's quota is used up
   Busy,          ///< another holder has the lock
   PathTooLong,
-  Other          ///< input/output error
+  Other  ///< input/output error
 };
 
 /// A few English words, without a full stop ("no such file").
 [[nodiscard]] UTDATA_API std::string_view ErrorText(Error error) noexcept;
 
 enum class OpenMode : std::uint8_t {
-  Read,          ///< existing regular file, read only
-  ReadWrite,     ///< existing regular file
-  Create,        ///< new file for reading and writing; Exists when the name is taken
-  OpenOrCreate   ///< for reading and writing, made when missing, content kept
+  Read,         ///< existing regular file, read only
+  ReadWrite,    ///< existing regular file
+  Create,       ///< new file for reading and writing; Exists when the name is taken
+  OpenOrCreate  ///< for reading and writing, made when missing, content kept
 };
 
 /// A private copy-on-write view of part of a file. Unmapped by the destructor; outlives the File it came from. Writing to it changes
