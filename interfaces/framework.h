@@ -21,10 +21,11 @@ class CArchive;
 
 /// What is known of a class at run time. One constant record per class; records are compared by address.
 struct CRuntimeClass {
-  const char* className;                 ///< name as written in the source
-  std::size_t objectSize;                ///< bytes of one object
-  CObject* (*createObject)();            ///< makes a default object on the heap, owned by the caller; null when the class offers none
-  const CRuntimeClass* baseClass;        ///< record of the base class; null for CObject
+  const char* className;   ///< name as written in the source
+  std::size_t objectSize;  ///< bytes of one object
+  CObject* (
+      *createObject)();  ///< makes a default object on the heap, owned by the caller; null when the class offers none
+  const CRuntimeClass* baseClass;  ///< record of the base class; null for CObject
 
   /// Whether this is `other`'s record or that of a class derived from it.
   [[nodiscard]] UTDATA_API bool IsDerivedFrom(const CRuntimeClass* other) const noexcept;
@@ -36,7 +37,7 @@ struct CRuntimeClass {
 class UTDATA_API CDumpContext {
  public:
   CDumpContext& operator<<(std::wstring_view text);
-  CDumpContext& operator<<(const char* text);  ///< plain ASCII, null-terminated
+  CDumpContext& operator<<(const char* text);  ///< UTF-8, null-terminated; null writes nothing
   [[nodiscard]] const std::wstring& Text() const noexcept { return m_text; }
 
  private:
@@ -52,8 +53,9 @@ class UTDATA_API CObject {
   virtual const CRuntimeClass* GetRuntimeClass() const;
   virtual ~CObject();
   virtual void Serialize(CArchive& archive);  ///< nothing here and in no class of this library
-  virtual void AssertValid() const;           ///< reports an assertion when the object is missing
-  virtual void Dump(CDumpContext& context) const;
+  virtual void AssertValid() const;  ///< reports an assertion for every invariant that is broken; the root has none
+  virtual void Dump(
+      CDumpContext& context) const;  ///< writes the class and, in derived classes, the fields worth seeing
 
   /// Whether the object's class is `runtimeClass` or derives from it.
   [[nodiscard]] bool IsKindOf(const CRuntimeClass* runtimeClass) const;
@@ -68,17 +70,19 @@ class UTDATA_API CObject {
 #define RUNTIME_CLASS(Class) (&Class::class##Class)
 
 /// Inside a class derived from CObject: declares its run-time class record.
-#define DECLARE_DYNAMIC(Class)                  \
- public:                                        \
-  static const CRuntimeClass class##Class;      \
+#define DECLARE_DYNAMIC(Class)             \
+ public:                                   \
+  static const CRuntimeClass class##Class; \
   const CRuntimeClass* GetRuntimeClass() const override;
 
 /// In the class's source file: defines the record. DYNCREATE also lets the class be created through it.
-#define IMPLEMENT_RUNTIMECLASS(Class, Base, create)                                             \
+#define IMPLEMENT_RUNTIMECLASS(Class, Base, create)                                               \
   const CRuntimeClass Class::class##Class = {#Class, sizeof(Class), create, RUNTIME_CLASS(Base)}; \
   const CRuntimeClass* Class::GetRuntimeClass() const { return RUNTIME_CLASS(Class); }
 #define IMPLEMENT_DYNAMIC(Class, Base) IMPLEMENT_RUNTIMECLASS(Class, Base, nullptr)
-#define IMPLEMENT_DYNCREATE(Class, Base) IMPLEMENT_RUNTIMECLASS(Class, Base, +[]() -> CObject* { return new Class; })
+#define IMPLEMENT_DYNCREATE(Class, Base) \
+  IMPLEMENT_RUNTIMECLASS(                \
+      Class, Base, +[]() -> CObject* { return new Class; })
 
 // ---------------------------------------------------------------------------------------------------------------- reports
 
@@ -91,9 +95,9 @@ enum class ReportKind {
 
 struct Report {
   ReportKind kind;
-  const char* file;         ///< source file of the check; empty for a trace
-  unsigned line;            ///< line of the check; 0 for a trace
-  std::wstring_view text;   ///< a message, possibly empty; valid during the call only
+  const char* file;        ///< source file of the check; empty for a trace
+  unsigned line;           ///< line of the check; 0 for a trace
+  std::wstring_view text;  ///< a message, possibly empty; valid during the call only
 };
 
 enum class ReportAnswer {
@@ -101,11 +105,12 @@ enum class ReportAnswer {
   Break  ///< stop in the debugger; without an attached debugger, or in a build without checks, the program goes on
 };
 
-/// Receives reports; called by the thread that reports, one call at a time. It must not install a sink itself.
+/// Receives reports; called by the thread that reports, one call at a time. What is reported while a sink runs, by that same thread,
+/// goes to the default receiver, and so does a report whose sink throws.
 using ReportSink = std::function<ReportAnswer(const Report&)>;
 
-/// Replaces the receiver of reports and returns the one before. An empty sink restores the default, which writes one line to the
-/// standard error stream in checked builds (UTDATA_CHECKED) and nothing otherwise.
+/// Replaces the receiver of reports and returns the one before, which no other thread is in any more. An empty sink restores the
+/// default, which writes one line to the standard error stream in checked builds (UTDATA_CHECKED) and nothing otherwise.
 UTDATA_API ReportSink SetReportSink(ReportSink sink);
 
 /// Raises a plain assertion report. Never throws, never stops the program.
@@ -114,10 +119,21 @@ UTDATA_API void ReportAssertion(const char* file, unsigned line, std::wstring_vi
 /// Sends a debug message to the receiver of reports.
 UTDATA_API void DebugTrace(std::wstring_view message) noexcept;
 
+/// Runs the object's self-check; a missing object is itself an assertion, at the caller's place.
+UTDATA_API void AssertValidObject(const CObject* object, const char* file, unsigned line);
+
+/// Wide text from narrow text that is meant to be UTF-8: each byte that is not part of a character becomes U+FFFD. Null gives an
+/// empty text.
+[[nodiscard]] UTDATA_API std::wstring WideFromNarrow(const char* text);
+/// UTF-8 of a wide text; what is not a character becomes U+FFFD.
+[[nodiscard]] UTDATA_API std::string NarrowFromWide(std::wstring_view text);
+
 }  // namespace utdata
 
 /// The plain debug assertion: reports the place of a condition that does not hold, then goes on.
 #define UTDATA_ASSERT(condition) ((condition) ? static_cast<void>(0) : ::utdata::ReportAssertion(__FILE__, __LINE__))
+/// Checks an object through AssertValid.
+#define UTDATA_ASSERT_VALID(object) ::utdata::AssertValidObject(object, __FILE__, __LINE__)
 
 // ------------------------------------------------------------------------------------------------------------------- list
 
@@ -149,10 +165,24 @@ class CList {
     Iterator(const CList* list, Node* node) : m_list(list), m_node(node) {}
     reference operator*() const { return m_node->value; }
     pointer operator->() const { return &m_node->value; }
-    Iterator& operator++() { m_node = m_node->next; return *this; }
-    Iterator operator++(int) { Iterator before = *this; ++*this; return before; }
-    Iterator& operator--() { m_node = m_node ? m_node->previous : m_list->m_tail; return *this; }
-    Iterator operator--(int) { Iterator before = *this; --*this; return before; }
+    Iterator& operator++() {
+      m_node = m_node->next;
+      return *this;
+    }
+    Iterator operator++(int) {
+      Iterator before = *this;
+      ++*this;
+      return before;
+    }
+    Iterator& operator--() {
+      m_node = m_node ? m_node->previous : m_list->m_tail;
+      return *this;
+    }
+    Iterator operator--(int) {
+      Iterator before = *this;
+      --*this;
+      return before;
+    }
     friend bool operator==(const Iterator& a, const Iterator& b) { return a.m_node == b.m_node; }
 
    private:
@@ -166,7 +196,8 @@ class CList {
   using const_iterator = Iterator<true>;
 
   /// REQUIRES: blockSize > 0.
-  explicit CList(std::ptrdiff_t blockSize = 10) : m_blockSize(blockSize > 0 ? static_cast<std::size_t>(blockSize) : 10) {}
+  explicit CList(std::ptrdiff_t blockSize = 10)
+      : m_blockSize(blockSize > 0 ? static_cast<std::size_t>(blockSize) : 10) {}
   CList(const CList&) = delete;
   CList& operator=(const CList&) = delete;
   ~CList() { RemoveAll(); }
@@ -201,7 +232,11 @@ class CList {
     --m_count;
   }
   /// Removes the head and returns it. REQUIRES: the list is not empty.
-  Value RemoveHead() { Value value = std::move(m_head->value); RemoveAt(ToPosition(m_head)); return value; }
+  Value RemoveHead() {
+    Value value = std::move(m_head->value);
+    RemoveAt(ToPosition(m_head));
+    return value;
+  }
   /// Empties the list and gives its memory back. Elements that are pointers are not deleted.
   void RemoveAll() noexcept {
     m_head = m_tail = m_free = nullptr;

@@ -315,7 +315,7 @@ struct CGWeldScanPlanDescr {
   SCFile::GroupHandle group = nullptr;
   std::uint32_t weldId = 0;  ///< first identifying field; key
   std::uint32_t side = 0;    ///< 0 both, 1 left, 2 right
-  std::uint32_t planId = 0;  ///< second identifying field
+  std::uint32_t planId = 0;  ///< second identifying field; key
   std::wstring name;
   float probeDistance = 0;   ///< of the probe's front from the weld centre, m
   float scanStart = 0;       ///< along the weld, m

@@ -15,9 +15,9 @@ namespace utdata::kvtiff19 {
 /// One item of a committed group, in place in the file's metadata.
 struct StoredItem {
   std::uint16_t code;
-  std::uint8_t type;               ///< SCFile::ValueType; 0 for a child group
-  std::uint32_t count;             ///< elements as stored; of a text its UTF-8 bytes, without terminator
-  std::span<const std::byte> data; ///< the value's bytes, little-endian, not aligned; of a child group its body
+  std::uint8_t type;                ///< SCFile::ValueType; 0 for a child group
+  std::uint32_t count;              ///< elements as stored; of a text its UTF-8 bytes, without terminator
+  std::span<const std::byte> data;  ///< the value's bytes, little-endian, not aligned; of a child group its body
 };
 
 /// Walks the items of a committed group from the first to the last; the structure was checked when the file was opened.
@@ -34,8 +34,14 @@ class ItemWalk {
 
 /// Appends a value in its stored form to an uncommitted group. A failure also makes the next commit of the file fail.
 /// @param count elements as stored (of a text its UTF-8 bytes)
-[[nodiscard]] int AppendItem(SCFile::Node& group, std::uint16_t code, SCFile::ValueType type, std::uint32_t count,
+[[nodiscard]] int AppendItem(SCFile::Node& group,
+                             std::uint16_t code,
+                             SCFile::ValueType type,
+                             std::uint32_t count,
                              std::span<const std::byte> data);
+
+/// Makes the next commit of the file that `group` belongs to fail with `status`, as a failed write does.
+void MarkFailed(SCFile::Node& group, int status);
 
 /// Appends the UTF-8 form of a text; false when it holds something that is not a character (nothing is then appended). Surrogate
 /// pairs are joined where wchar_t has two bytes.
@@ -46,10 +52,10 @@ class ItemWalk {
 /// What a known group type asks of one of its items.
 struct ItemRule {
   std::uint16_t code;
-  std::uint8_t type;        ///< SCFile::ValueType
-  std::uint32_t minCount;   ///< elements as stored
+  std::uint8_t type;       ///< SCFile::ValueType
+  std::uint32_t minCount;  ///< elements as stored
   std::uint32_t maxCount;
-  std::uint32_t multipleOf; ///< of the elements; 1 for no rule
+  std::uint32_t multipleOf;  ///< of the elements; 1 for no rule
 };
 /// The rules of a group type, ordered as its fields are stored; empty for a type without a family. Items of other codes are free.
 /// For text fields maxCount bounds the UTF-8 bytes.

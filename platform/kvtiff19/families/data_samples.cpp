@@ -1,0 +1,104 @@
+// Samples to and from the blocks of data groups.
+#include "platform/kvtiff19/families/data_samples.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "platform/kvtiff19/families/data_table.h"
+
+namespace utdata::kvtiff19 {
+namespace {
+
+constexpr std::uint64_t pieceSize = std::uint64_t{1} << 20;
+
+bool HasBlock(const CGDataTypeFDD& record) {
+  return record.samples.group && record.samples.offset != gdata_typeSampleRef::none;
+}
+
+int FailWrite(SCFile::Node& group, int status) {
+  MarkFailed(group, status);
+  return status;
+}
+
+/// Reads a whole block piece by piece, so that every checksum is verified, in constant memory.
+int VerifyBlock(const gdata_typeSampleRef& block) {
+  const std::unique_ptr<std::byte[]> piece(new (std::nothrow) std::byte[pieceSize]);
+  if (!piece) return Fail(SCFile::status_TooLarge, "not enough memory to copy samples");
+  for (std::uint64_t from = 0; from < block.size; from += pieceSize) {
+    const std::uint64_t size = std::min(pieceSize, block.size - from);
+    const int status = SCFile::file_BlockRead(block.group, block.item, from, size, piece.get());
+    if (status != SCFile::status_Ok) return status;
+  }
+  return SCFile::status_Ok;
+}
+
+/// Copies a block from its file into `group`. Samples that are damaged where they lie are refused: a copy would get good checksums.
+int CopyBlock(SCFile::Node& group, const gdata_typeSampleRef& block) {
+  if (const int status = VerifyBlock(block); status != SCFile::status_Ok) return FailWrite(group, status);
+  void* data = nullptr;
+  if (const int status = SCFile::file_BlockMap(block.group, block.item, &data); status != SCFile::status_Ok)
+    return FailWrite(group, status);
+  const int status = SCFile::file_BlockWrite(&group, sampleBlockCode, block.size, data);
+  const int unmapped = SCFile::file_BlockUnmap(SCFile::file_OfGroup(block.group), data);
+  return status != SCFile::status_Ok ? status : unmapped;
+}
+
+int WriteMemory(SCFile::Node& group, const CGDataTypeFDD& record) {
+  std::uint64_t size = record.dataSize;
+  if (size == 0 && !record.LayoutSize(size)) {
+    MarkFailed(group, SCFile::status_BadArgument);
+    return Fail(SCFile::status_BadArgument,
+                "the size of a data group's samples is neither given nor told by its layout");
+  }
+  return SCFile::file_BlockWrite(&group, sampleBlockCode, size, record.dataPointer);
+}
+
+}  // namespace
+
+bool ReferToBlock(SCFile::GroupHandle group,
+                  const StoredItem& item,
+                  std::uint32_t index,
+                  gdata_typeSampleRef& samples) {
+  gdata_typeSampleRef block{0, 0, group, index};
+  if (item.type != SCFile::value_Block) return false;
+  if (SCFile::file_BlockInfo(group, index, &block.offset, &block.size) != SCFile::status_Ok) return false;
+  samples = block;
+  return true;
+}
+
+int WriteSamples(SCFile::Node& group, const CGDataTypeFDD* base, const CGDataTypeFDD& record) {
+  if (record.dataPointer && (!base || base->dataPointer != record.dataPointer)) return WriteMemory(group, record);
+  if (!base && HasBlock(record)) return CopyBlock(group, record.samples);
+  return SCFile::status_Ok;
+}
+
+}  // namespace utdata::kvtiff19
+
+using namespace utdata::kvtiff19;
+
+int gdata_SamplesMap(const CGDataTypeFDD* descriptor, void** data, std::uint64_t* size) {
+  if (!descriptor || !data || !size)
+    return Fail(SCFile::status_BadArgument, "no descriptor, or nowhere to put its samples");
+  if (!HasBlock(*descriptor)) return Fail(SCFile::status_NotFound, "the data group has no samples on disk");
+  const int status = SCFile::file_BlockMap(descriptor->samples.group, descriptor->samples.item, data);
+  if (status == SCFile::status_Ok) *size = descriptor->samples.size;
+  return status;
+}
+
+int gdata_SamplesRead(const CGDataTypeFDD* descriptor, std::byte** data, std::uint64_t* size) {
+  if (!descriptor || !data || !size)
+    return Fail(SCFile::status_BadArgument, "no descriptor, or nowhere to put its samples");
+  if (!HasBlock(*descriptor)) return Fail(SCFile::status_NotFound, "the data group has no samples on disk");
+  const gdata_typeSampleRef& block = descriptor->samples;
+  if (block.size > std::numeric_limits<std::size_t>::max() / 2)
+    return Fail(SCFile::status_TooLarge, "the samples do not fit the memory of this process");
+  std::unique_ptr<std::byte[]> bytes(new (std::nothrow) std::byte[static_cast<std::size_t>(block.size)]);
+  if (!bytes) return Fail(SCFile::status_TooLarge, "the samples do not fit the memory of this process");
+  const int status = SCFile::file_BlockRead(block.group, block.item, 0, block.size, bytes.get());
+  if (status != SCFile::status_Ok) return status;
+  *data = bytes.release();
+  *size = block.size;
+  return SCFile::status_Ok;
+}
