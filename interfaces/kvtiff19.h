@@ -34,7 +34,8 @@ enum Status : int {
   status_ReadOnly,         ///< the file was opened for reading only
   status_BadText,          ///< a text holds something that is not a character
   status_BufferTooSmall,   ///< the caller's buffer does not hold the value
-  status_TooLarge          ///< a limit of the format: depth, name, count, size
+  status_TooLarge,         ///< a limit of the format (depth, name, count, size), or more than the machine's memory
+  status_Stopped           ///< the caller's progress function asked to stop
 };
 
 /// A few English words for a status.
@@ -128,7 +129,7 @@ UTDATA_API int file_ItemValueWrite(GroupHandle group, std::uint32_t itemCode, st
                                    const void* data);
 
 /// Appends a block of any size to an uncommitted group. The bytes go to the disk at once, in chunks with a checksum each.
-/// @param data read during the call only; whole pages of zeros become holes
+/// @param data read during the call only; whole chunks of zeros become holes
 UTDATA_API int file_BlockWrite(GroupHandle group, std::uint32_t itemCode, std::uint64_t size, const void* data);
 
 /// Where a block lies: bytes from the start of its file, and its size in bytes.
@@ -155,7 +156,7 @@ using VerifyProgress = bool (*)(void* context, std::uint64_t done, std::uint64_t
 /// Checks every byte of an inspection file: what file_Open checks, every known group's items against its type, and the checksums of
 /// all sample blocks.
 /// @param problem receives one line per problem found, null if not wanted
-/// @return status_Ok when all is well, else the status of the first problem
+/// @return status_Ok when all is well, status_Stopped, else the status of the first problem
 UTDATA_API int file_Verify(const wchar_t* path, std::string* problem, VerifyProgress progress = nullptr, void* context = nullptr);
 
 }  // namespace SCFile

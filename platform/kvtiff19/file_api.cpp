@@ -1,0 +1,117 @@
+// Files: opened, created, committed and closed.
+#include "platform/kvtiff19/guard.h"
+#include "platform/kvtiff19/reader.h"
+
+namespace utdata::kvtiff19 {
+namespace {
+
+int StartFile(const wchar_t* path, Node** file, std::unique_ptr<OpenFile>& opened) {
+  if (!file) return BadCall("no place for the file handle");
+  *file = nullptr;
+  if (!path || !*path) return BadCall("no path");
+  opened = std::make_unique<OpenFile>();
+  opened->file = opened.get();
+  opened->path = path;
+  opened->fileSystem = &os::CurrentFileSystem();
+  return SCFile::status_Ok;
+}
+
+int OpenExisting(const wchar_t* path, Node** file, bool readOnly) {
+  std::unique_ptr<OpenFile> opened;
+  if (const int status = StartFile(path, file, opened)) return status;
+  opened->readOnly = readOnly;
+  os::Error error = os::Error::AccessDenied;
+  if (!readOnly) error = opened->fileSystem->Open(opened->path, os::OpenMode::ReadWrite, opened->handle);
+  if (error == os::Error::AccessDenied) {
+    opened->readOnly = true;
+    error = opened->fileSystem->Open(opened->path, os::OpenMode::Read, opened->handle);
+  }
+  if (error != os::Error::None) return FailOs(opened->path, error, "cannot be opened");
+  if (const int status = ReadCommitted(*opened)) return status;
+  *file = opened.release();
+  return SCFile::status_Ok;
+}
+
+/// What stands at `path` refuses a new file there: anything where nothing may be replaced, else what is not a file.
+int CheckPlace(const OpenFile& created) {
+  if (!created.fileSystem->Exists(created.path)) return SCFile::status_Ok;
+  std::unique_ptr<os::File> there;
+  if (!created.replace) return FailOs(created.path, os::Error::Exists, "cannot be created");
+  const os::Error error = created.fileSystem->Open(created.path, os::OpenMode::Read, there);
+  return error == os::Error::NotAFile ? FailOs(created.path, error, "cannot be replaced") : SCFile::status_Ok;
+}
+
+int CreateNew(const wchar_t* path, Node** file, bool replace) {
+  std::unique_ptr<OpenFile> created;
+  if (const int status = StartFile(path, file, created)) return status;
+  created->replace = replace;
+  if (const int status = CheckPlace(*created)) return status;
+  if (const int status = BeginNewFile(*created)) {
+    Abandon(*created);
+    return status;
+  }
+  *file = created.release();
+  return SCFile::status_Ok;
+}
+
+}  // namespace
+}  // namespace utdata::kvtiff19
+
+using namespace utdata::kvtiff19;
+
+namespace SCFile {
+
+int file_Init(LockCallback lock,
+              LockCallback unlock,
+              AllocCallback alloc,
+              FreeCallback free,
+              ErrorCallback error,
+              ProgressCallback progress) {
+  return lock || unlock || alloc || free || error || progress ? BadCall("callbacks are not used") : status_Ok;
+}
+
+int file_Open(const wchar_t* path, FileHandle* file) {
+  return Guarded([&] { return OpenExisting(path, file, false); });
+}
+
+int file_OpenReadOnly(const wchar_t* path, FileHandle* file) {
+  return Guarded([&] { return OpenExisting(path, file, true); });
+}
+
+int file_Create(const wchar_t* path, FileHandle* file) {
+  return Guarded([&] { return CreateNew(path, file, false); });
+}
+
+int file_CreateEx(const wchar_t* path, FileHandle* file) {
+  return Guarded([&] { return CreateNew(path, file, true); });
+}
+
+int file_Commit(FileHandle file) {
+  if (!IsFile(file)) return BadCall("not a file");
+  OpenFile& open = *file->file;
+  int status = Guarded([&] { return Commit(open); });
+  if (status == status_TooLarge && open.writing) Drop(open);
+  return status;
+}
+
+int file_Close(FileHandle file) {
+  if (!IsFile(file)) return BadCall("not a file");
+  const std::unique_ptr<OpenFile> closed(file->file);
+  return Guarded([&] {
+    Abandon(*closed);
+    return status_Ok;
+  });
+}
+
+int file_SetCharacterFormat(FileHandle file, int format) {
+  if (!IsFile(file)) return BadCall("not a file");
+  return format == 1 ? status_Ok : FailAt(*file->file, status_BadArgument, "only character format 1 is known");
+}
+
+FileHandle file_OfGroup(Node* group) { return group ? group->file : nullptr; }
+
+const wchar_t* file_Path(const Node* file) { return file ? file->file->path.c_str() : nullptr; }
+
+std::uint64_t file_CommitNumber(const Node* file) { return file ? file->file->current.number : 0; }
+
+}  // namespace SCFile

@@ -1,0 +1,126 @@
+#include "platform/kvtiff19/format.h"
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+namespace utdata::kvtiff19 {
+namespace {
+
+// A byte past 127, a line end of each kind: a transfer that treats the file as text shows in its first bytes.
+constexpr std::array<unsigned char, 8> fileMagic = {0xD5, 'U', 'T', 'D', 0x0D, 0x0A, 0x1A, 0x0A};
+constexpr std::array<unsigned char, 8> slotMagic = {'u', 't', 'c', 'o', 'm', 'm', 'i', 't'};
+constexpr std::array<unsigned char, 8> segmentMagic = {'u', 't', 'g', 'r', 'o', 'u', 'p', 0x0A};
+
+bool StartsWith(Bytes bytes, const std::array<unsigned char, 8>& magic) {
+  return bytes.size() >= magic.size() && std::memcmp(bytes.data(), magic.data(), magic.size()) == 0;
+}
+
+void StoreLink(std::byte* at, const Link& link) {
+  Store(at, link.offset);
+  Store(at + 8, link.size);
+  Store(at + 16, link.checksum);
+}
+
+Link LoadLink(const std::byte* at) {
+  return {Load<std::uint64_t>(at), Load<std::uint64_t>(at + 8), Load<std::uint64_t>(at + 16)};
+}
+
+}  // namespace
+
+void CopyNumbers(std::byte* target, const std::byte* source, std::uint64_t count, std::size_t size) noexcept {
+  const auto bytes = static_cast<std::size_t>(count * size);
+  if (bytes == 0) return;
+  std::memcpy(target, source, bytes);
+  if constexpr (std::endian::native == std::endian::big)
+    for (std::size_t at = 0; at < bytes; at += size) std::reverse(target + at, target + at + size);
+}
+
+std::uint64_t Checksum(Bytes bytes) noexcept { return XXH3_64bits(bytes.data(), bytes.size()); }
+
+bool AllZero(Bytes bytes) noexcept {
+  // Every byte equals the one before it, and the first is zero.
+  return bytes.empty() ||
+         (bytes.front() == std::byte{0} && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
+}
+
+std::array<std::byte, pageSize> EncodeHeader() noexcept {
+  std::array<std::byte, pageSize> page{};
+  std::memcpy(page.data(), fileMagic.data(), fileMagic.size());
+  Store(page.data() + 8, majorVersion);
+  Store(page.data() + 10, minorVersion);
+  Store(page.data() + 16, Checksum(Bytes(page).first(16)));
+  return page;
+}
+
+int CheckHeader(Bytes page) noexcept {
+  if (page.size() < headerSize || !StartsWith(page, fileMagic)) return SCFile::status_NotInspection;
+  // A newer major version may lay out everything behind it in another way, its checksum included.
+  const auto major = Load<std::uint16_t>(page.data() + 8);
+  if (major > majorVersion) return SCFile::status_NewerVersion;
+  const bool sound = major == majorVersion && page.size() == pageSize && AllZero(page.subspan(12, 4)) &&
+                     Load<std::uint64_t>(page.data() + 16) == Checksum(page.first(16)) &&
+                     AllZero(page.subspan(headerSize));
+  return sound ? SCFile::status_Ok : SCFile::status_Damaged;
+}
+
+std::array<std::byte, slotSize> EncodeSlot(const CommitRecord& record) noexcept {
+  std::array<std::byte, slotSize> bytes{};
+  std::memcpy(bytes.data(), slotMagic.data(), slotMagic.size());
+  Store(bytes.data() + 8, record.number);
+  Store(bytes.data() + 16, record.end);
+  Store(bytes.data() + 24, record.segmentCount);
+  StoreLink(bytes.data() + 32, record.newest);
+  Store(bytes.data() + 56, Checksum(Bytes(bytes).first(56)));
+  return bytes;
+}
+
+std::optional<CommitRecord> DecodeSlot(Bytes page) noexcept {
+  if (!CanBeTornSlot(page) || Load<std::uint64_t>(page.data() + 56) != Checksum(page.first(56))) return std::nullopt;
+  return CommitRecord{Load<std::uint64_t>(page.data() + 8),
+                      Load<std::uint64_t>(page.data() + 16),
+                      Load<std::uint64_t>(page.data() + 24),
+                      LoadLink(page.data() + 32)};
+}
+
+bool CanBeTornSlot(Bytes page) noexcept {
+  return page.size() == pageSize && StartsWith(page, slotMagic) && AllZero(page.subspan(slotSize));
+}
+
+void EncodeSegmentHeader(std::byte* at, const SegmentHeader& header) noexcept {
+  std::memcpy(at, segmentMagic.data(), segmentMagic.size());
+  Store(at + 8, header.ordinal);
+  StoreLink(at + 16, header.previous);
+}
+
+std::optional<SegmentHeader> DecodeSegmentHeader(Bytes segment) noexcept {
+  if (!StartsWith(segment, segmentMagic)) return std::nullopt;
+  return SegmentHeader{Load<std::uint64_t>(segment.data() + 8), LoadLink(segment.data() + 16)};
+}
+
+std::array<std::byte, blockRefSize> EncodeBlockRef(const BlockRef& block) noexcept {
+  std::array<std::byte, blockRefSize> bytes{};
+  Store(bytes.data(), block.offset);
+  Store(bytes.data() + 8, block.size);
+  Store(bytes.data() + 16, block.chunk);
+  Store(bytes.data() + 24, block.tableOffset);
+  Store(bytes.data() + 32, block.tableChecksum);
+  return bytes;
+}
+
+BlockRef DecodeBlockRef(const std::byte* at) noexcept {
+  return {Load<std::uint64_t>(at),
+          Load<std::uint64_t>(at + 8),
+          Load<std::uint64_t>(at + 16),
+          Load<std::uint64_t>(at + 24),
+          Load<std::uint64_t>(at + 32)};
+}
+
+bool IsBlockRefSound(const BlockRef& block, std::uint64_t end) noexcept {
+  return block.chunk >= pageSize && block.chunk <= maxChunkSize && std::has_single_bit(block.chunk) &&  //
+         block.offset >= dataStart && block.offset % pageSize == 0 && block.offset <= end &&            //
+         block.size <= end - block.offset && block.tableOffset % 8 == 0 &&                              //
+         block.tableOffset >= block.offset + block.size && block.tableOffset <= end &&                  //
+         block.TableSize() <= end - block.tableOffset;
+}
+
+}  // namespace utdata::kvtiff19

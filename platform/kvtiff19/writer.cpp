@@ -1,0 +1,187 @@
+// Taking the writer's lock, and the commit protocol.
+#include "platform/kvtiff19/writer.h"
+
+#include <initializer_list>
+
+#include "platform/kvtiff19/items.h"
+#include "platform/kvtiff19/reader.h"
+#include "platform/kvtiff19/serialise.h"
+
+namespace utdata::kvtiff19 {
+namespace {
+
+using os::Error;
+
+/// A page past the committed end while slots change: it marks the file as not at rest.
+constexpr std::uint64_t restMark = pageSize;
+
+Error WriteSlot(OpenFile& file, std::size_t slot, const CommitRecord& record) {
+  return file.handle->WriteAt(slotOffsets[slot], EncodeSlot(record));
+}
+
+/// Writes the record to one slot, or both, and has it on the medium.
+Error WriteSlotsAndSync(OpenFile& file, std::initializer_list<std::size_t> slots, const CommitRecord& record) {
+  for (const std::size_t slot : slots)
+    if (const Error error = WriteSlot(file, slot, record); error != Error::None) return error;
+  return file.handle->Sync();
+}
+
+/// Brings a file that a writer left behind to rest. While the slots are written its size tells that it is not.
+Error BringToRest(OpenFile& file) {
+  Error error = WriteSlotsAndSync(file, {0, 1}, file.current);
+  if (error == Error::None) error = file.handle->Truncate(file.current.end);
+  return error;
+}
+
+/// REQUIRES: the lock is held.
+int CheckUnmoved(OpenFile& file) {
+  if (!file.handle->IsAt(file.path)) return FailAt(file, SCFile::status_MovedOn, "another file has taken its name");
+  SlotState state;
+  if (const int status = ReadSlots(file, state)) return status;
+  if (state.record != file.current) return FailAt(file, SCFile::status_MovedOn, "it was changed since it was opened");
+  if (state.atRest) return SCFile::status_Ok;
+  std::uint64_t size = 0;
+  Error error = file.handle->Size(size);
+  if (error == Error::None) error = size > file.current.end ? BringToRest(file) : Error::Other;
+  return error == Error::None ? SCFile::status_Ok : FailOs(file.path, error, "cannot be made ready for writing");
+}
+
+/// First commit of a new file: all of it on the medium, then the name.
+int CommitNew(OpenFile& file, const CommitRecord& record) {
+  const auto failed = [&](Error error, std::string_view what) { return FailOs(file.path, error, what); };
+  if (const Error error = file.handle->WriteAt(headerOffset, EncodeHeader()); error != Error::None)
+    return failed(error, "cannot be written");
+  for (const std::size_t slot : {0u, 1u})
+    if (const Error error = WriteSlot(file, slot, record); error != Error::None)
+      return failed(error, "cannot be written");
+  // A file without groups ends at its slots' page.
+  if (const Error error = file.handle->Truncate(record.end); error != Error::None)
+    return failed(error, "cannot be written");
+  if (const Error error = file.handle->Sync(); error != Error::None)
+    return failed(error, "cannot be brought to the disk");
+  if (!file.handle->IsAt(file.PartPath()))
+    return FailAt(file, SCFile::status_MovedOn, "the file being written was taken away");
+  if (const Error error = file.fileSystem->Rename(file.PartPath(), file.path, file.replace); error != Error::None)
+    return failed(error, "cannot take its name");
+  file.isNew = false;
+  return SCFile::status_Ok;
+}
+
+/// Puts the old record back after the new one could not be made durable; what stands behind the committed end stays unless that
+/// worked, since the new record may still be on the medium.
+void Revert(OpenFile& file) {
+  if (WriteSlotsAndSync(file, {0}, file.current) == Error::None) return;
+  file.handle->Unlock();
+  file.writing = false;
+}
+
+int CommitAppend(OpenFile& file, const CommitRecord& record) {
+  Error error = file.handle->Truncate(record.end + restMark);
+  if (error == Error::None) error = file.handle->Sync();
+  if (error != Error::None) return FailOs(file.path, error, "cannot be brought to the disk");
+  error = WriteSlotsAndSync(file, {0}, record);
+  if (error != Error::None) {
+    Revert(file);
+    return FailOs(file.path, error, "the commit record cannot be brought to the disk");
+  }
+  // The commit holds from here on. A second slot that could not be written leaves the mark behind for the next writer to see.
+  if (WriteSlotsAndSync(file, {1}, record) == Error::None) static_cast<void>(file.handle->Truncate(record.end));
+  return SCFile::status_Ok;
+}
+
+/// Lets pending groups find their children by item index, as committed ones do.
+void LinkChildren(const Segments& segments) {
+  for (const auto& [node, start] : segments.bodies) {
+    if (node->pending->children.empty()) continue;
+    node->children.assign(node->itemCount, nullptr);
+    for (const PendingChild& child : node->pending->children) node->children[child.index] = child.node;
+  }
+}
+
+/// Makes the groups that were written views of their committed bytes.
+void Adopt(OpenFile& file, Segments& segments) noexcept {
+  for (const auto& [node, start] : segments.bodies) {
+    const std::size_t size = DecodeItemHeader(segments.bytes.get() + start - itemHeaderSize).count;
+    ViewBody(*node, Bytes(segments.bytes.get() + start, size));
+    node->state = NodeState::Committed;
+    node->itemOffsets.clear();
+    node->pending.reset();
+  }
+  file.metadata.back() = std::move(segments.bytes);
+  file.current = segments.record;
+  file.committedTops = file.children.size();
+  file.handle->Unlock();
+  file.writing = false;
+}
+
+/// Writes what was gathered behind the committed end, then commits it.
+int WriteGathered(OpenFile& file, Segments& segments) {
+  const std::span<Node* const> tops = std::span(file.children).subspan(file.committedTops);
+  const std::uint64_t offset = RoundUp(file.writeEnd, 4);
+  if (!Serialise(tops, offset, file.current, segments))
+    return FailAt(file, SCFile::status_TooLarge, "a group is larger than the format allows");
+  LinkChildren(segments);
+  file.metadata.emplace_back();
+  ++segments.record.number;
+  const Error error = file.handle->WriteAt(offset, {segments.bytes.get(), segments.size});
+  if (error != Error::None) return FailOs(file.path, error, "cannot be written");
+  return file.isNew ? CommitNew(file, segments.record) : CommitAppend(file, segments.record);
+}
+
+}  // namespace
+
+int BeginWrite(OpenFile& file) {
+  if (file.writing) return SCFile::status_Ok;
+  if (file.readOnly) return FailAt(file, SCFile::status_ReadOnly, "the file was opened for reading only");
+  const Error error = file.handle->TryLock();
+  if (error == Error::Busy) return FailAt(file, SCFile::status_Locked, "another writer has the file");
+  if (error != Error::None) return FailOs(file.path, error, "cannot be locked");
+  if (const int status = CheckUnmoved(file)) {
+    file.handle->Unlock();
+    return status;
+  }
+  file.writing = true;
+  file.writeEnd = file.current.end;
+  return SCFile::status_Ok;
+}
+
+int BeginNewFile(OpenFile& file) {
+  // Another writer's file may take its name between our opening and our lock; then the name is free again.
+  constexpr int attempts = 64;
+  const std::wstring path = file.PartPath();
+  for (int attempt = 0; attempt < attempts; ++attempt) {
+    if (const Error error = file.fileSystem->Open(path, os::OpenMode::OpenOrCreate, file.handle); error != Error::None)
+      return FailOs(file.path, error, "cannot be created");
+    const Error error = file.handle->TryLock();
+    if (error == Error::Busy) return FailAt(file, SCFile::status_Locked, "another writer is creating it");
+    if (error != Error::None) return FailOs(file.path, error, "cannot be locked");
+    if (!file.handle->IsAt(path)) continue;
+    file.isNew = file.writing = true;
+    if (const Error cut = file.handle->Truncate(0); cut != Error::None)
+      return FailOs(file.path, cut, "cannot be created");
+    return SCFile::status_Ok;
+  }
+  return FailAt(file, SCFile::status_Locked, "other writers keep creating it");
+}
+
+int Commit(OpenFile& file) {
+  if (file.failure) {
+    const int status = Fail(file.failure, file.failureText);
+    Drop(file);
+    return status;
+  }
+  if (!file.writing) return SCFile::status_Ok;
+  const bool wasNew = file.isNew;
+  Segments segments;
+  if (const int status = WriteGathered(file, segments)) {
+    Drop(file);
+    return status;
+  }
+  Adopt(file, segments);
+  if (!wasNew) return SCFile::status_Ok;
+  const Error error = file.fileSystem->SyncDirectoryOf(file.path);
+  return error == Error::None ? SCFile::status_Ok
+                              : FailOs(file.path, error, "the file's name cannot be brought to the disk");
+}
+
+}  // namespace utdata::kvtiff19
