@@ -13,9 +13,12 @@ template <>
 struct FieldTable<CGDataTypeFDD> {
   using Record = CGDataTypeFDD;
   static constexpr std::tuple fields = {
-      UTDATA_KEY(1,
-                 dataClass,
-                 "1 A-scan, 2 C-scan of amplitudes, 3 of positions, ..., plus 0x8000 for a multi-channel master"),
+      UTDATA_KEY(
+          1,
+          dataClass,
+          "1 A-scan, 10 merged, 11 processed; C-scan: 2 amplitude, 3 position, 12 first position, 13 last position, "
+          "14 thickness, 15 statistic, 17 angle; eddy current: 5 X, 6 Y; 7 analog, 8 scaled, 9 counter; "
+          "2000 beam simulation; 2001 advanced view; plus 0x8000 for a multi-channel master"),
       UTDATA_FIELD(2, dataName, ""),
       UTDATA_FIELD(3, dataNameText, "second line of the name"),
       UTDATA_KEY(4, channelId, "from 0"),

@@ -1,0 +1,214 @@
+#include "utdata/unitset.h"
+
+#include <span>
+#include <utility>
+
+#include "utdata/vset.h"
+
+IMPLEMENT_DYNCREATE(CUnitSet, CObject)
+
+namespace {
+
+/// One data unit of a family, and how many of it make one base unit.
+struct ScaledUnit {
+  unit_enumDataUnit dataUnit;
+  double scale;
+  double
+      squareScale;  ///< of the constant under a TOFD root; the product of the scales, rounded as instruments round it
+};
+
+constexpr ScaledUnit genericUnits[] = {{unit_DataGeneric, 1, 1}};
+constexpr ScaledUnit times[] = {{unit_Second, 1, 1}, {unit_Microsecond, 1e6, 1e12}};
+constexpr ScaledUnit lengths[] = {{unit_Metre, 1, 1},
+                                  {unit_Millimetre, 1000, 1e6},
+                                  {unit_Inch, 39.37, 1549.9969},
+                                  {unit_Mil, 39370, 1549996900}};
+constexpr ScaledUnit angles[] = {{unit_Degree, 1, 1}, {unit_Radian, 0.017453292519943295, 0.00030461741978670857}};
+constexpr ScaledUnit percents[] = {{unit_DataPercent, 1, 1}};
+constexpr ScaledUnit decibels[] = {{unit_DataDecibel, 1, 1}};
+constexpr ScaledUnit points[] = {{unit_DataPoint, 1, 1}};
+
+/// Slope that TOFD depth units start with; their data item sets the true one before they are used.
+constexpr double initialTofdSlope = 13.0;
+
+std::span<const ScaledUnit> UnitsOfFamily(unit_enumUnits family) {
+  switch (family) {
+    case unit_Generic:
+      return genericUnits;
+    case unit_Time:
+    case unit_OneWayTime:
+      return times;
+    case unit_Length:
+    case unit_Path:
+    case unit_HalfPath:
+    case unit_Depth:
+    case unit_TofdDepth:
+      return lengths;
+    case unit_Angle:
+      return angles;
+    case unit_Percent:
+      return percents;
+    case unit_Decibel:
+      return decibels;
+    case unit_Point:
+      return points;
+    default:
+      return {};
+  }
+}
+
+/// Makes `unit` the percent or dB unit of linear or logarithmic amplitudes; `unit` is new or has served before.
+void SetPercent(CUnit& unit, int linear, CUnit* base) {
+  unit.CUpdateUnit(
+      unit_Percent, unit_DataPercent, linear ? unit_ConversionLinear : unit_ConversionPercent, 1.0, 0.0, base);
+}
+void SetDecibel(CUnit& unit, int linear, CUnit* base) {
+  if (linear)
+    unit.CUpdateUnit(unit_Decibel, unit_DataDecibel, unit_ConversionDecibel, 1.0, 0.0, base);
+  else
+    unit.CUpdateUnit(unit_Decibel, unit_DataDecibel, 1.0, 0.0, 0.0, base);
+}
+
+}  // namespace
+
+vset_groupId::~vset_groupId() { kind = first = second = third = fourth = 0; }
+
+CUnitSet::CUnitSet() = default;
+
+CUnitSet::CUnitSet(const vset_groupId& identity, CVolumeSet* volumeSet, CUnitSet*)
+    : m_identity(identity), m_volumeSet(volumeSet) {
+  for (auto& list : m_units) list = std::make_unique<CList<CUnit*>>();
+}
+
+CUnitSet::~CUnitSet() {
+  for (auto& list : m_units) {
+    while (list && !list->IsEmpty()) delete list->RemoveHead();
+    list.reset();
+  }
+}
+
+CUnit* CUnitSet::BaseUnit(kvt_enumAxis axis) const {
+  return m_volumeSet ? m_volumeSet->vol_GetBaseUnit(axis) : nullptr;
+}
+
+const CList<CUnit*>* CUnitSet::GetUnits(kvt_enumAxis axis) const {
+  return axis < axisQuantity ? m_units[axis].get() : nullptr;
+}
+
+CUnit* CUnitSet::AppendUnit(kvt_enumAxis axis, std::unique_ptr<CUnit> unit) {
+  const bool hasAxis = axis < axisQuantity && m_units[axis];
+  UTDATA_ASSERT(hasAxis);
+  if (!hasAxis || !unit) return nullptr;
+  m_units[axis]->AddTail(unit.get());
+  return unit.release();
+}
+
+CUnit* CUnitSet::AddSubUnit(kvt_enumAxis axis, unit_enumUnits family, double slope, double offset, double auxiliary) {
+  const bool hasAxis = axis < axisQuantity && m_units[axis];
+  UTDATA_ASSERT(hasAxis);
+  if (!hasAxis) return nullptr;
+  const std::span<const ScaledUnit> units = UnitsOfFamily(family);
+  UTDATA_ASSERT(!units.empty() && family != unit_Percent && family != unit_Decibel);
+  CUnit* const base = BaseUnit(axis);
+  CUnit* firstUnit = nullptr;
+  for (const auto& [dataUnit, scale, squareScale] : units) {
+    std::unique_ptr<CUnit> unit;
+    if (family == unit_TofdDepth)
+      unit = std::make_unique<CUnit>(family, dataUnit, initialTofdSlope, scale * slope, scale * offset, base);
+    else if (family == unit_Decibel)
+      unit = std::make_unique<CUnit>(family, dataUnit, slope, offset, auxiliary, base);
+    else
+      unit = std::make_unique<CUnit>(family, dataUnit, unit_ConversionLinear, scale * slope, scale * offset, base);
+    CUnit* const added = AppendUnit(axis, std::move(unit));
+    if (!firstUnit) firstUnit = added;
+  }
+  return firstUnit;
+}
+
+CUnit* CUnitSet::AddAmplitudeSubUnit(int linear) {
+  CUnit* const base = BaseUnit(kvt_AxisAmplitude);
+  auto percent = std::make_unique<CUnit>(unit_Percent, unit_DataPercent, unit_ConversionLinear, 1.0, 0.0, base);
+  auto decibel = std::make_unique<CUnit>(unit_Decibel, unit_DataDecibel, unit_ConversionDecibel, 1.0, 0.0, base);
+  SetPercent(*percent, linear, base);
+  SetDecibel(*decibel, linear, base);
+  CUnit* const p = AppendUnit(kvt_AxisAmplitude, std::move(percent));
+  CUnit* const d = AppendUnit(kvt_AxisAmplitude, std::move(decibel));
+  return linear ? p : d;
+}
+
+CUnit* CUnitSet::FindLast(kvt_enumAxis axis, unit_enumUnits family) const {
+  CUnit* found = nullptr;
+  if (const CList<CUnit*>* list = GetUnits(axis)) {
+    for (CUnit* unit : *list) {
+      unit_enumUnits unitFamily;
+      unit_enumDataUnit dataUnit;
+      unit->GetUnitType(unitFamily, dataUnit);
+      if (unitFamily == family) found = unit;
+    }
+  }
+  return found;
+}
+
+CUnit* CUnitSet::ModifyAmplitudeSubUnit(int linear) {
+  CUnit* const base = BaseUnit(kvt_AxisAmplitude);
+  CUnit* percent = FindLast(kvt_AxisAmplitude, unit_Percent);
+  CUnit* decibel = FindLast(kvt_AxisAmplitude, unit_Decibel);
+  if (!percent)
+    percent =
+        AppendUnit(kvt_AxisAmplitude,
+                   std::make_unique<CUnit>(unit_Percent, unit_DataPercent, unit_ConversionLinear, 1.0, 0.0, base));
+  if (!decibel)
+    decibel =
+        AppendUnit(kvt_AxisAmplitude,
+                   std::make_unique<CUnit>(unit_Decibel, unit_DataDecibel, unit_ConversionDecibel, 1.0, 0.0, base));
+  if (!percent || !decibel) return nullptr;
+  SetPercent(*percent, linear, base);
+  SetDecibel(*decibel, linear, base);
+  return linear ? percent : decibel;
+}
+
+void CUnitSet::AdjustSubUnit(kvt_enumAxis axis,
+                             unit_enumUnits family,
+                             double slope,
+                             double offset,
+                             double third,
+                             double fourth) {
+  AdjustSubUnit2(axis, family, slope, slope, offset, third, fourth);
+}
+
+void CUnitSet::AdjustSubUnit2(kvt_enumAxis axis,
+                              unit_enumUnits family,
+                              double positiveSlope,
+                              double negativeSlope,
+                              double offset,
+                              double fourth,
+                              double fifth) {
+  const bool isKnown = axis < axisQuantity && family >= unit_Time && family <= unit_TofdDepth;
+  UTDATA_ASSERT(isKnown);
+  if (!isKnown) return;
+  for (const auto& [dataUnit, scale, squareScale] : UnitsOfFamily(family)) {
+    CUnit* const unit = GetUnit(axis, family, dataUnit);
+    if (!unit) continue;
+    if (dataUnit == unit_Inch) unit->SetDisplayPrecision(3);
+    if (family == unit_TofdDepth)
+      unit->SetTOFDFactors(scale * fourth, scale * positiveSlope, squareScale * offset, scale * fifth);
+    else if (family == unit_Decibel)
+      unit->SetDBFactors(positiveSlope, offset, fourth);
+    else if (family == unit_Point)
+      unit->SetLinearFactors(positiveSlope, negativeSlope, offset);
+    else
+      unit->SetLinearFactors(scale * positiveSlope, scale * offset);
+  }
+}
+
+CUnit* CUnitSet::GetUnit(kvt_enumAxis axis, unit_enumUnits family, unit_enumDataUnit dataUnit) const {
+  if (const CList<CUnit*>* list = GetUnits(axis)) {
+    for (CUnit* unit : *list) {
+      unit_enumUnits unitFamily;
+      unit_enumDataUnit unitData;
+      unit->GetUnitType(unitFamily, unitData);
+      if (unitFamily == family && unitData == dataUnit) return unit;
+    }
+  }
+  return nullptr;
+}
