@@ -57,7 +57,7 @@ class UTDATA_API UTDATA_CAPABILITY("reader-writer lock") CReaderWriterLock {
   std::mutex m_mutex;  ///< guards what follows
   std::condition_variable m_readersAdmitted;
   std::uint32_t m_waitingReaders = 0;
-  std::uint64_t m_readerPhase = 0;  ///< grows each time the waiting readers are admitted
+  std::uint64_t m_readerPhase = 0;         ///< grows each time the waiting readers are admitted
   WaitingWriter* m_firstWriter = nullptr;  ///< queue of waiting writers
   std::thread::id m_owner;                 ///< of the writer side; valid while m_depth > 0
   std::uint32_t m_depth = 0;               ///< grants of the writer side to m_owner
@@ -69,9 +69,10 @@ namespace utdata {
 class UTDATA_SCOPED_CAPABILITY ReaderScope {
  public:
   // A scope that may have failed is beyond the analysis, hence its unconditional annotation.
-  ReaderScope(CReaderWriterLock& lock, std::uint32_t timeoutMs) UTDATA_ACQUIRE_SHARED(lock) UTDATA_NO_THREAD_SAFETY_ANALYSIS
-      : m_lock(lock),
-        m_obtained(lock.LockBufferReader(timeoutMs) != 0) {}
+  ReaderScope(CReaderWriterLock& lock, std::uint32_t timeoutMs)
+      UTDATA_ACQUIRE_SHARED(lock) UTDATA_NO_THREAD_SAFETY_ANALYSIS : m_lock(lock),
+                                                                     m_obtained(lock.LockBufferReader(timeoutMs) != 0) {
+  }
   ~ReaderScope() UTDATA_RELEASE_GENERIC() UTDATA_NO_THREAD_SAFETY_ANALYSIS {
     if (m_obtained) m_lock.UnlockBufferReader();
   }

@@ -55,6 +55,9 @@ class UTDATA_API IFSet {
 
 namespace utdata {
 
+/// How long a query of a file set waits for the reader side, in milliseconds.
+inline constexpr std::uint32_t queryTimeoutMs = 500;
+
 /// The ids by which a new element finds its master: patch, channel and class (a master takes every sub-channel of them).
 inline constexpr unsigned masterKeyIds = 1U << 1 | 1U << 2 | 1U << 5;
 
@@ -171,7 +174,7 @@ class UTDATA_API CFSet final : public IFSet {
   /// Display order of a gate, by gate number; 0 for one that is not here. Filled once, then only read.
   static std::map<std::uint32_t, std::int32_t> mapGateIDOrdering;
 
-  bool InfoPasses(fset_enumFilters filter) const UTDATA_REQUIRES_SHARED(m_lock);
+  static void FillGateOrdering();
 
   CDocument* const m_document;
   mutable CReaderWriterLock m_lock UTDATA_ACQUIRED_BEFORE(m_weldLock);
@@ -186,5 +189,5 @@ class UTDATA_API CFSet final : public IFSet {
   utdata::DataList m_data UTDATA_GUARDED_BY(m_lock){m_lock};
   utdata::MasterList m_masters UTDATA_GUARDED_BY(m_lock){m_lock};
   CIInfo* m_info UTDATA_GUARDED_BY(m_lock) = nullptr;
-  std::array<Range, 6> m_ranges;  ///< empty; for the host's debugger views only
+  std::array<Range, 6> m_ranges;  ///< start empty; nothing in the library reads or changes them
 };

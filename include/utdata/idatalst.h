@@ -8,8 +8,12 @@ namespace utdata {
 
 struct DataListTraits {
   using Item = CIData;
-  static constexpr std::array rules{IdRule::BookmarkType, IdRule::Exact,    IdRule::Exact,
-                                    IdRule::Exact,        IdRule::SameGate, IdRule::Exact};
+  static constexpr std::array rules{IdRule::BookmarkType,
+                                    IdRule::Exact,
+                                    IdRule::Exact,
+                                    IdRule::Exact,
+                                    IdRule::SameGate,
+                                    IdRule::Exact};
   static std::array<std::uint32_t, 6> IdsOf(const Item& item) {
     idata_typeId id;
     item.idata1_GetId(id);

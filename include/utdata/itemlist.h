@@ -73,7 +73,10 @@ class ItemList : public CObject, public CList<typename Traits::Item*> {
   ItemList() : CList<Item*>(10) {}
 
   /// Whether an item passes the filter and has the ids.
-  [[nodiscard]] static bool Matches(const Item& item, fset_enumFilters filter, const Ids& ids, const Rules& by = rules) {
+  [[nodiscard]] static bool Matches(const Item& item,
+                                    fset_enumFilters filter,
+                                    const Ids& ids,
+                                    const Rules& by = rules) {
     const auto isModified = [&item] { return Traits::IsModified(item); };
     const auto isNew = [&item] { return Traits::IsNew(item); };
     if (!PassesFilter(filter, isModified, isNew, true)) return false;

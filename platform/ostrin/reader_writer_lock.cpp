@@ -18,7 +18,9 @@ namespace {
 
 /// Waits until `done` holds; false when the time is up first.
 template <class Condition>
-bool WaitFor(std::condition_variable& signal, std::unique_lock<std::mutex>& lock, std::uint32_t timeoutMs,
+bool WaitFor(std::condition_variable& signal,
+             std::unique_lock<std::mutex>& lock,
+             std::uint32_t timeoutMs,
              Condition done) {
   if (timeoutMs != CReaderWriterLock::forEver)
     return signal.wait_until(lock, std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs), done);
@@ -59,8 +61,7 @@ void CReaderWriterLock::UnlockBufferReader() {
       utdata::ReportAssertion(__FILE__, __LINE__, L"reader side released without being held");
       return;
     }
-  } while (
-      !m_state.compare_exchange_weak(state, state - 1, std::memory_order_acq_rel, std::memory_order_relaxed));
+  } while (!m_state.compare_exchange_weak(state, state - 1, std::memory_order_acq_rel, std::memory_order_relaxed));
   if (state == (closed | 1)) {  // the last reader, and a writer is about
     const std::lock_guard lock(m_mutex);
     HandOver();

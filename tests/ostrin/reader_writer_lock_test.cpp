@@ -79,7 +79,8 @@ TEST(ReaderWriterLock, ATimeOutComesInTimeAndLeavesNoTrace) UTDATA_NO_THREAD_SAF
 TEST(ReaderWriterLock, AWriterThatGivesUpLetsTheReadersBehindItIn) UTDATA_NO_THREAD_SAFETY_ANALYSIS {
   CReaderWriterLock lock;
   ASSERT_TRUE(lock.LockBufferReader(0));
-  auto writer = std::async(std::launch::async, [&]() UTDATA_NO_THREAD_SAFETY_ANALYSIS { return lock.LockBufferWriter(100); });
+  auto writer =
+      std::async(std::launch::async, [&]() UTDATA_NO_THREAD_SAFETY_ANALYSIS { return lock.LockBufferWriter(100); });
   while (ReadableElsewhere(lock)) std::this_thread::yield();  // until the writer waits
   auto reader = std::async(std::launch::async, [&]() UTDATA_NO_THREAD_SAFETY_ANALYSIS {
     const int obtained = lock.LockBufferReader(10000);
