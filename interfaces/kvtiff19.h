@@ -85,6 +85,10 @@ UTDATA_API int file_CreateEx(const wchar_t* path, FileHandle* file);
 /// commit failed; what was gathered is then dropped. Nothing to do is a success. Groups made before the commit stay readable.
 UTDATA_API int file_Commit(FileHandle file);
 
+/// Drops everything written since the last commit and gives the writer's lock up; the groups made since then are empty from now on.
+/// Nothing to drop is a success.
+UTDATA_API int file_Discard(FileHandle file);
+
 /// Closes the file, its groups and the views mapped from it. What was not committed is dropped. Null is status_BadArgument.
 UTDATA_API int file_Close(FileHandle file);
 

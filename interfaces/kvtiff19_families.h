@@ -389,6 +389,13 @@ UTDATA_FAMILY_DUPLICATE(ggate, CGGateTypeDescr)
 /// @param modifier false on load: fields that the group does not hold get their defaults; true when a modifier is applied: they stay
 UTDATA_API int ggate_ReadGroupInfo(SCFile::GroupHandle group, CGGateTypeDescr* descriptor, bool modifier);
 
+/// Enumeration tables: made ready like a family, and not used by any group type. All null, else status_BadArgument.
+UTDATA_API int genumtable_Init(SCFile::LockCallback lock,
+                               SCFile::LockCallback unlock,
+                               SCFile::AllocCallback alloc,
+                               SCFile::FreeCallback free,
+                               SCFile::ErrorCallback error);
+
 // Data groups: the samples are a block of the record's group.
 UTDATA_API int gdata_Init();
 [[nodiscard]] UTDATA_API CGDataTypeFDD* gdata_Allocate(int mode, const wchar_t* name);

@@ -7,14 +7,19 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "interfaces/framework.h"
 #include "interfaces/kvtiff19.h"
 
 class CDataNewGroup;
+class CFContKVTiff;
 class IGDataSupplier;
 struct fcontsec_typeFileDescriptor;
+namespace utdata::container {
+class Changes;
+}
 
 /// One part of a defect record.
 struct stDefectSubEntry {
@@ -26,7 +31,7 @@ struct stDefectSubEntry {
 
 /// One record of the defect table.
 struct stDefectExtern {
-  double values[8] = {};         ///< in the order of the table's columns; their meaning is the host's
+  double values[8] = {};  ///< in the order of the table's columns; their meaning is the host's
   std::wstring firstText;
   std::wstring secondText;
   std::uint32_t numbers[3] = {};
@@ -49,10 +54,10 @@ class UTDATA_API CFContTypeFileDescr {
   /// Sets the status word and the defect-table flag to 0 and empties the path.
   void initializeData();
   /// Sets the path. False, and nothing is changed, when it does not fit.
-  [[nodiscard]] bool SetPath(const std::wstring& newPath);
+  [[nodiscard]] bool SetPath(std::wstring_view newPath);
 
-  std::int32_t status = 0;   ///< for the host; the container sets it to 0
-  wchar_t path[pathSize];    ///< the loaded file, or the file to write; terminated
+  std::int32_t status = 0;          ///< for the host; the container sets it to 0
+  wchar_t path[pathSize];           ///< the loaded file, or the file to write; terminated
   CList<SCFile::FileHandle> files;  ///< open files, the loaded one first; closed by CFCont::FileClose
   CList<CGDataTypeFDD*> data;
   CList<CGChanTypeDescr*> channels;
@@ -97,35 +102,79 @@ class UTDATA_API CFCont {
   /// Reads the numbered companion files (B.A01, B.A02, ... beside B) into a loaded descriptor, in order, without a gap.
   /// @param path    of the base file
   /// @param options eight integers; entry 4 non-zero reads ".A01", entry 5 non-zero reads ".A02", the others have no effect
-  /// @return 0, or 1 when a companion cannot be read: the descriptor is then closed and deleted with everything in it
-  [[nodiscard]] int FileUpdate(const wchar_t* path, CFContTypeFileDescr* descriptor, const int options[8], IGDataSupplier* supplier,
+  ///                ("A" is a capital letter, as the container writes it)
+  /// @param newGroups as for FileLoad, with each companion's own path
+  /// @return 0, or 1 when a companion cannot be read: the descriptor is then closed and deleted with everything in it, and what
+  ///         newGroups recorded of it is dead
+  [[nodiscard]] int FileUpdate(const wchar_t* path,
+                               CFContTypeFileDescr* descriptor,
+                               const int options[8],
+                               IGDataSupplier* supplier,
                                CDataNewGroup* newGroups);
 
   /// Writes a descriptor and commits it.
   /// - `loaded` null: a new file at the path of `descriptor`; `newFile` non-zero refuses an existing file, zero replaces one. The file's
   ///   handle is returned through `file` and belongs to the caller, who closes it.
   /// - `loaded` given, `newFile` non-zero: the changes against `loaded`, into the next numbered companion of its path, which joins the
-  ///   files of `loaded`. A gap in the numbering writes nothing and returns 0.
+  ///   files of `loaded`. A gap in the numbering writes nothing and returns 0; the files of `loaded` are then no more than before.
+  ///   A path whose companion's name does not fit 260 wide characters answers status_TooLarge.
   /// - `loaded` given, `newFile` zero: the changes against `loaded`, appended to the last file of `loaded`, which is returned through
   ///   `file` and stays that descriptor's.
   /// @param topGroup receives the top group of a whole new file; may be null
   /// @param file     see above; may be null where the caller does not become its owner
-  /// @param writeFlag 0: a data group that `loaded` lacks leaves a copy ("Stand-In") in its data list, the base of later writes
+  /// On success the descriptors of `loaded` that changes were written against take over their new values, so that the next changes
+  /// are told against what the files now say. A data group of `descriptor` that is written against another gets its cell size.
+  /// @param writeFlag 0: a data group that `loaded` lacks leaves a copy in its data list, the base of later writes. The copy belongs to
+  ///                  `loaded` like every other; its samples are those in the file, its data pointer is null
   /// @return 0 when everything is on the medium, else the status of the call that failed, and the file is as it was before
-  [[nodiscard]] int FileWrite(CFContTypeFileDescr* loaded, CFContTypeFileDescr* descriptor, int newFile, SCFile::GroupHandle* topGroup,
-                              SCFile::FileHandle* file, int writeFlag);
+  [[nodiscard]] int FileWrite(CFContTypeFileDescr* loaded,
+                              CFContTypeFileDescr* descriptor,
+                              int newFile,
+                              SCFile::GroupHandle* topGroup,
+                              SCFile::FileHandle* file,
+                              int writeFlag);
 
   /// Normalises sub-channel numbering after loading: either no group has sub-channels and every id becomes 0, or ids count from 1.
+  /// When sub-channel descriptors count from 0, all of them are shifted by 1. The data groups of their channels are shifted with
+  /// them only when they count from 0 too: one of them has id 0, and each names a sub-channel descriptor as numbered before. One that
+  /// names none shows that the data groups count from 1 already. Where data groups carry sub-channel names, one with neither name nor
+  /// id is the channel's own and stays 0.
   void UpdateSubChannelList(CFContTypeFileDescr* descriptor);
 
  private:
   void FcontClose(CFContTypeFileDescr* descriptor);
+  bool ReadInto(CFContTypeFileDescr* descriptor,
+                const wchar_t* path,
+                CFContKVTiff* reader,
+                fcontsec_typeFileDescriptor* work,
+                CDataNewGroup* newGroups);
+  bool ReadCompanions(CFContTypeFileDescr* descriptor,
+                      const wchar_t* path,
+                      const int options[8],
+                      CDataNewGroup* newGroups);
   void UpdateFileDescriptor(CFContTypeFileDescr* descriptor, fcontsec_typeFileDescriptor* work);
   void ListRemoveAll(fcontsec_typeFileDescriptor* work);
-  void UpdateModifierGroup(CFContTypeFileDescr* descriptor, fcontsec_typeFileDescriptor* work, const wchar_t* path,
+  void UpdateModifierGroup(CFContTypeFileDescr* descriptor,
+                           fcontsec_typeFileDescriptor* work,
+                           const wchar_t* path,
                            CDataNewGroup* newGroups);
-  int WriteNewFileDescriptor(SCFile::FileHandle file, CFContTypeFileDescr* descriptor, SCFile::GroupHandle* topGroup, int writeFlag);
-  int WriteExistingFileDescriptor(SCFile::FileHandle file, CFContTypeFileDescr* loaded, CFContTypeFileDescr* descriptor, int writeFlag);
+  int WriteNewFile(CFContTypeFileDescr* descriptor,
+                   int newFile,
+                   SCFile::GroupHandle* topGroup,
+                   SCFile::FileHandle* file,
+                   int writeFlag);
+  int WriteCompanion(CFContTypeFileDescr* loaded, CFContTypeFileDescr* descriptor, int writeFlag);
+  int WriteAppended(CFContTypeFileDescr* loaded,
+                    CFContTypeFileDescr* descriptor,
+                    SCFile::FileHandle* file,
+                    int writeFlag);
+  int WriteNewFileDescriptor(SCFile::FileHandle file,
+                             CFContTypeFileDescr* descriptor,
+                             SCFile::GroupHandle* topGroup,
+                             int writeFlag);
+  int WriteExistingFileDescriptor(SCFile::FileHandle file,
+                                  CFContTypeFileDescr* descriptor,
+                                  utdata::container::Changes* changes);
 
   static std::int32_t m_init;  ///< 1 once the file-format library is initialised
 };

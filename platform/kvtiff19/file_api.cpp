@@ -94,6 +94,12 @@ int file_Commit(FileHandle file) {
   return status;
 }
 
+int file_Discard(FileHandle file) {
+  if (!IsFile(file)) return BadCall("not a file");
+  Drop(*file->file);
+  return status_Ok;
+}
+
 int file_Close(FileHandle file) {
   if (!IsFile(file)) return BadCall("not a file");
   const std::unique_ptr<OpenFile> closed(file->file);

@@ -1,0 +1,172 @@
+// Descriptors of opened inspections: loaded, updated from companions, closed.
+#include "utdata/fcont.h"
+
+#include <algorithm>
+#include <mutex>
+#include <new>
+
+#include "interfaces/os.h"
+#include "src/container/companions.h"
+#include "src/container/defects.h"
+#include "src/container/fcontkvt.h"
+#include "src/container/grouptypes.h"
+
+using namespace utdata::container;
+
+namespace {
+
+template <int (*Init)(SCFile::LockCallback,
+                      SCFile::LockCallback,
+                      SCFile::AllocCallback,
+                      SCFile::FreeCallback,
+                      SCFile::ErrorCallback)>
+int InitAlone() {
+  return Init(nullptr, nullptr, nullptr, nullptr, nullptr);
+}
+
+constexpr int (*initOrder[])() = {
+    InitAlone<gchan_Init>,     InitAlone<gcontour_Init>,   gdata_Init,
+    InitAlone<ggate_Init>,     InitAlone<gpatch_Init>,     InitAlone<gprobe_Init>,
+    InitAlone<gspecdim_Init>,  InitAlone<gspecinf_Init>,   InitAlone<gspecmat_Init>,
+    InitAlone<gweld_Init>,     InitAlone<gsubchan_Init>,   InitAlone<ginfo_Init>,
+    InitAlone<gmesh_Init>,     InitAlone<gspecdef_Init>,   InitAlone<grefadj_Init>,
+    InitAlone<gdac_Init>,      InitAlone<genumtable_Init>, InitAlone<gweldsp_Init>,
+    InitAlone<gweldFill_Init>,
+};
+
+std::mutex initLock;  // guards CFCont::m_init
+
+/// Moves every element to the tail of another list. Each stays in exactly one of them, also when memory runs out.
+template <class Element>
+void MoveAll(CList<Element>& from, CList<Element>& to) {
+  while (!from.IsEmpty()) {
+    to.AddTail(from.GetHead());
+    from.RemoveHead();
+  }
+}
+
+/// The first two companions are read on request only. Their names are those built here, with a capital letter.
+bool IsLeftOut(const std::wstring& name, const int options[8]) {
+  const std::wstring extension = utdata::os::SplitPath(name).extension;
+  return (extension == L".A01" && options[4] == 0) || (extension == L".A02" && options[5] == 0);
+}
+
+}  // namespace
+
+CFContTypeFileDescr::CFContTypeFileDescr() { initializeData(); }
+
+CFContTypeFileDescr::~CFContTypeFileDescr() = default;
+
+void CFContTypeFileDescr::initializeData() {
+  status = 0;
+  path[0] = L'\0';
+  defectTableFlag = 0;
+}
+
+bool CFContTypeFileDescr::SetPath(std::wstring_view newPath) {
+  if (newPath.size() >= pathSize) return false;
+  *std::copy(newPath.begin(), newPath.end(), path) = L'\0';
+  return true;
+}
+
+std::int32_t CFCont::m_init = 0;
+
+CFCont::CFCont() {
+  const std::scoped_lock lock(initLock);
+  if (m_init != 0) return;
+  SCFile::file_Init(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+  for (const auto init : initOrder) init();
+  m_init = 1;
+}
+
+CFContTypeFileDescr* CFCont::FileLoad(const wchar_t* path, IGDataSupplier*, CDataNewGroup* newGroups) {
+  auto* const descriptor = new (std::nothrow) CFContTypeFileDescr;
+  if (!descriptor) return nullptr;
+  CFContKVTiff reader;
+  fcontsec_typeFileDescriptor work;
+  if (path && descriptor->SetPath(path) && ReadInto(descriptor, path, &reader, &work, newGroups)) return descriptor;
+  FcontClose(descriptor);
+  return nullptr;
+}
+
+bool CFCont::ReadInto(CFContTypeFileDescr* descriptor,
+                      const wchar_t* path,
+                      CFContKVTiff* reader,
+                      fcontsec_typeFileDescriptor* work,
+                      CDataNewGroup* newGroups) {
+  if (reader->FileLoad(path, work) == -1) return false;
+  try {
+    UpdateFileDescriptor(descriptor, work);
+    UpdateModifierGroup(descriptor, work, path, newGroups);
+    ListRemoveAll(work);
+    return true;
+  } catch (const std::bad_alloc&) {
+    if (work->file) SCFile::file_Close(work->file);
+    work->file = nullptr;
+    ReleaseAll(*work);
+    return false;
+  }
+}
+
+void CFCont::UpdateFileDescriptor(CFContTypeFileDescr* descriptor, fcontsec_typeFileDescriptor* work) {
+  const bool isCompanion = !descriptor->files.IsEmpty();
+  descriptor->files.AddTail(work->file);
+  work->file = nullptr;
+  ForEach(allTypes, [&](const auto& type) {
+    auto& primaries = work->*type.primaries;
+    if (isCompanion && !type.HasModifierCode()) {
+      MoveAll(work->*type.modifiers, primaries);
+      MoveAll(primaries, work->*type.modifiers);
+    } else {
+      MoveAll(primaries, descriptor->*type.list);
+    }
+  });
+  MoveAll(work->defects, descriptor->defects);
+}
+
+void CFCont::ListRemoveAll(fcontsec_typeFileDescriptor* work) {
+  ForEach(allTypes, [&](const auto& type) {
+    (work->*type.primaries).RemoveAll();
+    (work->*type.modifiers).RemoveAll();
+  });
+  work->defects.RemoveAll();
+}
+
+int CFCont::FileUpdate(const wchar_t* path,
+                       CFContTypeFileDescr* descriptor,
+                       const int options[8],
+                       IGDataSupplier*,
+                       CDataNewGroup* newGroups) {
+  if (path && descriptor && options && ReadCompanions(descriptor, path, options, newGroups)) return 0;
+  if (descriptor) FcontClose(descriptor);
+  return 1;
+}
+
+bool CFCont::ReadCompanions(CFContTypeFileDescr* descriptor,
+                            const wchar_t* path,
+                            const int options[8],
+                            CDataNewGroup* newGroups) {
+  try {
+    CFContKVTiff reader;
+    fcontsec_typeFileDescriptor work;
+    const Companions companions = ListCompanions(path);
+    return std::ranges::all_of(companions.names, [&](const std::wstring& name) {
+      return IsLeftOut(name, options) || ReadInto(descriptor, name.c_str(), &reader, &work, newGroups);
+    });
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+void CFCont::FileClose(CFContTypeFileDescr* descriptor) {
+  for (const SCFile::FileHandle file : descriptor->files) SCFile::file_Close(file);
+  ForEach(allTypes, [&](const auto& type) { (descriptor->*type.list).RemoveAll(); });
+  descriptor->defects.RemoveAll();
+}
+
+void CFCont::FcontClose(CFContTypeFileDescr* descriptor) {
+  for (const SCFile::FileHandle file : descriptor->files) SCFile::file_Close(file);
+  ForEach(allTypes, [&](const auto& type) { Release(type, descriptor->*type.list); });
+  ReleaseDefects(descriptor->defects);
+  delete descriptor;
+}

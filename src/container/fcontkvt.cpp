@@ -1,0 +1,105 @@
+#include "src/container/fcontkvt.h"
+
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "src/container/defects.h"
+#include "src/container/grouptypes.h"
+
+IMPLEMENT_DYNAMIC(CFContKVTiff, CObject)
+
+namespace utdata::container {
+namespace {
+
+/// Calls `visit(type, kind, key)` for each item of a file or group until one answers false, which is then the result; false too
+/// when the item's info cannot be read.
+template <class Visit>
+bool ForEachItem(SCFile::Node* parent, Visit visit) {
+  const std::uint32_t itemCount = SCFile::file_ItemNbrGet(parent);
+  for (std::uint32_t index = 0; index < itemCount; ++index) {
+    std::uint32_t type = 0, kind = 0, key = 0;
+    if (SCFile::file_ItemInfo(parent, index, &type, &kind, nullptr, &key, nullptr, 0) != SCFile::status_Ok)
+      return false;
+    if (!visit(type, kind, key)) return false;
+  }
+  return true;
+}
+
+template <class Descriptor>
+void ReadInto(const GroupType<Descriptor>& type, SCFile::GroupHandle group, CList<Descriptor*>& list) {
+  auto descriptor = Hold(type, type.allocate(1, L"no name"));
+  if (!descriptor) throw std::bad_alloc();
+  type.read(group, descriptor.get(), false);
+  list.AddTail(descriptor.get());
+  descriptor.release();
+}
+
+bool ReadDefectTable(SCFile::GroupHandle table, CList<stDefectExtern*>& defects) {
+  ReleaseDefects(defects);
+  return ForEachItem(table, [&](std::uint32_t type, std::uint32_t /*kind*/, std::uint32_t key) {
+    if (type != codeDefect) return true;
+    SCFile::GroupHandle group = nullptr;
+    if (SCFile::file_GroupOpen(table, &group, key) != SCFile::status_Ok) return false;
+    auto record = std::make_unique<stDefectExtern>();
+    ReadDefect(group, *record);
+    defects.AddTail(record.get());
+    record.release();
+    return true;
+  });
+}
+
+/// Reads one typed group; a code that no type has is skipped.
+/// @param later whether its top group is not the file's first
+bool ReadGroup(std::uint32_t code, SCFile::GroupHandle group, bool later, fcontsec_typeFileDescriptor& work) {
+  if (code == codeDefectTable) return ReadDefectTable(group, work.defects);
+  ForEach(allTypes, [&](const auto& type) {
+    if (code == type.primaryCode)
+      ReadInto(type, group, work.*(later && !type.HasModifierCode() ? type.modifiers : type.primaries));
+    else if (type.HasModifierCode() && code == type.modifierCode)
+      ReadInto(type, group, work.*type.modifiers);
+  });
+  return true;
+}
+
+bool ReadTopGroup(SCFile::GroupHandle top, bool later, fcontsec_typeFileDescriptor& work) {
+  return ForEachItem(top, [&](std::uint32_t code, std::uint32_t kind, std::uint32_t key) {
+    if (kind != SCFile::kind_Group) return true;
+    SCFile::GroupHandle group = nullptr;
+    return SCFile::file_GroupOpen(top, &group, key) == SCFile::status_Ok && ReadGroup(code, group, later, work);
+  });
+}
+
+bool ReadFile(const wchar_t* path, fcontsec_typeFileDescriptor& work) {
+  if (SCFile::file_Open(path, &work.file) != SCFile::status_Ok) return false;
+  bool later = false;
+  return ForEachItem(work.file, [&](std::uint32_t /*code*/, std::uint32_t /*kind*/, std::uint32_t key) {
+    SCFile::GroupHandle top = nullptr;
+    if (SCFile::file_GroupOpen(work.file, &top, key) != SCFile::status_Ok) return false;
+    return ReadTopGroup(top, std::exchange(later, true), work);
+  });
+}
+
+}  // namespace
+}  // namespace utdata::container
+
+CFContKVTiff::~CFContKVTiff() = default;
+
+int CFContKVTiff::FileLoad(const wchar_t* path, fcontsec_typeFileDescriptor* work) {
+  const std::scoped_lock lock(m_lock);
+  return fcontOpen(path, work);
+}
+
+int CFContKVTiff::fcontOpen(const wchar_t* path, fcontsec_typeFileDescriptor* work) {
+  try {
+    if (utdata::container::ReadFile(path, *work)) return 0;
+  } catch (const std::bad_alloc&) {
+    // Told as any other file that cannot be read.
+  }
+  if (work->file) SCFile::file_Close(work->file);
+  work->file = nullptr;
+  fcontFree(work);
+  return -1;
+}
+
+void CFContKVTiff::fcontFree(fcontsec_typeFileDescriptor* work) noexcept { utdata::container::ReleaseAll(*work); }

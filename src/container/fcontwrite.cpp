@@ -1,0 +1,146 @@
+// Descriptors written: whole, or as changes against a loaded one.
+#include <cwchar>
+#include <memory>
+#include <new>
+
+#include "src/container/changes.h"
+#include "src/container/companions.h"
+#include "src/container/defects.h"
+#include "utdata/fcont.h"
+
+using namespace utdata::container;
+
+namespace {
+
+struct CloseFile {
+  void operator()(SCFile::FileHandle file) const { SCFile::file_Close(file); }
+};
+using OwnedFile = std::unique_ptr<SCFile::Node, CloseFile>;
+
+/// Drops what a file that goes on living has gathered, unless it was committed.
+class Gathering {
+ public:
+  explicit Gathering(SCFile::FileHandle gatheringFile) : m_file(gatheringFile) {}
+  Gathering(const Gathering&) = delete;
+  Gathering& operator=(const Gathering&) = delete;
+  ~Gathering() { SCFile::file_Discard(m_file); }
+
+ private:
+  SCFile::FileHandle m_file;
+};
+
+template <class Descriptor>
+void WriteWhole(SCFile::GroupHandle top,
+                const GroupType<Descriptor>& type,
+                const CList<Descriptor*>& descriptors,
+                int writeFlag) {
+  const wchar_t* const nameAtCreation = type.HasModifierCode() ? L"" : type.primaryName;
+  for (const Descriptor* descriptor : descriptors) {
+    const SCFile::GroupHandle group = CreateGroup(top, type.primaryCode, type.primaryName, nameAtCreation);
+    type.write(group, nullptr, descriptor, writeFlag);
+  }
+}
+
+}  // namespace
+
+int CFCont::FileWrite(CFContTypeFileDescr* loaded,
+                      CFContTypeFileDescr* descriptor,
+                      int newFile,
+                      SCFile::GroupHandle* topGroup,
+                      SCFile::FileHandle* file,
+                      int writeFlag) {
+  if (topGroup) *topGroup = nullptr;
+  if (file) *file = nullptr;
+  if (!descriptor || (!loaded && !file)) return SCFile::status_BadArgument;
+  try {
+    if (!loaded) return WriteNewFile(descriptor, newFile, topGroup, file, writeFlag);
+    if (newFile) return WriteCompanion(loaded, descriptor, writeFlag);
+    return WriteAppended(loaded, descriptor, file, writeFlag);
+  } catch (const std::bad_alloc&) {
+    return SCFile::status_TooLarge;
+  }
+}
+
+int CFCont::WriteNewFile(CFContTypeFileDescr* descriptor,
+                         int newFile,
+                         SCFile::GroupHandle* topGroup,
+                         SCFile::FileHandle* file,
+                         int writeFlag) {
+  SCFile::FileHandle created = nullptr;
+  int status =
+      newFile ? SCFile::file_Create(descriptor->path, &created) : SCFile::file_CreateEx(descriptor->path, &created);
+  if (status != SCFile::status_Ok) return status;
+  OwnedFile owned(created);
+  SCFile::file_SetCharacterFormat(created, 1);
+  SCFile::GroupHandle top = nullptr;
+  status = WriteNewFileDescriptor(created, descriptor, &top, writeFlag);
+  if (status == SCFile::status_Ok) status = SCFile::file_Commit(created);
+  if (status != SCFile::status_Ok) return status;
+  if (topGroup) *topGroup = top;
+  *file = owned.release();
+  return SCFile::status_Ok;
+}
+
+int CFCont::WriteCompanion(CFContTypeFileDescr* loaded, CFContTypeFileDescr* descriptor, int writeFlag) {
+  const std::wstring path = loaded->path;
+  if (!CompanionNameFits(path)) return SCFile::status_TooLarge;
+  const Companions companions = ListCompanions(path);
+  if (companions.gap) return SCFile::status_Ok;
+  const std::wstring name = CompanionName(path, static_cast<int>(companions.names.size()) + 1);
+  SCFile::FileHandle created = nullptr;
+  int status = SCFile::file_Create(name.c_str(), &created);
+  if (status != SCFile::status_Ok) return status;
+  OwnedFile owned(created);
+  Changes changes(*loaded, writeFlag);
+  status = WriteExistingFileDescriptor(created, descriptor, &changes);
+  if (status != SCFile::status_Ok) return status;
+  SCFile::file_SetCharacterFormat(created, 1);
+  const POSITION joined = loaded->files.AddTail(created);
+  status = SCFile::file_Commit(created);
+  if (status != SCFile::status_Ok) {
+    loaded->files.RemoveAt(joined);
+    return status;
+  }
+  owned.release();
+  changes.Settle();
+  return SCFile::status_Ok;
+}
+
+int CFCont::WriteAppended(CFContTypeFileDescr* loaded,
+                          CFContTypeFileDescr* descriptor,
+                          SCFile::FileHandle* file,
+                          int writeFlag) {
+  if (loaded->files.IsEmpty()) return SCFile::status_BadArgument;
+  const SCFile::FileHandle last = loaded->files.GetTail();
+  if (file) *file = last;
+  const Gathering gathering(last);
+  Changes changes(*loaded, writeFlag);
+  int status = WriteExistingFileDescriptor(last, descriptor, &changes);
+  if (status == SCFile::status_Ok) status = SCFile::file_Commit(last);
+  if (status == SCFile::status_Ok) changes.Settle();
+  return status;
+}
+
+int CFCont::WriteNewFileDescriptor(SCFile::FileHandle file,
+                                   CFContTypeFileDescr* descriptor,
+                                   SCFile::GroupHandle* topGroup,
+                                   int writeFlag) {
+  const int status = SCFile::file_GroupCreate(file, topGroup, codeTop, nameTop);
+  if (status != SCFile::status_Ok) return status;
+  const auto writeWhole = [&](const auto& type) { WriteWhole(*topGroup, type, descriptor->*type.list, writeFlag); };
+  ForEach(writtenBeforeDefects, writeWhole);
+  if (descriptor->defectTableFlag != 0) WriteDefectTable(*topGroup, descriptor->defects);
+  ForEach(writtenAfterDefects, writeWhole);
+  return SCFile::status_Ok;
+}
+
+int CFCont::WriteExistingFileDescriptor(SCFile::FileHandle file, CFContTypeFileDescr* descriptor, Changes* changes) {
+  SCFile::GroupHandle top = nullptr;
+  const int status = SCFile::file_GroupCreate(file, &top, codeTop, nameTop);
+  if (status != SCFile::status_Ok) return status;
+  const auto writeChanges = [&](const auto& type) { changes->Write(top, type, descriptor->*type.list); };
+  ForEach(changesBeforeDefects, writeChanges);
+  if (descriptor->defectTableFlag != 0) WriteDefectTable(top, descriptor->defects);
+  ForEach(writtenAfterDefects, writeChanges);
+  return SCFile::status_Ok;
+}
