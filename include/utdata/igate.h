@@ -8,8 +8,8 @@
 
 /// One gate of a file set; utdata/item.h tells the pattern, ownership and locks.
 ///
-/// The single values may be read and set from several threads at once. A setter that is given the stored value changes nothing, else it
-/// marks the gate as modified.
+/// The single values may be read and set from several threads at once, but not read while the whole record is replaced. A setter that is
+/// given the stored value changes nothing, else it marks the gate as modified.
 class UTDATA_API CIGate : public utdata::Item<CGGateTypeDescr, ggate_Duplicate, nullptr> {
  public:
   CIGate(CGGateTypeDescr* descriptor, int isNew) : Item(descriptor, isNew) {}

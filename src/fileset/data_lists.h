@@ -1,7 +1,7 @@
 // What the file set does with its lists of data items as a whole.
 #pragma once
 
-#include <algorithm>
+#include <type_traits>
 
 #include "utdata/idatalst.h"
 

@@ -81,7 +81,7 @@ std::uint32_t CFSet::fset_GetIChanCount() const UTDATA_NO_THREAD_SAFETY_ANALYSIS
   return static_cast<std::uint32_t>(m_channels.Count());
 }
 
-void CFSet::AssertValid() const { UTDATA_ASSERT(m_document != nullptr); }
+void CFSet::AssertValid() const {}
 
 void CFSet::Dump(CDumpContext&) const {}
 
