@@ -12,7 +12,6 @@
 // finds items by their ids; SetInfoCopy is the way to change them.
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -24,9 +23,6 @@
 namespace utdata {
 
 class PlacedItem;
-
-/// The ids that an item is filed under, in its list's order; unused ones are 0.
-using ItemKey = std::array<std::uint32_t, 5>;
 
 /// What an item asks of the file set that holds it.
 class ItemHome {
@@ -45,7 +41,7 @@ struct ItemPlace {
   ItemHome* home = nullptr;     ///< null: in no file set
   POSITION position = nullptr;  ///< in the home's list
   std::uint64_t order = 0;      ///< grows along the home's list
-  ItemKey key{};                ///< ids that it is filed under
+  std::uint64_t hash = 0;       ///< of the ids that it is filed under
 };
 
 /// An object that a file set can hold and find.

@@ -9,10 +9,10 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <unordered_map>
 #include <vector>
 
 #include "interfaces/ostrin.h"
@@ -21,22 +21,75 @@
 
 namespace utdata {
 
-/// Mixes the words of a key with a seed that differs from list to list, so that no file can aim at one bucket.
-class ItemKeyHash {
- public:
-  explicit ItemKeyHash(std::uint64_t seed) : m_seed(seed) {}
+/// The ids that an item is filed under, in the list's order; unused ones are 0.
+using ItemKey = std::array<std::uint32_t, 5>;
 
-  std::size_t operator()(const ItemKey& key) const noexcept {
-    std::uint64_t hash = m_seed;
-    for (const std::uint32_t word : key) {
-      hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
-      hash ^= hash >> 32;
+/// A hash of a key with a seed that differs from list to list, so that no file can aim at one place.
+[[nodiscard]] inline std::uint64_t HashOf(const ItemKey& key, std::uint64_t seed) {
+  std::uint64_t hash = seed;
+  for (const std::uint32_t word : key) {
+    hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
+    hash ^= hash >> 32;
+  }
+  return hash;
+}
+
+/// Items by the hash of their keys, with open addressing: one array, at most half full, so that a look-up reads one place of it.
+class ItemTable {
+ public:
+  void Insert(std::uint64_t hash, PlacedItem* item) {
+    if (m_used * 2 >= m_slots.size()) Grow();
+    ++m_used;
+    Put({hash, item});
+  }
+
+  void Erase(std::uint64_t hash, const PlacedItem* item) {
+    if (m_slots.empty()) return;
+    std::size_t hole = hash & Mask();
+    for (; m_slots[hole].item != item; hole = (hole + 1) & Mask())
+      if (!m_slots[hole].item) return;
+    // Whoever was pushed past the hole moves back, so that every run stays without a gap.
+    for (std::size_t next = (hole + 1) & Mask(); m_slots[next].item; next = (next + 1) & Mask()) {
+      const std::size_t pushed = (next - m_slots[next].hash) & Mask();
+      if (pushed < ((next - hole) & Mask())) continue;
+      m_slots[hole] = m_slots[next];
+      hole = next;
     }
-    return static_cast<std::size_t>(hash);
+    m_slots[hole] = {};
+    --m_used;
+  }
+
+  /// Calls `visit(item)` for each item of that hash, in no order.
+  template <class Visit>
+  void ForEach(std::uint64_t hash, Visit visit) const {
+    if (m_slots.empty()) return;
+    for (std::size_t place = hash & Mask(); m_slots[place].item; place = (place + 1) & Mask())
+      if (m_slots[place].hash == hash) visit(m_slots[place].item);
   }
 
  private:
-  std::uint64_t m_seed;
+  struct Slot {
+    std::uint64_t hash = 0;
+    PlacedItem* item = nullptr;  ///< null: empty
+  };
+
+  [[nodiscard]] std::size_t Mask() const { return m_slots.size() - 1; }
+
+  void Put(const Slot& slot) {
+    std::size_t place = slot.hash & Mask();
+    while (m_slots[place].item) place = (place + 1) & Mask();
+    m_slots[place] = slot;
+  }
+
+  void Grow() {
+    std::vector<Slot> before(m_slots.empty() ? 16 : 2 * m_slots.size());
+    before.swap(m_slots);
+    for (const Slot& slot : before)
+      if (slot.item) Put(slot);
+  }
+
+  std::vector<Slot> m_slots;  ///< a power of two
+  std::size_t m_used = 0;
 };
 
 /// The ids of a list's lookups that make its key, as bits: all but the bookmark type, whose wildcard is what most records carry.
@@ -55,8 +108,7 @@ class IndexedItemList final : private ItemHome {
   using Item = typename List::Item;
   using Ids = typename List::Ids;
 
-  explicit IndexedItemList(CReaderWriterLock& lock)
-      : m_lock(lock), m_index(0, ItemKeyHash(reinterpret_cast<std::uintptr_t>(this))) {}
+  explicit IndexedItemList(CReaderWriterLock& lock) : m_lock(lock), m_seed(reinterpret_cast<std::uintptr_t>(this)) {}
   IndexedItemList(const IndexedItemList&) = delete;
   IndexedItemList& operator=(const IndexedItemList&) = delete;
 
@@ -73,10 +125,10 @@ class IndexedItemList final : private ItemHome {
   [[nodiscard]] Item* First(fset_enumFilters filter, const Ids& ids) const {
     if (!IsIndexed(filter, ids)) return m_items.First(filter, ids);
     Item* first = nullptr;
-    for (auto [candidate, end] = m_index.equal_range(KeyOf(ids)); candidate != end; ++candidate) {
-      Item* item = candidate->second;
+    m_table.ForEach(FiledHash(ids), [&](PlacedItem* candidate) {
+      Item* item = static_cast<Item*>(candidate);
       if (List::Matches(*item, filter, ids) && (!first || IsBefore(item, first))) first = item;
-    }
+    });
     return first;
   }
 
@@ -106,8 +158,6 @@ class IndexedItemList final : private ItemHome {
   [[nodiscard]] std::ptrdiff_t Count() const { return m_count.load(std::memory_order_relaxed); }
 
  private:
-  using Index = std::unordered_multimap<ItemKey, Item*, ItemKeyHash>;
-
   static ItemPlace& PlaceOf(PlacedItem& item) { return item.m_place; }
 
   static bool IsBefore(Item* a, Item* b) { return PlaceOf(*a).order < PlaceOf(*b).order; }
@@ -120,36 +170,34 @@ class IndexedItemList final : private ItemHome {
     return true;
   }
 
-  /// Ids that a lookup takes for equal have one key.
-  static ItemKey KeyOf(const Ids& ids) {
+  /// The hash of the key: ids that a lookup takes for equal have one key.
+  std::uint64_t FiledHash(const Ids& ids) const {
     ItemKey key{};
     std::size_t used = 0;
     for (std::size_t index = 0; index < List::idCount; ++index)
       if (keyIds >> index & 1U)
         key[used++] = List::rules[index] == IdRule::SameGate ? GateNumber(ids[index]) : ids[index];
-    return key;
+    return HashOf(key, m_seed);
   }
 
   /// The matches in list order.
   std::vector<Item*> Candidates(fset_enumFilters filter, const Ids& ids) const {
     std::vector<Item*> found;
-    for (auto [candidate, end] = m_index.equal_range(KeyOf(ids)); candidate != end; ++candidate)
-      if (List::Matches(*candidate->second, filter, ids)) found.push_back(candidate->second);
+    m_table.ForEach(FiledHash(ids), [&](PlacedItem* candidate) {
+      Item* item = static_cast<Item*>(candidate);
+      if (List::Matches(*item, filter, ids)) found.push_back(item);
+    });
     std::sort(found.begin(), found.end(), IsBefore);
     return found;
   }
 
   void File(Item& item) {
     ItemPlace& place = PlaceOf(item);
-    place.key = KeyOf(List::IdsOf(item));
-    m_index.emplace(place.key, &item);
+    place.hash = FiledHash(List::IdsOf(item));
+    m_table.Insert(place.hash, &item);
   }
 
-  void Unfile(Item& item) {
-    auto [entry, end] = m_index.equal_range(PlaceOf(item).key);
-    entry = std::find_if(entry, end, [&item](const auto& filed) { return filed.second == &item; });
-    if (entry != end) m_index.erase(entry);
-  }
+  void Unfile(Item& item) { m_table.Erase(PlaceOf(item).hash, &item); }
 
   void Leave(Item& item, List& out) {
     Unfile(item);
@@ -162,7 +210,7 @@ class IndexedItemList final : private ItemHome {
 
   void EndEdit(PlacedItem& placed) override UTDATA_NO_THREAD_SAFETY_ANALYSIS {
     Item& item = static_cast<Item&>(placed);
-    if (KeyOf(List::IdsOf(item)) != PlaceOf(item).key) {
+    if (FiledHash(List::IdsOf(item)) != PlaceOf(item).hash) {
       Unfile(item);
       File(item);
     }
@@ -171,7 +219,8 @@ class IndexedItemList final : private ItemHome {
 
   CReaderWriterLock& m_lock;
   List m_items;
-  Index m_index;
+  const std::uint64_t m_seed;
+  ItemTable m_table;
   std::uint64_t m_nextOrder = 0;
   std::atomic<std::ptrdiff_t> m_count{0};
 };
