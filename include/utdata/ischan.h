@@ -1,0 +1,32 @@
+// Sub-channel item.
+#pragma once
+
+#include "utdata/enum.h"
+#include "utdata/item.h"
+
+using ischa_typeDescr = CGSubchanTypeDescr;
+
+/// One sub-channel of a file set; utdata/item.h tells the pattern, ownership and locks.
+class UTDATA_API CISubChan : public utdata::Item<CGSubchanTypeDescr, gsubchan_Duplicate, gsubchan_Delete> {
+ public:
+  CISubChan(CGSubchanTypeDescr* descriptor, int isNew) : Item(descriptor, isNew) {}
+  void Dump(CDumpContext& context) const override;
+
+  void ischa1_GetId(ischa_id* id) const;
+  void ischa1_GetName(ischa_name* name) const;
+  [[nodiscard]] ischa_typeDescr* ischa1_GetInfoRef() const { return InfoRef(); }
+  void ischa1_GetInfoCopy(ischa_typeDescr* copy) const { CopyInfo(copy); }
+  void ischa1_SetInfoCopy(const ischa_typeDescr* info) { SetInfo(info); }
+  [[nodiscard]] CGSubchanTypeDescr* ischa1_GetGInfoRef() const { return FileSide(); }
+  /// A new item leaves `copy` alone.
+  void ischa1_GetGInfoCopy(CGSubchanTypeDescr* copy) const { CopyFileSide(copy); }
+  void ischa1_ReplaceGInfo(const CGSubchanTypeDescr* source) { Replace(source); }
+  /// Always 0. The file side is null for a new item.
+  std::uint32_t ischa1_ModifGet(CGSubchanTypeDescr** working, CGSubchanTypeDescr** fileSide) const {
+    return GetBoth(working, fileSide);
+  }
+  [[nodiscard]] bool ischa1_ModifGetStatus() const { return IsModified(); }
+  void ischa1_ModifSetStatus(bool modified) { SetModifiedLocked(modified); }
+  void ischa1_ModifClear() { SetModifiedLocked(false); }
+  [[nodiscard]] bool ischa1_NewGetStatus() const { return IsNew(); }
+};

@@ -1,0 +1,103 @@
+// The common utilities: the reader-writer lock of a file set.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <thread>
+
+#include "interfaces/export.h"
+#include "interfaces/thread_safety.h"
+
+/// Many readers or one writer, with time-outs.
+///
+/// - A thread that holds the writer side is granted both sides again at once; each grant is released on its own. It may release the
+///   writer side first and go on reading.
+/// - Readers and writers take turns: new readers wait as soon as a writer waits, and readers that waited for a writer all go before the
+///   next writer. So neither side starves, and a reader waits for the readers before it and one writer at most.
+/// - Writers go in the order they came.
+/// - A request that times out leaves no trace.
+///
+/// A thread that holds the reader side alone must not ask for the writer side (it would wait for itself), and asks for the reader side
+/// again at the risk of waiting behind a writer. A thread releases only what it was granted; anything else is reported as an assertion
+/// and ignored. No thread may be inside when the lock is destroyed.
+class UTDATA_API UTDATA_CAPABILITY("reader-writer lock") CReaderWriterLock {
+ public:
+  static constexpr std::uint32_t forEver = 0xFFFFFFFF;  ///< a time-out that never comes
+
+  CReaderWriterLock() = default;
+  CReaderWriterLock(const CReaderWriterLock&) = delete;
+  CReaderWriterLock& operator=(const CReaderWriterLock&) = delete;
+
+  /// @param timeoutMs milliseconds to wait at most; 0 does not wait
+  /// @return non-zero when obtained
+  int LockBufferReader(std::uint32_t timeoutMs) UTDATA_TRY_ACQUIRE_SHARED(true);
+  void UnlockBufferReader() UTDATA_RELEASE_SHARED();
+  /// As LockBufferReader.
+  int LockBufferWriter(std::uint32_t timeoutMs) UTDATA_TRY_ACQUIRE(true);
+  void UnlockBufferWriter() UTDATA_RELEASE();
+
+ private:
+  struct WaitingWriter;
+
+  int WaitAsReader(std::uint32_t timeoutMs);
+  void Enqueue(WaitingWriter& writer);
+  void Withdraw(WaitingWriter& writer);
+  void AdmitReaders();
+  void HandOver();
+  [[nodiscard]] bool HasReaders() const;
+
+  static constexpr std::uint32_t closed = 0x80000000;
+
+  /// The number of granted readers, and the `closed` bit: set while a writer holds the lock or waits for it, when readers have to queue.
+  /// The bit changes, and the number grows under the bit, only with m_mutex held.
+  std::atomic<std::uint32_t> m_state{0};
+
+  std::mutex m_mutex;  ///< guards what follows
+  std::condition_variable m_readersAdmitted;
+  std::uint32_t m_waitingReaders = 0;
+  std::uint64_t m_readerPhase = 0;         ///< grows each time the waiting readers are admitted
+  WaitingWriter* m_firstWriter = nullptr;  ///< queue of waiting writers
+  std::thread::id m_owner;                 ///< of the writer side; valid while m_depth > 0
+  std::uint32_t m_depth = 0;               ///< grants of the writer side to m_owner
+};
+
+namespace utdata {
+
+/// Holds the reader side for a scope. The analysis takes it for held; ask before touching anything.
+class UTDATA_SCOPED_CAPABILITY ReaderScope {
+ public:
+  // A scope that may have failed is beyond the analysis, hence its unconditional annotation.
+  ReaderScope(CReaderWriterLock& lock, std::uint32_t timeoutMs)
+      UTDATA_ACQUIRE_SHARED(lock) UTDATA_NO_THREAD_SAFETY_ANALYSIS : m_lock(lock),
+                                                                     m_obtained(lock.LockBufferReader(timeoutMs) != 0) {
+  }
+  ~ReaderScope() UTDATA_RELEASE_GENERIC() UTDATA_NO_THREAD_SAFETY_ANALYSIS {
+    if (m_obtained) m_lock.UnlockBufferReader();
+  }
+  ReaderScope(const ReaderScope&) = delete;
+  ReaderScope& operator=(const ReaderScope&) = delete;
+  [[nodiscard]] explicit operator bool() const { return m_obtained; }
+
+ private:
+  CReaderWriterLock& m_lock;
+  const bool m_obtained;
+};
+
+/// Holds the writer side for a scope, waiting for it as long as it takes.
+class UTDATA_SCOPED_CAPABILITY WriterScope {
+ public:
+  // Waiting for ever cannot fail, which the analysis does not know.
+  explicit WriterScope(CReaderWriterLock& lock) UTDATA_ACQUIRE(lock) UTDATA_NO_THREAD_SAFETY_ANALYSIS : m_lock(lock) {
+    m_lock.LockBufferWriter(CReaderWriterLock::forEver);
+  }
+  ~WriterScope() UTDATA_RELEASE() UTDATA_NO_THREAD_SAFETY_ANALYSIS { m_lock.UnlockBufferWriter(); }
+  WriterScope(const WriterScope&) = delete;
+  WriterScope& operator=(const WriterScope&) = delete;
+
+ private:
+  CReaderWriterLock& m_lock;
+};
+
+}  // namespace utdata

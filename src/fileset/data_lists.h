@@ -1,0 +1,38 @@
+// What the file set does with its lists of data items as a whole.
+#pragma once
+
+#include <type_traits>
+
+#include "utdata/idatalst.h"
+
+namespace utdata {
+
+/// Ids that match every data item.
+inline constexpr CIDataLst::Ids everyDataItem{bookmark_None,
+                                              fset_AnyId,
+                                              fset_AnyId,
+                                              fset_AnyId,
+                                              fset_AnyId,
+                                              fset_AnyId};
+
+/// Destroys every item of an indexed list; a sub-channel is taken out of its master's list first. Masters have to outlive their
+/// sub-channels: the data list goes before the masters'.
+template <class IndexedList>
+void DeleteDataItems(IndexedList& items) {
+  CIDataLst all;
+  items.Move(fset_All, all, everyDataItem);
+  for (CIData* item : all) {
+    if (item->idata1_IsMultiChannelElement()) item->idata1_SubChannelMaster()->idata1_SubChannelRemove(item);
+    delete item;
+  }
+}
+
+/// Calls an operation of each item of an indexed list that passes the filter.
+template <class IndexedList, class Ids, class Item>
+void ClearEach(IndexedList& items, fset_enumFilters filter, const Ids& every, void (Item::*clear)()) {
+  typename std::remove_cvref_t<decltype(items.Items())> found;
+  items.Append(filter, found, every);
+  for (auto* item : found) (item->*clear)();
+}
+
+}  // namespace utdata

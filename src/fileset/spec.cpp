@@ -1,0 +1,49 @@
+// Specimen and information fields.
+#include "utdata/spec.h"
+
+#include <utility>
+
+#include "utdata/itemlist.h"
+
+void CSpec::Dump(CDumpContext&) const {}
+
+CISpecMat* CSpec::spec_SpecMatAdd(CGSpecmatTypeDescr* descriptor, int isNew) {
+  if (m_material || !descriptor) return nullptr;
+  m_material = std::make_unique<CISpecMat>(descriptor, isNew);
+  return m_material.get();
+}
+
+CISpecMat* CSpec::spec_SpecMatGet(spec_enumFilters filter) const {
+  if (!m_material) return nullptr;
+  const auto isModified = [this] { return m_material->ismat1_ModifGetStatus(); };
+  const auto isNew = [this] { return m_material->ismat1_NewGetStatus(); };
+  return utdata::PassesFilter(filter, isModified, isNew, false) ? m_material.get() : nullptr;
+}
+
+std::uint32_t CSpec::spec_SpecMatRemove(spec_enumFilters filter) {
+  if (!spec_SpecMatGet(filter)) return 1;
+  m_material.reset();
+  return 0;
+}
+
+CISpecMat* CSpec::spec_SpecMatReplace(CGSpecmatTypeDescr* descriptor) {
+  if (m_material) m_material->ismat1_ReplaceGInfo(descriptor);
+  return m_material.get();
+}
+
+CInfoField::CInfoField(std::int32_t id,
+                       std::wstring description,
+                       std::wstring shortName,
+                       std::wstring category,
+                       std::wstring unit,
+                       int isActiveView,
+                       scandora_enumViewType viewType,
+                       idata_typeId* dataId)
+    : m_isActiveView(isActiveView),
+      m_id(id),
+      m_viewType(viewType),
+      m_description(std::move(description)),
+      m_shortName(std::move(shortName)),
+      m_category(std::move(category)),
+      m_unit(std::move(unit)),
+      m_dataId(dataId) {}

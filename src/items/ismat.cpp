@@ -1,0 +1,4 @@
+// Specimen-material item.
+#include "utdata/ismat.h"
+
+void CISpecMat::Dump(CDumpContext&) const {}
