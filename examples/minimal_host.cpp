@@ -15,9 +15,10 @@ int main(int argc, char** argv) {
   const std::wstring path = std::filesystem::path(argv[1]).wstring();
   const std::unique_ptr<CFContTypeFileDescr> file(container.FileLoad(path.c_str(), nullptr, nullptr));
   if (!file) {
-    std::cerr << argv[1] << ": cannot be loaded as an inspection file\n";
+    std::cerr << SCFile::file_LastError() << '\n';
     return 1;
   }
   std::cout << argv[1] << ": " << file->data.GetCount() << " data groups\n";
+  utdata::DeleteGroups(*file);
   container.FileClose(file.get());
 }

@@ -180,3 +180,11 @@ class UTDATA_API CFCont {
 
   static std::int32_t m_init;  ///< 1 once the file-format library is initialised
 };
+
+namespace utdata {
+
+/// Deletes every group descriptor and defect record that the lists hold, and empties the lists. For a host that keeps the groups in the
+/// descriptor: call it before CFCont::FileClose, which forgets them.
+UTDATA_API void DeleteGroups(CFContTypeFileDescr& descriptor);
+
+}  // namespace utdata

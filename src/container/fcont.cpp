@@ -157,7 +157,11 @@ void CFCont::FileClose(CFContTypeFileDescr* descriptor) {
 
 void CFCont::FcontClose(CFContTypeFileDescr* descriptor) {
   for (const SCFile::FileHandle file : descriptor->files) SCFile::file_Close(file);
-  ForEach(allTypes, [&](const auto& type) { Release(type, descriptor->*type.list); });
-  ReleaseDefects(descriptor->defects);
+  utdata::DeleteGroups(*descriptor);
   delete descriptor;
+}
+
+void utdata::DeleteGroups(CFContTypeFileDescr& descriptor) {
+  ForEach(allTypes, [&](const auto& type) { Release(type, descriptor.*type.list); });
+  ReleaseDefects(descriptor.defects);
 }

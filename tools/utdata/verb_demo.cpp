@@ -129,12 +129,17 @@ void DrawCrack(const DemoPaths& paths, const DemoOptions& options, Steps& steps)
   view.gain = 3;
   view.samples = SampleAxis::Path;
   view.quiet = options.quiet;
-  const BScan crack = MakeBScan(document.GetHost(), *document.Groups().data.GetHead(), paths.inspection, view);
-  WriteNewFile(paths.picture, Draw(crack.plot, Font()).canvas.Png(), options.force);
+  BScan crack = MakeBScan(document.GetHost(), *document.Groups().data.GetHead(), paths.inspection, view);
   const double depth = scan.thickness - scan.crack.height;
-  steps.Done(
-      "picture",
-      paths.picture + ": the crack's tip shows at " + Millimetres(scan.crack.x) + ", " + Millimetres(depth) + " deep");
+  const std::string tip = "tip at " + Millimetres(scan.crack.x) + ", " + Millimetres(depth) + " deep";
+  // The strongest echo is the surface's, which nobody looks for here.
+  crack.plot.marked =
+      ImagePlot::Cell{static_cast<std::uint32_t>(std::lround(scan.crack.x / scan.columnStep)),
+                      static_cast<std::uint32_t>(std::lround(2 * depth / scan.soundSpeed / scan.sampleStep))};
+  crack.plot.notes = {"Crack " + tip + ", between three side-drilled holes; back wall at " +
+                      Millimetres(scan.thickness) + " · soft gain × " + std::to_string(crack.gain)};
+  WriteNewFile(paths.picture, Draw(crack.plot, Font()).canvas.Png(), options.force);
+  steps.Done("picture", paths.picture + ": the crack's " + tip);
 }
 
 void Demo(const DemoOptions& options) {
