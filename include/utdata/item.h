@@ -15,6 +15,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <type_traits>
 
 #include "interfaces/framework.h"
 #include "interfaces/kvtiff19.h"
@@ -77,7 +78,7 @@ class UTDATA_API PlacedItem : public CObject {
 /// The pattern. An item class gives its exported names to these operations and adds what it does differently.
 /// @tparam duplicate the file layer's operation that makes one descriptor equal to another
 /// @tparam release   the file layer's operation that empties a descriptor; null where the pattern leaves it to the destructor
-template <class Descriptor, int (*duplicate)(Descriptor*, const Descriptor*), void (*release)(Descriptor*, int)>
+template <class Descriptor, int (*duplicate)(Descriptor*, const Descriptor*), auto release>
 class Item : public PlacedItem {
  public:
   void AssertValid() const override { UTDATA_ASSERT(m_working != nullptr); }
@@ -174,7 +175,7 @@ class Item : public PlacedItem {
 
  private:
   void EmptyWorkingCopy() {
-    if constexpr (release != nullptr) release(m_working.get(), 0);
+    if constexpr (!std::is_null_pointer_v<decltype(release)>) release(m_working.get(), 0);
   }
 
   void Renew(const Descriptor* source) {

@@ -1,6 +1,5 @@
 #include "platform/kvtiff19/structure.h"
 
-#include <bitset>
 #include <optional>
 
 #include "platform/kvtiff19/items.h"
@@ -19,22 +18,28 @@ class RuleCheck {
   /// Whether there is anything to hold against.
   [[nodiscard]] bool Any() const { return !m_rules.empty(); }
 
+  /// Runs once per item of the file when it is opened.
   bool Fits(const StoredItem& item) {
-    std::size_t at = m_expected;
-    if (at == m_rules.size() || m_rules[at].code != item.code) {
-      at = 0;
-      while (at < m_rules.size() && m_rules[at].code != item.code) ++at;
-      if (at == m_rules.size()) return true;
-    }
-    m_expected = at + 1;
-    const bool repeated = m_seen[at];
-    m_seen[at] = true;
-    return !repeated && FitsRule(item, m_rules[at]);
+    if (m_next < m_rules.size() && m_rules[m_next].code == item.code) [[likely]]
+      return Take(item, m_next);
+    for (std::size_t at = 0; at < m_rules.size(); ++at)
+      if (m_rules[at].code == item.code) return Take(item, at);
+    return true;
   }
 
  private:
-  static bool FitsRule(const StoredItem& item, const ItemRule& rule) {
-    if (item.type != rule.type || item.count < rule.minCount || item.count > rule.maxCount) return false;
+  bool Take(const StoredItem& item, std::size_t at) {
+    const ItemRule& rule = m_rules[at];
+    const std::uint64_t bit = std::uint64_t{1} << at;
+    const bool isRepeated = (m_met & bit) != 0;
+    m_met |= bit;
+    m_next = at + 1;
+    if (isRepeated || item.type != rule.type) return false;
+    return (item.count == 1 && rule.maxCount == 1) || FitsCount(item, rule);
+  }
+
+  static bool FitsCount(const StoredItem& item, const ItemRule& rule) {
+    if (item.count < rule.minCount || item.count > rule.maxCount) return false;
     if (rule.multipleOf > 1 && item.count % rule.multipleOf != 0) return false;
     return rule.maxCharacters == 0 || FitsPlace(AsText(item.data), rule.maxCharacters);
   }
@@ -45,8 +50,8 @@ class RuleCheck {
   }
 
   std::span<const ItemRule> m_rules;
-  std::size_t m_expected = 0;  ///< the rule after the last one met
-  std::bitset<maxRules> m_seen;
+  std::size_t m_next = 0;   ///< the rule after the last one met
+  std::uint64_t m_met = 0;  ///< a bit per rule; there are maxRules at most
 };
 
 /// One pass over a segment; `m_problem` is null while all is well.
