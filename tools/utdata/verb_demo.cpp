@@ -103,7 +103,7 @@ CGGateTypeDescr WriteChanges(const DemoPaths& paths, Steps& steps) {
              "gate " + std::to_string(gate.gateId) + " now at " + Percent(gate.positiveLevel) + " from " +
                  Microseconds(gate.start) + "; its strongest echo has " +
                  Percent(std::round(100.0 * peak / simulatedFullScale)));
-  const std::string written = loaded.WriteCompanion(changes);
+  const std::string written = loaded.WriteCompanion(changes.Groups());
   steps.Done("write", written + ": the changed gate and a C-scan of it, beside the untouched file");
   return gate;
 }
