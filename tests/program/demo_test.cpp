@@ -59,7 +59,7 @@ TEST_F(DemoTest, ADamagedCompanionIsNotPassedOver) {
 }
 
 TEST_F(DemoTest, EveryVerbExplainsItselfWithAnExampleThatWorks) {
-  for (const std::string verb : {"demo", "import", "info", "render", "tree", "verify"}) {
+  for (const std::string verb : {"demo", "edit", "import", "info", "render", "tree", "verify"}) {
     SCOPED_TRACE(verb);
     const ProgramResult help = Run(verb + " --help");
     EXPECT_EQ(help.status, 0);
