@@ -37,7 +37,7 @@ constexpr const char* explanation =
 constexpr const char* example =
     "\n"
     "Example:\n"
-    "  utdata demo --force && utdata edit utdata-demo/weld.fpd gate gate=1 start=1.5 positiveLevel=25 --as companion\n";
+    "  utdata demo --force && utdata edit utdata-demo/weld.fpd gate gate=1 start=1.5 positiveLevel=25\n";
 
 struct EditOptions {
   std::string file;
