@@ -38,6 +38,9 @@ void WriteInspection(const std::filesystem::path& path) {
   }
   patches[1]->columnUnits = kvt_UnitDegree;
   patches[0]->columnResolution = patches[1]->columnResolution = 1e-3F;
+  CGWeldFillDescr fill, laterFill;  // of the same ids: the later one counts
+  groups->weldFills.AddTail(&fill);
+  groups->weldFills.AddTail(&laterFill);
   groups->infos.AddTail(&info);
   groups->specimenMaterials.AddTail(&material);
   SCFile::GroupHandle top = nullptr;
@@ -135,7 +138,9 @@ TEST_F(EditTest, SeveralValuesGoInOneWrite) {
   EXPECT_EQ(result["changes"].size(), 4U);
   EXPECT_EQ(result["changes"][1], Json({{"key", "start"}, {"from", 0.0}, {"to", 1.2e-6}}));
   EXPECT_EQ(Values("gate 1"), result["values"]);
-  EXPECT_EQ(RunJson("info weld.fpd --json")["groups"]["gate"], 2);
+  const Json counts = RunJson("info weld.fpd --json")["groups"];
+  EXPECT_EQ(counts["gate"], 2);
+  EXPECT_EQ(counts["weld_fill"], 1);
 }
 
 TEST_F(EditTest, ANewFileHoldsTheWholeInspectionWithItsSamples) {

@@ -157,7 +157,8 @@ Record Changed(const Record& before, const EditWords& words) {
   Record after = before;
   const auto fields = EditFields(&before);
   for (const auto& [key, text] : words.values) {
-    const auto field = std::find_if(fields.begin(), fields.end(), [&](const auto& known) { return key == known.key; });
+    const auto field =
+        std::find_if(fields.begin(), fields.end(), [&name = key](const auto& known) { return name == known.key; });
     if (field == fields.end()) {
       PrintResult(FieldsText(before));
       throw WrongUsage(key, "is none of the keys listed");
