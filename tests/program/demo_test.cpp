@@ -46,6 +46,7 @@ TEST_F(DemoTest, IsTheSameEachTimeAndReplacesOnlyWhenForced) {
   ASSERT_EQ(Run("demo").status, 0);
   const nlohmann::json first = RunJson("info utdata-demo/weld.fpd --json --hash");
   ExpectOneLine(Run("demo"), 1, "utdata-demo/weld.fpd");
+  ASSERT_EQ(Run("edit utdata-demo/weld.fpd channel 0 gain=40 --as companion").status, 0);
   const ProgramResult again = Run("demo --force --quiet");
   EXPECT_EQ(again.status, 0) << again.error;
   EXPECT_EQ(again.out + again.error, "");
@@ -59,7 +60,7 @@ TEST_F(DemoTest, ADamagedCompanionIsNotPassedOver) {
 }
 
 TEST_F(DemoTest, EveryVerbExplainsItselfWithAnExampleThatWorks) {
-  for (const std::string verb : {"demo", "import", "info", "render", "tree", "verify"}) {
+  for (const std::string verb : {"demo", "edit", "import", "info", "render", "tree", "verify"}) {
     SCOPED_TRACE(verb);
     const ProgramResult help = Run(verb + " --help");
     EXPECT_EQ(help.status, 0);

@@ -1,9 +1,13 @@
 #include "document.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "data_group.h"
+#include "edit_ids.h"
 #include "failure.h"
 #include "group_lists.h"
 #include "interfaces/os.h"
@@ -26,6 +30,41 @@ int StatusOfOpening(const std::wstring& path) {
   const int status = SCFile::file_OpenReadOnly(path.c_str(), &file);
   if (status == SCFile::status_Ok) SCFile::file_Close(file);
   return status;
+}
+
+void WriteWhole(CFContTypeFileDescr& groups, const std::string& path, bool replace) {
+  const UnfinishedFileScope unfinished(path);
+  SCFile::GroupHandle topGroup = nullptr;
+  SCFile::FileHandle file = nullptr;
+  const int status = CFCont().FileWrite(nullptr, &groups, replace ? 0 : 1, &topGroup, &file, 0);
+  if (status != SCFile::status_Ok) throw Failure::OfLibrary(status, path, "cannot be written");
+  if (const int closed = SCFile::file_Close(file); closed != SCFile::status_Ok)
+    throw Failure::OfLibrary(closed, path, "cannot be closed");
+}
+
+/// Calls join(list, other) for each pair of lists of two descriptors that hold the same type.
+template <class Join>
+void ForEachListPair(const CFContTypeFileDescr& groups, CFContTypeFileDescr& others, Join join) {
+  VisitGroupLists(groups, [&]<class List>(const char* name, const List& list, auto) {
+    VisitGroupLists(others, [&]<class Other>(const char* otherName, Other& other, auto) {
+      if constexpr (std::is_same_v<List, Other>)
+        if (std::string_view(name) == otherName) join(list, other);
+    });
+  });
+}
+
+/// Lets a group stand where the first one with its ids stands.
+template <class Descriptor>
+void PutInPlace(CList<Descriptor*>& list, Descriptor* group) {
+  if constexpr (HasEditIds<Descriptor>) {
+    const auto found = std::find_if(
+        list.begin(), list.end(), [&](const Descriptor* listed) { return EditIds(*listed) == EditIds(*group); });
+    if (found != list.end()) {
+      *found = group;
+      return;
+    }
+  }
+  list.AddTail(group);
 }
 
 }  // namespace
@@ -70,24 +109,45 @@ Host& Document::GetHost() const {
   return *m_host;
 }
 
-void Document::WriteNew(bool replace) {
-  const UnfinishedFileScope unfinished(m_path);
-  SCFile::GroupHandle topGroup = nullptr;
-  SCFile::FileHandle file = nullptr;
-  const int status = CFCont().FileWrite(nullptr, m_groups.get(), replace ? 0 : 1, &topGroup, &file, 0);
-  if (status != SCFile::status_Ok) throw Failure::OfLibrary(status, m_path, "cannot be written");
-  if (const int closed = SCFile::file_Close(file); closed != SCFile::status_Ok)
-    throw Failure::OfLibrary(closed, m_path, "cannot be closed");
-}
+void Document::WriteNew(bool replace) { WriteWhole(*m_groups, m_path, replace); }
 
-std::string Document::WriteCompanion(Document& changes) {
+std::string Document::WriteCompanion(CFContTypeFileDescr& changes) {
   const auto filesBefore = m_groups->files.GetCount();
-  const int status = CFCont().FileWrite(m_groups.get(), changes.m_groups.get(), 1, nullptr, nullptr, 0);
+  const int status = CFCont().FileWrite(m_groups.get(), &changes, 1, nullptr, nullptr, 0);
   if (status != SCFile::status_Ok) throw Failure::OfLibrary(status, m_path, "its companion cannot be written");
   if (m_groups->files.GetCount() == filesBefore)
-    throw Failure(m_path, "its companion cannot be written", "the companions are not numbered without a gap");
-  return ToUtf8(SCFile::file_Path(m_groups->files.GetTail()));
+    throw Failure(m_path,
+                  "its companion cannot be written",
+                  "the companions are not numbered without a gap",
+                  "bring the missing one back, or move away those behind the gap");
+  return LastFile();
 }
+
+std::string Document::Append(CFContTypeFileDescr& changes) {
+  const int status = CFCont().FileWrite(m_groups.get(), &changes, 0, nullptr, nullptr, 0);
+  if (status != SCFile::status_Ok) throw Failure::OfLibrary(status, LastFile(), "cannot be written");
+  return LastFile();
+}
+
+void Document::WriteCopy(CFContTypeFileDescr& changes, const std::string& path, bool replace) {
+  for (const std::string& file : Files()) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(std::filesystem::path(ToWide(file)), std::filesystem::path(ToWide(path)), ignored))
+      throw Failure(path, "cannot be written", "it is the inspection file itself", "choose another name");
+  }
+  const auto copy = std::make_unique<CFContTypeFileDescr>();
+  if (!copy->SetPath(ToWide(path))) throw Failure(path, "cannot be written", "the path is too long");
+  ForEachListPair(*m_groups, *copy, [](const auto& from, auto& to) {
+    for (auto* group : from) to.AddTail(group);
+  });
+  ForEachListPair(changes, *copy, [](const auto& from, auto& to) {
+    for (auto* group : from) PutInPlace(to, group);
+  });
+  copy->defectTableFlag = copy->defects.IsEmpty() ? 0 : 1;
+  WriteWhole(*copy, path, replace);
+}
+
+std::string Document::LastFile() const { return ToUtf8(SCFile::file_Path(m_groups->files.GetTail())); }
 
 void CheckNewPath(const std::string& path, bool replace) {
   if (!replace && Exists(path)) throw Failure(path, "cannot be written", "the file exists", "--force replaces it");

@@ -1,4 +1,4 @@
-// One inspection as the program holds it: its file descriptor and everything in it.
+// One inspection as the program holds it: its file descriptor with everything in it, and the items made of it.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +15,9 @@ namespace utdata::program {
 /// a Failure that names the file.
 class Document {
  public:
+  Document(Document&&) = default;
+  Document& operator=(Document&&) = delete;
+
   /// An inspection without groups, to be filled and written at `path`.
   [[nodiscard]] static Document New(const std::string& path);
 
@@ -29,7 +32,8 @@ class Document {
   /// The paths of the files that it was read from, the named one first.
   [[nodiscard]] std::vector<std::string> Files() const;
 
-  /// What the library reaches back into for this inspection; made when it is first asked for, and lives as long as the document.
+  /// What the library reaches back into for this inspection, with an item for each group that is there when it is first asked for.
+  /// Lives as long as the document.
   [[nodiscard]] Host& GetHost() const;
 
   /// Writes the whole inspection as a new file. An existing one stays, and the write fails, unless `replace` is true.
@@ -37,18 +41,28 @@ class Document {
 
   /// Writes the groups of `changes` as modifications of this loaded inspection, into its next numbered companion.
   /// @return the companion's path
-  std::string WriteCompanion(Document& changes);
+  std::string WriteCompanion(CFContTypeFileDescr& changes);
+
+  /// The same at the end of the file that was read last.
+  /// @return that file's path
+  std::string Append(CFContTypeFileDescr& changes);
+
+  /// Writes a whole new file of this loaded inspection, samples copied, with the groups of `changes` in the place of those with their
+  /// ids. This document stays as it is.
+  void WriteCopy(CFContTypeFileDescr& changes, const std::string& path, bool replace);
 
  private:
   struct Release {
     void operator()(CFContTypeFileDescr* groups) const;
   };
 
+  [[nodiscard]] std::string LastFile() const;
+
   Document(std::string path, CFContTypeFileDescr* groups) : m_path(std::move(path)), m_groups(groups) {}
 
   std::string m_path;
   std::unique_ptr<CFContTypeFileDescr, Release> m_groups;
-  mutable std::unique_ptr<Host> m_host;
+  mutable std::unique_ptr<Host> m_host;  ///< behind the groups, since it goes first: its items refer to them
 };
 
 /// Fails when a new inspection file cannot stand at `path`: a file of that name unless `replace` is true, a companion of another

@@ -1,22 +1,32 @@
-// What the library reaches back into while the program holds an inspection: look-up tables and units of its data groups.
+// What the library reaches back into while the program holds an inspection: its items, and look-up tables and units of its data groups.
 #pragma once
 
 #include "utdata/fcont.h"
+#include "utdata/fset.h"
+#include "utdata/spec.h"
 #include "utdata/supplier.h"
 #include "utdata/tablefactory.h"
 #include "utdata/vset.h"
 
+/// What a file set knows its document as.
+class CDocument : public IGDataSupplier {};
+
 namespace utdata::program {
 
 /// Serves one document, and lives as long as it. Used by one thread.
-class Host final : public IGDataSupplier {
+class Host final : public CDocument {
  public:
-  /// @param groups the document's, not owned; a scan axis counts as an angle when the first data group says so
+  /// Makes an item of each group of the types that a file set holds, data groups excepted. Of several groups with the same ids the
+  /// first one counts; of weld scan plans and fills the last one, which is the latest.
+  /// @param groups the document's, not owned; has to outlive the host, whose items refer to its descriptors. A scan axis counts as an
+  ///               angle when the first data group says so
   explicit Host(CFContTypeFileDescr& groups);
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
 
-  CFSet* GetFileSet() override { return nullptr; }  ///< the program works on the descriptor's own lists
+  CFSet* GetFileSet() override { return &m_set; }
+  /// The specimen with its material, if the inspection tells it.
+  [[nodiscard]] CSpec& GetSpecimen() { return m_specimen; }
   CTableFactory* GetTableFactory() override { return &m_tables; }
   CVolumeSet* GetVolumeSet() override { return &m_volume; }
   CFContTypeFileDescr* GetFileDescriptor() override { return &m_groups; }
@@ -26,9 +36,13 @@ class Host final : public IGDataSupplier {
   void OnParametersChanged() override;
 
  private:
+  void FillSet();
+
   CFContTypeFileDescr& m_groups;
   CTableFactory m_tables;
   CVolumeSet m_volume;
+  CSpec m_specimen;
+  CFSet m_set{this};
 };
 
 }  // namespace utdata::program

@@ -1,6 +1,7 @@
 #include "info.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -17,10 +18,40 @@ namespace {
 
 using GroupCounts = std::vector<std::pair<std::string, std::ptrdiff_t>>;
 
+// How many groups of a type a host finds: its items where the file set holds the type, else the groups of the descriptor.
+
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGChanTypeDescr*>&) { return set.fset_GetIChanCount(); }
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGSubchanTypeDescr*>&) {
+  CISubChanLst found;
+  return set.fset_GetISubChanLst(&found, fset_All, fset_AnyId, fset_AnyId);
+}
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGGateTypeDescr*>&) {
+  CIGateLst found;
+  return set.fset_GetIGateLst(&found, fset_All, fset_AnyId, fset_AnyId);
+}
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGPatchTypeDescr*>&) {
+  CIPatchLst found;
+  return set.fset_GetIPatchLst(&found, fset_All, fset_AnyId);
+}
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGProbeTypeDescr*>&) {
+  CIProbeLst found;
+  return set.fset_GetIProbeLst(&found, fset_All, fset_AnyId);
+}
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGInfoTypeDescr*>&) { return set.fset_GetIInfo(fset_All) ? 1 : 0; }
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGWeldScanPlanDescr*>&) {
+  return std::ssize(set.fset_GetGWeldScanPlanList());
+}
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGWeldFillDescr*>&) { return std::ssize(set.fset_GetGWeldFillList()); }
+template <class Descriptor>
+std::ptrdiff_t CountIn(CFSet&, const CList<Descriptor*>& list) {
+  return list.GetCount();
+}
+
 GroupCounts CountGroups(const Document& document) {
   GroupCounts counts;
+  CFSet& set = *document.GetHost().GetFileSet();
   VisitGroupLists(document.Groups(),
-                  [&](const char* name, const auto& list, auto) { counts.emplace_back(name, list.GetCount()); });
+                  [&](const char* name, const auto& list, auto) { counts.emplace_back(name, CountIn(set, list)); });
   return counts;
 }
 

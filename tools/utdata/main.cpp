@@ -23,6 +23,7 @@ void DescribeProgram(CLI::App& program) {
   program.get_formatter()->column_width(34);
   program.footer("'utdata VERB --help' explains a verb. Exit status: 0 done, 1 the job failed, 2 wrong usage.");
   AddDemoVerb(program);
+  AddEditVerb(program);
   AddImportVerb(program);
   AddInfoVerb(program);
   AddRenderVerb(program);

@@ -61,17 +61,23 @@ struct DemoPaths {
   std::string picture;
 };
 
+/// Takes away the companions of a former demonstration, those that came by editing it included.
+void RemoveCompanions(const std::string& folder) {
+  for (int number = 1; number <= 99; ++number) {
+    const std::string path = folder + "/weld.A" + std::to_string(number / 10) + std::to_string(number % 10);
+    const os::Error removed = os::CurrentFileSystem().Remove(ToWide(path));
+    if (removed == os::Error::NotFound) return;
+    if (removed != os::Error::None) throw Failure(path, "cannot be removed", os::ErrorText(removed));
+  }
+}
+
 /// Makes the folder, and makes room in it: with force, the files of a former demonstration go.
 DemoPaths Prepare(const DemoOptions& options) {
   std::error_code error;
   std::filesystem::create_directories(ToWide(options.folder), error);
   if (error) throw Failure(options.folder, "cannot be made", error.message());
   const DemoPaths paths = {options.folder + "/weld.fpd", options.folder + "/weld.A01", options.folder + "/crack.png"};
-  if (options.force) {
-    const os::Error removed = os::CurrentFileSystem().Remove(ToWide(paths.companion));
-    if (removed != os::Error::None && removed != os::Error::NotFound)
-      throw Failure(paths.companion, "cannot be removed", os::ErrorText(removed));
-  }
+  if (options.force) RemoveCompanions(options.folder);
   CheckNewPath(paths.inspection, options.force);
   CheckNewFile(paths.picture, options.force);
   return paths;
@@ -103,7 +109,7 @@ CGGateTypeDescr WriteChanges(const DemoPaths& paths, Steps& steps) {
              "gate " + std::to_string(gate.gateId) + " now at " + Percent(gate.positiveLevel) + " from " +
                  Microseconds(gate.start) + "; its strongest echo has " +
                  Percent(std::round(100.0 * peak / simulatedFullScale)));
-  const std::string written = loaded.WriteCompanion(changes);
+  const std::string written = loaded.WriteCompanion(changes.Groups());
   steps.Done("write", written + ": the changed gate and a C-scan of it, beside the untouched file");
   return gate;
 }
