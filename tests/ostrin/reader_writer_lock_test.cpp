@@ -148,8 +148,8 @@ TEST(ReaderWriterLock, NeitherSideStarvesNorMixes) {
   EXPECT_EQ(0, refused);
   EXPECT_EQ(0, torn);
   EXPECT_EQ(writes, value[0]);
-  EXPECT_GT(reads, 1000);
-  EXPECT_GT(writes, 100);
+  EXPECT_GT(reads, 100);
+  EXPECT_GT(writes, 10);
 }
 
 }  // namespace
