@@ -5,10 +5,10 @@
 #include <new>
 #include <string>
 
-#include "failure.h"
-#include "interrupt.h"
-#include "text.h"
-#include "verbs.h"
+#include "terminal/failure.h"
+#include "terminal/interrupt.h"
+#include "terminal/text.h"
+#include "verbs/verbs.h"
 
 namespace {
 

@@ -1,0 +1,182 @@
+#include "demo/demo_inspection.h"
+
+#include <algorithm>
+#include <new>
+
+#include "document/data_group.h"
+#include "gating/gating.h"
+#include "terminal/failure.h"
+#include "terminal/text.h"
+
+namespace utdata::program {
+namespace {
+
+/// Adds a new descriptor to a list, which owns it with its document.
+template <class Group>
+Group& Add(CList<Group*>& list, Group* group) {
+  if (!group) throw std::bad_alloc();
+  list.AddTail(group);
+  return *group;
+}
+
+float Single(double value) { return static_cast<float>(value); }
+
+void AddAScans(CFContTypeFileDescr& groups, const WeldScan& scan, std::vector<std::int16_t>& samples) {
+  CGDataTypeFDD& data = Add(groups.data, gdata_Allocate(1, L"Weld scan"));
+  data.dataClass = gdata_AScan;
+  data.columnQuantity = scan.columns;
+  data.columnResolution = Single(scan.columnStep);
+  data.rowQuantity = scan.rows;
+  data.rowResolution = Single(scan.rowStep);
+  data.sampleQuantity = scan.samples;
+  data.sampleResolution = Single(scan.sampleStep);
+  data.SetDataType(kvt_Int16);
+  data.SetDataRectification(gdata_RectifNone);
+  data.dataMinimum = -32768;
+  data.dataMaximum = simulatedFullScale;
+  data.sampleSize = sizeof(std::int16_t);
+  data.cellSize = data.sampleSize * scan.samples;
+  data.partThickness = Single(scan.thickness);
+  data.soundSpeed = Single(scan.soundSpeed);
+  data.dataPointer = samples.data();
+  data.dataSize = samples.size() * sizeof(std::int16_t);
+  AssignBookmarkType(data);
+}
+
+void AddChannel(CFContTypeFileDescr& groups, const WeldScan& scan) {
+  CGChanTypeDescr& channel = Add(groups.channels, gchan_Allocate(1, L""));
+  channel.gain = 38;
+  channel.referenceGain = 32;
+  channel.range = Single(scan.samples * scan.sampleStep);
+  channel.soundSpeed = Single(scan.soundSpeed);
+  channel.waveMode = gdata_WaveLongitudinal;
+  channel.digitizingFrequency = Single(1 / scan.sampleStep);
+  channel.repetitionFrequency = 1000;
+  channel.pulseWidth = Single(0.5 / scan.frequency);
+  channel.pulseVoltage = 100;
+  channel.filterLow = Single(scan.frequency * 0.4);
+  channel.filterHigh = Single(scan.frequency * 2);
+  channel.dacEnabled = 1;
+}
+
+void AddGates(CFContTypeFileDescr& groups, const WeldScan& scan) {
+  const double backWall = BackWallTime(scan);
+  CGGateTypeDescr& flaws = Add(groups.gates, ggate_Allocate(1, L""));
+  flaws.gateId = flawGate;
+  flaws.start = 1e-6F;
+  flaws.width = Single(backWall - 1.4e-6);
+  flaws.positiveLevel = flaws.negativeLevel = 20;
+  flaws.color = 0xFF0000;
+  CGGateTypeDescr& wall = Add(groups.gates, ggate_Allocate(1, L"Back wall"));
+  wall.gateId = flawGate + 1;
+  wall.start = Single(backWall - 0.4e-6);
+  wall.width = 0.8e-6F;
+  wall.positiveLevel = wall.negativeLevel = 50;
+  wall.color = 0x00A000;
+}
+
+/// The curve through the echoes of the side-drilled holes, which are alike but for their depth.
+void AddDac(CFContTypeFileDescr& groups, const WeldScan& scan) {
+  CGDacTypeDescr& dac = Add(groups.dacs, gdac_Allocate(1, L"Side-drilled holes 1.5 mm"));
+  dac.gateId = flawGate;
+  dac.referenceGain = 32;
+  dac.referenceLevel = 80;
+  for (const SideDrilledHole& hole : scan.holes)
+    dac.points.push_back({Single(EchoTime(scan, hole)), Single(100 * hole.amplitude)});
+  std::sort(dac.points.begin(), dac.points.end());
+}
+
+void AddProbeAndPatch(CFContTypeFileDescr& groups, const WeldScan& scan) {
+  CGProbeTypeDescr& probe = Add(groups.probes, gprobe_Allocate(1, L"Simulated 5 MHz"));
+  probe.frequency = Single(scan.frequency);
+  probe.bandwidth = Single(scan.bandwidth);
+  probe.crystalDiameter = 6e-3F;
+  probe.waveMode = gdata_WaveLongitudinal;
+  CGPatchTypeDescr& patch = Add(groups.patches, gpatch_Allocate(1, L""));
+  patch.columnQuantity = scan.columns;
+  patch.rowQuantity = scan.rows;
+  patch.columnResolution = Single(scan.columnStep);
+  patch.rowResolution = Single(scan.rowStep);
+  patch.scanSpeed = 0.05F;
+}
+
+void AddSpecimen(CFContTypeFileDescr& groups, const WeldScan& scan) {
+  CGSpecdimTypeDescr& dimensions = Add(groups.specimenDimensions, gspecdim_Allocate(1, nullptr));
+  dimensions.length = Single(scan.rows * scan.rowStep);
+  dimensions.width = Single(scan.columns * scan.columnStep);
+  dimensions.thickness = Single(scan.thickness);
+  CGSpecinfTypeDescr& information = Add(groups.specimenInformation, gspecinf_Allocate(1, L"Welded plate"));
+  information.surfaceCondition = L"ground";
+  information.temperature = 20;
+  CGSpecmatTypeDescr& material = Add(groups.specimenMaterials, gspecmat_Allocate(1, L"Carbon steel"));
+  material.longitudinalSpeed = Single(scan.soundSpeed);
+  material.shearSpeed = 3240;
+  material.density = 7850;
+  CGWeldTypeDescr& weld = Add(groups.welds, gweld_Allocate(1, L"Butt weld"));
+  weld.preparation = 1;
+  weld.centerPosition = Single(scan.weldCentre);
+  weld.bevelAngle = 30;
+  weld.rootGap = 2e-3F;
+  weld.rootFace = 1.5e-3F;
+  weld.thickness = Single(scan.thickness);
+  weld.heatAffectedZone = 5e-3F;
+  CGInfoTypeDescr& info = Add(groups.infos, ginfo_Allocate(1, nullptr));
+  info.title = L"Simulated weld scan";
+  info.software = ToWide("utdata " UTDATA_VERSION);
+  info.comment = L"simulated: plate with side-drilled holes and a crack at the root";
+}
+
+const CGGateTypeDescr& FindGate(const Document& document, std::uint32_t gateId) {
+  const auto& gates = document.Groups().gates;
+  const auto found =
+      std::find_if(gates.begin(), gates.end(), [=](const CGGateTypeDescr* gate) { return gate->gateId == gateId; });
+  if (found == gates.end())
+    throw Failure(document.Path(), "cannot be gated", "gate " + std::to_string(gateId) + " is missing");
+  return **found;
+}
+
+void AddCScan(CFContTypeFileDescr& groups, const CGDataTypeFDD& ascans, std::vector<std::uint16_t>& amplitudes) {
+  CGDataTypeFDD& data = Add(groups.data, gdata_Allocate(1, nullptr));
+  gdata_Duplicate(&data, &ascans);
+  data.samples = {};
+  data.SetGroupHandle(nullptr);
+  data.dataClass = gdata_CScanAmplitude;
+  data.gateId = flawGate;
+  data.sampleQuantity = 1;
+  data.SetDataType(kvt_UInt16);
+  data.SetDataRectification(gdata_RectifFull);
+  data.dataMinimum = 0;
+  data.dataMaximum = simulatedFullScale;
+  data.sampleSize = sizeof(std::uint16_t);
+  data.cellSize = data.sampleSize;
+  data.dataPointer = amplitudes.data();
+  data.dataSize = amplitudes.size() * sizeof(std::uint16_t);
+}
+
+}  // namespace
+
+void FillInspection(Document& document, const WeldScan& scan, std::vector<std::int16_t>& samples) {
+  CFContTypeFileDescr& groups = document.Groups();
+  AddAScans(groups, scan, samples);
+  AddChannel(groups, scan);
+  AddGates(groups, scan);
+  AddDac(groups, scan);
+  AddProbeAndPatch(groups, scan);
+  AddSpecimen(groups, scan);
+}
+
+void FillChanges(Document& changes, const Document& loaded, std::vector<std::uint16_t>& amplitudes) {
+  const CGGateTypeDescr& before = FindGate(loaded, flawGate);
+  CGGateTypeDescr& gate = Add(changes.Groups().gates, ggate_Allocate(1, nullptr));
+  ggate_Duplicate(&gate, &before);
+  gate.start = before.start + 0.2e-6F;
+  gate.width = before.width - 0.2e-6F;
+  gate.positiveLevel = gate.negativeLevel = 15;
+
+  const CGDataTypeFDD& ascans = *loaded.Groups().data.GetHead();
+  const MappedSamples samples(ascans);
+  amplitudes = GateAmplitudes(ascans, samples.Data(), WindowOf(ascans, gate.start, gate.width));
+  AddCScan(changes.Groups(), ascans, amplitudes);
+}
+
+}  // namespace utdata::program

@@ -1,0 +1,192 @@
+#include "listing/tree.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "document/data_group.h"
+#include "terminal/failure.h"
+#include "terminal/quantity.h"
+#include "terminal/text.h"
+
+namespace utdata::program {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::size_t shownElements = 8;     ///< of a long array
+constexpr std::size_t shownCharacters = 60;  ///< of a long text
+
+constexpr std::array<const char*, 14> valueTypeNames =
+    {"group", "", "i8", "u8", "i16", "u16", "i32", "u32", "i64", "u64", "f32", "f64", "text", "block"};
+
+void Require(int status, const SCFile::Node* node) {
+  if (status != SCFile::status_Ok)
+    throw Failure::OfLibrary(status, ToUtf8(SCFile::file_Path(node)), "cannot be listed");
+}
+
+struct Item {
+  std::uint32_t code = 0;
+  std::uint32_t kind = 0;
+  std::uint32_t count = 0;
+  std::uint32_t key = 0;
+  std::uint32_t valueType = 0;
+  std::string name;
+};
+
+Item ReadItem(const SCFile::Node* parent, std::uint32_t index) {
+  Item item;
+  std::vector<wchar_t> name(65536);
+  Require(SCFile::file_ItemInfo(parent,
+                                index,
+                                &item.code,
+                                &item.kind,
+                                &item.count,
+                                &item.key,
+                                name.data(),
+                                static_cast<std::uint32_t>(name.size())),
+          parent);
+  item.name = ToUtf8(name.data());
+  if (item.kind == SCFile::kind_Value) Require(SCFile::file_ItemValueType(parent, index, &item.valueType), parent);
+  return item;
+}
+
+/// The elements of a value; one element alone is no array.
+template <class Element>
+Json ReadValue(const SCFile::Node* group, std::uint32_t index, const Item& item, bool full) {
+  std::vector<Element> elements(item.count);
+  std::uint32_t count = item.count;
+  Require(SCFile::file_IndexValueRead(group, index, item.valueType, elements.data(), &count), group);
+  const auto toJson = [](Element element) -> Json {
+    if constexpr (std::is_same_v<Element, float>)
+      return JsonNumber(element);
+    else
+      return element;
+  };
+  if (count == 1) return toJson(elements.front());
+  const std::size_t shown = full ? count : std::min<std::size_t>(count, shownElements);
+  Json array = Json::array();
+  for (std::size_t at = 0; at < shown; ++at) array.push_back(toJson(elements[at]));
+  return array;
+}
+
+Json ReadText(const SCFile::Node* group, std::uint32_t index, const Item& item, bool full) {
+  std::vector<wchar_t> text(item.count + 1);
+  auto count = static_cast<std::uint32_t>(text.size());
+  Require(SCFile::file_IndexValueRead(group, index, item.valueType, text.data(), &count), group);
+  std::wstring_view shown = text.data();
+  if (full || shown.size() <= shownCharacters) return ToUtf8(shown);
+  return ToUtf8(shown.substr(0, shownCharacters)) + "…";
+}
+
+Json ReadAnyValue(const SCFile::Node* group, std::uint32_t index, const Item& item, bool full) {
+  switch (item.valueType) {
+    case SCFile::value_Int8:
+      return ReadValue<std::int8_t>(group, index, item, full);
+    case SCFile::value_UInt8:
+      return ReadValue<std::uint8_t>(group, index, item, full);
+    case SCFile::value_Int16:
+      return ReadValue<std::int16_t>(group, index, item, full);
+    case SCFile::value_UInt16:
+      return ReadValue<std::uint16_t>(group, index, item, full);
+    case SCFile::value_Int32:
+      return ReadValue<std::int32_t>(group, index, item, full);
+    case SCFile::value_UInt32:
+      return ReadValue<std::uint32_t>(group, index, item, full);
+    case SCFile::value_Int64:
+      return ReadValue<std::int64_t>(group, index, item, full);
+    case SCFile::value_UInt64:
+      return ReadValue<std::uint64_t>(group, index, item, full);
+    case SCFile::value_Float:
+      return ReadValue<float>(group, index, item, full);
+    case SCFile::value_Double:
+      return ReadValue<double>(group, index, item, full);
+    default:
+      return ReadText(group, index, item, full);
+  }
+}
+
+Json ValueJson(const SCFile::Node* group, std::uint32_t groupCode, std::uint32_t index, const Item& item, bool full) {
+  Json value = {{"code", item.code}, {"name", SCFile::file_FieldName(groupCode, item.code)}};
+  value["type"] = item.valueType < valueTypeNames.size() ? valueTypeNames[item.valueType] : "";
+  if (item.valueType == SCFile::value_Block) {
+    std::uint64_t offset = 0;
+    std::uint64_t size = 0;
+    Require(SCFile::file_BlockInfo(group, index, &offset, &size), group);
+    value["offset"] = offset;
+    value["bytes"] = size;
+    return value;
+  }
+  value["count"] = item.count;
+  value["value"] = ReadAnyValue(group, index, item, full);
+  return value;
+}
+
+/// The format bounds the depth of groups, and the file was checked when it was opened.
+Json ItemsJson(SCFile::Node* parent, std::uint32_t groupCode, bool full) {
+  Json items = Json::array();
+  for (std::uint32_t index = 0; index < SCFile::file_ItemNbrGet(parent); ++index) {
+    const Item item = ReadItem(parent, index);
+    if (item.kind == SCFile::kind_Value) {
+      items.push_back(ValueJson(parent, groupCode, index, item, full));
+      continue;
+    }
+    SCFile::GroupHandle group = nullptr;
+    Require(SCFile::file_GroupOpen(parent, &group, item.key), parent);
+    items.push_back({{"code", item.code},
+                     {"name", item.name},
+                     {"type", "group"},
+                     {"group_type", SCFile::file_TypeName(item.code)}});
+    items.back()["items"] = ItemsJson(group, item.code, full);
+  }
+  return items;
+}
+
+std::string ValueText(const Json& item) {
+  if (item.contains("bytes"))
+    return std::to_string(item["bytes"].get<std::uint64_t>()) + " bytes at " +
+           std::to_string(item["offset"].get<std::uint64_t>());
+  const Json& value = item["value"];
+  if (!value.is_array()) return Printable(value.dump());
+  const auto count = item["count"].get<std::size_t>();
+  std::string text = value.dump();
+  if (value.size() < count) text.insert(text.size() - 1, ",…");
+  return std::to_string(count) + " values " + text;
+}
+
+void AppendText(const Json& items, std::size_t depth, std::string& text) {
+  for (const Json& item : items) {
+    const std::string code = std::to_string(item["code"].get<std::uint32_t>());
+    const std::string name = Printable(item["name"].get<std::string>());
+    text += std::string(2 * depth, ' ');
+    if (item["type"] == "group") {
+      text += code + " \"" + name + "\"";
+      if (const auto type = item["group_type"].get<std::string>(); !type.empty()) text += "  " + type;
+      text += "\n";
+      AppendText(item["items"], depth + 1, text);
+      continue;
+    }
+    const auto pad = [](const std::string& cell, std::size_t width) {
+      return cell + std::string(width - std::min(width, cell.size()), ' ');
+    };
+    text += pad(code, 5) + pad(name, 22) + pad(item["type"].get<std::string>(), 7) + ValueText(item) + "\n";
+  }
+}
+
+}  // namespace
+
+Json TreeJson(SCFile::FileHandle file, bool full) {
+  return {{"path", ToUtf8(SCFile::file_Path(file))},
+          {"commits", SCFile::file_CommitNumber(file)},
+          {"groups", ItemsJson(file, 0, full)}};
+}
+
+std::string TreeText(const Json& tree) {
+  std::string text = Printable(tree["path"].get<std::string>()) + "\n";
+  AppendText(tree["groups"], 1, text);
+  return text;
+}
+
+}  // namespace utdata::program

@@ -1,0 +1,69 @@
+#include "pictures/font.h"
+
+#include <ft2build.h>
+#include FT_FREETYPE_H
+
+#include "pictures/font_data.h"
+#include "terminal/failure.h"
+#include "terminal/text.h"
+
+namespace utdata::program {
+
+void Font::Release::operator()(FT_LibraryRec_* library) const { FT_Done_FreeType(library); }
+void Font::Release::operator()(FT_FaceRec_* face) const { FT_Done_Face(face); }
+
+Font::Font() {
+  const std::span<const std::byte> data = FontData();
+  FT_Library library = nullptr;
+  FT_Face face = nullptr;
+  bool opened = FT_Init_FreeType(&library) == 0;
+  m_library.reset(library);
+  opened =
+      opened &&
+      FT_New_Memory_Face(
+          library, reinterpret_cast<const FT_Byte*>(data.data()), static_cast<FT_Long>(data.size()), 0, &face) == 0;
+  m_face.reset(face);
+  if (!opened) throw Failure("picture", "cannot be drawn", "the program's typeface cannot be opened");
+}
+
+template <class Visitor>
+int Font::ForEachGlyph(std::string_view text, int size, Visitor&& visit) const {
+  FT_Set_Pixel_Sizes(m_face.get(), 0, static_cast<FT_UInt>(size));
+  int x = 0;
+  FT_UInt before = 0;
+  for (const wchar_t character : ToWide(text)) {
+    const FT_UInt glyph = FT_Get_Char_Index(m_face.get(), static_cast<FT_ULong>(character));
+    FT_Vector kerning = {};
+    if (before != 0 && FT_Get_Kerning(m_face.get(), before, glyph, FT_KERNING_DEFAULT, &kerning) == 0)
+      x += static_cast<int>(kerning.x / 64);
+    before = glyph;
+    if (FT_Load_Glyph(m_face.get(), glyph, FT_LOAD_RENDER | FT_LOAD_TARGET_LIGHT) != 0) continue;
+    visit(x);
+    x += static_cast<int>((m_face->glyph->advance.x + 32) / 64);
+  }
+  return x;
+}
+
+int Font::Width(std::string_view text, int size) const {
+  return ForEachGlyph(text, size, [](int) {});
+}
+
+void Font::Draw(Canvas& canvas, Point base, std::string_view text, const TextStyle& style) const {
+  const int width = style.anchor == Anchor::Start ? 0 : Width(text, style.size);
+  const int start = style.anchor == Anchor::Middle ? -width / 2 : -width;
+  ForEachGlyph(text, style.size, [&](int x) {
+    const FT_GlyphSlot glyph = m_face->glyph;
+    const FT_Bitmap& bitmap = glyph->bitmap;
+    for (int row = 0; row < static_cast<int>(bitmap.rows); ++row) {
+      const unsigned char* coverage = bitmap.buffer + row * bitmap.pitch;
+      for (int column = 0; column < static_cast<int>(bitmap.width); ++column) {
+        const int along = start + x + glyph->bitmap_left + column;
+        const int below = row - glyph->bitmap_top;
+        const Point at = style.upwards ? Point{base.x + below, base.y - along} : Point{base.x + along, base.y + below};
+        canvas.Blend(at, style.color, coverage[column]);
+      }
+    }
+  });
+}
+
+}  // namespace utdata::program

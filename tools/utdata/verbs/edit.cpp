@@ -1,0 +1,295 @@
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "document/document.h"
+#include "document/group_ids.h"
+#include "editing/edit_fields.h"
+#include "editing/edit_items.h"
+#include "terminal/failure.h"
+#include "terminal/interrupt.h"
+#include "terminal/output.h"
+#include "terminal/text.h"
+#include "verbs/verbs.h"
+
+namespace utdata::program {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* explanation =
+    "SELECTOR is the number of a group in the order of the file, from 0, or its ids (channel=0, or gate=1,channel=0) "
+    "that\n"
+    "match exactly one; 'info' and 'material' need none. Without KEY=VALUE, the group's fields are shown with their "
+    "keys,\n"
+    "units and ranges, and nothing is written. Values are in the units shown.\n"
+    "\n"
+    "A change is written behind what is there (append), or beside it as the next numbered companion. General "
+    "information\n"
+    "is changed in a whole new file only (new).\n"
+    "\n"
+    "Keys and their units:\n";
+
+constexpr const char* example =
+    "\n"
+    "Example:\n"
+    "  utdata demo --force && utdata edit utdata-demo/weld.fpd gate gate=1 start=1.5 positiveLevel=25\n";
+
+struct EditOptions {
+  std::string file;
+  std::string group;
+  std::vector<std::string> words;
+  std::string as = "append";
+  std::string output;
+  bool force = false;
+  bool json = false;
+  bool quiet = false;
+};
+
+/// The command line's words: which group, and what changes.
+struct EditWords {
+  std::string selector;
+  std::vector<std::pair<std::string, std::string>> values;
+};
+
+CLI::ValidationError WrongUsage(const std::string& about, const std::string& why) {
+  return CLI::ValidationError(about, why);
+}
+
+EditWords SplitWords(const std::vector<std::string>& words, bool needsSelector) {
+  EditWords split;
+  auto word = words.begin();
+  const bool selected = word != words.end() && (needsSelector || word->find('=') == std::string::npos);
+  if (needsSelector && !selected) throw WrongUsage("SELECTOR", "is missing");
+  split.selector = selected ? *word++ : "0";
+  for (; word != words.end(); ++word) {
+    const std::size_t equals = word->find('=');
+    if (equals == std::string::npos) throw WrongUsage(*word, "is not KEY=VALUE");
+    const std::string key = word->substr(0, equals);
+    for (const auto& value : split.values)
+      if (value.first == key) throw WrongUsage(key, "is given twice");
+    split.values.emplace_back(key, word->substr(equals + 1));
+  }
+  return split;
+}
+
+template <class Number>
+bool IsWhole(const std::string& text, Number& value) {
+  const char* end = text.data() + text.size();
+  const auto [at, error] = std::from_chars(text.data(), end, value);
+  return error == std::errc() && at == end;
+}
+
+bool HasIds(const IdPairs& ids, const std::string& selector) {
+  for (std::size_t at = 0; at <= selector.size();) {
+    const std::size_t end = std::min(selector.find(',', at), selector.size());
+    const std::string pair = selector.substr(at, end - at);
+    const std::size_t equals = std::min(pair.find('='), pair.size());
+    std::string name = pair.substr(0, equals);
+    std::replace(name.begin(), name.end(), '-', '_');
+    std::uint32_t value = 0;
+    if (equals == pair.size() || !IsWhole(pair.substr(equals + 1), value)) return false;
+    if (std::none_of(ids.begin(), ids.end(), [&](const auto& id) { return id.first == name && id.second == value; }))
+      return false;
+    at = end + 1;
+  }
+  return true;
+}
+
+/// "gate 1 of channel 0"; of a type without ids its name.
+template <class Record>
+std::string Describe(const std::string& group, const Record& record) {
+  std::string text;
+  for (const auto& [name, value] : EditIds(record))
+    text += (text.empty() ? "" : " of ") + std::string(name) + " " + std::to_string(value);
+  std::replace(text.begin(), text.end(), '_', '-');
+  return text.empty() ? group : text;
+}
+
+template <class Items>
+std::size_t Select(const std::vector<typename Items::Item*>& items,
+                   const EditOptions& options,
+                   const std::string& selector) {
+  const std::string what = "its " + options.group + " cannot be edited";
+  if (items.empty()) throw Failure(options.file, what, "it has none");
+  std::vector<std::size_t> matches;
+  std::size_t wanted = 0;
+  const bool byIndex = IsWhole(selector, wanted);
+  for (std::size_t index = 0; index < items.size(); ++index)
+    if (byIndex ? index == wanted : HasIds(EditIds(Items::Of(*items[index])), selector)) matches.push_back(index);
+  if (matches.size() == 1) return matches.front();
+  TextTable table({"#", "group", "name"});
+  const auto& name = EditFields(static_cast<typename Items::Record*>(nullptr)).front();
+  for (std::size_t index = 0; index < items.size(); ++index) {
+    const auto& record = Items::Of(*items[index]);
+    table.Add({std::to_string(index), Describe(options.group, record), Shown(name, record)});
+  }
+  PrintResult(table.Text());
+  throw Failure(options.file,
+                "'" + selector + "' matches " + (matches.empty() ? "no" : std::to_string(matches.size())) + " " +
+                    options.group + (matches.empty() ? "" : "s"),
+                "name one of those listed by its number or its ids");
+}
+
+template <class Record>
+std::string FieldsText(const Record& record) {
+  TextTable table({"key", "value", "range"});
+  for (const auto& field : EditFields(&record))
+    table.Add({field.key, Shown(field, record), RangeText(field, UnitOf(field, record))});
+  return table.Text();
+}
+
+template <class Record>
+Json FieldsJson(const EditOptions& options, const Record& record) {
+  Json ids = Json::object(), values = Json::object();
+  for (const auto& [name, value] : EditIds(record)) ids[name] = value;
+  for (const auto& field : EditFields(&record)) values[field.key] = ValueJson(field, record);
+  return {{"path", options.file}, {"group", options.group}, {"ids", ids}, {"values", values}};
+}
+
+/// The record with the values of the command line. An unknown key lists those that there are.
+template <class Record>
+Record Changed(const Record& before, const EditWords& words) {
+  Record after = before;
+  const auto fields = EditFields(&before);
+  for (const auto& [key, text] : words.values) {
+    const auto field =
+        std::find_if(fields.begin(), fields.end(), [&name = key](const auto& known) { return name == known.key; });
+    if (field == fields.end()) {
+      PrintResult(FieldsText(before));
+      throw WrongUsage(key, "is none of the keys listed");
+    }
+    try {
+      Assign(*field, after, text);
+    } catch (const WrongValue& wrong) {
+      throw WrongUsage(key, wrong.what());
+    }
+  }
+  return after;
+}
+
+/// One change in words; values that look alike are told with every digit that counts.
+template <class Record>
+std::string ChangeText(const RecordField<Record>& field, const Record& before, const Record& after) {
+  constexpr int everyDigit = 9;
+  const bool alike = Shown(field, before) == Shown(field, after);
+  const int digits = alike ? everyDigit : 6;
+  return std::string(field.key) + " " + Shown(field, before, digits) + " -> " + Shown(field, after, digits);
+}
+
+std::string Write(Document& document, const EditOptions& options) {
+  const auto changes = std::make_unique<CFContTypeFileDescr>();
+  GatherModified(document.GetHost(), *changes);
+  std::string written = options.output;
+  if (options.as == "append")
+    written = document.Append(*changes);
+  else if (options.as == "companion")
+    written = document.WriteCompanion(*changes);
+  else
+    document.WriteCopy(*changes, options.output, options.force);
+  ClearModified(document.GetHost());
+  return written;
+}
+
+template <class Record>
+void Report(const EditOptions& options, const Record& before, const Record& after, const std::string& written) {
+  std::string text;
+  Json changes = Json::array();
+  for (const auto& field : EditFields(&before)) {
+    if (!Differs(field, before, after)) continue;
+    text += Describe(options.group, before) + ": " + Printable(ChangeText(field, before, after)) + "\n";
+    changes.push_back({{"key", field.key}, {"from", ValueJson(field, before)}, {"to", ValueJson(field, after)}});
+  }
+  text += written.empty() ? Describe(options.group, before) + ": has these values already; nothing is written\n"
+                          : "written to " + Printable(written) + "\n";
+  if (options.json) {
+    Json result = FieldsJson(options, after);
+    result["changes"] = changes;
+    result["written"] = written.empty() ? Json() : Json(written);
+    PrintResult(result.dump(2) + "\n");
+  } else if (!options.quiet) {
+    PrintResult(text);
+  }
+}
+
+template <class Items>
+void EditOne(const EditOptions& options) {
+  const bool needsSelector = !EditIds(typename Items::Record{}).empty();
+  const EditWords words = SplitWords(options.words, needsSelector);
+  const InterruptScope interrupts;
+  if (options.as == "new") CheckNewPath(options.output, options.force);
+  Document document = Document::Load(options.file);
+  const auto items = Items::List(document.GetHost(), fset_All);
+  typename Items::Item& item = *items[Select<Items>(items, options, words.selector)];
+  const typename Items::Record before = Items::Of(item);
+  if (words.values.empty()) {
+    PrintResult(options.json ? FieldsJson(options, before).dump(2) + "\n" : FieldsText(before));
+    return;
+  }
+  const typename Items::Record after = Changed(before, words);
+  if (after == before) return Report(options, before, after, "");
+  if (std::is_same_v<Items, InfoItems> && options.as != "new")
+    throw Failure(options.file,
+                  "its general information cannot be edited in place",
+                  "it is part of a whole file only",
+                  "'--as new -o OUT' writes one");
+  Items::Change(item, after);
+  Report(options, before, after, Write(document, options));
+}
+
+struct EditGroup {
+  const char* name;
+  void (*edit)(const EditOptions&);
+  std::string (*keys)(const std::string& group);
+};
+constexpr EditGroup editGroups[] = {
+    {"channel", EditOne<ChannelItems>, KeysText<ChannelItems::Record>},
+    {"gate", EditOne<GateItems>, KeysText<GateItems::Record>},
+    {"probe", EditOne<ProbeItems>, KeysText<ProbeItems::Record>},
+    {"patch", EditOne<PatchItems>, KeysText<PatchItems::Record>},
+    {"sub-channel", EditOne<SubChannelItems>, KeysText<SubChannelItems::Record>},
+    {"info", EditOne<InfoItems>, KeysText<InfoItems::Record>},
+    {"material", EditOne<MaterialItems>, KeysText<MaterialItems::Record>},
+};
+
+}  // namespace
+
+void AddEditVerb(CLI::App& program) {
+  CLI::App& verb = *program.add_subcommand("edit", "Changes fields of a group and writes the change");
+  const auto options = std::make_shared<EditOptions>();
+  std::vector<std::string> names;
+  std::string keys;
+  for (const EditGroup& group : editGroups) {
+    names.emplace_back(group.name);
+    keys += group.keys(group.name);
+  }
+  verb.add_option("FILE", options->file, "Inspection file")->required();
+  verb.add_option("GROUP", options->group, "channel, gate, probe, patch, sub-channel, info or material")
+      ->required()
+      ->check(CLI::IsMember(names).description(""))
+      ->type_name("");
+  verb.add_option("SELECTOR KEY=VALUE", options->words, "Which one, and its new values")->type_name("");
+  CLI::Option* output = verb.add_option("-o,--output", options->output, "Inspection file to make, with --as new");
+  verb.add_option("--as", options->as, "Where the change goes: append, companion, or new with -o")
+      ->check(CLI::IsMember({"append", "companion", "new"}).description(""))
+      ->capture_default_str()
+      ->type_name("append|companion|new");
+  verb.add_flag("--force", options->force, "Replace an existing file, with --as new");
+  verb.add_flag("--json", options->json, "Print the result as JSON, quantities in base units");
+  verb.add_flag("--quiet", options->quiet, "Print no result");
+  verb.footer(explanation + keys + example);
+  verb.callback([options, output] {
+    if ((options->as == "new") != (output->count() > 0))
+      throw WrongUsage("--as new", "goes with -o OUT, and no other way does");
+    const auto* group = std::find_if(std::begin(editGroups), std::end(editGroups), [&](const EditGroup& known) {
+      return options->group == known.name;
+    });
+    group->edit(*options);
+  });
+}
+
+}  // namespace utdata::program

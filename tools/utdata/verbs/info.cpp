@@ -1,0 +1,40 @@
+#include <memory>
+#include <string>
+
+#include "document/data_group.h"
+#include "document/document.h"
+#include "listing/info.h"
+#include "terminal/output.h"
+#include "verbs/verbs.h"
+
+namespace utdata::program {
+namespace {
+
+constexpr const char* example =
+    "Example:\n"
+    "  utdata demo --force && utdata info utdata-demo/weld.fpd\n";
+
+}  // namespace
+
+void AddInfoVerb(CLI::App& program) {
+  struct Options {
+    std::string file;
+    bool json = false;
+    bool hash = false;
+    bool quiet = false;
+  };
+  CLI::App& verb = *program.add_subcommand("info", "Shows the loaded inspection, its companions read");
+  const auto options = std::make_shared<Options>();
+  verb.add_option("FILE", options->file, "Inspection file")->required();
+  verb.add_flag("--hash", options->hash, "Add the SHA-256 of each data group's samples");
+  verb.add_flag("--json", options->json, "Print the result as JSON, quantities in base units");
+  verb.add_flag("--quiet", options->quiet, "Print no progress");
+  verb.footer(example);
+  verb.callback([options] {
+    const Document document = Document::Load(options->file);
+    const InfoContent content{.hash = options->hash, .quiet = options->quiet};
+    PrintResult(options->json ? InfoJson(document, content).dump(2) + "\n" : InfoText(document, content));
+  });
+}
+
+}  // namespace utdata::program
