@@ -24,6 +24,7 @@ enum class Error : std::uint8_t {
   DiskFull,      ///< no room, or the user's quota is used up
   Busy,          ///< another holder has the lock
   PathTooLong,
+  BadArgument,
   NoMemory,      ///< neither memory nor address space is left
   NotSupported,  ///< the file system cannot do that
   Other          ///< input/output error

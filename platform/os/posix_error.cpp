@@ -9,13 +9,13 @@ namespace {
 
 /// The first number of an error stands for it when nobody knows a closer one.
 constexpr std::pair<int, Error> table[] = {
-    {ENOENT, Error::NotFound},    {ENOTDIR, Error::NotFound},        {EEXIST, Error::Exists},
-    {ENOTEMPTY, Error::Exists},   {EACCES, Error::AccessDenied},     {EPERM, Error::AccessDenied},
-    {EROFS, Error::AccessDenied}, {EISDIR, Error::NotAFile},         {ENXIO, Error::NotAFile},
-    {ENODEV, Error::NotAFile},    {ENOSPC, Error::DiskFull},         {EDQUOT, Error::DiskFull},
-    {EFBIG, Error::DiskFull},     {EWOULDBLOCK, Error::Busy},        {ENAMETOOLONG, Error::PathTooLong},
-    {ENOMEM, Error::NoMemory},    {EOPNOTSUPP, Error::NotSupported}, {ENOSYS, Error::NotSupported},
-    {EIO, Error::Other},
+    {ENOENT, Error::NotFound},     {ENOTDIR, Error::NotFound},    {EEXIST, Error::Exists},
+    {ENOTEMPTY, Error::Exists},    {EACCES, Error::AccessDenied}, {EPERM, Error::AccessDenied},
+    {EROFS, Error::AccessDenied},  {EISDIR, Error::NotAFile},     {ENXIO, Error::NotAFile},
+    {ENODEV, Error::NotAFile},     {ENOSPC, Error::DiskFull},     {EDQUOT, Error::DiskFull},
+    {EFBIG, Error::DiskFull},      {EWOULDBLOCK, Error::Busy},    {ENAMETOOLONG, Error::PathTooLong},
+    {EINVAL, Error::BadArgument},  {ENOMEM, Error::NoMemory},     {EOPNOTSUPP, Error::NotSupported},
+    {ENOSYS, Error::NotSupported}, {EIO, Error::Other},
 };
 
 thread_local int lastNumber = 0;
@@ -47,6 +47,7 @@ std::string_view ErrorText(Error error) noexcept {
                                                "the disk is full",
                                                "in use by another",
                                                "path too long",
+                                               "bad argument",
                                                "out of memory",
                                                "not supported by the file system",
                                                "input/output error"};
