@@ -280,10 +280,10 @@ Error FaultyFileSystem::Reserve(std::size_t, std::unique_ptr<os::AddressRange>&)
 
 Error FaultyFileSystem::Count(const char* call) {
   ++m_calls;
-  if (m_cutAt && m_calls > *m_cutAt) return Error::Other;
+  if (m_cutAt && m_calls > *m_cutAt) return os::Fail(Error::Other);
   if (m_calls != m_failAt) return Error::None;
   m_failedCall = call;
-  return m_failWith;
+  return os::Fail(m_failWith);
 }
 
 void FaultyFileSystem::Change(NameChange change) {
