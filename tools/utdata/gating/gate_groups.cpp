@@ -36,8 +36,8 @@ void CheckAScans(const CGDataTypeFDD& ascans, const std::string& name) {
   const bool hasTime = ascans.sampleUnits == kvt_UnitSecond && std::isfinite(ascans.sampleOffset) &&
                        std::isfinite(ascans.sampleResolution) && ascans.sampleResolution > 0;
   if (!hasTime) fail("its sample axis is not one of time");
-  const double fullScale = FullScale(WithSignedSamples(ascans));
-  if (!std::isfinite(fullScale) || fullScale <= 0) fail("the range of its values has no extent");
+  const bool hasRange = std::isfinite(ascans.dataMinimum) && std::isfinite(ascans.dataMaximum);
+  if (!hasRange || FullScale(WithSignedSamples(ascans)) == 0) fail("the range of its values has no extent");
 }
 
 GateWindow CheckedWindow(const CGDataTypeFDD& ascans, const GateSettings& settings, const std::string& name) {
