@@ -237,7 +237,7 @@ TEST(FileSetLife, AMissingDocumentIsReported) {
 TEST(DataLists, SubChannelsLeaveTheirMasterBeforeTheyGo) {
   CReaderWriterLock lock;
   utdata::DataList data(lock);
-  utdata::MasterList masters(lock);
+  utdata::DataList masters(lock);
   int destroyed = 0;
   auto* const master = new DataStandIn({.dataClass = static_cast<gdata_enumDataClass>(0x8002)}, &destroyed);
   masters.Add(master);
