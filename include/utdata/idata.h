@@ -134,11 +134,12 @@ class UTDATA_API CIData : public utdata::PlacedItem {
 
   /// Whether the data class has the multi-channel-master bit.
   [[nodiscard]] bool idata1_IsMultiChannelMaster() const;
-  /// Whether the item is a sub-channel's data group, of a class that is gathered, with a master.
+  /// Whether the item is a sub-channel's data group, of a class that is gathered, with a master; which is the
+  /// item itself when linear merging made it one and nobody has added it to another.
   [[nodiscard]] bool idata1_IsMultiChannelElement() const;
   /// Appends an element, whose master this item becomes, under the lock. The master takes the element's data type, and its sub-channel id
-  /// when that is larger. An element that differs in layout is reported and added all the same. Null, the item itself, an item that is
-  /// an element of a master already and an item without a list of elements are reported and change nothing. Always true.
+  /// when that is larger. An element that differs in layout is reported and added all the same. Null, the item itself, an item that
+  /// is an element already or has elements, and a call on an item that gathers none are reported and change nothing. Always true.
   bool idata1_SubChannelAdd(CIData* element);
   /// Takes an element out of this master's list, under the lock; the element goes on naming its master. One that is not in the list is
   /// reported. Always true.
@@ -277,6 +278,7 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   void TakeSampleAxisOf(const CGDataTypeFDD& position, CIData* positionItem);
   void LeaveMaster();
   void LetElementsGo();
+  void ReturnTableOf(const CIData& element);
   void GiveBookmarkType(eDataBookmarkType type);
 
   /// Makes the unit set with all its units and the point units. The descriptor must be there. Construction only.
@@ -291,6 +293,7 @@ class UTDATA_API CIData : public utdata::PlacedItem {
                              int alternative,
                              int notify);
 
+  utdata::LiveDataItem m_live{this};  ///< first of all, so that links to an item under construction hold
   mutable utdata::RecursiveMutex m_lock;
   std::atomic<std::int32_t> m_unitRestored{0};
   const std::int32_t m_external;

@@ -14,6 +14,23 @@ class CIData;  // data items own what holds the links, a floor below them
 
 namespace utdata {
 
+/// A data item's place among those that live: the member that is made before the others.
+class UTDATA_API LiveDataItem {
+ public:
+  explicit LiveDataItem(CIData* item);
+  LiveDataItem(const LiveDataItem&) = delete;
+  LiveDataItem& operator=(const LiveDataItem&) = delete;
+  ~LiveDataItem() { End(); }
+
+  /// From here on the item does not live any more. @return whether it did
+  bool End() noexcept;
+  /// Whether a data item lives at an address, which is not read. Any thread.
+  [[nodiscard]] static bool IsLive(const CIData* item);
+
+ private:
+  const CIData* const m_item;
+};
+
 class UTDATA_API DataItemLink {
  public:
   DataItemLink() = default;
