@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "interfaces/kvtiff19.h"
+#include "utdata/itemlink.h"
 
 class CIData;  // a data item owns its descriptor; the descriptor only passes on links to other items
 class CLookUpTable;
@@ -104,9 +105,11 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   [[nodiscard]] std::uint32_t GetVolumeSize() const { return m_volumeSize; }  ///< bytes of all A-scans, modulo 2^32
   [[nodiscard]] std::uint32_t& GetGroupVersionNumber() { return m_groupVersion; }
   [[nodiscard]] std::uint32_t GetGroupVersionNumber() const { return m_groupVersion; }
-  [[nodiscard]] CIData* GetMatchedCScan() const { return m_matchedCScan; }
-  void SetMatchedCScan(CIData* item) { m_matchedCScan = item; }  ///< not owned
-  [[nodiscard]] CIData* GetMeridioAmpCscan() const { return m_meridioAmpCScan; }
+  /// The partner while it lives, else null; not owned.
+  [[nodiscard]] CIData* GetMatchedCScan() const { return m_matchedCScan.Get(); }
+  void SetMatchedCScan(CIData* item) { m_matchedCScan = item; }
+  [[nodiscard]] CIData* GetMeridioAmpCscan() const { return m_meridioAmpCScan.Get(); }
+  void SetMeridioAmpCscan(CIData* item) { m_meridioAmpCScan = item; }
   /// Divisor of the slopes of the sample axis's units. 0 until the owner of the descriptor sets it, which must be before units are
   /// updated; 1 gives the slopes as they are.
   [[nodiscard]] double GetSampleAxisScale() const { return m_sampleAxisScale; }
@@ -144,8 +147,8 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   std::uint32_t m_reservedWord = 0;
   std::uint32_t m_groupVersion = 0;
   std::uint32_t m_reservedWords[2] = {};
-  CIData* m_matchedCScan = nullptr;
-  CIData* m_meridioAmpCScan = nullptr;
+  utdata::DataItemLink m_matchedCScan;
+  utdata::DataItemLink m_meridioAmpCScan;
   double m_reservedValue = 0;
   double m_sampleAxisScale = 0;
   CUnit* m_pointUnits[3] = {};  ///< column, row, sample

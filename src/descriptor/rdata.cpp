@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "interfaces/framework.h"
-#include "src/descriptor/item_link.h"
+#include "utdata/idata.h"
 #include "utdata/supplier.h"
 #include "utdata/tablefactory.h"
 #include "utdata/unitset.h"
@@ -27,6 +27,12 @@ bool IsPositionCScan(gdata_enumDataClass c) {
 /// The quantity of samples that a data range stands for; 1 when it is out of bounds or not a number.
 std::uint32_t QuantityOfRange(double range) {
   return range > -1 && range < largestSampleQuantity + 1 ? static_cast<std::uint32_t>(std::max(range, 0.0)) : 1;
+}
+
+/// The descriptor of a linked item that lives and has one, else null.
+CRDataTypeDD* DescriptorOf(const utdata::DataItemLink& link) {
+  const CIData* const item = link.Get();
+  return item ? item->idata1_GetInfoRef() : nullptr;
 }
 
 std::uint16_t LowHalf(const char* word) {
@@ -68,7 +74,7 @@ void CRDataTypeDD::DeriveSampleAxis() {
     sampleResolution = dataResolution;
     sampleOffset = dataOffset;
   } else if (dataClass == gdata_CScanAmplitude) {
-    const CRDataTypeDD* const partner = utdata::DescriptorOfLiveItem(m_matchedCScan);
+    const CRDataTypeDD* const partner = DescriptorOf(m_matchedCScan);
     sampleQuantity = partner ? QuantityOfRange(partner->GetDataMax()) : 1;
     sampleResolution = partner ? partner->dataResolution : 1.0f;
     sampleOffset = partner ? partner->dataOffset : 0.0f;
@@ -116,7 +122,7 @@ void CRDataTypeDD::initializeData() {
   InitializeData();
   m_vectorSize = m_volumeSize = m_reservedWord = m_groupVersion = 0;
   std::fill(std::begin(m_reservedWords), std::end(m_reservedWords), 0u);
-  m_matchedCScan = m_meridioAmpCScan = nullptr;
+  m_matchedCScan = m_meridioAmpCScan = utdata::DataItemLink();
   m_dataLoaded = m_volumeLoaded = false;
   SetDiskTable(nullptr, false);
   m_reservedValue = m_sampleAxisScale = 0.0;
@@ -166,7 +172,7 @@ void CRDataTypeDD::Flush(int) {
 }
 
 void CRDataTypeDD::UnlinkMatchingCScan() {
-  if (CRDataTypeDD* const partner = utdata::DescriptorOfLiveItem(m_matchedCScan)) partner->m_matchedCScan = nullptr;
+  if (CRDataTypeDD* const partner = DescriptorOf(m_matchedCScan)) partner->m_matchedCScan = nullptr;
 }
 
 void CRDataTypeDD::SetPointUnits(CUnit* column, CUnit* row, CUnit* sample) {
