@@ -61,7 +61,10 @@ inline constexpr std::uint32_t queryTimeoutMs = 500;
 /// The ids by which a new element finds its master: patch, channel and class (a master takes every sub-channel of them).
 inline constexpr unsigned masterKeyIds = 1U << 1 | 1U << 2 | 1U << 5;
 
-using DataList = IndexedItemList<CIDataLst>;
+/// The ids by which a C-scan finds its partner: all but bookmark type and class.
+inline constexpr unsigned partnerKeyIds = 1U << 1 | 1U << 2 | 1U << 3 | 1U << 4;
+
+using DataList = IndexedItemList<CIDataLst, allKeyIds<CIDataLst>, partnerKeyIds>;
 using MasterList = IndexedItemList<CIDataLst, masterKeyIds>;
 
 }  // namespace utdata

@@ -1,9 +1,10 @@
 // The item index, told once: a file set's list with a hash table beside it.
 //
-// Lookups answer as the list's walk does. One that names every key id reads the few items filed under them; any other walks. An item
-// is filed under the ids it has when it is added, and filed anew by each change that goes through its own operations; a candidate is
-// compared with its item's present ids before it counts, so that an id changed behind the library's back can hide an item from a
-// lookup by ids, but never yields a wrong one.
+// Lookups answer as the list's walk does. Items are filed under one key or two, each made of some of their ids. A lookup that names
+// every id of a key reads the few items filed under them, of the first such key; any other walks. An item is filed under the ids it has
+// when it is added, and filed anew by each change that goes through its own operations; a candidate is compared with its item's present
+// ids before it counts, so that an id changed behind the library's back can hide an item from a lookup by ids, but never yields a wrong
+// one.
 //
 // The file set's lock guards all but Count: the writer side for Add, Move and edits, the reader side for the rest.
 #pragma once
@@ -13,6 +14,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <tuple>
 #include <vector>
 
 #include "interfaces/ostrin.h"
@@ -101,9 +103,17 @@ inline constexpr unsigned allKeyIds = [] {
   return ids;
 }();
 
-/// @tparam keyIds bit n: the n-th id of a lookup belongs to the key
-template <class List, unsigned keyIds = allKeyIds<List>>
+/// @tparam keyIds of each key, the one with more ids first; bit n: the n-th id of a lookup belongs to it. None: all key ids
+template <class List, unsigned... keyIds>
 class IndexedItemList final : private ItemHome {
+  static constexpr auto keys = [] {
+    if constexpr (sizeof...(keyIds) == 0)
+      return std::array{allKeyIds<List>};
+    else
+      return std::array{keyIds...};
+  }();
+  static_assert(keys.size() <= std::tuple_size_v<decltype(ItemPlace::hashes)>);
+
  public:
   using Item = typename List::Item;
   using Ids = typename List::Ids;
@@ -123,9 +133,10 @@ class IndexedItemList final : private ItemHome {
   }
 
   [[nodiscard]] Item* First(fset_enumFilters filter, const Ids& ids) const {
-    if (!IsIndexed(filter, ids)) return m_items.First(filter, ids);
+    const std::size_t key = KeyFor(filter, ids);
+    if (key == noKey) return m_items.First(filter, ids);
     Item* first = nullptr;
-    m_table.ForEach(FiledHash(ids), [&](PlacedItem* candidate) {
+    m_tables[key].ForEach(FiledHash(key, ids), [&](PlacedItem* candidate) {
       Item* item = static_cast<Item*>(candidate);
       if (List::Matches(*item, filter, ids) && (!first || IsBefore(item, first))) first = item;
     });
@@ -133,14 +144,15 @@ class IndexedItemList final : private ItemHome {
   }
 
   void Append(fset_enumFilters filter, List& out, const Ids& ids) const {
-    if (!IsIndexed(filter, ids)) return m_items.Append(filter, out, ids);
-    for (Item* item : Candidates(filter, ids)) out.AddTail(item);
+    const std::size_t key = KeyFor(filter, ids);
+    if (key == noKey) return m_items.Append(filter, out, ids);
+    for (Item* item : Candidates(key, filter, ids)) out.AddTail(item);
   }
 
   /// The items that are moved belong to no file set any more.
   void Move(fset_enumFilters filter, List& out, const Ids& ids) {
-    if (IsIndexed(filter, ids)) {
-      for (Item* item : Candidates(filter, ids)) {
+    if (const std::size_t key = KeyFor(filter, ids); key != noKey) {
+      for (Item* item : Candidates(key, filter, ids)) {
         m_items.RemoveAt(PlaceOf(*item).position);
         Leave(*item, out);
       }
@@ -162,28 +174,32 @@ class IndexedItemList final : private ItemHome {
 
   static bool IsBefore(Item* a, Item* b) { return PlaceOf(*a).order < PlaceOf(*b).order; }
 
-  /// An unknown filter walks, since it is reported once for each item on the way.
-  static bool IsIndexed(fset_enumFilters filter, const Ids& ids) {
-    if (filter > fset_New) return false;
+  static constexpr std::size_t noKey = keys.size();
+
+  /// The first key all of whose ids a lookup names. An unknown filter walks, since it is reported once for each item on the way.
+  static std::size_t KeyFor(fset_enumFilters filter, const Ids& ids) {
+    if (filter > fset_New) return noKey;
+    unsigned named = 0;
     for (std::size_t index = 0; index < List::idCount; ++index)
-      if ((keyIds >> index & 1U) && IsWildcard(List::rules[index], ids[index])) return false;
-    return true;
+      if (!IsWildcard(List::rules[index], ids[index])) named |= 1U << index;
+    const auto found = std::find_if(keys.begin(), keys.end(), [named](unsigned key) { return (key & ~named) == 0; });
+    return static_cast<std::size_t>(found - keys.begin());
   }
 
-  /// The hash of the key: ids that a lookup takes for equal have one key.
-  std::uint64_t FiledHash(const Ids& ids) const {
-    ItemKey key{};
+  /// The hash of one key's ids: ids that a lookup takes for equal have one hash.
+  std::uint64_t FiledHash(std::size_t key, const Ids& ids) const {
+    ItemKey words{};
     std::size_t used = 0;
     for (std::size_t index = 0; index < List::idCount; ++index)
-      if (keyIds >> index & 1U)
-        key[used++] = List::rules[index] == IdRule::SameGate ? GateNumber(ids[index]) : ids[index];
-    return HashOf(key, m_seed);
+      if (keys[key] >> index & 1U)
+        words[used++] = List::rules[index] == IdRule::SameGate ? GateNumber(ids[index]) : ids[index];
+    return HashOf(words, m_seed);
   }
 
   /// The matches in list order.
-  std::vector<Item*> Candidates(fset_enumFilters filter, const Ids& ids) const {
+  std::vector<Item*> Candidates(std::size_t key, fset_enumFilters filter, const Ids& ids) const {
     std::vector<Item*> found;
-    m_table.ForEach(FiledHash(ids), [&](PlacedItem* candidate) {
+    m_tables[key].ForEach(FiledHash(key, ids), [&](PlacedItem* candidate) {
       Item* item = static_cast<Item*>(candidate);
       if (List::Matches(*item, filter, ids)) found.push_back(item);
     });
@@ -191,13 +207,31 @@ class IndexedItemList final : private ItemHome {
     return found;
   }
 
-  void File(Item& item) {
+  /// Files an item under its present ids, in each table where they differ from those that it is filed under.
+  void FileAnew(Item& item) {
     ItemPlace& place = PlaceOf(item);
-    place.hash = FiledHash(List::IdsOf(item));
-    m_table.Insert(place.hash, &item);
+    const Ids ids = List::IdsOf(item);
+    for (std::size_t key = 0; key < keys.size(); ++key) {
+      const std::uint64_t hash = FiledHash(key, ids);
+      if (hash == place.hashes[key]) continue;
+      m_tables[key].Erase(place.hashes[key], &item);
+      place.hashes[key] = hash;
+      m_tables[key].Insert(hash, &item);
+    }
   }
 
-  void Unfile(Item& item) { m_table.Erase(PlaceOf(item).hash, &item); }
+  void File(Item& item) {
+    ItemPlace& place = PlaceOf(item);
+    const Ids ids = List::IdsOf(item);
+    for (std::size_t key = 0; key < keys.size(); ++key) {
+      place.hashes[key] = FiledHash(key, ids);
+      m_tables[key].Insert(place.hashes[key], &item);
+    }
+  }
+
+  void Unfile(Item& item) {
+    for (std::size_t key = 0; key < keys.size(); ++key) m_tables[key].Erase(PlaceOf(item).hashes[key], &item);
+  }
 
   void Leave(Item& item, List& out) {
     Unfile(item);
@@ -209,18 +243,14 @@ class IndexedItemList final : private ItemHome {
   void BeginEdit() override UTDATA_NO_THREAD_SAFETY_ANALYSIS { m_lock.LockBufferWriter(CReaderWriterLock::forEver); }
 
   void EndEdit(PlacedItem& placed) override UTDATA_NO_THREAD_SAFETY_ANALYSIS {
-    Item& item = static_cast<Item&>(placed);
-    if (FiledHash(List::IdsOf(item)) != PlaceOf(item).hash) {
-      Unfile(item);
-      File(item);
-    }
+    FileAnew(static_cast<Item&>(placed));
     m_lock.UnlockBufferWriter();
   }
 
   CReaderWriterLock& m_lock;
   List m_items;
   const std::uint64_t m_seed;
-  ItemTable m_table;
+  std::array<ItemTable, keys.size()> m_tables;
   std::uint64_t m_nextOrder = 0;
   std::atomic<std::ptrdiff_t> m_count{0};
 };
