@@ -58,14 +58,7 @@ namespace utdata {
 /// How long a query of a file set waits for the reader side, in milliseconds.
 inline constexpr std::uint32_t queryTimeoutMs = 500;
 
-/// The ids by which a new element finds its master: patch, channel and class (a master takes every sub-channel of them).
-inline constexpr unsigned masterKeyIds = 1U << 1 | 1U << 2 | 1U << 5;
-
-/// The ids by which a C-scan finds its partner: all but bookmark type and class.
-inline constexpr unsigned partnerKeyIds = 1U << 1 | 1U << 2 | 1U << 3 | 1U << 4;
-
-using DataList = IndexedItemList<CIDataLst, allKeyIds<CIDataLst>, partnerKeyIds>;
-using MasterList = IndexedItemList<CIDataLst, masterKeyIds>;
+using DataList = IndexedItemList<CIDataLst>;
 
 }  // namespace utdata
 
@@ -190,7 +183,7 @@ class UTDATA_API CFSet final : public IFSet {
   std::vector<CGWeldScanPlanDescr*> m_weldScanPlans UTDATA_GUARDED_BY(m_weldLock);
   std::vector<CGWeldFillDescr*> m_weldFills UTDATA_GUARDED_BY(m_weldLock);
   utdata::DataList m_data UTDATA_GUARDED_BY(m_lock){m_lock};
-  utdata::MasterList m_masters UTDATA_GUARDED_BY(m_lock){m_lock};
+  utdata::DataList m_masters UTDATA_GUARDED_BY(m_lock){m_lock};
   CIInfo* m_info UTDATA_GUARDED_BY(m_lock) = nullptr;
   std::array<Range, 6> m_ranges;  ///< start empty; nothing in the library reads or changes them
 };

@@ -40,10 +40,10 @@ class ItemHome {
 
 /// Where an item stands in a file set. Written by its home alone, under the writer side.
 struct ItemPlace {
-  ItemHome* home = nullptr;               ///< null: in no file set
-  POSITION position = nullptr;            ///< in the home's list
-  std::uint64_t order = 0;                ///< grows along the home's list
-  std::array<std::uint64_t, 2> hashes{};  ///< of the ids that it is filed under, by key
+  ItemHome* home = nullptr;            ///< null: in no file set
+  POSITION position = nullptr;         ///< in the home's list
+  std::uint64_t order = 0;             ///< grows along the home's list
+  std::array<std::uint32_t, 6> ids{};  ///< that it is filed under, in the order of the list's lookups
 };
 
 /// An object that a file set can hold and find.
@@ -70,7 +70,7 @@ class UTDATA_API PlacedItem : public CObject {
   PlacedItem& operator=(const PlacedItem&) = delete;
 
  private:
-  template <class List, unsigned... keyIds>
+  template <class List>
   friend class IndexedItemList;
 
   ItemPlace m_place;

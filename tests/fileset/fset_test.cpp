@@ -239,7 +239,7 @@ TEST(DataLists, SubChannelsLeaveTheirMasterBeforeTheyGo) {
   DataHost host;
   CReaderWriterLock lock;
   utdata::DataList data(lock);
-  utdata::MasterList masters(lock);
+  utdata::DataList masters(lock);
   constexpr auto masterClass = static_cast<gdata_enumDataClass>(gdata_CScanAmplitude | gdata_MultiChannelMaster);
   auto* const master = new EditableItem(host, {.dataClass = masterClass});
   masters.Add(master);
