@@ -6,13 +6,14 @@
 #include <random>
 #include <vector>
 
-#include "tests/support/data_stand_in.h"
+#include "tests/support/data_host.h"
 #include "utdata/igatelist.h"
 #include "utdata/itemindex.h"
 
 namespace {
 
-using utdata::test::DataStandIn;
+using utdata::test::DataHost;
+using utdata::test::EditableItem;
 
 /// A walk that knows nothing of the library's: a vector in insertion order, and how one lookup compares two arrays of ids.
 template <class Item, class Ids>
@@ -113,6 +114,7 @@ TEST(ItemIndex, GatesAnswerAsTheWalkDoes) {
 /// Data items: gates by number, a wildcard of their own for bookmark types, and lookups of every combination of ids.
 TEST(ItemIndex, DataItemsAnswerAsTheWalkDoes) {
   using Ids = CIDataLst::Ids;
+  DataHost host;
   CReaderWriterLock lock;
   utdata::IndexedItemList<CIDataLst> index(lock);
   Model<CIData, Ids> model{
@@ -143,13 +145,13 @@ TEST(ItemIndex, DataItemsAnswerAsTheWalkDoes) {
                           static_cast<eDataBookmarkType>(pick(8) == 0 ? fset_AnyId : pick(3))};
     CIData* some = model.items.empty() ? nullptr : model.items[pick(static_cast<std::uint32_t>(model.items.size()))];
     if (const std::uint32_t action = pick(4); action < 2) {
-      auto* item = new DataStandIn(id);
-      item->modified = static_cast<int>(pick(2));
-      item->isNew = static_cast<int>(pick(2));
+      auto* item = new EditableItem(host, id);
+      if (pick(2)) item->idata3_Modified();
+      if (pick(2)) item->idata3_New();
       model.items.push_back(item);
       index.Add(item);
     } else if (action == 2 && some) {
-      static_cast<DataStandIn*>(some)->SetId(id);
+      static_cast<EditableItem*>(some)->SetId(id);
     }
     Ids ids{id.bookmarkType, id.patchId, id.channelId, id.subChannelId, id.gateId, id.dataClass};
     for (std::size_t place = 0; place < ids.size(); ++place)
