@@ -24,6 +24,7 @@ void DescribeProgram(CLI::App& program) {
   program.footer("'utdata VERB --help' explains a verb. Exit status: 0 done, 1 the job failed, 2 wrong usage.");
   AddDemoVerb(program);
   AddEditVerb(program);
+  AddGateVerb(program);
   AddImportVerb(program);
   AddInfoVerb(program);
   AddRenderVerb(program);

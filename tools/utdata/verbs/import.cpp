@@ -15,6 +15,7 @@
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "verbs/options.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -225,16 +226,6 @@ constexpr QuantityOption quantityOptions[] = {
     {"--probe-angle", &ImportOptions::probeAngle, "degrees", "Refracted angle in the part", -90, 90, false},
     {"--thickness", &ImportOptions::thickness, "mm", "Thickness of the part, 0 unknown", 0, 1e6, false},
 };
-
-CLI::Validator Within(double minimum, double maximum) {
-  const std::string range = Number(minimum) + " to " + Number(maximum);
-  return {[=](const std::string& text) {
-            double value = 0;
-            const bool valid = CLI::detail::lexical_cast(text, value) && value >= minimum && value <= maximum;
-            return valid ? std::string() : "'" + text + "' is not a number from " + range;
-          },
-          ""};
-}
 
 std::string NominalText(const CLI::App& verb, const ImportOptions& options) {
   std::string text;
