@@ -12,7 +12,7 @@
 #include "interfaces/os.h"
 #include "listing/info.h"
 #include "listing/verify.h"
-#include "pictures/bscan.h"
+#include "pictures/section.h"
 #include "terminal/failure.h"
 #include "terminal/interrupt.h"
 #include "terminal/new_file.h"
@@ -127,12 +127,12 @@ void CheckReloaded(const DemoPaths& paths, const CGGateTypeDescr& changed, Steps
 void DrawCrack(const DemoPaths& paths, const DemoOptions& options, Steps& steps) {
   const WeldScan scan;
   const Document document = Document::Load(paths.inspection);
-  BScanOptions view;
-  view.row = static_cast<std::uint32_t>(std::lround(scan.crack.centre / scan.rowStep));
+  SectionOptions view;
+  view.position = static_cast<std::uint32_t>(std::lround(scan.crack.centre / scan.rowStep));
   view.gain = 3;
   view.samples = SampleAxis::Path;
   view.quiet = options.quiet;
-  BScan crack = MakeBScan(document.GetHost(), *document.Groups().data.GetHead(), paths.inspection, view);
+  Section crack = MakeSection(document.GetHost(), *document.Groups().data.GetHead(), paths.inspection, view);
   const double depth = scan.thickness - scan.crack.height;
   const std::string tip = "tip at " + Millimetres(scan.crack.x) + ", " + Millimetres(depth) + " deep";
   // The strongest echo is the surface's, which nobody looks for here.
