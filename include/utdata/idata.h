@@ -1,24 +1,321 @@
-// Data item, as far as the lists and the file set need one: identity, status, and its place under a multi-channel master.
+// The data item: one data group of an inspection, with its identity, its place under a multi-channel master, its inspection
+// parameters, its units on every axis and the way to its samples.
+//
+// A file set makes, owns and destroys its data items. An item owns a working copy of its group record and the run-time descriptor that
+// is built from it; it refers to the volume set, which outlives it, and gives its unit set back to that.
+//
+// Locks. Each item has a re-entrant lock of its own; operations say whether they take it. Of two items' locks a master's is taken
+// before its element's. A change of what queries of the file set read also takes that set's writer side, before the item's own lock.
+// Units take no lock: the host serialises their use. Reads that take no lock rely on the file set's queries.
+//
+// Axes are those of kvt_enumAxis. A multi-channel master is a data item that gathers the data groups of one channel's sub-channels,
+// its elements.
 #pragma once
 
+#include <array>
+#include <atomic>
 #include <cstdint>
+#include <memory>
+#include <string>
 
+#include "interfaces/kvtiff19.h"
+#include "interfaces/pellam.h"
+#include "interfaces/thread_safety.h"
 #include "utdata/enum.h"
 #include "utdata/item.h"
+#include "utdata/itemlink.h"
+#include "utdata/rdata.h"
+#include "utdata/unit.h"
+
+class CFSet;  // holds the items; an item reaches it through the document
+class CIDataLst;
+class CUnitSet;
+class CVolumeSet;
+class IGDataSupplier;
+
+/// Names of a data item: terminated texts, empty ones where there is no name. They live as long as the item.
+struct idata_typeName {
+  const wchar_t* patchName = L"";
+  const wchar_t* channelName = L"";
+  const wchar_t* subChannelName = L"";
+  const wchar_t* gateName = L"";
+  const wchar_t* dataName = L"";
+  const wchar_t* dataNameText = L"";  ///< second line of the data name
+};
+
+/// Inspection parameters. Column and row values are metres or degrees, as the axis's units say.
+struct idata_typeInspParams {
+  float probeAngle = 0;     ///< refracted, degrees
+  float probeSkew = 0;      ///< degrees
+  float probeThird = 0;     ///< carried, not interpreted
+  float probeFourth = 0;    ///< degrees
+  float partThickness = 0;  ///< m
+  float soundSpeed = 0;     ///< m/s
+  float columnResolution = 0;
+  float columnOffset = 0;
+  float rowResolution = 0;
+  float rowOffset = 0;
+  float sampleOffset = 0;  ///< s
+};
+
+/// Time-of-flight-diffraction parameters.
+struct idata_typeTOFD {
+  std::int32_t valid = 0;  ///< 1 when filled
+  gdata_enumInspGeometry inspectionGeometry = gdata_GeometryFlat;
+  std::uint32_t geometryKind = 0;
+  float inspectionRadius = 0;        ///< m
+  float partThickness = 0;           ///< m
+  float probeSeparation = 0;         ///< m
+  float tofdValue = 0;               ///< carried, not interpreted
+  float soundSpeed = 0;              ///< m/s
+  float sampleOffsetCorrection = 0;  ///< s, taken off the sample offset by a change
+};
 
 /// One data group of a file set.
 class UTDATA_API CIData : public utdata::PlacedItem {
  public:
-  virtual void idata1_GetId(idata_typeId& id) const = 0;
-  [[nodiscard]] virtual int idata1_ModifGetStatus() const = 0;
-  virtual void idata1_ModifClear() = 0;
-  [[nodiscard]] virtual int idata1_NewGetStatus() const = 0;
-  virtual void idata1_NewClear() = 0;
+  /// Makes the item of a group record. The parameter database is asked for the channel's electronic scanning through the document.
+  /// @param record   normalised in place, and given a bookmark type when it has none; then copied. Null is reported and makes a bare item
+  /// @param data     kept, not interpreted
+  /// @param volumes  gives the document and the units; not owned, outlives the item
+  /// @param external not 0: the record's data pointer is a table of the caller's, which is attached and never freed by the item
+  /// @param reserved not used
+  CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int external, long* reserved);
+  /// A bare item: no record, no descriptor, no units.
+  CIData(void* data, CVolumeSet* volumes);
+  CIData(const CIData&) = delete;
+  CIData& operator=(const CIData&) = delete;
+  /// Detaches an external table, leaves its master and lets its elements go; no link follows the item any more.
+  ~CIData() override;
 
-  /// Whether the item is one of the sub-channels that a master gathers.
-  [[nodiscard]] virtual bool idata1_IsMultiChannelElement() const = 0;
-  /// The master, which is the item itself for a master; null for an item without.
-  [[nodiscard]] virtual CIData* idata1_SubChannelMaster() const = 0;
-  /// Takes an element out of this master's list. Always true.
-  virtual bool idata1_SubChannelRemove(CIData* element) = 0;
+  /// Destroys the item, which must have left its file set.
+  void idata9_DeferDelete();
+  /// Whether a data item lives at an address; any address may be asked, it is not read.
+  [[nodiscard]] static bool IsValidObject(CIData* item);
+
+  // ---- identity and status
+
+  int idata0_Init() { return 0; }  ///< no effect
+  [[nodiscard]] IGDataSupplier* GetDocument() const { return m_document; }
+  void idata1_GetId(idata_typeId& id) const;
+  /// Null is reported and leaves nothing; a bare item leaves the names alone.
+  void idata1_GetName(idata_typeName* names) const;
+  /// The record copy, owned by the item; null in a bare item. Its ids may not be changed through the pointer.
+  [[nodiscard]] CGDataTypeFDD* idata1_GetGInfoRef() { return m_record.get(); }
+  [[nodiscard]] const CGDataTypeFDD* idata1_GetGInfoRef() const { return m_record.get(); }
+  /// The descriptor, owned by the item; null in a bare item. Its ids may not be changed through the pointer.
+  [[nodiscard]] CRDataTypeDD* idata1_GetInfoRef() const { return m_descriptor.get(); }
+
+  /// The modified and the new flag, under the lock. A bare item is not modified and is new.
+  [[nodiscard]] int idata1_ModifGetStatus() const;
+  void idata1_ModifClear();
+  [[nodiscard]] int idata1_NewGetStatus() const;
+  void idata1_NewClear();
+  /// The flags as they stand, without the lock.
+  [[nodiscard]] int idata3_IsModified() const { return m_modified.load(std::memory_order_relaxed); }
+  [[nodiscard]] int idata3_IsNew() const { return m_new.load(std::memory_order_relaxed); }
+  void idata3_Modified();       ///< sets the modified flag, under the lock
+  void idata3_New();            ///< sets the new flag, under the lock
+  void idata3_ClearModified();  ///< under the lock
+  void idata3_ClearNew();       ///< under the lock
+
+  // ---- labels
+
+  /// Channel, patch and gate as a viewer shows them, each followed by a space. Without the lock.
+  /// @param label     by name, where there is one
+  /// @param idLabel   by id: "C 1 P2 G3 "
+  /// @param withPatch not 0: the patch is part of both
+  /// A bare item or a missing output is reported, and nothing is written.
+  void idata3_GetChannelIdName(std::wstring* label, std::wstring* idLabel, int withPatch) const;
+  /// The channel, and the sub-channel of a sub-channel group that is no master: "C05 : [2]" without names. Under the lock.
+  void idata3_GetChannelName(std::wstring* out) const;
+
+  // ---- masters and elements
+
+  /// Whether the data class has the multi-channel-master bit.
+  [[nodiscard]] bool idata1_IsMultiChannelMaster() const;
+  /// Whether the item is a sub-channel's data group, of a class that is gathered, with a master; which is the
+  /// item itself when linear merging made it one and nobody has added it to another.
+  [[nodiscard]] bool idata1_IsMultiChannelElement() const;
+  /// Appends an element, whose master this item becomes, under the lock. The master takes the element's data type, and its sub-channel id
+  /// when that is larger. An element that differs in layout is reported and added all the same. Null, the item itself, an item that
+  /// is an element already or has elements, and a call on an item that gathers none are reported and change nothing. Always true.
+  bool idata1_SubChannelAdd(CIData* element);
+  /// Takes an element out of this master's list, under the lock; the element goes on naming its master. One that is not in the list is
+  /// reported. Always true.
+  bool idata1_SubChannelRemove(CIData* element);
+  /// The first element with a sub-channel id; the first element of all when `n` exceeds the number of elements or none has that id; null
+  /// without elements. An item that has no list of elements answers with itself.
+  [[nodiscard]] CIData* idata1_SubChannelGet(long n);
+  [[nodiscard]] std::uint32_t idata1_SubChannelQty() const;
+  /// The elements in the order of their adding, owned by the item, to be read only; null for an item that gathers none.
+  [[nodiscard]] CIDataLst* idata1_SubChannelGetList() const { return m_elements.get(); }
+  /// The master while it lives, which is the item itself for a master; null for an item without.
+  [[nodiscard]] CIData* idata1_SubChannelMaster() const { return m_master.Get(); }
+  [[nodiscard]] CIData* idata1_SubChannelLastModifiedGet() const { return nullptr; }
+  /// Replaces `out` with the elements ordered by bookmark type, channel, sub-channel and gate id; equal ones keep their order.
+  void GetOrderedSubChannelList(CIDataLst* out) const;
+  /// Makes the master's descriptor that of its first element, whose table it then shares without owning it. Identity as a master, links
+  /// to C-scans and units stay the master's. Under the lock; nothing for an item that is no master or has no element.
+  void idata1_UpdateMasterChannel();
+  void NotifyChangeToConsList() {}  ///< no effect
+  /// Gives a bookmark type to the item's master and to the elements that SubChannelGet finds for the numbers 1 to their quantity.
+  /// Nothing for an item without a master.
+  void SetDataBookmarkTypeofAssociatedChannel(const eDataBookmarkType& type);
+
+  // ---- inspection parameters
+
+  int idata3_GetInspParam(idata_typeInspParams* params) const;
+  int idata1_ModifyInspParam(idata_typeInspParams* params, int);
+  void idata3_GetTOFDParam(idata_typeTOFD* tofd) const;
+  void idata3_ModifyTOFDParam(idata_typeTOFD* tofd, idata_typeInspParams* params);
+  [[nodiscard]] int idata3_IsTOFD() const;
+  [[nodiscard]] float idata3_GetProbeAngle() const;     ///< degrees
+  [[nodiscard]] float idata3_GetProbeSkew() const;      ///< degrees, normalised
+  [[nodiscard]] float idata3_GetPartThickness() const;  ///< m
+  void idata3_SetPartThickness(float thickness);
+  void idata3_SetPartOutsideDiameter(double diameter);
+  int GetCircularParameter(double* sagitta, double* halfChord) const;
+
+  // ---- units
+
+  [[nodiscard]] CUnitSet* idata3_UnitsGet() const { return m_pUnitInfo; }
+  [[nodiscard]] CVolumeSet* idata3_GetVSet() const { return m_volumes; }
+  [[nodiscard]] kvt_enumUnitSystems idata3_GetUnitSystem() const;
+  [[nodiscard]] CUnit* idata3_GetUnit(kvt_enumAxis axis, unit_enumUnits family, unit_enumDataUnit unit) const;
+  [[nodiscard]] CUnit* idata3_GetCurrentUnit(kvt_enumAxis axis, int alternative) const;
+  void SetCurrentUnitType(kvt_enumAxis axis,
+                          unit_enumUnits family,
+                          unit_enumDataUnit unit,
+                          int alternative,
+                          int notify);
+  void SetMasterCurrentUnitType(kvt_enumAxis axis,
+                                unit_enumUnits family,
+                                unit_enumDataUnit unit,
+                                int alternative,
+                                int notify);
+  void idata3_SetCurrentUnit(kvt_enumAxis axis, CUnit* unit, int alternative);
+  void idata3_SetCurrentUnitWithoutNotification(kvt_enumAxis axis, CUnit* unit, int alternative);
+  void SetUnitPrecision(kvt_enumAxis axis, int alternative, long precision);
+  void SetMasterUnitPrecision(kvt_enumAxis axis, int alternative, long precision);
+  void idata3_RestoreUnit(kvt_enumAxis axis,
+                          unit_enumUnits family,
+                          unit_enumDataUnit unit,
+                          long precision,
+                          int alternative);
+  [[nodiscard]] int IsUnitRestored() const;
+  void SetUnitRestored(int restored);
+
+  // ---- dimensions and data
+
+  [[nodiscard]] std::uint32_t idata3_GetDimQty(kvt_enumAxis axis) const;
+  [[nodiscard]] double idata3_GetDimResol(kvt_enumAxis axis) const;
+  [[nodiscard]] double idata3_GetDimOffs(kvt_enumAxis axis) const;
+  [[nodiscard]] std::uint32_t idata3_GetColQty() const;
+  [[nodiscard]] double idata3_GetColResol() const;
+  [[nodiscard]] double idata3_GetColOffs() const;
+  [[nodiscard]] kvt_enumUnits idata3_GetColUnits() const;
+  [[nodiscard]] std::uint32_t idata3_GetRowQty() const;
+  [[nodiscard]] double idata3_GetRowResol() const;
+  [[nodiscard]] double idata3_GetRowOffs() const;
+  [[nodiscard]] kvt_enumUnits idata3_GetRowUnits() const;
+  [[nodiscard]] std::uint32_t idata3_GetSampleQty() const;
+  [[nodiscard]] double idata3_GetSampleResol() const;
+  [[nodiscard]] double idata3_GetSampleOffs() const;
+  [[nodiscard]] kvt_enumUnits idata3_GetSampleUnits() const;
+  [[nodiscard]] std::uint32_t idata3_GetSampleSize() const;
+  [[nodiscard]] double idata3_GetSoundSpeed() const;
+  [[nodiscard]] double idata3_GetDataMin() const;
+  [[nodiscard]] double idata3_GetDataMax() const;
+  [[nodiscard]] gdata_enumDataClass idata3_GetDataId() const;
+  [[nodiscard]] kvt_enumDataType idata3_GetDataType() const;
+  void idata3_GetAbsoluteMinMax(float* minimum, float* maximum) const;
+  int idata1_DataLoad(int volume);
+  void idata1_GetGInfoCopy(CGDataTypeFDD* out);
+  [[nodiscard]] void* idata3_GetDataTablePtr() const;
+  [[nodiscard]] int IsDiskOrigin() const { return m_diskOrigin.load(std::memory_order_relaxed) == 1; }
+  void SetDiskOrigin() { m_diskOrigin.store(1, std::memory_order_relaxed); }
+
+  [[nodiscard]] bool idata1_DataIsVolume() const;
+  [[nodiscard]] bool idata3_isAmplitudeData() const;
+  [[nodiscard]] bool idata3_IsAnalogData() const;
+  [[nodiscard]] bool idata3_IsEddyCurrentData() const;
+  [[nodiscard]] bool idata3_IsBeamSimulation() const;
+  [[nodiscard]] bool idata3_IsLABEnabled() const { return false; }
+
+ private:
+  /// Holds an item's lock for a scope. A checked build reports a master's lock that is asked for while one of its element's is held.
+  class UTDATA_SCOPED_CAPABILITY LockScope {
+   public:
+    explicit LockScope(const CIData& item) UTDATA_ACQUIRE(item.m_lock);
+    ~LockScope() UTDATA_RELEASE();
+    LockScope(const LockScope&) = delete;
+    LockScope& operator=(const LockScope&) = delete;
+
+   private:
+    const CIData& m_item;
+  };
+
+  struct DestroyDescriptor {
+    void operator()(CRDataTypeDD* descriptor) const { descriptor->Destroy(); }
+  };
+
+  /// What the parameter database knows of a channel.
+  struct ChannelScanning {
+    enumElectronicScanning mode = escan_Unknown;
+    bool isLinearMerged = false;
+  };
+
+  static constexpr std::size_t alternativeSample =
+      6;  ///< place of the alternative sample-axis unit among the current units
+
+  [[nodiscard]] ChannelScanning ReadChannelScanning(std::uint32_t channelId) const;
+  static void UpdateBookmarkType(const enumElectronicScanning& mode, CGDataTypeFDD* record);
+  [[nodiscard]] CIData* MatchAmpPosCScans(CGDataTypeFDD* record, CVolumeSet* volumes, bool& meridio);
+  [[nodiscard]] CIData* MatchAmplitude(const CGDataTypeFDD& record, CFSet& set);
+  [[nodiscard]] CIData* MatchPosition(const CGDataTypeFDD& record, CFSet& set, bool& meridio);
+  [[nodiscard]] CIData* MatchEddyCurrent(const CGDataTypeFDD& record, CFSet& set);
+  void TakeSampleAxisOf(const CGDataTypeFDD& position, CIData* positionItem);
+  void LeaveMaster();
+  void LetElementsGo();
+  void ReturnTableOf(const CIData& element);
+  void GiveBookmarkType(eDataBookmarkType type);
+
+  /// Makes the unit set with all its units and the point units. The descriptor must be there. Construction only.
+  void InitializeUnits();
+  /// Chooses the units of the data axis, and of the sample axis where the class or TOFD asks for it. Construction only.
+  void ChooseInitialUnits();
+  /// Brings every unit in line with the descriptor. Nothing for a bare item.
+  void UpdateUnits() UTDATA_REQUIRES(m_lock);
+  /// Hands an operation to whom it concerns: from an element to its master; from there to the elements in order, then to the master
+  /// itself. An item without either gets it alone. Under the lock of the master.
+  template <class Operation>
+  void ForMasterAndElements(Operation operation);
+  /// Makes a unit choice in every multi-channel master of the item's channel.
+  void UpdateLinkedDatagroup(kvt_enumAxis axis,
+                             unit_enumUnits family,
+                             unit_enumDataUnit unit,
+                             int alternative,
+                             int notify);
+
+  utdata::LiveDataItem m_live{this};  ///< first of all, so that links to an item under construction hold
+  mutable utdata::RecursiveMutex m_lock;
+  std::atomic<std::int32_t> m_unitRestored{0};
+  const std::int32_t m_external;
+  std::atomic<std::int32_t> m_modified{0};
+  std::atomic<std::int32_t> m_new{0};
+  std::atomic<std::int32_t> m_diskOrigin{0};
+  std::atomic<std::int32_t> m_loadStarted{0};  ///< 1 once a master has loaded its elements
+  void* const m_data;                          ///< the host's, not interpreted
+  CVolumeSet* const m_volumes;
+  IGDataSupplier* const m_document;
+  std::unique_ptr<CGDataTypeFDD> m_record;                        ///< working copy; null in a bare item
+  std::unique_ptr<CRDataTypeDD, DestroyDescriptor> m_descriptor;  ///< null in a bare item
+  CUnitSet* m_pUnitInfo = nullptr;                                ///< owned through the volume set
+  std::array<CUnit*, alternativeSample + 1>
+      m_currentUnits{};                     ///< by axis, then the alternative sample-axis unit; not owned
+  std::array<CUnit*, 6> m_pointUnits{};     ///< by axis, not owned
+  utdata::DataItemLink m_master;            ///< of an element its master, of a master itself
+  POSITION m_placeAmongElements = nullptr;  ///< in the master's list; null: in none
+  std::unique_ptr<CIDataLst> m_elements;    ///< present only in items that gather elements
 };

@@ -109,5 +109,6 @@ class UTDATA_API CUnitSet : public CObject {
   vset_groupId m_identity;
   std::int32_t m_referenceCount = 1;
   CVolumeSet* m_volumeSet = nullptr;
+  POSITION m_place = nullptr;  ///< among the volume set's
   std::array<std::unique_ptr<CList<CUnit*>>, axisQuantity> m_units;
 };

@@ -33,7 +33,8 @@ double DecibelFromBase(double base) { return base >= 0 && base <= 100 ? 20 * std
 }  // namespace
 
 CUnit::CUnit() {
-  SetParameters(unit_Generic, unit_DataGeneric, unit_ConversionNone, 1, 1, 0, nullptr, 0, 0, 0, 0, {}, {}, {});
+  SetParameters(
+      unit_Generic, unit_DataGeneric, unit_ConversionNone, 1, 1, 0, nullptr, 0, 0, 0, 0, {}, {}, DisplayFormat::None);
 }
 
 CUnit::CUnit(unit_enumUnits family,
@@ -42,7 +43,7 @@ CUnit::CUnit(unit_enumUnits family,
              double slope,
              double offset,
              CUnit* parent) {
-  SetParameters(family, dataUnit, conversion, slope, slope, offset, parent, 1, 0, 0, 0, {}, {}, L"%.1f");
+  SetParameters(family, dataUnit, conversion, slope, slope, offset, parent, 1, 0, 0, 0, {}, {}, DisplayFormat::Initial);
   ValidateObjectState();
 }
 
@@ -52,8 +53,20 @@ CUnit::CUnit(unit_enumUnits family,
              double offset,
              double auxiliary,
              CUnit* parent) {
-  SetParameters(
-      family, dataUnit, unit_ConversionFactors, slope, slope, offset, parent, 1, 0, 0, auxiliary, {}, {}, L"%.1f");
+  SetParameters(family,
+                dataUnit,
+                unit_ConversionFactors,
+                slope,
+                slope,
+                offset,
+                parent,
+                1,
+                0,
+                0,
+                auxiliary,
+                {},
+                {},
+                DisplayFormat::Initial);
   ValidateObjectState();
 }
 
@@ -90,7 +103,7 @@ void CUnit::SetParameters(unit_enumUnits family,
                           double auxiliary,
                           const std::wstring& firstText,
                           const std::wstring& secondText,
-                          const std::wstring& displayFormat) {
+                          DisplayFormat displayFormat) {
   m_family = family;
   m_dataUnit = dataUnit;
   m_conversion = conversion;
@@ -186,9 +199,14 @@ void CUnit::SetDisplayPrecision(int digits) {
   UTDATA_ASSERT(digits >= 0 && digits <= maxPrecision);
   if (digits != m_precision) {
     m_precision = digits;
-    m_displayFormat = L"%-12." + std::to_wstring(digits) + L"f";
+    m_displayFormat = DisplayFormat::Precise;
   }
   ValidateObjectState();
+}
+
+std::wstring CUnit::GetDisplayFormat() const {
+  if (m_displayFormat == DisplayFormat::Precise) return L"%-12." + std::to_wstring(m_precision) + L"f";
+  return m_displayFormat == DisplayFormat::Initial ? L"%.1f" : L"";
 }
 
 void CUnit::GetUnitType(unit_enumUnits& family, unit_enumDataUnit& dataUnit) const {

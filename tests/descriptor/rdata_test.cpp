@@ -6,29 +6,16 @@
 #include <cstring>
 #include <new>
 
-#include "src/descriptor/item_link.h"
+#include "tests/support/data_host.h"
 #include "tests/support/report_capture.h"
 #include "utdata/supplier.h"
 #include "utdata/tablefactory.h"
 
-// Stands for the data item, which is told a floor above.
-class CIData {
- public:
-  CRDataTypeDD* descriptor = nullptr;
-  bool isLive = true;
-};
-
 namespace {
 
+using utdata::test::DataHost;
 using utdata::test::ReportCapture;
-
-struct Items : testing::Test {
-  Items() : former(utdata::SetItemLink(&link)) {}
-  ~Items() override { utdata::SetItemLink(former); }
-  static constexpr utdata::ItemLink link = {[](CIData* item) { return item->isLive; },
-                                            [](CIData* item) { return item->descriptor; }};
-  const utdata::ItemLink* former;
-};
+using utdata::test::SoundRecord;
 
 CGDataTypeFDD Record(gdata_enumDataClass dataClass, float minimum, float maximum) {
   CGDataTypeFDD record;
@@ -91,18 +78,27 @@ TEST(Descriptor, PositionCScansTakeTheirSampleAxisFromTheirRange) {
   EXPECT_EQ(CRDataTypeDD(&master, nullptr, nullptr).GetSampleQty(), 1000u) << "the class is taken with bit 15";
 }
 
-TEST_F(Items, AmplitudeCScansTakeTheSampleAxisOfTheirLivePartner) {
-  const CGDataTypeFDD position = Record(gdata_CScanPosition, 0, 300.9f);
-  CRDataTypeDD partnerDescriptor(&position, nullptr, nullptr);
-  CIData partner{&partnerDescriptor, true};
+/// A position C-scan whose values are sample positions, up to the 300th.
+CGDataTypeFDD PositionRecord() {
+  CGDataTypeFDD record = SoundRecord({.dataClass = gdata_CScanPosition});
+  record.dataMaximum = 300.9f;
+  record.dataResolution = 0.5f;
+  return record;
+}
+
+TEST(Descriptor, AmplitudeCScansTakeTheSampleAxisOfTheirLivePartner) {
+  DataHost host;
+  auto partner = host.Make(PositionRecord());
+  CIData* const gone = partner.get();
   const CGDataTypeFDD record = Record(gdata_CScanAmplitude, 0, 100);
-  const CRDataTypeDD matched(&record, &partner, nullptr);
+  const CRDataTypeDD matched(&record, partner.get(), nullptr);
   EXPECT_EQ(matched.GetSampleQty(), 300u);
   EXPECT_EQ(matched.GetSampleResol(), 0.5);
-  EXPECT_EQ(matched.GetMatchedCScan(), &partner);
+  EXPECT_EQ(matched.GetMatchedCScan(), partner.get());
 
-  partner.isLive = false;
-  for (CIData* item : {static_cast<CIData*>(nullptr), &partner}) {
+  partner.reset();
+  EXPECT_EQ(matched.GetMatchedCScan(), nullptr);
+  for (CIData* item : {static_cast<CIData*>(nullptr), gone}) {
     const CRDataTypeDD alone(&record, item, nullptr);
     EXPECT_EQ(alone.GetSampleQty(), 1u);
     EXPECT_EQ(alone.GetSampleResol(), 1.0);
@@ -110,17 +106,33 @@ TEST_F(Items, AmplitudeCScansTakeTheSampleAxisOfTheirLivePartner) {
   }
 }
 
-TEST_F(Items, DestroyUnlinksOnlyALivePartner) {
-  for (const bool isLive : {true, false}) {
-    CRDataTypeDD partnerDescriptor;
-    CIData partner{&partnerDescriptor, isLive};
-    CIData self;
-    partnerDescriptor.SetMatchedCScan(&self);
-    auto* descriptor = new CRDataTypeDD;
-    descriptor->SetMatchedCScan(&partner);
-    descriptor->Destroy();
-    EXPECT_EQ(partnerDescriptor.GetMatchedCScan(), isLive ? nullptr : &self);
-  }
+TEST(Descriptor, LinksEndWithTheirItemEvenWhenItsAddressIsUsedAgain) {
+  DataHost host;
+  alignas(CIData) std::byte place[sizeof(CIData)];
+  CGDataTypeFDD record = PositionRecord();
+  CRDataTypeDD descriptor;
+  auto* item = new (place) CIData(&record, nullptr, &host.volumes, 0, nullptr);
+  descriptor.SetMatchedCScan(item);
+  const CRDataTypeDD copy(descriptor);
+  EXPECT_EQ(copy.GetMatchedCScan(), item);
+  item->~CIData();
+  EXPECT_EQ(copy.GetMatchedCScan(), nullptr);
+  item = new (place) CIData(&record, nullptr, &host.volumes, 0, nullptr);
+  EXPECT_TRUE(CIData::IsValidObject(item));
+  EXPECT_EQ(copy.GetMatchedCScan(), nullptr);
+  item->~CIData();
+  EXPECT_FALSE(CIData::IsValidObject(item));
+}
+
+TEST(Descriptor, DestroyUnlinksALivePartner) {
+  DataHost host;
+  const auto self = host.Make(PositionRecord());
+  const auto partner = host.Make(PositionRecord());
+  partner->idata1_GetInfoRef()->SetMatchedCScan(self.get());
+  auto* descriptor = new CRDataTypeDD;
+  descriptor->SetMatchedCScan(partner.get());
+  descriptor->Destroy();
+  EXPECT_EQ(partner->idata1_GetInfoRef()->GetMatchedCScan(), nullptr);
 }
 
 TEST(Descriptor, DuplicatesShareTheTableWithoutOwningIt) {

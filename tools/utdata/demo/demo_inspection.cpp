@@ -169,8 +169,8 @@ const CGGateTypeDescr& FindGate(const Document& document, std::uint32_t gateId) 
 RecordedBlocks AcquireScan(const std::string& path, const WeldScan& scan, std::span<const std::int16_t> samples) {
   const CGDataTypeFDD record = AScanRecord(scan);
   const CGGateTypeDescr gate = WallGate(scan);
-  const GatedCells seen = GateAScans(
-      record, std::as_bytes(samples).data(), WindowOf(record, gate.start, gate.width), gate.positiveLevel, true);
+  const CellTable cells(record, std::as_bytes(samples), path);
+  const GatedCells seen = GateAScans(record, cells, WindowOf(record, gate.start, gate.width), gate.positiveLevel, true);
   return RecordScan(path,
                     {scan.columns, scan.rows, scan.samples, scan.sampleStep},
                     samples,

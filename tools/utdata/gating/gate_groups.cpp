@@ -28,17 +28,12 @@ void CheckAScans(const CGDataTypeFDD& ascans, const std::string& name) {
   if (!isKnown || ascans.sampleSize != (type <= kvt_UInt8 ? 1 : 2))
     fail("samples of " + SampleTypeName(ascans) + " and " + std::to_string(ascans.sampleSize) +
          " bytes are no amplitudes");
-  std::uint64_t needed = 0;
-  if (!ascans.LayoutSize(needed)) fail("its samples are not stored cell by cell");
-  if (needed == 0 || !ascans.samples.group) fail("it has no samples");
-  if (needed > ascans.samples.size)
-    fail("its layout needs " + std::to_string(needed) + " bytes, and its samples have " +
-         std::to_string(ascans.samples.size));
+  if (AllCells(ascans).count == 0 || ascans.sampleQuantity == 0 || !ascans.samples.group) fail("it has no samples");
   const bool hasTime = ascans.sampleUnits == kvt_UnitSecond && std::isfinite(ascans.sampleOffset) &&
                        std::isfinite(ascans.sampleResolution) && ascans.sampleResolution > 0;
   if (!hasTime) fail("its sample axis is not one of time");
-  const double fullScale = FullScale(WithSignedSamples(ascans));
-  if (!std::isfinite(fullScale) || fullScale <= 0) fail("the range of its values has no extent");
+  const bool hasRange = std::isfinite(ascans.dataMinimum) && std::isfinite(ascans.dataMaximum);
+  if (!hasRange || FullScale(WithSignedSamples(ascans)) == 0) fail("the range of its values has no extent");
 }
 
 GateWindow CheckedWindow(const CGDataTypeFDD& ascans, const GateSettings& settings, const std::string& name) {
@@ -93,11 +88,12 @@ GatedGroup GateGroup(const Document& document,
   const GateWindow window = CheckedWindow(ascans, settings, name);
   const CGDataTypeFDD record = WithSignedSamples(ascans);
   const MappedSamples samples(ascans);
+  const CellTable cells(ascans, {samples.Data(), samples.Size()}, name);
   return {&ascans,
           index,
           window,
           FullScale(record),
-          GateAScans(record, samples.Data(), window, settings.threshold.value_or(0), quiet)};
+          GateAScans(record, cells, window, settings.threshold.value_or(0), quiet)};
 }
 
 const CGGateTypeDescr* FindGate(const Document& document, const GateSettings& settings) {
