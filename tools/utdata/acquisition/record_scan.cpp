@@ -24,7 +24,7 @@ Aurelis::Patch PatchOf(const ScanGrid& grid) {
 /// The A-scans as the instrument delivers them: 4 bytes a sample.
 MemoryAscanPatchBuffer AscansOf(const ScanGrid& grid, std::span<const std::int16_t> samples) {
   const Aurelis::Axis time(static_cast<std::int32_t>(grid.samples), grid.sampleStep);
-  MemoryAscanPatchBuffer buffer({storedBytes, time}, PatchOf(grid));
+  MemoryAscanPatchBuffer buffer(Aurelis::Ultrasound::AscanDataDescriptor(storedBytes, time), PatchOf(grid));
   for (std::uint32_t row = 0; row < grid.rows; ++row) {
     ThrowIfInterrupted();
     for (std::uint32_t column = 0; column < grid.columns; ++column) {
