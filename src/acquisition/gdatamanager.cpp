@@ -150,8 +150,9 @@ std::uint32_t GDataManager::OpenAndMap(std::uint64_t size, bool& isOpen) try {
   static constexpr std::byte header[headerSize] = {};
   if (m_file->WriteAt(0, header) != Error::None) return PlatformStatus();
   m_allocated = headerSize;
-  if (Allocate(m_fileSize) != Error::None) return PlatformStatus();
+  // Before room is made: a file that is longer than its header and not of full length is a finished one.
   if (m_file->CreateMapping(size, m_mapping) != Error::None) return PlatformStatus();
+  if (Allocate(m_fileSize) != Error::None) return PlatformStatus();
   m_view = static_cast<std::byte*>(GetMapViewManager().MapViewForData(m_mapping.get(), size, view_ReadWrite));
   if (!m_view) return PlatformStatus();
   m_mappedSize = size;

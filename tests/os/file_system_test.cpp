@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
@@ -25,6 +24,12 @@ std::unique_ptr<File> Open(const std::wstring& path, OpenMode mode, Error expect
 }
 
 std::span<const std::byte> AsBytes(std::string_view text) { return std::as_bytes(std::span(text)); }
+
+/// Ends the process well, unless reading the byte ends it first.
+[[noreturn]] void Touch(const volatile std::byte* place) {
+  static_cast<void>(*place);
+  std::exit(0);
+}
 
 TEST(FileSystem, OpensByMode) {
   const FileFolder folder;
@@ -84,7 +89,7 @@ TEST(FileSystem, MapsAFileSharedIntoReservedAddresses) {
   ASSERT_EQ(file->ReadAt(unit, buffer, done), Error::None);
   EXPECT_EQ(buffer[0], std::byte{7}) << "stored for every reader";
   EXPECT_EQ(range->Clear(unit, 2 * unit), Error::None);
-  EXPECT_EXIT(std::exit(std::to_integer<int>(view[0])), testing::KilledBySignal(SIGSEGV), "") << "cleared";
+  EXPECT_DEATH(Touch(view), "") << "cleared";
   ASSERT_EQ(mapping->MapAt(*range, unit, unit), Error::None) << "the place can be used again";
   EXPECT_EQ(file->CreateMapping(10, mapping), Error::None);
   ASSERT_EQ(file->Size(size), Error::None);

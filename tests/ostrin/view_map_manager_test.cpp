@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
@@ -42,6 +41,12 @@ class Mappable {
 
 std::byte* Map(CViewMapManager& manager, Mappable& file, std::uint64_t size) {
   return static_cast<std::byte*>(manager.MapViewForData(file.mapping.get(), size, view_ReadWrite));
+}
+
+/// Ends the process well, unless reading the byte ends it first.
+[[noreturn]] void Touch(const volatile std::byte* place) {
+  static_cast<void>(*place);
+  std::exit(0);
 }
 
 TEST(ViewMapManager, HasOneOfThemWithRoomForTheLargestFile) {
@@ -96,7 +101,7 @@ TEST(ViewMapManager, UsesThePlacesThatCameBack) {
   for (std::byte*& view : views) view = Map(manager, file, 4 * unit);
   for (int n = 0; n < 3; ++n) EXPECT_GE(std::abs(views[n + 1] - views[n]), static_cast<std::ptrdiff_t>(4 * unit));
   manager.UnmapViewOfFileToReservedSpace(views[1], 12);
-  EXPECT_EXIT(std::exit(std::to_integer<int>(views[1][0])), testing::KilledBySignal(SIGSEGV), "");
+  EXPECT_DEATH(Touch(views[1]), "");
   std::byte* first = Map(manager, file, unit + 1);
   std::byte* second = Map(manager, file, 2 * unit);
   std::byte* third = Map(manager, file, 1);
