@@ -287,6 +287,11 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   void ChooseInitialUnits();
   /// Brings every unit in line with the descriptor. Nothing for a bare item.
   void UpdateUnits() UTDATA_REQUIRES(m_lock);
+  /// Hands an operation to whom it concerns: from an element to its master; from there to the elements in order, then to the master
+  /// itself. An item without either gets it alone. Under the lock of the master.
+  template <class Operation>
+  void ForMasterAndElements(Operation operation);
+  /// Makes a unit choice in every multi-channel master of the item's channel.
   void UpdateLinkedDatagroup(kvt_enumAxis axis,
                              unit_enumUnits family,
                              unit_enumDataUnit unit,
