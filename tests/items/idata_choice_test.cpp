@@ -65,19 +65,19 @@ TEST(CurrentUnits, BeginWithWhatTheClassAsksFor) {
   }
 }
 
-/// Two masters of channel 4 with two elements each, and one of channel 5, all in one file set.
+/// Channels 4 and 5 with two masters each, of A-scans and of C-scans, and two elements to a master; all in one file set.
 struct Choices : testing::Test {
   Choices() {
     for (const std::uint32_t channelId : {4u, 5u})
-      for (const std::uint32_t gateId : {1u, 2u})
+      for (const auto c : {gdata_AScan, gdata_CScanAmplitude})
         for (const std::uint32_t subChannelId : {1u, 2u}) {
           CGDataTypeFDD record = SoundRecord(
               {.channelId = channelId, .subChannelId = subChannelId, .gateId = gateId, .dataClass = gdata_AScan});
           items.push_back(host.set.fset_AddGData(&record, nullptr, &host.volumes, 0));
         }
   }
-  CIData& Of(std::size_t channel, std::size_t gate, std::size_t element) {
-    return *items[4 * channel + 2 * gate + element];
+  CIData& Of(std::size_t channel, std::size_t kind, std::size_t element) {
+    return *items[4 * channel + 2 * kind + element];
   }
   static CIData& MasterOf(CIData& item) { return *item.idata1_SubChannelMaster(); }
 
@@ -91,9 +91,9 @@ TEST_F(Choices, ReachEveryMasterOfTheChannel) {
   CIData& item = Of(0, 0, 1);
   item.idata3_SetCurrentUnit(kvt_AxisSample, item.idata3_GetUnit(kvt_AxisSample, unit_HalfPath, unit_Millimetre), 0);
   for (const std::size_t channel : {0u, 1u})
-    for (const std::size_t gate : {0u, 1u})
+    for (const std::size_t kind : {0u, 1u})
       for (const std::size_t element : {0u, 1u}) {
-        CIData& each = Of(channel, gate, element);
+        CIData& each = Of(channel, kind, element);
         EXPECT_EQ(Current(each, kvt_AxisSample), channel == 0 ? millimetresOfPath : none);
         EXPECT_EQ(Current(MasterOf(each), kvt_AxisSample), channel == 0 ? millimetresOfPath : none);
         EXPECT_EQ(Current(each, kvt_AxisSample, 1), none);

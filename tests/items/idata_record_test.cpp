@@ -108,7 +108,7 @@ TEST(DataRecord, SampleTypesFollowRectificationAndRange) {
     EXPECT_EQ(record.GetDataType(), c.becomes);
     EXPECT_EQ(record.dataMinimum, c.minimum - c.shift);
     EXPECT_EQ(record.dataMaximum, c.maximum - c.shift);
-    EXPECT_EQ(record.fileFormat, gdata_OptionCompressed | (c.shift != 0 ? gdata_OptionOffsetBinary : 0));
+    EXPECT_EQ(record.fileFormat, gdata_OptionCompressed | (c.shift != 0 ? gdata_OptionOffsetBinary : gdata_OptionNone));
   }
   for (const auto rectification : {none, full}) {
     CGDataTypeFDD record = SoundRecord();
