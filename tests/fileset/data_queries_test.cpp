@@ -49,8 +49,9 @@ TEST_F(DataGroups, OfAGateAreFoundByItsNumberItself) {
   CIData* const element = Add(Id(gdata_CScanPosition, 1, 4003));
   const auto find = [this](std::uint32_t gateId, std::uint32_t dataClass) {
     CIDataLst out;
-    EXPECT_EQ(set.fset_GetGateSpecificIDataList(&out, fset_All, fset_AnyId, 4, fset_AnyId, gateId, dataClass),
-              static_cast<std::uint32_t>(out.GetCount()));
+    const std::uint32_t count =
+        set.fset_GetGateSpecificIDataList(&out, fset_All, fset_AnyId, 4, fset_AnyId, gateId, dataClass);
+    EXPECT_EQ(out.GetCount(), static_cast<std::ptrdiff_t>(count));
     return Content(out);
   };
   EXPECT_THAT(find(3, fset_AnyId), ElementsAre(low, high, element));
