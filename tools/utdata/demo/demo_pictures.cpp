@@ -50,9 +50,12 @@ std::string DrawCrack(const Document& document, const WeldScan& scan, const std:
 std::string DrawFlaws(const Document& document, const WeldScan& scan, const std::string& path, bool replace) {
   CScanOptions view;
   view.quiet = true;
-  const CScan flaws = MakeCScan(document.GetHost(), AmplitudesOf(document, flawGate), document.Path(), view);
+  CScan flaws = MakeCScan(document.GetHost(), AmplitudesOf(document, flawGate), document.Path(), view);
+  const std::string crack = "crack at " + Millimetres(scan.crack.x);
+  flaws.plot.marked = ImagePlot::Cell{Nearest(scan.crack.x, scan.columnStep), Nearest(scan.crack.centre, scan.rowStep)};
+  flaws.plot.notes = {"Three side-drilled holes, and the " + crack + " between them"};
   WriteNewFile(path, Draw(flaws.plot, Font()).canvas.Png(), replace);
-  return "the gate from above: three holes, and the crack at " + Millimetres(scan.crack.x);
+  return "the gate from above: three holes, and the " + crack;
 }
 
 }  // namespace utdata::program
