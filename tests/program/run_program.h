@@ -14,6 +14,8 @@
 #include <set>
 #include <string>
 
+#include "tests/support/kept_files.h"
+
 namespace utdata::test {
 
 struct ProgramResult {
@@ -35,12 +37,12 @@ inline void WriteFile(const std::filesystem::path& path, const std::string& byte
 class ProgramTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "utdata-program-XXXXXX").string();
+    std::string pattern = (ScratchRoot() / "utdata-program-XXXXXX").string();
     ASSERT_NE(mkdtemp(pattern.data()), nullptr);
     m_folder = pattern;
   }
   void TearDown() override {
-    std::filesystem::remove_all(m_folder);
+    RemoveScratch(m_folder);
     std::filesystem::remove_all(m_folder.string() + ".streams");
   }
 
