@@ -59,7 +59,8 @@ def as_json(item, file):
         for chunk in file.read_chunks(item):
             digest.update(chunk)
         return {"code": item.code, "type": "block", "offset": item.offset, "bytes": item.size, "sha256": digest.hexdigest()}
-    return {"code": item.code, "type": item.type, "count": item.count, "value": item.value}
+    count = len(item.value) if item.type == "text" else item.count  # characters, not bytes
+    return {"code": item.code, "type": item.type, "count": count, "value": item.value}
 
 
 def lines(items, depth=1):
