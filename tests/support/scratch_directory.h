@@ -18,9 +18,7 @@ class ScratchDirectory {
   }
   ScratchDirectory(const ScratchDirectory&) = delete;
   ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-  ~ScratchDirectory() {
-    RemoveScratch(m_path);
-  }
+  ~ScratchDirectory() { RemoveScratch(m_path); }
 
   [[nodiscard]] const std::filesystem::path& Path() const { return m_path; }
   /// A path of that name in the directory, as the file functions take it.
