@@ -117,7 +117,9 @@ inline constexpr std::uint32_t view_ReadWrite = 2;
 class UTDATA_API CViewMapManager {
  public:
   static constexpr std::size_t viewQuantity = 8;         ///< views of the reserved size that the range has room for
-  static constexpr std::uint64_t granularity = 0x10000;  ///< places and reserved sizes are multiples of this
+  static constexpr std::uint64_t granularity = 0x10000;  ///< reserved sizes are multiples of this
+  /// Views start at multiples of this, as the system's large pages do: elsewhere it has to map small ones, at many times the cost.
+  static constexpr std::size_t placeAlignment = std::size_t{2} << 20;
   /// The reserved size unless the host chooses another, and the largest: 4 GiB - 64 KiB, so that every offset fits 32 bits.
   static constexpr std::uint64_t largestSize = 0xFFFF0000;
 
@@ -136,7 +138,7 @@ class UTDATA_API CViewMapManager {
   /// @param mapping of the file; needed during the call only, while its file must stay open and long enough as long as the view is used
   /// @param size    bytes, at most the mapping's and the reserved size
   /// @param access  view_ReadWrite
-  /// @return the view's first byte, a multiple of the machine's page, given back with UnmapViewOfFileToReservedSpace; null when an
+  /// @return the view's first byte, given back with UnmapViewOfFileToReservedSpace; null when an
   ///         argument is refused, the range is full or the system fails (os::LastErrorNumber tells why)
   [[nodiscard]] void* MapViewForData(utdata::os::FileMapping* mapping, std::uint64_t size, std::uint32_t access);
   /// Gives a whole view back. Nothing is mapped there afterwards; what was stored in it is in the file.

@@ -9,6 +9,11 @@ namespace {
 
 constexpr std::size_t noRoom = std::numeric_limits<std::size_t>::max();
 
+constexpr std::size_t PlaceFor(std::uint64_t size) {
+  constexpr std::uint64_t step = CViewMapManager::placeAlignment;
+  return static_cast<std::size_t>((size + step - 1) / step * step);
+}
+
 }  // namespace
 
 std::uint64_t CViewMapManager::GetReservedSize() const {
@@ -27,13 +32,15 @@ bool CViewMapManager::SetReservedSize(std::uint64_t bytes) {
 
 bool CViewMapManager::IsReserved() {
   if (m_range) return true;
-  return utdata::os::CurrentFileSystem().Reserve(static_cast<std::size_t>(m_reservedSize) * viewQuantity, m_range) ==
-         Error::None;
+  const std::size_t size =
+      PlaceFor(m_reservedSize) * viewQuantity + placeAlignment;  // the system aligns to its pages only
+  return utdata::os::CurrentFileSystem().Reserve(size, m_range) == Error::None;
 }
 
 /// The first gap that is large enough; noRoom when there is none.
 std::size_t CViewMapManager::FindRoom(std::size_t size) const {
-  std::size_t end = 0;
+  const auto misaligned = static_cast<std::size_t>(reinterpret_cast<std::uintptr_t>(m_range->Data()) % placeAlignment);
+  std::size_t end = misaligned == 0 ? 0 : placeAlignment - misaligned;
   for (const auto& [offset, length] : m_views) {
     if (offset - end >= size) return end;
     end = offset + length;
@@ -48,7 +55,7 @@ void* CViewMapManager::MapViewForData(utdata::os::FileMapping* mapping, std::uin
     return nullptr;
   }
   if (!IsReserved()) return nullptr;
-  const auto place = static_cast<std::size_t>((size + granularity - 1) / granularity * granularity);
+  const std::size_t place = PlaceFor(size);
   const std::size_t offset = FindRoom(place);
   if (offset == noRoom) {
     utdata::os::Fail(Error::NoMemory);

@@ -93,23 +93,27 @@ TEST(ViewMapManager, RefusesSizesThatDoNotSuit) {
 }
 
 TEST(ViewMapManager, UsesThePlacesThatCameBack) {
+  constexpr std::uint64_t place = CViewMapManager::placeAlignment;
   const FileFolder folder;
-  Mappable file(folder / L"f", 4 * unit);
+  Mappable file(folder / L"f", 4 * place);
   CViewMapManager manager;
-  ASSERT_TRUE(manager.SetReservedSize(4 * unit));
+  ASSERT_TRUE(manager.SetReservedSize(4 * place));
   std::byte* views[4];
-  for (std::byte*& view : views) view = Map(manager, file, 4 * unit);
-  for (int n = 0; n < 3; ++n) EXPECT_GE(std::abs(views[n + 1] - views[n]), static_cast<std::ptrdiff_t>(4 * unit));
+  for (std::byte*& view : views) {
+    view = Map(manager, file, 4 * place);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(view) % place, 0u) << "where large pages can be";
+  }
+  for (int n = 0; n < 3; ++n) EXPECT_GE(std::abs(views[n + 1] - views[n]), static_cast<std::ptrdiff_t>(4 * place));
   manager.UnmapViewOfFileToReservedSpace(views[1], 12);
   EXPECT_DEATH(Touch(views[1]), "");
-  std::byte* first = Map(manager, file, unit + 1);
-  std::byte* second = Map(manager, file, 2 * unit);
+  std::byte* first = Map(manager, file, place + 1);
+  std::byte* second = Map(manager, file, 2 * place);
   std::byte* third = Map(manager, file, 1);
   EXPECT_EQ(first, views[1]);
-  EXPECT_EQ(second, first + 2 * unit);
+  EXPECT_EQ(second, first + 2 * place);
   EXPECT_NE(third, nullptr);
   for (const std::byte* view : {views[0], views[2], views[3]})
-    EXPECT_TRUE(third < view || third >= view + 4 * unit) << "the gap was used up";
+    EXPECT_TRUE(third < view || third >= view + 4 * place) << "the gap was used up";
   for (std::byte* view : {first, second, third, views[0], views[2], views[3]})
     manager.UnmapViewOfFileToReservedSpace(view, 0);
   manager.UnmapViewOfFileToReservedSpace(nullptr, 0);
