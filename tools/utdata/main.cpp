@@ -24,6 +24,7 @@ void DescribeProgram(CLI::App& program) {
   program.footer("'utdata VERB --help' explains a verb. Exit status: 0 done, 1 the job failed, 2 wrong usage.");
   AddDemoVerb(program);
   AddEditVerb(program);
+  AddExportVerb(program);
   AddImportVerb(program);
   AddInfoVerb(program);
   AddRenderVerb(program);
@@ -39,7 +40,7 @@ std::string UsageLine(const CLI::App& program, const CLI::ParseError& error) {
 }
 
 int Run(int argc, char** argv) {
-  CLI::App program("Makes, shows, draws and checks ultrasonic inspection files.", "utdata");
+  CLI::App program("Makes, shows, draws, exports and checks ultrasonic inspection files.", "utdata");
   DescribeProgram(program);
   try {
     program.parse(argc, argv);

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -86,16 +85,6 @@ const View& FindView(const std::string& name) {
   return *std::find_if(std::begin(views), std::end(views), [&](const View& view) { return name == view.name; });
 }
 
-/// The inspection that is being drawn must outlive its picture.
-void CheckNotInput(const Document& document, const std::string& output) {
-  for (const std::string& file : document.Files()) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(
-            std::filesystem::path(ToWide(file)), std::filesystem::path(ToWide(output)), ignored))
-      throw Failure(output, "cannot be written", "it is the inspection file itself", "choose another name");
-  }
-}
-
 nlohmann::ordered_json Facts(const RenderOptions& options, const Rendering& rendering) {
   const Canvas& canvas = rendering.picture.canvas;
   const Rect& image = rendering.picture.image;
@@ -113,7 +102,7 @@ void Render(const RenderOptions& options) {
   const InterruptScope interrupts;
   CheckNewFile(options.output, options.force);
   Document document = Document::Load(options.file);
-  CheckNotInput(document, options.output);
+  CheckIsNoFileOf(document, options.output);
   const SelectedGroup selected = SelectGroup(document, options.selector);
   const View& view = FindView(options.view);
   const std::string name = options.file + ": data group " + std::to_string(selected.index);
