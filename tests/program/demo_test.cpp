@@ -26,7 +26,7 @@ TEST_F(DemoTest, WritesChangesAndReloadsAScan) {
   const nlohmann::json info = RunJson("info out/weld.fpd --json");
   EXPECT_EQ(info["files"], nlohmann::json({"out/weld.fpd", "out/weld.A01"}));
   EXPECT_EQ(info["groups"]["gate"], 2);
-  ASSERT_EQ(info["data"].size(), 2U);
+  ASSERT_EQ(info["data"].size(), 3U);
   EXPECT_EQ(info["data"][0]["type"], "i16");
   EXPECT_EQ(info["data"][0]["table_bytes"], 10 * 256 * 512 * 2);
   EXPECT_EQ(info["data"][1]["class"], 2);
@@ -60,7 +60,7 @@ TEST_F(DemoTest, ADamagedCompanionIsNotPassedOver) {
 }
 
 TEST_F(DemoTest, EveryVerbExplainsItselfWithAnExampleThatWorks) {
-  for (const std::string verb : {"demo", "edit", "import", "info", "render", "tree", "verify"}) {
+  for (const std::string verb : {"demo", "edit", "gate", "import", "info", "render", "tree", "verify"}) {
     SCOPED_TRACE(verb);
     const ProgramResult help = Run(verb + " --help");
     EXPECT_EQ(help.status, 0);

@@ -280,7 +280,7 @@ TEST_F(RenderTest, RefusesWhatItCannotDraw) {
            {"weld.fpd --data 9 --view b -o p.png", 1, "'9' matches no data group", "C-scan amplitude"},
            {"weld.fpd --data class=7 --view b -o p.png", 1, "matches no data group", "A-scan"},
            {"weld.fpd --data colour=red --view b -o p.png", 1, "matches no data group", "A-scan"},
-           {"weld.fpd --data channel=0 --view b -o p.png", 1, "matches 2", "C-scan amplitude"},
+           {"weld.fpd --data channel=0 --view b -o p.png", 1, "matches 3", "C-scan amplitude"},
            {"weld.fpd --data class=2,channel=0,gate=1 --view b -o p.png", 1, "has no B-scan", ""},
            {"weld.fpd --data 0 --view b --row 10 -o p.png", 1, "its rows are 0 to 9", ""},
            {"weld.fpd --data 0 --view b -o nowhere/p.png", 1, "nowhere/p.png: cannot be written", ""},

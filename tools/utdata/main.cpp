@@ -25,6 +25,7 @@ void DescribeProgram(CLI::App& program) {
   AddDemoVerb(program);
   AddEditVerb(program);
   AddExportVerb(program);
+  AddGateVerb(program);
   AddImportVerb(program);
   AddInfoVerb(program);
   AddRenderVerb(program);

@@ -61,7 +61,10 @@ struct FieldTable<CGDataTypeFDD> {
       UTDATA_FIELD(41, cellSize, "bytes of one cell"),
       UTDATA_FIELD(42, sampleSize, "bytes per sample"),
       UTDATA_FIELD(43, fileFormat, "bits: 0x1 re-typed from offset binary, 0x100 low four bits carry no amplitude"),
-      UTDATA_FIELD(44, storageMode, "0 cell after cell, 1 one 32-bit offset per cell, then the cells"),
+      UTDATA_FIELD(
+          44,
+          storageMode,
+          "0 cell after cell, 1 one 32-bit offset per cell from the block's start (0: no samples), then the cells"),
       UTDATA_FIELD(45, byteSwap, "non-zero: samples are stored most significant byte first"),
       UTDATA_FIELD(46, unitSystem, "0 metric, 1 imperial"),
       UTDATA_FIELD(47, m_dataType, "2 signed 8-bit, 3 unsigned 8-bit, 4 signed 16-bit, 5 unsigned 16-bit"),

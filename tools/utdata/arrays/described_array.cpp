@@ -3,14 +3,15 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "arrays/description.h"
 #include "document/data_group.h"
 #include "document/document.h"
+#include "samples/cell_table.h"
 #include "samples/group_axes.h"
 #include "terminal/failure.h"
+#include "utdata/enum.h"
 #include "utdata/rdata.h"
 
 namespace utdata::program {
@@ -20,10 +21,6 @@ constexpr const char* cannotBeExported = "cannot be exported";
 
 /// The shortest decimal that is the same 32-bit number: 0.001, not 0.0010000000474974513.
 double Shortest(float value) { return JsonNumber(value).get<double>(); }
-
-bool IsOfAScans(const CGDataTypeFDD& group) {
-  return HoldsAmplitudes(group) && PlainClass(group) != gdata_CScanAmplitude;
-}
 
 const char* SampleLabel(kvt_enumUnits units) {
   if (units == kvt_UnitSecond) return "two-way time of flight";
@@ -43,7 +40,7 @@ std::vector<DescribedAxis> AxesOf(const CGDataTypeFDD& group) {
            group.columnOffset,
            group.columnResolution,
            group.columnQuantity)};
-  if (IsOfAScans(group))
+  if (HasSampleAxis(group))
     axes.push_back(axis("sample",
                         SampleLabel(group.sampleUnits),
                         group.sampleUnits,
@@ -58,11 +55,12 @@ DescribedValues ValuesOf(Host& host, const CGDataTypeFDD& group) {
       ClassName(group), UnitName(group.GetDataUnits()), Shortest(group.dataResolution), Shortest(group.dataOffset)};
   if (!HoldsAmplitudes(group) || group.GetDataScale() != gdata_ScaleLinear) return values;
   const GroupAxes axes(host, group);
-  const double perStep = axes.Percent(axes.Zero() + 1);
+  const double zero = ZeroOfSamples(group);
+  const double perStep = axes.Percent(zero + 1);
   if (!std::isfinite(perStep)) return values;
   values.unit = "%";
   values.scale = perStep;
-  values.offset = axes.Zero() == 0 ? 0 : -axes.Zero() * perStep;
+  values.offset = zero == 0 ? 0 : -zero * perStep;
   return values;
 }
 
@@ -82,28 +80,56 @@ bool IsBigEndian(const CGDataTypeFDD& group) {
   return (descriptor.IsSwapNeeded() != 0) != (std::endian::native == std::endian::big);
 }
 
-/// Bytes of the array; the largest number when they do not fit 64 bits.
-std::uint64_t SizeOf(const DescribedArray& array) {
-  std::uint64_t size = array.type->size;
-  for (const std::uint64_t quantity : array.Shape())
-    if (__builtin_mul_overflow(size, quantity, &size)) return std::numeric_limits<std::uint64_t>::max();
-  return size;
-}
+std::span<const std::byte> BytesOf(const MappedSamples& samples) { return {samples.Data(), samples.Size()}; }
 
 void CheckSamples(const DescribedArray& array, const CGDataTypeFDD& group, const std::string& name) {
   for (const DescribedAxis& axis : array.axes)
     if (axis.quantity == 0) throw Failure(name, cannotBeExported, "the data group is empty");
   if (!group.samples.group) throw Failure(name, cannotBeExported, "the data group has no samples");
-  if (group.storageMode != kvt_StorCells)
-    throw Failure(name, cannotBeExported, "its samples are not stored cell by cell");
-  if (SizeOf(array) > group.samples.size)
-    throw Failure(name,
-                  cannotBeExported,
-                  "its layout needs " + std::to_string(SizeOf(array)) + " bytes, and its samples have " +
-                      std::to_string(group.samples.size));
+  const MappedSamples samples(group);
+  static_cast<void>(CellTable(group, BytesOf(samples), name));
 }
 
+/// The sample that stands for no amplitude, as it is stored.
+std::vector<std::byte> ZeroSample(const CGDataTypeFDD& group, std::uint32_t size) {
+  const auto zero = static_cast<std::uint32_t>(static_cast<std::int32_t>(std::floor(ZeroOfSamples(group))));
+  std::vector<std::byte> bytes;
+  for (std::uint32_t at = 0; at < size; ++at) bytes.push_back(static_cast<std::byte>(zero >> 8 * at));
+  if (IsBigEndian(group)) std::reverse(bytes.begin(), bytes.end());
+  return bytes;
+}
+
+/// Puts cells one behind the other; those without samples hold the one that stands for no amplitude.
+class CellPacker {
+ public:
+  CellPacker(const CellTable& table, const CGDataTypeFDD& group, std::uint32_t sampleSize)
+      : m_table(table), m_cellBytes(std::size_t{table.SamplesPerCell()} * sampleSize) {
+    const std::vector<std::byte> zero = ZeroSample(group, sampleSize);
+    for (std::size_t at = 0; at < m_cellBytes; ++at) m_empty.push_back(zero[at % zero.size()]);
+  }
+
+  std::span<const std::byte> Pack(std::uint64_t first, std::uint64_t count) {
+    m_packed.clear();
+    for (std::uint64_t cell = first; cell < first + count; ++cell) {
+      const std::byte* samples = m_table.Cell(cell);
+      if (!samples) samples = m_empty.data();
+      m_packed.insert(m_packed.end(), samples, samples + m_cellBytes);
+    }
+    return m_packed;
+  }
+
+ private:
+  const CellTable& m_table;
+  std::size_t m_cellBytes;
+  std::vector<std::byte> m_empty;
+  std::vector<std::byte> m_packed;
+};
+
 }  // namespace
+
+bool HasSampleAxis(const CGDataTypeFDD& group) {
+  return enum_IsCscanData(static_cast<gdata_enumDataClass>(PlainClass(group))) == 0;
+}
 
 std::vector<std::uint64_t> DescribedArray::Shape() const {
   std::vector<std::uint64_t> shape;
@@ -158,12 +184,15 @@ void ForEachPiece(const DescribedArray& array,
                   const std::function<void(std::span<const std::byte> piece, std::uint64_t total)>& take) {
   constexpr std::uint64_t pieceSize = std::uint64_t{4} << 20U;
   const MappedSamples samples(group);
-  const std::uint64_t total = SizeOf(array);
-  if (total > samples.Size()) throw Failure(name, cannotBeExported, "its samples have become fewer");
+  const CellTable table(group, BytesOf(samples), name);
+  const std::uint64_t cellBytes = std::uint64_t{table.SamplesPerCell()} * array.type->size;
+  const std::uint64_t total = table.Cells() * cellBytes;
+  const std::uint64_t cells = std::max<std::uint64_t>(1, pieceSize / cellBytes);
   const bool swap = IsBigEndian(group);
+  CellPacker packer(table, group, array.type->size);
   std::vector<std::byte> swapped;
-  for (std::uint64_t at = 0; at < total; at += pieceSize) {
-    std::span<const std::byte> piece(samples.Data() + at, std::min(pieceSize, total - at));
+  for (std::uint64_t first = 0; first < table.Cells(); first += cells) {
+    std::span<const std::byte> piece = packer.Pack(first, std::min(cells, table.Cells() - first));
     if (swap) {
       SwapBytes(piece, swapped);
       piece = swapped;

@@ -44,6 +44,9 @@ struct DescribedArray {
   [[nodiscard]] std::vector<std::uint64_t> Shape() const;
 };
 
+/// Whether each cell of the group holds several samples: it is of no class of C-scans.
+[[nodiscard]] bool HasSampleAxis(const CGDataTypeFDD& group);
+
 /// Throws Failure, which begins with `name`, when the group's samples are of no kind that an array has.
 [[nodiscard]] DescribedArray DescribeArray(Host& host, const CGDataTypeFDD& group, const std::string& name);
 
@@ -53,8 +56,8 @@ struct DescribedArray {
                                                      const CGDataTypeFDD& group,
                                                      const std::string& holder);
 
-/// Hands over the samples of a described array in its order, little-endian, a few megabytes at a time. Throws Failure, which begins with
-/// `name`, when the group has fewer.
+/// Hands over the samples of a described array in its order, little-endian, a few megabytes at a time; a cell without samples has those of
+/// no amplitude. Throws Failure, which begins with `name`.
 void ForEachPiece(const DescribedArray& array,
                   const CGDataTypeFDD& group,
                   const std::string& name,

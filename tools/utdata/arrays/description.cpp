@@ -224,8 +224,11 @@ std::vector<ArrayAxis> ReadDescription(const ForeignArray& array, CGDataTypeFDD&
   const Json stored = description.value("record", Json());
   if (stored.is_object()) reader.ReadRecord(stored);
   std::vector<ArrayAxis> found;
-  for (std::size_t index = 0; index < axes.size(); ++index)
-    found.push_back(reader.ReadAxis(axes[index], array.shape[index]));
+  for (std::size_t index = 0; index < axes.size(); ++index) {
+    const ArrayAxis axis = reader.ReadAxis(axes[index], array.shape[index]);
+    if (std::find(found.begin(), found.end(), axis) != found.end()) reader.Refuse("axes", "bear the same name");
+    found.push_back(axis);
+  }
   return found;
 }
 

@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "arrays/described_array.h"
 #include "document/data_group.h"
 #include "terminal/text.h"
 
@@ -13,10 +14,6 @@ Descriptor& Add(CList<Descriptor*>& list, Descriptor* descriptor) {
   if (!descriptor) throw std::bad_alloc();
   list.AddTail(descriptor);
   return *descriptor;
-}
-
-bool IsOfAScans(const CGDataTypeFDD& record) {
-  return HoldsAmplitudes(record) && PlainClass(record) != gdata_CScanAmplitude;
 }
 
 }  // namespace
@@ -32,7 +29,7 @@ CGDataTypeFDD NominalRecord(const SampleType& type) {
 }
 
 void SetLayout(CGDataTypeFDD& record, const ArrayLayout& layout, const SampleType& type, bool hasSamples) {
-  if (IsOfAScans(record) != hasSamples) {
+  if (HasSampleAxis(record) != hasSamples) {
     record.dataClass = hasSamples ? gdata_AScan : gdata_CScanAmplitude;
     if (!hasSamples) record.SetDataRectification(gdata_RectifFull);
   }

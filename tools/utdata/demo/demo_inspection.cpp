@@ -4,7 +4,6 @@
 #include <new>
 
 #include "document/data_group.h"
-#include "gating/gating.h"
 #include "terminal/failure.h"
 #include "terminal/text.h"
 
@@ -135,24 +134,6 @@ const CGGateTypeDescr& FindGate(const Document& document, std::uint32_t gateId) 
   return **found;
 }
 
-void AddCScan(CFContTypeFileDescr& groups, const CGDataTypeFDD& ascans, std::vector<std::uint16_t>& amplitudes) {
-  CGDataTypeFDD& data = Add(groups.data, gdata_Allocate(1, nullptr));
-  gdata_Duplicate(&data, &ascans);
-  data.samples = {};
-  data.SetGroupHandle(nullptr);
-  data.dataClass = gdata_CScanAmplitude;
-  data.gateId = flawGate;
-  data.sampleQuantity = 1;
-  data.SetDataType(kvt_UInt16);
-  data.SetDataRectification(gdata_RectifFull);
-  data.dataMinimum = 0;
-  data.dataMaximum = simulatedFullScale;
-  data.sampleSize = sizeof(std::uint16_t);
-  data.cellSize = data.sampleSize;
-  data.dataPointer = amplitudes.data();
-  data.dataSize = amplitudes.size() * sizeof(std::uint16_t);
-}
-
 }  // namespace
 
 void FillInspection(Document& document, const WeldScan& scan, std::vector<std::int16_t>& samples) {
@@ -165,18 +146,11 @@ void FillInspection(Document& document, const WeldScan& scan, std::vector<std::i
   AddSpecimen(groups, scan);
 }
 
-void FillChanges(Document& changes, const Document& loaded, std::vector<std::uint16_t>& amplitudes) {
+GatedInspection RefineFlawGate(const Document& loaded, bool quiet) {
+  constexpr double later = 0.2e-6;
   const CGGateTypeDescr& before = FindGate(loaded, flawGate);
-  CGGateTypeDescr& gate = Add(changes.Groups().gates, ggate_Allocate(1, nullptr));
-  ggate_Duplicate(&gate, &before);
-  gate.start = before.start + 0.2e-6F;
-  gate.width = before.width - 0.2e-6F;
-  gate.positiveLevel = gate.negativeLevel = 15;
-
-  const CGDataTypeFDD& ascans = *loaded.Groups().data.GetHead();
-  const MappedSamples samples(ascans);
-  amplitudes = GateAmplitudes(ascans, samples.Data(), WindowOf(ascans, gate.start, gate.width));
-  AddCScan(changes.Groups(), ascans, amplitudes);
+  return GateChannel(
+      loaded, {before.channelId, flawGate, before.start + later, before.width - later, flawThreshold}, quiet);
 }
 
 }  // namespace utdata::program

@@ -37,7 +37,6 @@ constexpr std::array<std::pair<std::uint32_t, const char*>, 16> classNames = {{
 }};
 
 constexpr std::array<const char*, 6> sampleTypeNames = {nullptr, nullptr, "i8", "u8", "i16", "u16"};
-constexpr std::uint32_t couplingGate = 140;
 
 std::string ChannelPart(const CGDataTypeFDD& group, bool byName) {
   if (byName && group.channelName[0] != 0) return ToUtf8(group.channelName) + " ";

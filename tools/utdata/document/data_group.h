@@ -8,6 +8,9 @@
 
 namespace utdata::program {
 
+/// The gate that watches the coupling, not the part.
+inline constexpr std::uint32_t couplingGate = 140;
+
 /// Gives a record without a bookmark type (0 or all ones) the one that its kind calls for: coupling for gate 140, else by
 /// multi-channel and TOFD.
 void AssignBookmarkType(CGDataTypeFDD& group);

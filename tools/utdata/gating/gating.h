@@ -13,17 +13,42 @@ namespace utdata::program {
 struct GateWindow {
   std::uint32_t first = 0;
   std::uint32_t quantity = 0;
+  bool isCut = false;  ///< the gate reaches beyond the A-scan
 };
+
+/// What the gate sees in each cell, in row-major order.
+struct GatedCells {
+  std::vector<std::uint16_t> amplitudes;  ///< largest absolute value in the window
+  std::vector<std::uint16_t>
+      positions;  ///< index in the A-scan of the first sample of that amplitude; 0 below the threshold
+};
+
+/// Sample indices that a position can tell: an A-scan may be longer, a gate's end may not lie beyond.
+inline constexpr std::uint32_t positionEnd = 65536;
 
 /// Round(width / sample step) samples from sample round((start - sample offset) / sample step), cut to those that there are.
 /// @param start s
 /// @param width s
 [[nodiscard]] GateWindow WindowOf(const CGDataTypeFDD& ascans, double start, double width);
 
-/// The largest absolute value in the window, for each cell in row-major order.
-/// @param samples the group's table, cell by cell, of one of the four sample types
-[[nodiscard]] std::vector<std::uint16_t> GateAmplitudes(const CGDataTypeFDD& ascans,
-                                                        const std::byte* samples,
-                                                        GateWindow window);
+/// The record as its samples count: unrectified unsigned ones are offset by half their range, and become signed.
+[[nodiscard]] CGDataTypeFDD WithSignedSamples(const CGDataTypeFDD& ascans);
+
+/// The amplitude that is 100 %: the larger magnitude of the range of the samples.
+/// @param ascans with signed samples (WithSignedSamples)
+[[nodiscard]] double FullScale(const CGDataTypeFDD& ascans);
+
+/// Gates every A-scan of a data group, its samples corrected for byte order, compression and offset. Shows progress on long work and
+/// throws Interrupted.
+/// @param ascans    with signed samples (WithSignedSamples), of one of the four sample types
+/// @param samples   the group's table, cell by cell, as long as its layout says
+/// @param window    not beyond positionEnd
+/// @param threshold percent of full scale
+/// @param quiet     shows no progress
+[[nodiscard]] GatedCells GateAScans(const CGDataTypeFDD& ascans,
+                                    const std::byte* samples,
+                                    GateWindow window,
+                                    double threshold,
+                                    bool quiet);
 
 }  // namespace utdata::program

@@ -1,117 +1,14 @@
 #include "pictures/plot.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
+
+#include "pictures/scale.h"
 
 namespace utdata::program {
 namespace {
 
-constexpr Color paper = {255, 255, 255};
-constexpr Color ink = {32, 32, 36};
-constexpr Color paleInk = {96, 98, 106};
-constexpr Color pointer = {214, 40, 40};
-
-constexpr int titleSize = 19;
-constexpr int noteSize = 14;
-constexpr int axisSize = 14;
-constexpr int tickSize = 13;
-constexpr int tickLength = 6;
-constexpr int minorTickLength = 3;
-constexpr int gap = 8;      // between things that belong together
-constexpr int margin = 18;  // around everything
 constexpr int barWidth = 18;
 constexpr int lowestBar = 180;
-constexpr int digitHeight = 10;  // of a digit at tickSize
-
-enum class Side { Bottom, Left, Right };
-
-std::string WithUnit(const PlotAxis& axis) {
-  return axis.unit.empty() ? axis.title : axis.title + " (" + axis.unit + ")";
-}
-
-/// One scale beside an area: where a value lies along it, and its ticks and title.
-class Scale {
- public:
-  Scale(const Font& font, Side side, double from, double to) : m_font(font), m_side(side), m_from(from), m_to(to) {}
-
-  /// Round ticks, as many as a side of `length` pixels has room for.
-  void Mark(int length) {
-    const int room = m_side == Side::Bottom ? 90 : 48;
-    m_ticks = RoundTicks(m_from, m_to, std::clamp(length / room + 1, 3, 14));
-  }
-  /// The given ticks, as far as a side of `length` pixels has room: the first of two that are too near each other stays.
-  void Mark(const std::vector<Tick>& ticks, int length) {
-    const Rect area = {0, 0, length, length};
-    for (const Tick& tick : ticks)
-      if (m_ticks.major.empty() ||
-          std::abs(Place(area, tick.value) - Place(area, m_ticks.major.back().value)) > tickSize)
-        m_ticks.major.push_back(tick);
-  }
-
-  /// Pixels that the ticks and their labels take outwards.
-  [[nodiscard]] int Depth() const {
-    if (m_side == Side::Bottom) return tickLength + gap / 2 + tickSize;
-    int widest = 0;
-    for (const Tick& tick : m_ticks.major) widest = std::max(widest, m_font.Width(tick.label, tickSize));
-    return tickLength + gap / 2 + widest;
-  }
-
-  void Draw(Canvas& canvas, const Rect& area) const {
-    for (const double value : m_ticks.minor) DrawMark(canvas, area, Place(area, value), minorTickLength, paleInk);
-    for (const Tick& tick : m_ticks.major) {
-      const int place = Place(area, tick.value);
-      DrawMark(canvas, area, place, tickLength, ink);
-      DrawLabel(canvas, area, place, tick.label);
-    }
-  }
-
-  /// The pixel along the side where a value lies, or the nearest; the first when the side has no extent.
-  [[nodiscard]] int Place(const Rect& area, double value) const {
-    const int start = m_side == Side::Bottom ? area.left : area.top;
-    const int length = m_side == Side::Bottom ? area.width : area.height;
-    const double along = (value - m_from) / (m_to - m_from) * length;
-    return start + (along >= 0 ? static_cast<int>(std::min(along, length - 1.0)) : 0);
-  }
-
- private:
-  void DrawMark(Canvas& canvas, const Rect& area, int place, int length, Color color) const {
-    switch (m_side) {
-      case Side::Bottom:
-        canvas.Fill({place, area.Bottom() + 1, 1, length}, color);
-        break;
-      case Side::Left:
-        canvas.Fill({area.left - 1 - length, place, length, 1}, color);
-        break;
-      case Side::Right:
-        canvas.Fill({area.Right() + 1, place, length, 1}, color);
-        break;
-    }
-  }
-
-  void DrawLabel(Canvas& canvas, const Rect& area, int place, const std::string& label) const {
-    constexpr int away = 1 + tickLength + gap / 2;
-    TextStyle style = {tickSize, ink, Anchor::Middle, false};
-    Point base = {place, area.Bottom() + away + digitHeight};
-    if (m_side != Side::Bottom) {
-      style.anchor = m_side == Side::Left ? Anchor::End : Anchor::Start;
-      base = {m_side == Side::Left ? area.left - away : area.Right() + away, place + digitHeight / 2};
-    }
-    m_font.Draw(canvas, base, label, style);
-  }
-
-  const Font& m_font;
-  Side m_side;
-  double m_from;
-  double m_to;
-  Ticks m_ticks;
-};
-
-Scale AxisScale(const Font& font, Side side, const PlotAxis& axis, int length) {
-  Scale scale(font, side, axis.From(), axis.To());
-  scale.Mark(length);
-  return scale;
-}
 
 /// Everything that is drawn, sized before it is placed.
 class Layout {
@@ -121,13 +18,13 @@ class Layout {
         m_font(font),
         m_image(ImageSize(plot.across, plot.down, plot.sameScale)),
         m_barHeight(std::max(m_image.height, lowestBar)),
-        m_across(AxisScale(font, Side::Bottom, plot.across, m_image.width)),
-        m_down(AxisScale(font, Side::Left, plot.down, m_image.height)),
-        m_percent(font, Side::Right, plot.scale.high, plot.scale.low),
-        m_decibels(font, Side::Left, plot.scale.high, plot.scale.low) {
-    if (plot.downAgain) m_downAgain.emplace(AxisScale(font, Side::Right, *plot.downAgain, m_image.height));
-    m_percent.Mark(m_barHeight);
-    m_decibels.Mark(plot.scale.decibels, m_barHeight);
+        m_across(font, Side::Bottom, plot.across, m_image.width),
+        m_down(font, Side::Left, plot.down, m_image.height),
+        m_values(font, Side::Right, plot.scale.high, plot.scale.low),
+        m_marks(font, Side::Left, plot.scale.high, plot.scale.low) {
+    if (plot.downAgain) m_downAgain.emplace(font, Side::Right, *plot.downAgain, m_image.height);
+    m_values.Mark(m_barHeight);
+    m_marks.Mark(plot.scale.marks, m_barHeight);
     Place();
   }
 
@@ -141,43 +38,30 @@ class Layout {
 
  private:
   void Place() {
-    const int head = titleSize + static_cast<int>(m_plot.notes.size()) * (noteSize + 5);
     m_image.left = margin + axisSize + gap + m_down.Depth();
-    m_image.top = margin + head + 2 * gap;
+    m_image.top = HeadHeight(m_plot.notes.size());
     m_bar = {m_image.Right(), m_image.top, barWidth, m_barHeight};
     if (m_downAgain) m_bar.left += m_downAgain->Depth() + gap + axisSize;
-    m_bar.left += 3 * gap + m_decibels.Depth();
-    m_width = m_bar.Right() + m_percent.Depth() + gap + axisSize + margin;
-    m_width = std::max(m_width, m_image.left + m_font.Width(m_plot.title, titleSize) + margin);
-    for (const std::string& note : m_plot.notes)
-      m_width = std::max(m_width, m_image.left + m_font.Width(note, noteSize) + margin);
+    m_bar.left += 3 * gap + m_marks.Depth();
+    m_width = m_bar.Right() + m_values.Depth() + gap + axisSize + margin;
+    m_width = std::max(m_width, m_image.left + HeadWidth(m_font, m_plot.title, m_plot.notes) + margin);
     m_height = m_image.top + std::max(m_image.height + m_across.Depth() + gap + axisSize, m_barHeight) + margin;
   }
 
   void DrawTexts(Canvas& canvas) const {
-    int baseline = margin + titleSize - 4;
-    m_font.Draw(canvas, {m_image.left, baseline}, m_plot.title, {titleSize, ink, Anchor::Start, false});
-    for (const std::string& note : m_plot.notes) {
-      baseline += noteSize + 5;
-      m_font.Draw(canvas, {m_image.left, baseline}, note, {noteSize, paleInk, Anchor::Start, false});
-    }
+    DrawHead(canvas, m_font, m_image.left, m_plot.title, m_plot.notes);
     const TextStyle axisStyle = {axisSize, ink, Anchor::Middle, false};
     m_font.Draw(canvas,
                 {m_image.left + m_image.width / 2, m_image.Bottom() + m_across.Depth() + gap + axisSize - 2},
-                WithUnit(m_plot.across),
+                m_plot.across.Caption(),
                 axisStyle);
-    DrawUpwards(canvas, m_image.left - m_down.Depth() - gap, m_image, WithUnit(m_plot.down));
+    DrawUpwards(canvas, m_font, m_image.left - m_down.Depth() - gap, m_image, m_plot.down.Caption());
     if (m_downAgain)
-      DrawUpwards(
-          canvas, m_image.Right() + m_downAgain->Depth() + gap + axisSize - 2, m_image, WithUnit(*m_plot.downAgain));
-  }
-
-  /// A turned title beside an area; one that is longer than the area keeps below the head.
-  void DrawUpwards(Canvas& canvas, int baseline, const Rect& area, const std::string& title) const {
-    const int length = m_font.Width(title, axisSize);
-    const int middle =
-        std::clamp(area.top + area.height / 2, area.top + length / 2, std::max(area.top, m_height) - length / 2);
-    m_font.Draw(canvas, {baseline, middle}, title, {axisSize, ink, Anchor::Middle, true});
+      DrawUpwards(canvas,
+                  m_font,
+                  m_image.Right() + m_downAgain->Depth() + gap + axisSize - 2,
+                  m_image,
+                  m_plot.downAgain->Caption());
   }
 
   void DrawImage(Canvas& canvas) const {
@@ -213,14 +97,15 @@ class Layout {
       canvas.Fill({m_bar.left, m_bar.top + y, m_bar.width, 1}, (*m_plot.scale.colors)[static_cast<std::size_t>(code)]);
     }
     canvas.Outline(m_bar, ink);
-    m_percent.Draw(canvas, m_bar);
-    m_decibels.Draw(canvas, m_bar);
+    m_values.Draw(canvas, m_bar);
+    m_marks.Draw(canvas, m_bar);
     const int above = m_bar.top - gap;
-    constexpr int away = 1 + tickLength + gap / 2;
-    m_font.Draw(canvas, {m_bar.Right() + away, above}, "%", {tickSize, paleInk, Anchor::Start, false});
-    if (!m_plot.scale.decibels.empty())
-      m_font.Draw(canvas, {m_bar.left - away, above}, "dB", {tickSize, paleInk, Anchor::End, false});
-    DrawUpwards(canvas, m_bar.Right() + m_percent.Depth() + gap + axisSize - 2, m_bar, "Amplitude, of full scale");
+    const ColorScale& scale = m_plot.scale;
+    m_font.Draw(canvas, {m_bar.Right() + labelDistance, above}, scale.unit, {tickSize, paleInk, Anchor::Start, false});
+    if (!scale.marks.empty())
+      m_font.Draw(
+          canvas, {m_bar.left - labelDistance, above}, scale.marksUnit, {tickSize, paleInk, Anchor::End, false});
+    DrawUpwards(canvas, m_font, m_bar.Right() + m_values.Depth() + gap + axisSize - 2, m_bar, scale.title);
   }
 
   const ImagePlot& m_plot;
@@ -229,8 +114,8 @@ class Layout {
   int m_barHeight;
   Scale m_across;
   Scale m_down;
-  Scale m_percent;
-  Scale m_decibels;
+  Scale m_values;
+  Scale m_marks;
   std::optional<Scale> m_downAgain;
   Rect m_bar;
   int m_width = 0;

@@ -10,30 +10,20 @@
 #include "pictures/color_map.h"
 #include "pictures/font.h"
 #include "pictures/picture.h"
-#include "pictures/ticks.h"
+#include "pictures/scale.h"
 
 namespace utdata::program {
 
-/// Evenly spaced cells along one side of an image, in the unit that is shown.
-struct PlotAxis {
-  std::string title;         ///< "Scan position"
-  std::string unit;          ///< "mm"; empty for plain numbers
-  double first = 0;          ///< value at the middle of the first cell
-  double step = 1;           ///< from one cell to the next; may be negative
-  std::size_t quantity = 1;  ///< cells
-
-  [[nodiscard]] double At(double cell) const { return first + cell * step; }
-  [[nodiscard]] double From() const { return At(-0.5); }                               ///< the first cell's outer edge
-  [[nodiscard]] double To() const { return At(static_cast<double>(quantity) - 0.5); }  ///< the last cell's outer edge
-};
-
-/// What the colours mean: the amplitude at code 0 and at code 255, and how it reads in dB.
+/// What the colours mean: the values at code 0 and at code 255, and how they read in another unit.
 struct ColorScale {
   const ColorMap* colors = nullptr;
-  bool isSigned = false;       ///< zero lies in the middle of the codes
-  double low = 0;              ///< percent of full scale at code 0
-  double high = 100;           ///< percent of full scale at code 255
-  std::vector<Tick> decibels;  ///< marks on the other side of the bar: their place in percent, their text in dB
+  bool isSigned = false;    ///< zero lies in the middle of the codes
+  double low = 0;           ///< value at code 0
+  double high = 100;        ///< value at code 255
+  std::string title;        ///< "Amplitude, of full scale"
+  std::string unit;         ///< "%"
+  std::vector<Tick> marks;  ///< on the other side of the bar: their place as a value, their text in the other unit
+  std::string marksUnit;    ///< "dB"
 };
 
 struct ImagePlot {

@@ -4,8 +4,10 @@
 #include <cmath>
 #include <cstdint>
 
+#include "document/data_group.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/enum.h"
 
 namespace utdata::program {
 namespace {
@@ -21,6 +23,14 @@ vset_groupId PrivateIdentity(const CGDataTypeFDD& group) {
 }
 
 }  // namespace
+
+double ZeroOfSamples(const CGDataTypeFDD& group) {
+  const double minimum = group.dataMinimum;
+  const double maximum = group.dataMaximum;
+  const bool isAScan = enum_IsAscanData(static_cast<gdata_enumDataClass>(PlainClass(group))) != 0;
+  const bool isWave = isAScan && IsUnsigned(group) && group.GetDataRectification() == gdata_RectifNone;
+  return isWave && maximum > minimum ? minimum + (maximum - minimum) / 2 : 0;
+}
 
 std::string ShownAxis::Text(double index) const {
   const std::string number = Number(At(index));
@@ -40,6 +50,7 @@ std::string ShownAxis::Range() const {
 GroupAxes::GroupAxes(Host& host, const CGDataTypeFDD& group)
     : m_volume(*host.GetVolumeSet()),
       m_group(group),
+      m_zero(ZeroOfSamples(group)),
       m_units(m_volume.vol_CreateUnitSet(PrivateIdentity(group), nullptr)) {
   AddScanUnits(kvt_AxisColumn);
   AddScanUnits(kvt_AxisRow);
@@ -67,10 +78,7 @@ void GroupAxes::AddAmplitudeUnits() {
   const double maximum = m_group.dataMaximum;
   double positive = maximum;
   double negative = minimum < 0 ? -minimum : maximum;
-  if (IsUnsigned(m_group) && m_group.GetDataRectification() == gdata_RectifNone && maximum > minimum) {
-    m_zero = minimum + (maximum - minimum) / 2;
-    positive = negative = maximum - m_zero;
-  }
+  if (m_zero != 0) positive = negative = maximum - m_zero;
   m_units->AddAmplitudeSubUnit(1);
   if (!IsPositive(positive) || !IsPositive(negative)) return;
   m_units->AddSubUnit(kvt_AxisAmplitude, unit_Point, 1, 0, 0);
@@ -108,20 +116,36 @@ ShownAxis GroupAxes::Rows() const {
 }
 
 ShownAxis GroupAxes::Samples() const {
-  const CUnit* unit = nullptr;
-  if (m_group.sampleUnits == kvt_UnitSecond) unit = m_units->GetUnit(kvt_AxisSample, unit_Time, unit_Microsecond);
-  if (m_group.sampleUnits == kvt_UnitMetre) unit = m_units->GetUnit(kvt_AxisSample, unit_HalfPath, unit_Millimetre);
-  if (m_group.sampleUnits == kvt_UnitDegree) unit = m_units->GetUnit(kvt_AxisSample, unit_Angle, unit_Degree);
-  return Shown(
-      unit, m_group.sampleOffset * m_basePerSecond, m_group.sampleResolution * m_basePerSecond, m_group.sampleQuantity);
+  return OnUltrasoundAxis(NaturalUnit(), m_group.sampleOffset, m_group.sampleResolution, m_group.sampleQuantity);
 }
 
 std::optional<ShownAxis> GroupAxes::HalfPath() const {
+  return OnHalfPath(m_group.sampleOffset, m_group.sampleResolution, m_group.sampleQuantity);
+}
+
+ShownAxis GroupAxes::Positions() const {
+  return OnUltrasoundAxis(NaturalUnit(), m_group.dataOffset, m_group.dataResolution, 1);
+}
+
+std::optional<ShownAxis> GroupAxes::PositionsOnHalfPath() const {
+  return OnHalfPath(m_group.dataOffset, m_group.dataResolution, 1);
+}
+
+const CUnit* GroupAxes::NaturalUnit() const {
+  if (m_group.sampleUnits == kvt_UnitSecond) return m_units->GetUnit(kvt_AxisSample, unit_Time, unit_Microsecond);
+  if (m_group.sampleUnits == kvt_UnitMetre) return m_units->GetUnit(kvt_AxisSample, unit_HalfPath, unit_Millimetre);
+  if (m_group.sampleUnits == kvt_UnitDegree) return m_units->GetUnit(kvt_AxisSample, unit_Angle, unit_Degree);
+  return nullptr;
+}
+
+ShownAxis GroupAxes::OnUltrasoundAxis(const CUnit* unit, double offset, double step, std::uint32_t quantity) const {
+  return Shown(unit, offset * m_basePerSecond, step * m_basePerSecond, quantity);
+}
+
+std::optional<ShownAxis> GroupAxes::OnHalfPath(double offset, double step, std::uint32_t quantity) const {
   if (m_group.sampleUnits != kvt_UnitSecond || !IsPositive(m_group.soundSpeed)) return std::nullopt;
-  const ShownAxis axis = Shown(m_units->GetUnit(kvt_AxisSample, unit_HalfPath, unit_Millimetre),
-                               m_group.sampleOffset * m_basePerSecond,
-                               m_group.sampleResolution * m_basePerSecond,
-                               m_group.sampleQuantity);
+  const ShownAxis axis =
+      OnUltrasoundAxis(m_units->GetUnit(kvt_AxisSample, unit_HalfPath, unit_Millimetre), offset, step, quantity);
   return axis.symbol.empty() ? std::nullopt : std::optional(axis);
 }
 

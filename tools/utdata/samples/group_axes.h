@@ -26,6 +26,9 @@ struct ShownAxis {
   [[nodiscard]] std::string Range() const;
 };
 
+/// The value that counts as no amplitude: the middle of the range of A-scans with unrectified unsigned samples, 0 of all others.
+[[nodiscard]] double ZeroOfSamples(const CGDataTypeFDD& group);
+
 /// Converts through a unit set of the group's own, which is given back at the end. Host and group must outlive it.
 class GroupAxes {
  public:
@@ -41,16 +44,17 @@ class GroupAxes {
   [[nodiscard]] ShownAxis Samples() const;
   /// The sample axis in millimetres of half sound path; none where it is not one of time, or the sound speed is unknown.
   [[nodiscard]] std::optional<ShownAxis> HalfPath() const;
+  /// The values of a position C-scan along the sample axis: from its data offset in steps of its data resolution.
+  [[nodiscard]] ShownAxis Positions() const;
+  /// The same in millimetres of half sound path.
+  [[nodiscard]] std::optional<ShownAxis> PositionsOnHalfPath() const;
 
   /// Percent of full scale of a sample value, negative below the zero of the samples; NaN for a range that has no extent.
-  /// Unrectified unsigned samples have their zero in the middle of their range, all others at 0.
   [[nodiscard]] double Percent(double value) const;
   /// dB below full scale of an amplitude in percent; minus infinity for 0.
   [[nodiscard]] double Decibels(double percent) const;
   /// Percent of full scale of an amplitude in dB.
   [[nodiscard]] double PercentOfDecibels(double decibels) const;
-  /// The value that counts as no amplitude.
-  [[nodiscard]] double Zero() const { return m_zero; }
   /// "-11.7 dB"
   [[nodiscard]] std::string DecibelText(double percent) const;
   /// "26.1 %"
@@ -64,12 +68,15 @@ class GroupAxes {
   void AddAmplitudeUnits();
   [[nodiscard]] ShownAxis Shown(const CUnit* unit, double base, double baseStep, std::uint32_t quantity) const;
   [[nodiscard]] const CUnit* ScanUnit(kvt_enumAxis axis, kvt_enumUnits units) const;
+  [[nodiscard]] const CUnit* NaturalUnit() const;
+  [[nodiscard]] ShownAxis OnUltrasoundAxis(const CUnit* unit, double offset, double step, std::uint32_t quantity) const;
+  [[nodiscard]] std::optional<ShownAxis> OnHalfPath(double offset, double step, std::uint32_t quantity) const;
 
   CVolumeSet& m_volume;
   const CGDataTypeFDD& m_group;
+  double m_zero;
   CUnitSet* m_units;
   double m_basePerSecond = 1;  ///< half path in metres of one second of flight; 1 where the sound speed is unknown
-  double m_zero = 0;
 };
 
 }  // namespace utdata::program

@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "document/data_group.h"
+#include "samples/group_axes.h"
 #include "terminal/failure.h"
 #include "terminal/progress.h"
 
@@ -22,7 +23,7 @@ std::uint32_t SizeOfType(kvt_enumDataType type) {
 }
 
 const CGDataTypeFDD& WithSamples(const CGDataTypeFDD& group, const std::string& name) {
-  if (group.columnQuantity == 0 || group.rowQuantity == 0 || group.sampleQuantity == 0)
+  if (group.columnQuantity == 0 || group.rowQuantity == 0 || SamplesPerCell(group) == 0)
     throw Failure(name, cannotBeDrawn, "the data group is empty");
   if (!group.samples.group || group.samples.size == 0)
     throw Failure(name, cannotBeDrawn, "the data group has no samples");
@@ -31,9 +32,27 @@ const CGDataTypeFDD& WithSamples(const CGDataTypeFDD& group, const std::string& 
 
 /// A raw sample as the look-up table understands it, as a number.
 template <class Sample>
-double Corrected(Sample raw, lut_enumConversion conversion) {
-  const std::int32_t value = CLookUpTable::CorrectAmplitudeData(static_cast<std::int32_t>(raw), conversion);
-  return static_cast<Sample>(value & std::numeric_limits<std::make_unsigned_t<Sample>>::max());
+std::int32_t Corrected(std::size_t raw, lut_enumConversion conversion) {
+  using Raw = std::make_unsigned_t<Sample>;
+  const auto sample = static_cast<Sample>(static_cast<Raw>(raw));
+  const std::int32_t value = CLookUpTable::CorrectAmplitudeData(std::int32_t{sample}, conversion);
+  return static_cast<Sample>(value & std::numeric_limits<Raw>::max());
+}
+
+using Correction = std::int32_t (*)(std::size_t, lut_enumConversion);
+
+Correction CorrectionOf(kvt_enumDataType type) {
+  switch (type) {
+    case kvt_Int8:
+      return Corrected<std::int8_t>;
+    case kvt_UInt8:
+      return Corrected<std::uint8_t>;
+    case kvt_Int16:
+      return Corrected<std::int16_t>;
+    case kvt_UInt16:
+      break;
+  }
+  return Corrected<std::uint16_t>;
 }
 
 }  // namespace
@@ -41,95 +60,90 @@ double Corrected(Sample raw, lut_enumConversion conversion) {
 GroupSamples::GroupSamples(Host& host, const CGDataTypeFDD& group, const std::string& name)
     : m_host(host),
       m_samples(WithSamples(group, name)),
+      m_cells(group, {m_samples.Data(), m_samples.Size()}, name),
       m_descriptor(new CRDataTypeDD(&group, nullptr, nullptr)),
-      m_table(nullptr) {
-  CheckLayout(name);
+      m_table(nullptr),
+      m_canAmplify(false) {
+  CheckKind(name);
   m_descriptor->SetSampleAxisScale(1);
   m_descriptor->SetDiskTable(m_samples.Bytes(), true);
   m_table = m_descriptor->GetLookUpTable(&host);
+  FillValues(group);
 }
 
 GroupSamples::~GroupSamples() { m_host.GetTableFactory()->ReleaseLUT(m_table); }
 
-void GroupSamples::CheckLayout(const std::string& name) const {
+void GroupSamples::CheckKind(const std::string& name) const {
   const std::uint32_t size = SizeOfType(m_descriptor->GetDataType());
   if (size == 0 || size != m_descriptor->GetSampleSize())
     throw Failure(name, cannotBeDrawn, "samples of " + SampleTypeName(*m_descriptor) + " have no display codes");
-  std::uint64_t needed = 0;
-  if (!m_descriptor->LayoutSize(needed)) throw Failure(name, cannotBeDrawn, "its samples are not stored cell by cell");
-  if (needed > m_samples.Size())
-    throw Failure(name,
-                  cannotBeDrawn,
-                  "its layout needs " + std::to_string(needed) + " bytes, and its samples have " +
-                      std::to_string(m_samples.Size()));
   const double range = m_descriptor->GetDataMax() - m_descriptor->GetDataMin();
   if (!std::isfinite(range) || range <= 0) throw Failure(name, cannotBeDrawn, "the range of its values has no extent");
 }
 
-std::uint64_t GroupSamples::Cells() const {
-  return std::uint64_t{m_descriptor->GetColQty()} * m_descriptor->GetRowQty();
-}
-
-StrongestSample GroupSamples::FindStrongest(std::uint64_t first, std::uint64_t count, double zero, bool quiet) const {
-  switch (m_descriptor->GetDataType()) {
-    case kvt_Int8:
-      return Search<std::int8_t>(first, count, zero, quiet);
-    case kvt_UInt8:
-      return Search<std::uint8_t>(first, count, zero, quiet);
-    case kvt_Int16:
-      return Search<std::int16_t>(first, count, zero, quiet);
-    case kvt_UInt16:
-      return Search<std::uint16_t>(first, count, zero, quiet);
-  }
-  return {};
-}
-
-/// Amplitudes come from a table over all raw samples, so that a correction costs nothing.
-template <class Sample>
-StrongestSample GroupSamples::Search(std::uint64_t first, std::uint64_t count, double zero, bool quiet) const {
-  using Index = std::make_unsigned_t<Sample>;
+/// Tables over all raw samples, so that a correction costs nothing.
+void GroupSamples::FillValues(const CGDataTypeFDD& group) {
   const lut_enumConversion conversion = CLookUpTable::GetConversionStyle(m_descriptor.get());
-  std::vector<std::uint32_t> amplitudes(std::size_t{std::numeric_limits<Index>::max()} + 1);
-  for (std::size_t raw = 0; raw < amplitudes.size(); ++raw) {
-    const double twice = 2 * std::abs(Corrected(static_cast<Sample>(static_cast<Index>(raw)), conversion) - zero);
-    amplitudes[raw] =
-        static_cast<std::uint32_t>(std::clamp(twice, 0.0, 1e9));  // doubled: a zero may lie between two values
+  const Correction correct = CorrectionOf(m_descriptor->GetDataType());
+  const double zero = ZeroOfSamples(group);
+  const bool tableIsCentred = group.GetDataType() == kvt_UInt16 && group.GetDataRectification() == gdata_RectifNone;
+  m_canAmplify = IsWide() && tableIsCentred == (zero != 0);
+  m_values.resize(IsWide() ? 0x10000 : 0x100);
+  m_amplitudes.resize(m_values.size());
+  for (std::size_t raw = 0; raw < m_values.size(); ++raw) {
+    m_values[raw] = correct(raw, conversion);
+    const double twice = 2 * std::abs(m_values[raw] - zero);  // doubled: a zero may lie between two values
+    m_amplitudes[raw] = static_cast<std::uint32_t>(std::clamp(twice, 0.0, 1e9));
   }
-  const std::uint32_t vector = m_descriptor->GetSampleQty();
-  const auto* samples = reinterpret_cast<const Index*>(m_samples.Data());
-  Progress progress("looking for the strongest echo", quiet);
-  StrongestSample strongest = {first, 0, 0};
-  std::uint32_t largest = 0;
-  for (std::uint64_t cell = first; cell < first + count; ++cell) {
-    const Index* begin = samples + cell * vector;
-    const Index* found =
-        std::max_element(begin, begin + vector, [&](Index a, Index b) { return amplitudes[a] < amplitudes[b]; });
-    if (amplitudes[*found] > largest || cell == first) {
-      largest = amplitudes[*found];
-      strongest = {cell, static_cast<std::uint32_t>(found - begin), Corrected(static_cast<Sample>(*found), conversion)};
-    }
-    if (cell % 1024 == 0) progress.At((cell - first) * vector * sizeof(Sample), count * vector * sizeof(Sample));
-  }
-  return strongest;
+  m_silent =
+      static_cast<std::uint16_t>(std::min_element(m_amplitudes.begin(), m_amplitudes.end()) - m_amplitudes.begin());
 }
 
-std::vector<std::uint8_t> GroupSamples::Codes(std::uint64_t first, std::uint64_t count, std::uint32_t gain) {
-  if (CanAmplify()) m_table->RemapLUT(m_descriptor.get(), gain);
-  const std::uint64_t vector = m_descriptor->GetSampleQty();
-  std::vector<std::uint8_t> codes(count * vector);
+Peaks GroupSamples::FindPeaks(const CellRange& cells, bool quiet) const {
+  return IsWide() ? Search<std::uint16_t>(cells, quiet) : Search<std::uint8_t>(cells, quiet);
+}
+
+template <class Raw>
+Peaks GroupSamples::Search(const CellRange& cells, bool quiet) const {
+  const std::uint32_t vector = m_cells.SamplesPerCell();
+  const std::uint64_t cellBytes = vector * sizeof(Raw);
+  const auto silent = static_cast<Raw>(m_silent);
+  const auto isWeaker = [this](Raw a, Raw b) { return m_amplitudes[a] < m_amplitudes[b]; };
+  Progress progress("looking for the strongest echo", quiet);
+  Peaks peaks = {std::vector<std::uint16_t>(cells.count), {cells.first, 0, 0}};
+  bool isFirst = true;
+  std::uint32_t largest = 0;
+  for (std::uint64_t index = 0; index < cells.count; ++index) {
+    const auto* begin = reinterpret_cast<const Raw*>(m_cells.Cell(cells.At(index)));
+    const Raw* found = begin ? std::max_element(begin, begin + vector, isWeaker) : &silent;
+    peaks.raw[index] = *found;
+    if (m_amplitudes[*found] > largest || isFirst) {
+      largest = m_amplitudes[*found];
+      const auto sample = begin ? static_cast<std::uint32_t>(found - begin) : 0;
+      peaks.strongest = {cells.At(index), sample, static_cast<double>(m_values[*found])};
+      isFirst = false;
+    }
+    if (index % 1024 == 0) progress.At(index * cellBytes, cells.count * cellBytes);
+  }
+  return peaks;
+}
+
+std::vector<std::uint8_t> GroupSamples::Codes(const CellRange& cells, std::uint32_t gain) {
+  if (IsWide()) m_table->RemapLUT(m_descriptor.get(), gain);
+  std::vector<std::uint8_t> codes(cells.count * m_cells.SamplesPerCell());
   bool converted = false;
   switch (m_descriptor->GetDataType()) {
     case kvt_Int8:
-      converted = Convert<char>(first * vector, codes);
+      converted = Convert<char>(cells, codes);
       break;
     case kvt_UInt8:
-      converted = Convert<unsigned char>(first * vector, codes);
+      converted = Convert<unsigned char>(cells, codes);
       break;
     case kvt_Int16:
-      converted = Convert<short>(first * vector, codes);
+      converted = Convert<short>(cells, codes);
       break;
     case kvt_UInt16:
-      converted = Convert<unsigned short>(first * vector, codes);
+      converted = Convert<unsigned short>(cells, codes);
       break;
   }
   if (!converted) throw Failure("look-up table", cannotBeDrawn, "it does not fit the samples");
@@ -137,9 +151,38 @@ std::vector<std::uint8_t> GroupSamples::Codes(std::uint64_t first, std::uint64_t
 }
 
 template <class Sample>
-bool GroupSamples::Convert(std::uint64_t firstSample, std::vector<std::uint8_t>& codes) const {
-  const auto* samples = reinterpret_cast<const Sample*>(m_samples.Data()) + firstSample;
-  return m_table->ConvertBlock(samples, codes.size(), codes.data());
+bool GroupSamples::Convert(const CellRange& cells, std::vector<std::uint8_t>& codes) const {
+  const std::size_t vector = m_cells.SamplesPerCell();
+  const std::vector<Sample> silence(vector, static_cast<Sample>(m_silent));
+  bool converted = true;
+  for (std::uint64_t index = 0; index < cells.count && converted; ++index) {
+    const auto* samples = reinterpret_cast<const Sample*>(m_cells.Cell(cells.At(index)));
+    converted = m_table->ConvertBlock(samples ? samples : silence.data(), vector, codes.data() + index * vector);
+  }
+  return converted;
+}
+
+std::vector<std::uint8_t> GroupSamples::CodesOf(std::span<const std::uint16_t> raw, std::uint32_t gain) {
+  if (IsWide()) m_table->RemapLUT(m_descriptor.get(), gain);
+  std::vector<std::uint8_t> codes(raw.size());
+  std::transform(raw.begin(), raw.end(), codes.begin(), [this](std::uint16_t sample) {
+    return m_table->Convert(static_cast<unsigned int>(sample));
+  });
+  return codes;
+}
+
+std::vector<std::int32_t> GroupSamples::Values(std::uint64_t cell) const {
+  const std::byte* samples = m_cells.Cell(cell);
+  std::vector<std::int32_t> values(m_cells.SamplesPerCell(), m_values[m_silent]);
+  for (std::size_t index = 0; samples && index < values.size(); ++index) {
+    std::uint16_t raw = 0;
+    if (IsWide())
+      std::memcpy(&raw, samples + 2 * index, sizeof raw);
+    else
+      raw = static_cast<std::uint8_t>(samples[index]);
+    values[index] = m_values[raw];
+  }
+  return values;
 }
 
 }  // namespace utdata::program

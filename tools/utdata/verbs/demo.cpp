@@ -12,7 +12,7 @@
 #include "interfaces/os.h"
 #include "listing/info.h"
 #include "listing/verify.h"
-#include "pictures/bscan.h"
+#include "pictures/section.h"
 #include "terminal/failure.h"
 #include "terminal/interrupt.h"
 #include "terminal/new_file.h"
@@ -97,21 +97,18 @@ void WriteInspection(const std::string& path, bool replace, Steps& steps) {
 }
 
 /// @return the gate as it was changed
-CGGateTypeDescr WriteChanges(const DemoPaths& paths, Steps& steps) {
+CGGateTypeDescr WriteGated(const DemoPaths& paths, Steps& steps, bool quiet) {
   Document loaded = Document::Load(paths.inspection);
   steps.Done("load", paths.inspection);
-  Document changes = Document::New(paths.companion);
-  std::vector<std::uint16_t> amplitudes;
-  FillChanges(changes, loaded, amplitudes);
-  const CGGateTypeDescr gate = *changes.Groups().gates.GetHead();
-  const std::uint16_t peak = *std::max_element(amplitudes.begin(), amplitudes.end());
+  GatedInspection gated = RefineFlawGate(loaded, quiet);
+  const GatedGroup& seen = gated.groups.front();
   steps.Done("gate",
-             "gate " + std::to_string(gate.gateId) + " now at " + Percent(gate.positiveLevel) + " from " +
-                 Microseconds(gate.start) + "; its strongest echo has " +
-                 Percent(std::round(100.0 * peak / simulatedFullScale)));
-  const std::string written = loaded.WriteCompanion(changes.Groups());
-  steps.Done("write", written + ": the changed gate and a C-scan of it, beside the untouched file");
-  return gate;
+             "gate " + std::to_string(gated.gate.gateId) + " now at " + Percent(gated.gate.positiveLevel) + " from " +
+                 Microseconds(gated.gate.start) + "; its strongest echo has " +
+                 Percent(std::round(PercentOf(seen, StrongestCell(seen)))));
+  const std::string written = loaded.WriteCompanion(gated.changes.Groups());
+  steps.Done("write", written + ": the changed gate and C-scans of it, beside the untouched file");
+  return gated.gate;
 }
 
 /// Loads everything back and holds it against what was written.
@@ -120,9 +117,9 @@ void CheckReloaded(const DemoPaths& paths, const CGGateTypeDescr& changed, Steps
   const auto& gates = document.Groups().gates;
   const bool gateHolds =
       std::any_of(gates.begin(), gates.end(), [&](const CGGateTypeDescr* gate) { return *gate == changed; });
-  if (!gateHolds || document.Groups().data.GetCount() != 2 || document.Files().size() != 2)
+  if (!gateHolds || document.Groups().data.GetCount() != 3 || document.Files().size() != 2)
     throw Failure(paths.inspection, "does not load as it was written", "the companion's changes are missing");
-  steps.Done("reload", paths.inspection + " with its companion: the change is applied, the C-scan is there");
+  steps.Done("reload", paths.inspection + " with its companion: the change is applied, the C-scans are there");
   if (!quiet) PrintResult("\n" + InfoText(document, {}) + "\n");
 }
 
@@ -130,12 +127,12 @@ void CheckReloaded(const DemoPaths& paths, const CGGateTypeDescr& changed, Steps
 void DrawCrack(const DemoPaths& paths, const DemoOptions& options, Steps& steps) {
   const WeldScan scan;
   const Document document = Document::Load(paths.inspection);
-  BScanOptions view;
-  view.row = static_cast<std::uint32_t>(std::lround(scan.crack.centre / scan.rowStep));
+  SectionOptions view;
+  view.position = static_cast<std::uint32_t>(std::lround(scan.crack.centre / scan.rowStep));
   view.gain = 3;
   view.samples = SampleAxis::Path;
   view.quiet = options.quiet;
-  BScan crack = MakeBScan(document.GetHost(), *document.Groups().data.GetHead(), paths.inspection, view);
+  Section crack = MakeSection(document.GetHost(), *document.Groups().data.GetHead(), paths.inspection, view);
   const double depth = scan.thickness - scan.crack.height;
   const std::string tip = "tip at " + Millimetres(scan.crack.x) + ", " + Millimetres(depth) + " deep";
   // The strongest echo is the surface's, which nobody looks for here.
@@ -153,7 +150,7 @@ void Demo(const DemoOptions& options) {
   Steps steps(options.quiet);
   const DemoPaths paths = Prepare(options);
   WriteInspection(paths.inspection, options.force, steps);
-  const CGGateTypeDescr gate = WriteChanges(paths, steps);
+  const CGGateTypeDescr gate = WriteGated(paths, steps, options.quiet);
   CheckReloaded(paths, gate, steps, options.quiet);
   DrawCrack(paths, options, steps);
   for (const std::string& path : {paths.inspection, paths.companion}) {

@@ -14,6 +14,7 @@
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
 #include "terminal/text.h"
+#include "verbs/options.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -43,9 +44,7 @@ struct EditOptions {
   std::string file;
   std::string group;
   std::vector<std::string> words;
-  std::string as = "append";
-  std::string output;
-  bool force = false;
+  ChangeOutput output;
   bool json = false;
   bool quiet = false;
 };
@@ -184,13 +183,7 @@ std::string ChangeText(const RecordField<Record>& field, const Record& before, c
 std::string Write(Document& document, const EditOptions& options) {
   const auto changes = std::make_unique<CFContTypeFileDescr>();
   GatherModified(document.GetHost(), *changes);
-  std::string written = options.output;
-  if (options.as == "append")
-    written = document.Append(*changes);
-  else if (options.as == "companion")
-    written = document.WriteCompanion(*changes);
-  else
-    document.WriteCopy(*changes, options.output, options.force);
+  std::string written = WriteChanges(document, *changes, options.output);
   ClearModified(document.GetHost());
   return written;
 }
@@ -221,7 +214,7 @@ void EditOne(const EditOptions& options) {
   const bool needsSelector = !EditIds(typename Items::Record{}).empty();
   const EditWords words = SplitWords(options.words, needsSelector);
   const InterruptScope interrupts;
-  if (options.as == "new") CheckNewPath(options.output, options.force);
+  if (options.output.IsNewFile()) CheckNewPath(options.output.path, options.output.force);
   Document document = Document::Load(options.file);
   const auto items = Items::List(document.GetHost(), fset_All);
   typename Items::Item& item = *items[Select<Items>(items, options, words.selector)];
@@ -232,7 +225,7 @@ void EditOne(const EditOptions& options) {
   }
   const typename Items::Record after = Changed(before, words);
   if (after == before) return Report(options, before, after, "");
-  if (std::is_same_v<Items, InfoItems> && options.as != "new")
+  if (std::is_same_v<Items, InfoItems> && !options.output.IsNewFile())
     throw Failure(options.file,
                   "its general information cannot be edited in place",
                   "it is part of a whole file only",
@@ -273,18 +266,12 @@ void AddEditVerb(CLI::App& program) {
       ->check(CLI::IsMember(names).description(""))
       ->type_name("");
   verb.add_option("SELECTOR KEY=VALUE", options->words, "Which one, and its new values")->type_name("");
-  CLI::Option* output = verb.add_option("-o,--output", options->output, "Inspection file to make, with --as new");
-  verb.add_option("--as", options->as, "Where the change goes: append, companion, or new with -o")
-      ->check(CLI::IsMember({"append", "companion", "new"}).description(""))
-      ->capture_default_str()
-      ->type_name("append|companion|new");
-  verb.add_flag("--force", options->force, "Replace an existing file, with --as new");
+  AddChangeOutput(verb, options->output);
   verb.add_flag("--json", options->json, "Print the result as JSON, quantities in base units");
   verb.add_flag("--quiet", options->quiet, "Print no result");
   verb.footer(explanation + keys + example);
-  verb.callback([options, output] {
-    if ((options->as == "new") != (output->count() > 0))
-      throw WrongUsage("--as new", "goes with -o OUT, and no other way does");
+  verb.callback([options] {
+    CheckChangeOutput(options->output);
     const auto* group = std::find_if(std::begin(editGroups), std::end(editGroups), [&](const EditGroup& known) {
       return options->group == known.name;
     });

@@ -2,6 +2,7 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +19,7 @@
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "verbs/options.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -45,58 +47,16 @@ struct QuantityOption {
   double maximum;
   bool hasNominal;  ///< its preset is a nominal value that the user is told of
 };
-constexpr std::array quantityOptions = {
-    QuantityOption{"--column-step",
-                   &CGDataTypeFDD::columnResolution,
-                   1e3,
-                   "mm",
-                   "Distance between columns",
-                   1e-6,
-                   1e6,
-                   true},
-    QuantityOption{"--row-step", &CGDataTypeFDD::rowResolution, 1e3, "mm", "Distance between rows", 1e-6, 1e6, true},
-    QuantityOption{"--sample-step",
-                   &CGDataTypeFDD::sampleResolution,
-                   1e9,
-                   "ns",
-                   "Two-way time between samples",
-                   1e-3,
-                   1e9,
-                   true},
-    QuantityOption{"--column-offset",
-                   &CGDataTypeFDD::columnOffset,
-                   1e3,
-                   "mm",
-                   "Position of the first column",
-                   -1e6,
-                   1e6,
-                   false},
-    QuantityOption{"--row-offset", &CGDataTypeFDD::rowOffset, 1e3, "mm", "Position of the first row", -1e6, 1e6, false},
-    QuantityOption{"--sample-offset",
-                   &CGDataTypeFDD::sampleOffset,
-                   1e9,
-                   "ns",
-                   "Time of the first sample",
-                   -1e9,
-                   1e9,
-                   false},
-    QuantityOption{"--sound-speed", &CGDataTypeFDD::soundSpeed, 1, "m/s", "Sound speed in the part", 1, 1e5, true},
-    QuantityOption{"--probe-angle",
-                   &CGDataTypeFDD::probeAngle,
-                   1,
-                   "degrees",
-                   "Refracted angle in the part",
-                   -90,
-                   90,
-                   false},
-    QuantityOption{"--thickness",
-                   &CGDataTypeFDD::partThickness,
-                   1e3,
-                   "mm",
-                   "Thickness of the part, 0 unknown",
-                   0,
-                   1e6,
-                   false},
+constexpr QuantityOption quantityOptions[] = {
+    {"--column-step", &CGDataTypeFDD::columnResolution, 1e3, "mm", "Distance between columns", 1e-6, 1e6, true},
+    {"--row-step", &CGDataTypeFDD::rowResolution, 1e3, "mm", "Distance between rows", 1e-6, 1e6, true},
+    {"--sample-step", &CGDataTypeFDD::sampleResolution, 1e9, "ns", "Two-way time between samples", 1e-3, 1e9, true},
+    {"--column-offset", &CGDataTypeFDD::columnOffset, 1e3, "mm", "Position of the first column", -1e6, 1e6, false},
+    {"--row-offset", &CGDataTypeFDD::rowOffset, 1e3, "mm", "Position of the first row", -1e6, 1e6, false},
+    {"--sample-offset", &CGDataTypeFDD::sampleOffset, 1e9, "ns", "Time of the first sample", -1e9, 1e9, false},
+    {"--sound-speed", &CGDataTypeFDD::soundSpeed, 1, "m/s", "Sound speed in the part", 1, 1e5, true},
+    {"--probe-angle", &CGDataTypeFDD::probeAngle, 1, "degrees", "Refracted angle in the part", -90, 90, false},
+    {"--thickness", &CGDataTypeFDD::partThickness, 1e3, "mm", "Thickness of the part, 0 unknown", 0, 1e6, false},
 };
 
 struct ImportOptions {
@@ -107,7 +67,7 @@ struct ImportOptions {
   std::string dtype;
   bool bigEndian = false;
   bool rectified = false;
-  std::array<std::optional<double>, quantityOptions.size()> quantities;  ///< as given, in the units of the options
+  std::array<std::optional<double>, std::size(quantityOptions)> quantities;  ///< as given, in the units of the options
   std::string channelName;
   InspectionTexts texts;
   bool force = false;
@@ -196,7 +156,7 @@ std::vector<ArrayAxis> ChooseAxes(const ImportOptions& options,
 /// Puts the quantities given on the command line into the record; tells which ones are nominal unless a description came with the array.
 std::string SetQuantities(const ImportOptions& options, bool isDescribed, CGDataTypeFDD& record) {
   std::string nominal;
-  for (std::size_t index = 0; index < quantityOptions.size(); ++index) {
+  for (std::size_t index = 0; index < std::size(quantityOptions); ++index) {
     const QuantityOption& option = quantityOptions[index];
     float& field = record.*option.field;
     if (options.quantities[index]) {
@@ -230,14 +190,12 @@ void Report(const ImportOptions& options, const Document& document) {
 void Import(ImportOptions options, const CLI::App& verb) {
   const ArrayName name(options.array);
   CheckHeaderOptions(verb, name.format);
-  if (!options.shape.empty()) static_cast<void>(ParseShape(options.shape));
-  if (!options.axes.empty()) static_cast<void>(ParseAxes(options.axes));
-  CheckNewPath(options.output, options.force);
   const InterruptScope interrupts;
   const ForeignArray array = Describe(options, name);
   CGDataTypeFDD record = NominalRecord(*array.type);
   const std::vector<ArrayAxis> described = ReadDescription(array, record);
   const std::vector<ArrayAxis> axes = ChooseAxes(options, array, described);
+  CheckNewPath(options.output, options.force);
   const ArrayLayout layout = LayoutOf(array, axes, options.array);
   SetLayout(record, layout, *array.type, std::find(axes.begin(), axes.end(), ArrayAxis::Sample) != axes.end());
   options.texts.nominal = SetQuantities(options, !described.empty(), record);
@@ -252,16 +210,6 @@ void Import(ImportOptions options, const CLI::App& verb) {
   AddScan(document, record, samples.get(), options.texts);
   document.WriteNew(options.force);
   Report(options, document);
-}
-
-CLI::Validator Within(double minimum, double maximum) {
-  const std::string range = Number(minimum) + " to " + Number(maximum);
-  return {[=](const std::string& text) {
-            double value = 0;
-            const bool valid = CLI::detail::lexical_cast(text, value) && value >= minimum && value <= maximum;
-            return valid ? std::string() : "'" + text + "' is not a number from " + range;
-          },
-          ""};
 }
 
 void AddArrayOptions(CLI::App& verb, ImportOptions& options) {
@@ -285,7 +233,7 @@ void AddArrayOptions(CLI::App& verb, ImportOptions& options) {
 
 void AddQuantityOptions(CLI::App& verb, ImportOptions& options) {
   const CGDataTypeFDD nominal = NominalRecord(*FindSampleType("u8"));
-  for (std::size_t index = 0; index < quantityOptions.size(); ++index) {
+  for (std::size_t index = 0; index < std::size(quantityOptions); ++index) {
     const QuantityOption& option = quantityOptions[index];
     verb.add_option(option.name, options.quantities[index], option.what)
         ->default_str(Number(nominal.*option.field * option.perBase))

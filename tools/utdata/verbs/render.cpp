@@ -1,12 +1,16 @@
 #include <algorithm>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "document/data_group.h"
 #include "document/document.h"
 #include "listing/selector.h"
-#include "pictures/bscan.h"
+#include "pictures/ascan.h"
+#include "pictures/cscan.h"
+#include "pictures/section.h"
 #include "terminal/failure.h"
 #include "terminal/interrupt.h"
 #include "terminal/new_file.h"
@@ -22,28 +26,31 @@ constexpr const char* example =
     "class=1,channel=0. The soft gain that is not given is as much as the strongest echo of the picture allows.\n"
     "\n"
     "Example:\n"
-    "  utdata demo --force && utdata render utdata-demo/weld.fpd --data 0 --view b -o bscan.png\n";
+    "  utdata demo --force && utdata render utdata-demo/weld.fpd --data 0 --view b -o bscan.png\n"
+    "  utdata render utdata-demo/weld.fpd --data 0 --view a --row 5 --column 132 -o ascan.png\n";
 
 struct RenderOptions {
   std::string file;
   std::string selector;
   std::string view;
   std::string output;
-  std::uint32_t row = 0;
-  std::uint32_t gain = 0;
+  std::optional<std::uint32_t> row;
+  std::optional<std::uint32_t> column;
+  std::optional<std::uint32_t> gain;
   std::string samples = "time";
-  bool rowGiven = false;
-  bool gainGiven = false;
+  bool samplesGiven = false;
   bool force = false;
   bool quiet = false;
   bool json = false;
+
+  [[nodiscard]] SampleAxis Samples() const { return samples == "path" ? SampleAxis::Path : SampleAxis::Time; }
 };
 
 /// A picture that has been drawn, and what there is to say about it.
 struct Rendering {
   PlotPicture picture;
   std::string title;
-  std::string note;
+  std::vector<std::string> notes;
   nlohmann::ordered_json facts;
 };
 
@@ -51,38 +58,105 @@ nlohmann::ordered_json AxisFacts(const PlotAxis& axis) {
   return {{"unit", axis.unit}, {"first", axis.first}, {"step", axis.step}, {"quantity", axis.quantity}};
 }
 
-Rendering RenderBScan(Host& host, const CGDataTypeFDD& group, const std::string& name, const RenderOptions& options) {
-  BScanOptions wanted;
-  if (options.rowGiven) wanted.row = options.row;
-  if (options.gainGiven) wanted.gain = options.gain;
-  wanted.samples = options.samples == "path" ? SampleAxis::Path : SampleAxis::Time;
-  wanted.quiet = options.quiet;
-  const BScan scan = MakeBScan(host, group, name, wanted);
-  const std::string note = scan.plot.notes.front();
-  nlohmann::ordered_json facts = {
-      {"row", scan.row},
-      {"strongest", {{"column", scan.column}, {"sample", scan.sample}, {"percent", scan.percent}}},
-      {"gain", scan.gain},
-      {"across", AxisFacts(scan.plot.across)},
-      {"down", AxisFacts(scan.plot.down)}};
-  return {Draw(scan.plot, Font()), scan.plot.title, note, std::move(facts)};
+Rendering RenderAScan(Host& host, const CGDataTypeFDD& group, const std::string& name, const RenderOptions& options) {
+  const AScan scan =
+      MakeAScan(host, group, name, {options.row, options.column, options.gain, options.Samples(), options.quiet});
+  nlohmann::ordered_json gates = nlohmann::ordered_json::array();
+  for (const GateBar& gate : scan.plot.gates)
+    gates.push_back({{"name", gate.label}, {"from", gate.from}, {"to", gate.to}, {"level", gate.level}});
+  nlohmann::ordered_json facts = {{"row", scan.row},
+                                  {"column", scan.column},
+                                  {"strongest", {{"sample", scan.sample}, {"percent", scan.percent}}},
+                                  {"gain", scan.gain},
+                                  {"across", AxisFacts(scan.plot.across)},
+                                  {"values", {{"unit", "%"}, {"low", scan.plot.low}, {"high", scan.plot.high}}},
+                                  {"gates", std::move(gates)}};
+  return {Draw(scan.plot, Font()), scan.plot.title, scan.plot.notes, std::move(facts)};
 }
 
-/// A view of the command line, the data classes that have it, and what draws it.
+Rendering RenderSection(Host& host,
+                        const CGDataTypeFDD& group,
+                        const std::string& name,
+                        const RenderOptions& options,
+                        Cut cut) {
+  const bool alongRow = cut == Cut::AlongRow;
+  const Section section =
+      MakeSection(host,
+                  group,
+                  name,
+                  {cut, alongRow ? options.row : options.column, options.gain, options.Samples(), options.quiet});
+  nlohmann::ordered_json facts;
+  facts[alongRow ? "row" : "column"] = alongRow ? section.row : section.column;
+  facts["strongest"] = {{alongRow ? "column" : "row", alongRow ? section.column : section.row},
+                        {"sample", section.sample},
+                        {"percent", section.percent}};
+  facts["gain"] = section.gain;
+  facts["across"] = AxisFacts(section.plot.across);
+  facts["down"] = AxisFacts(section.plot.down);
+  return {Draw(section.plot, Font()), section.plot.title, section.plot.notes, std::move(facts)};
+}
+
+Rendering RenderBScan(Host& host, const CGDataTypeFDD& group, const std::string& name, const RenderOptions& options) {
+  return RenderSection(host, group, name, options, Cut::AlongRow);
+}
+
+Rendering RenderDScan(Host& host, const CGDataTypeFDD& group, const std::string& name, const RenderOptions& options) {
+  return RenderSection(host, group, name, options, Cut::AlongColumn);
+}
+
+Rendering RenderCScan(Host& host, const CGDataTypeFDD& group, const std::string& name, const RenderOptions& options) {
+  const CScan scan = MakeCScan(host, group, name, {options.gain, options.quiet});
+  const ColorScale& scale = scan.plot.scale;
+  const bool hasPositions = PlainClass(group) == gdata_CScanPosition;
+  nlohmann::ordered_json cell = {{"row", scan.row}, {"column", scan.column}};
+  if (PlainClass(group) == gdata_AScan) cell["sample"] = scan.sample;
+  cell[hasPositions ? "position" : "percent"] = scan.value;
+  nlohmann::ordered_json facts = {{hasPositions ? "farthest" : "strongest", std::move(cell)},
+                                  {"gain", scan.gain},
+                                  {"across", AxisFacts(scan.plot.across)},
+                                  {"down", AxisFacts(scan.plot.down)},
+                                  {"values", {{"unit", scale.unit}, {"low", scale.low}, {"high", scale.high}}}};
+  return {Draw(scan.plot, Font()), scan.plot.title, scan.plot.notes, std::move(facts)};
+}
+
+bool IsAScan(std::uint32_t plainClass) { return plainClass == gdata_AScan; }
+bool HasCScan(std::uint32_t plainClass) {
+  return IsAScan(plainClass) || plainClass == gdata_CScanAmplitude || plainClass == gdata_CScanPosition;
+}
+
+/// A view of the command line, the data classes and options that it has, and what draws it.
 struct View {
   const char* name;
   const char* spoken;
   bool (*suits)(std::uint32_t plainClass);
   const char* needs;
+  bool takesRow;
+  bool takesColumn;
+  bool hasSampleAxis;
   Rendering (*render)(Host&, const CGDataTypeFDD&, const std::string&, const RenderOptions&);
 };
 
+constexpr const char* ascans = "A-scans";
 constexpr View views[] = {
-    {"b", "B-scan", [](std::uint32_t plainClass) { return plainClass == gdata_AScan; }, "A-scans", RenderBScan},
+    {"a", "A-scan", IsAScan, ascans, true, true, true, RenderAScan},
+    {"b", "B-scan", IsAScan, ascans, true, false, true, RenderBScan},
+    {"c", "C-scan", HasCScan, "A-scans, amplitudes or positions", false, false, false, RenderCScan},
+    {"d", "D-scan", IsAScan, ascans, false, true, true, RenderDScan},
 };
 
 const View& FindView(const std::string& name) {
   return *std::find_if(std::begin(views), std::end(views), [&](const View& view) { return name == view.name; });
+}
+
+/// An option that a view has no use for is a mistake, which the user should hear of.
+void CheckOptions(const RenderOptions& options) {
+  const View& view = FindView(options.view);
+  const auto check = [&](const char* option, bool isGiven, bool isTaken) {
+    if (isGiven && !isTaken) throw CLI::ValidationError(option, std::string("a ") + view.spoken + " takes none");
+  };
+  check("--row", options.row.has_value(), view.takesRow);
+  check("--column", options.column.has_value(), view.takesColumn);
+  check("--samples", options.samplesGiven, view.hasSampleAxis);
 }
 
 nlohmann::ordered_json Facts(const RenderOptions& options, const Rendering& rendering) {
@@ -98,7 +172,14 @@ nlohmann::ordered_json Facts(const RenderOptions& options, const Rendering& rend
   return facts;
 }
 
+std::string Text(const RenderOptions& options, const Rendering& rendering) {
+  std::string text = Printable(options.output) + ": " + rendering.title + "\n";
+  for (const std::string& note : rendering.notes) text += note + "\n";
+  return text;
+}
+
 void Render(const RenderOptions& options) {
+  CheckOptions(options);
   const InterruptScope interrupts;
   CheckNewFile(options.output, options.force);
   Document document = Document::Load(options.file);
@@ -116,7 +197,7 @@ void Render(const RenderOptions& options) {
   if (options.json)
     PrintResult(Facts(options, rendering).dump(2) + "\n");
   else if (!options.quiet)
-    PrintResult(Printable(options.output) + ": " + rendering.title + "\n" + rendering.note + "\n");
+    PrintResult(Text(options, rendering));
 }
 
 }  // namespace
@@ -128,24 +209,28 @@ void AddRenderVerb(CLI::App& program) {
   verb.add_option("--data", options->selector, "Data group to draw")->required()->type_name("SELECTOR");
   std::vector<std::string> names;
   for (const View& view : views) names.emplace_back(view.name);
-  verb.add_option("--view", options->view, "b: B-scan, samples over columns at a row")
+  verb.add_option("--view",
+                  options->view,
+                  "a: A-scan, one cell with its gates; b: B-scan, samples over the columns of a row; c: C-scan, rows "
+                  "over columns; "
+                  "d: D-scan, samples over the rows of a column")
       ->required()
       ->check(CLI::IsMember(names));
-  CLI::Option* row =
-      verb.add_option("--row", options->row, "Row of the B-scan, from 0; that of the strongest cell if not given");
-  CLI::Option* gain = verb.add_option("--gain", options->gain, "Soft gain of 16-bit samples, a whole factor")
-                          ->check(CLI::Range(1, 1000));
-  verb.add_option("--samples", options->samples, "Sample axis: time, or path (half sound path, true to scale)")
-      ->check(CLI::IsMember({"time", "path"}))
-      ->capture_default_str();
+  verb.add_option("--row", options->row, "Row of an A- or B-scan, from 0; that of the strongest cell if not given");
+  verb.add_option(
+      "--column", options->column, "Column of an A- or D-scan, from 0; that of the strongest cell if not given");
+  verb.add_option("--gain", options->gain, "Soft gain of 16-bit samples, a whole factor")->check(CLI::Range(1, 1000));
+  CLI::Option* samples =
+      verb.add_option("--samples", options->samples, "Sample axis: time, or path (half sound path, true to scale)")
+          ->check(CLI::IsMember({"time", "path"}))
+          ->capture_default_str();
   verb.add_option("-o,--output", options->output, "Picture to make, a PNG file")->required()->type_name("PNG");
   verb.add_flag("--force", options->force, "Replace an existing file");
   verb.add_flag("--json", options->json, "Print what was drawn and where as JSON");
   verb.add_flag("--quiet", options->quiet, "Print no progress and no result");
   verb.footer(example);
-  verb.callback([options, row, gain] {
-    options->rowGiven = row->count() > 0;
-    options->gainGiven = gain->count() > 0;
+  verb.callback([options, samples] {
+    options->samplesGiven = samples->count() > 0;
     Render(*options);
   });
 }

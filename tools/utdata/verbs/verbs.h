@@ -8,6 +8,7 @@ namespace utdata::program {
 void AddDemoVerb(CLI::App& program);
 void AddEditVerb(CLI::App& program);
 void AddExportVerb(CLI::App& program);
+void AddGateVerb(CLI::App& program);
 void AddImportVerb(CLI::App& program);
 void AddInfoVerb(CLI::App& program);
 void AddRenderVerb(CLI::App& program);

@@ -1,0 +1,41 @@
+// A-scans: the samples of one cell as a curve, with the gates of its channel.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "document/host.h"
+#include "interfaces/kvtiff19.h"
+#include "pictures/captions.h"
+#include "pictures/line_plot.h"
+
+namespace utdata::program {
+
+struct AScanOptions {
+  std::optional<std::uint32_t> row;     ///< none: that of the strongest cell, of those of the column if one is given
+  std::optional<std::uint32_t> column;  ///< none: that of the strongest cell, of those of the row if one is given
+  std::optional<std::uint32_t>
+      gain;  ///< soft gain, a whole factor from 1; none: as much as the echo and the levels of the gates allow
+  SampleAxis samples = SampleAxis::Time;
+  bool quiet = false;  ///< shows no progress
+};
+
+/// What an A-scan shows, beside the picture of it.
+struct AScan {
+  LinePlot plot;
+  std::uint32_t row = 0;
+  std::uint32_t column = 0;
+  std::uint32_t sample = 0;  ///< of the strongest echo
+  double percent = 0;        ///< of full scale, of that echo, negative below zero
+  std::uint32_t gain = 1;
+};
+
+/// REQUIRES: the group is of class 1. Throws Failure, which begins with `name`, when its samples cannot be shown, the cell is not
+/// there, or a path is wanted and not known.
+[[nodiscard]] AScan MakeAScan(Host& host,
+                              const CGDataTypeFDD& group,
+                              const std::string& name,
+                              const AScanOptions& options);
+
+}  // namespace utdata::program

@@ -1,0 +1,36 @@
+// C-scans: one colour a cell, rows over columns, as a plot.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "document/host.h"
+#include "interfaces/kvtiff19.h"
+#include "pictures/plot.h"
+
+namespace utdata::program {
+
+struct CScanOptions {
+  std::optional<std::uint32_t> gain;  ///< soft gain, a whole factor from 1; none: as much as the largest value allows
+  bool quiet = false;                 ///< shows no progress
+};
+
+/// What a C-scan shows, beside the picture of it.
+struct CScan {
+  ImagePlot plot;
+  std::uint32_t row = 0;     ///< of the strongest cell; of positions, of the farthest
+  std::uint32_t column = 0;  ///< the same
+  std::uint32_t sample = 0;  ///< of the strongest echo in A-scans
+  double value = 0;          ///< percent of full scale, or the position in the unit of the colour bar
+  std::uint32_t gain = 1;
+};
+
+/// REQUIRES: the group is of class 1, of which the largest amplitude of each cell is shown, or 2 or 3, whose values are.
+/// Throws Failure, which begins with `name`, when its samples cannot be shown.
+[[nodiscard]] CScan MakeCScan(Host& host,
+                              const CGDataTypeFDD& group,
+                              const std::string& name,
+                              const CScanOptions& options);
+
+}  // namespace utdata::program

@@ -1,0 +1,105 @@
+#include "pictures/scale.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace utdata::program {
+namespace {
+
+constexpr int minorTickLength = 3;
+constexpr int digitHeight = 10;  // of a digit at tickSize
+
+}  // namespace
+
+void Scale::Mark(int length) {
+  const int room = IsLevel() ? 90 : 48;
+  m_ticks = RoundTicks(m_from, m_to, std::clamp(length / room + 1, 3, 14));
+}
+
+void Scale::Mark(const std::vector<Tick>& ticks, int length) {
+  const Rect area = {0, 0, length, length};
+  for (const Tick& tick : ticks)
+    if (m_ticks.major.empty() || std::abs(Place(area, tick.value) - Place(area, m_ticks.major.back().value)) > tickSize)
+      m_ticks.major.push_back(tick);
+}
+
+int Scale::Depth() const {
+  if (IsLevel()) return tickLength + gap / 2 + tickSize;
+  int widest = 0;
+  for (const Tick& tick : m_ticks.major) widest = std::max(widest, m_font.Width(tick.label, tickSize));
+  return tickLength + gap / 2 + widest;
+}
+
+void Scale::Draw(Canvas& canvas, const Rect& area) const {
+  for (const double value : m_ticks.minor) DrawMark(canvas, area, Place(area, value), minorTickLength, paleInk);
+  for (const Tick& tick : m_ticks.major) {
+    const int place = Place(area, tick.value);
+    DrawMark(canvas, area, place, tickLength, ink);
+    DrawLabel(canvas, area, place, tick.label);
+  }
+}
+
+int Scale::Place(const Rect& area, double value) const {
+  const int start = IsLevel() ? area.left : area.top;
+  const int length = IsLevel() ? area.width : area.height;
+  const double along = (value - m_from) / (m_to - m_from) * length;
+  return start + (along >= 0 ? static_cast<int>(std::min(along, length - 1.0)) : 0);
+}
+
+void Scale::DrawMark(Canvas& canvas, const Rect& area, int place, int length, Color color) const {
+  switch (m_side) {
+    case Side::Top:
+      canvas.Fill({place, area.top - 1 - length, 1, length}, color);
+      break;
+    case Side::Bottom:
+      canvas.Fill({place, area.Bottom() + 1, 1, length}, color);
+      break;
+    case Side::Left:
+      canvas.Fill({area.left - 1 - length, place, length, 1}, color);
+      break;
+    case Side::Right:
+      canvas.Fill({area.Right() + 1, place, length, 1}, color);
+      break;
+  }
+}
+
+void Scale::DrawLabel(Canvas& canvas, const Rect& area, int place, const std::string& label) const {
+  TextStyle style = {tickSize, ink, Anchor::Middle, false};
+  Point base = {place, m_side == Side::Top ? area.top - labelDistance : area.Bottom() + labelDistance + digitHeight};
+  if (!IsLevel()) {
+    style.anchor = m_side == Side::Left ? Anchor::End : Anchor::Start;
+    base = {m_side == Side::Left ? area.left - labelDistance : area.Right() + labelDistance, place + digitHeight / 2};
+  }
+  m_font.Draw(canvas, base, label, style);
+}
+
+int HeadHeight(std::size_t notes) { return margin + titleSize + static_cast<int>(notes) * (noteSize + 5) + 2 * gap; }
+
+int HeadWidth(const Font& font, const std::string& title, const std::vector<std::string>& notes) {
+  int widest = font.Width(title, titleSize);
+  for (const std::string& note : notes) widest = std::max(widest, font.Width(note, noteSize));
+  return widest;
+}
+
+void DrawHead(Canvas& canvas,
+              const Font& font,
+              int left,
+              const std::string& title,
+              const std::vector<std::string>& notes) {
+  int baseline = margin + titleSize - 4;
+  font.Draw(canvas, {left, baseline}, title, {titleSize, ink, Anchor::Start, false});
+  for (const std::string& note : notes) {
+    baseline += noteSize + 5;
+    font.Draw(canvas, {left, baseline}, note, {noteSize, paleInk, Anchor::Start, false});
+  }
+}
+
+void DrawUpwards(Canvas& canvas, const Font& font, int baseline, const Rect& area, const std::string& title) {
+  const int length = font.Width(title, axisSize);
+  const int middle =
+      std::clamp(area.top + area.height / 2, area.top + length / 2, std::max(area.top, canvas.Height()) - length / 2);
+  font.Draw(canvas, {baseline, middle}, title, {axisSize, ink, Anchor::Middle, true});
+}
+
+}  // namespace utdata::program
