@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "run_program.h"
+#include "utdata/fcont.h"
 
 namespace utdata::test {
 namespace {
@@ -133,6 +134,41 @@ TEST_F(ArraysTest, CScansHaveTwoAxesAndPhysicalPositions) {
   EXPECT_EQ(description["values"]["unit"], "s");
   EXPECT_EQ(description["values"]["offset"], 7.4e-7);
   EXPECT_EQ(description["values"]["scale"], 1.25e-8);
+}
+
+/// Two rows of two cells of three samples behind a table of offsets; the second cell has none.
+void WriteIndexedFile(const std::filesystem::path& path, bool bigEndian) {
+  std::string table;
+  for (const std::uint32_t offset : {22U, 0U, 16U, 28U})
+    table.append(reinterpret_cast<const char*>(&offset), sizeof offset);
+  for (int value = 1; value <= 9; ++value)
+    table += bigEndian ? std::string{0, char(value)} : std::string{char(value), 0};
+  CGDataTypeFDD record;
+  record.rowQuantity = record.columnQuantity = 2;
+  record.sampleQuantity = 3;
+  record.sampleSize = 2;
+  record.dataMaximum = 65535;
+  record.storageMode = kvt_StorIndexed;
+  record.byteSwap = bigEndian ? 1 : 0;
+  record.dataPointer = table.data();
+  record.dataSize = table.size();
+  CFContTypeFileDescr groups;
+  ASSERT_TRUE(groups.SetPath(path.wstring()));
+  groups.data.AddTail(&record);
+  SCFile::GroupHandle top = nullptr;
+  SCFile::FileHandle file = nullptr;
+  ASSERT_EQ(CFCont().FileWrite(nullptr, &groups, 0, &top, &file, 0), SCFile::status_Ok);
+  groups.data.RemoveAll();
+  ASSERT_EQ(SCFile::file_Close(file), SCFile::status_Ok);
+}
+
+TEST_F(ArraysTest, ExportsCellsInTheirOrderHoweverTheyAreStored) {
+  for (const bool bigEndian : {false, true}) {
+    WriteIndexedFile(At("indexed.fpd"), bigEndian);
+    const std::string noAmplitude = "\xFF\x7F\xFF\x7F\xFF\x7F";  // the middle of 0 to 65535
+    const auto cell = [](char first) { return std::string{first, 0, char(first + 1), 0, char(first + 2), 0}; };
+    EXPECT_EQ(Exported("indexed.fpd"), cell(4) + noAmplitude + cell(1) + cell(7)) << bigEndian;
+  }
 }
 
 TEST_F(ArraysTest, ImportsNpyOfEveryOrderAndByteOrder) {

@@ -18,8 +18,6 @@
 #include <new>
 #include <thread>
 
-#include "terminal/failure.h"
-
 namespace utdata::program {
 namespace {
 
@@ -96,14 +94,13 @@ SharedMemory::SharedMemory(std::size_t size) : m_data(nullptr), m_size(size) {
 
 SharedMemory::~SharedMemory() { munmap(m_data, m_size); }
 
-void RunGuarded(const std::string& path,
-                const std::string& crashed,
+void RunGuarded(const Failure& crashed,
                 const std::function<void(const GatherProgress& told)>& job,
                 const GatherProgress& progress) {
   const SharedMemory memory(sizeof(Report));
   Report& report = *new (memory.Bytes().data()) Report{};
   const pid_t id = fork();
-  if (id < 0) throw Failure(path, "cannot be read", std::string("no second process: ") + std::strerror(errno));
+  if (id < 0) throw Failure("a second process", "cannot be started", std::strerror(errno));
   if (id == 0) RunChild(job, report);
   Child child(id);
   std::chrono::microseconds pause(200);
@@ -114,7 +111,7 @@ void RunGuarded(const std::string& path,
   }
   if (child.ExitStatus() == outOfMemory) throw std::bad_alloc();
   if (child.ExitStatus() == jobFailed && report.failure[0] != 0) throw Failure(report.failure.data(), "", "");
-  if (child.ExitStatus() != jobDone) throw Failure(path, "cannot be read", crashed, "restore it from a copy");
+  if (child.ExitStatus() != jobDone) throw crashed;
 }
 
 }  // namespace utdata::program

@@ -1,13 +1,13 @@
-// Work with files that a library may not survive: it is done by a child process, so that a crash there is a failure here.
+// Work that a library may not survive: it is done by a child process, so that a crash there is a failure here.
 #pragma once
 
 #include <cstddef>
 #include <functional>
 #include <memory>
 #include <span>
-#include <string>
 
 #include "arrays/gather.h"
+#include "terminal/failure.h"
 
 namespace utdata::program {
 
@@ -27,13 +27,12 @@ class SharedMemory {
   std::size_t m_size;
 };
 
-/// Runs a job in a child process and waits for its end; its results go through SharedMemory. A Failure of the job is thrown here, and
-/// so is one when the child crashes: `path`, "cannot be read", `crashed`. What it writes to the standard error stream is lost.
-/// REQUIRES: one thread.
+/// Runs a job in a child process and waits for its end; its results go through SharedMemory and files. A Failure of the job is thrown
+/// here. What it writes to the standard error stream is lost. REQUIRES: one thread.
+/// @param crashed  thrown when the child ends in any other way than by its job's end
 /// @param job      told where to tell its own progress
 /// @param progress told here what the job told there; may throw to stop it
-void RunGuarded(const std::string& path,
-                const std::string& crashed,
+void RunGuarded(const Failure& crashed,
                 const std::function<void(const GatherProgress& told)>& job,
                 const GatherProgress& progress);
 

@@ -11,7 +11,12 @@ std::string Hdf5Reason() {
     return 0;
   };
   H5Ewalk2(H5E_DEFAULT, H5E_WALK_DOWNWARD, keep, &reason);
-  return reason;
+  // A failure of the operating system is told among addresses and times.
+  constexpr std::string_view opening = "error message = '";
+  const std::size_t at = reason.find(opening);
+  if (at == std::string::npos) return reason;
+  const std::string said = reason.substr(at + opening.size());
+  return said.substr(0, said.find('\''));
 }
 
 void SilenceHdf5() { H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr); }

@@ -20,7 +20,6 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* cannotBeImported = "cannot be imported";
-constexpr const char* crashed = "the HDF5 library crashed on it";
 constexpr std::size_t mostAxes = H5S_MAX_RANK;
 
 /// What the child finds, as both processes see it.
@@ -32,6 +31,10 @@ struct Header {
   std::uint64_t descriptionSize;
   std::array<char, largestDescription> description;
 };
+
+Failure Crashed(const std::string& path) {
+  return {path, "cannot be read", "the HDF5 library crashed on it", "restore it from a copy"};
+}
 
 /// An open data set; every step throws Failure.
 class Reader final : public ArraySource {
@@ -170,7 +173,7 @@ ForeignArray ReadHdf5Header(const std::string& path, const std::string& dataSet)
     reader.Check();
     reader.Tell(header);
   };
-  RunGuarded(path, crashed, read, [](std::uint64_t, std::uint64_t) {});
+  RunGuarded(Crashed(path), read, [](std::uint64_t, std::uint64_t) {});
   ForeignArray array;
   array.type = FindSampleType(header.sampleSize, header.isSigned);
   array.shape.assign(header.shape.begin(), header.shape.begin() + static_cast<std::ptrdiff_t>(header.axes));
@@ -192,7 +195,7 @@ SampleMemory GatherHdf5(const std::string& path,
     reader.CheckIs(layout);
     GatherAScans(reader, layout, memory->Bytes(), told);
   };
-  RunGuarded(path, crashed, read, progress);
+  RunGuarded(Crashed(path), read, progress);
   return {memory->Bytes().data(), [memory](std::byte*) {}};
 }
 

@@ -1,8 +1,10 @@
+// After a failed write, as on a full disk, the HDF5 library may crash when it closes or ends: writing runs in a child process.
 #include <hdf5.h>
 #include <hdf5_hl.h>
 
 #include <vector>
 
+#include "arrays/guarded_job.h"
 #include "arrays/hdf5_file.h"
 #include "arrays/hdf5_handle.h"
 #include "terminal/failure.h"
@@ -78,18 +80,23 @@ class Writer {
   }
 
  private:
-  [[noreturn]] void Fail() const { throw Failure(m_path, "cannot be written", Hdf5Reason()); }
+  /// What is open stays open: closing would write again.
+  [[noreturn]] void Fail() {
+    const std::string reason = Hdf5Reason();
+    for (Hdf5Handle* handle : {&m_space, &m_samples, &m_file}) handle->Forget();
+    throw Failure(m_path, "cannot be written", reason);
+  }
 
-  void Check(herr_t status) const {
+  void Check(herr_t status) {
     if (status < 0) Fail();
   }
 
-  Hdf5Handle Made(hid_t id, Hdf5Handle::Close close) const {
+  Hdf5Handle Made(hid_t id, Hdf5Handle::Close close) {
     if (id < 0) Fail();
     return {id, close};
   }
 
-  [[nodiscard]] Hdf5Handle Space(const std::vector<hsize_t>& shape) const {
+  [[nodiscard]] Hdf5Handle Space(const std::vector<hsize_t>& shape) {
     return Made(H5Screate_simple(static_cast<int>(shape.size()), shape.data(), nullptr), H5Sclose);
   }
 
@@ -98,17 +105,17 @@ class Writer {
     return type.isSigned ? H5T_STD_I16LE : H5T_STD_U16LE;
   }
 
-  void Attribute(hid_t object, const char* name, hid_t type, hid_t memoryType, const void* value) const {
+  void Attribute(hid_t object, const char* name, hid_t type, hid_t memoryType, const void* value) {
     const Hdf5Handle space = Made(H5Screate(H5S_SCALAR), H5Sclose);
     const Hdf5Handle attribute = Made(H5Acreate2(object, name, type, space, H5P_DEFAULT, H5P_DEFAULT), H5Aclose);
     Check(H5Awrite(attribute, memoryType, value));
   }
 
-  void Number(hid_t object, const char* name, double value) const {
+  void Number(hid_t object, const char* name, double value) {
     Attribute(object, name, H5T_IEEE_F64LE, H5T_NATIVE_DOUBLE, &value);
   }
 
-  void Text(hid_t object, const char* name, const std::string& text) const {
+  void Text(hid_t object, const char* name, const std::string& text) {
     const Hdf5Handle type = Made(H5Tcopy(H5T_C_S1), H5Tclose);
     Check(H5Tset_size(type, H5T_VARIABLE));
     Check(H5Tset_cset(type, H5T_CSET_UTF8));
@@ -126,15 +133,11 @@ class Writer {
   std::uint64_t m_done = 0;
 };
 
-}  // namespace
-
-void CheckHasHdf5(const std::string&) {}
-
-void WriteHdf5(const NewFile& file,
-               const DescribedArray& array,
-               const CGDataTypeFDD& group,
-               const std::string& description,
-               const GatherProgress& progress) {
+void WriteAll(const NewFile& file,
+              const DescribedArray& array,
+              const CGDataTypeFDD& group,
+              const std::string& description,
+              const GatherProgress& progress) {
   Writer writer(file);
   writer.MakeSamples(array);
   writer.DescribeSamples(array, description);
@@ -153,6 +156,19 @@ void WriteHdf5(const NewFile& file,
     progress(done, total);
   });
   writer.Close();
+}
+
+}  // namespace
+
+void CheckHasHdf5(const std::string&) {}
+
+void WriteHdf5(const NewFile& file,
+               const DescribedArray& array,
+               const CGDataTypeFDD& group,
+               const std::string& description,
+               const GatherProgress& progress) {
+  const auto write = [&](const GatherProgress& told) { WriteAll(file, array, group, description, told); };
+  RunGuarded({file.Path(), "cannot be written", "the HDF5 library crashed"}, write, progress);
 }
 
 }  // namespace utdata::program

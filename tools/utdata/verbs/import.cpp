@@ -219,9 +219,8 @@ void AddArrayOptions(CLI::App& verb, ImportOptions& options) {
   verb.add_option("-o,--output", options.output, "Inspection file to make")->required();
   verb.add_option("--shape", options.shape, "Quantities of the three axes of a headerless file, outermost first")
       ->type_name("N,N,N");
-  verb.add_option("--axes",
-                  options.axes,
-                  "Names of the axes, outermost (of an array: first) first: row, column, sample in some order")
+  verb.add_option(
+          "--axes", options.axes, "Names of the axes, first (outermost) one first: row, column, sample in some order")
       ->type_name("A,B,C");
   verb.add_option("--dtype", options.dtype, "Sample type of a headerless file")
       ->check(CLI::IsMember({"u8", "i8", "u16", "i16"}).description(""))
