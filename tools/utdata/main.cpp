@@ -29,6 +29,7 @@ void DescribeProgram(CLI::App& program) {
   AddImportVerb(program);
   AddInfoVerb(program);
   AddRenderVerb(program);
+  AddReportVerb(program);
   AddTreeVerb(program);
   AddVerifyVerb(program);
 }

@@ -130,7 +130,7 @@ std::string Document::Append(CFContTypeFileDescr& changes) {
 }
 
 void Document::WriteCopy(CFContTypeFileDescr& changes, const std::string& path, bool replace) {
-  CheckIsNoFileOf(*this, path);
+  CheckNotInput(*this, path);
   const auto copy = std::make_unique<CFContTypeFileDescr>();
   if (!copy->SetPath(ToWide(path))) throw Failure(path, "cannot be written", "the path is too long");
   ForEachListPair(*m_groups, *copy, [](const auto& from, auto& to) {
@@ -158,7 +158,7 @@ void CheckNewPath(const std::string& path, bool replace) {
                   "move that file away or choose another name");
 }
 
-void CheckIsNoFileOf(const Document& document, const std::string& path) {
+void CheckNotInput(const Document& document, const std::string& path) {
   for (const std::string& file : document.Files()) {
     std::error_code ignored;
     if (std::filesystem::equivalent(std::filesystem::path(ToWide(file)), std::filesystem::path(ToWide(path)), ignored))

@@ -103,7 +103,7 @@ void ExportGroup(const ExportOptions& options) {
   if (!isNpy) CheckHasHdf5(options.output);
   CheckNewFile(options.output, options.force);
   const Document document = Document::Load(options.file);
-  CheckIsNoFileOf(document, options.output);
+  CheckNotInput(document, options.output);
   const SelectedGroup selected = SelectGroup(document, options.selector);
   const std::string name = options.file + ": data group " + std::to_string(selected.index);
   Export exported = {*selected.group, name, DescribeArray(document.GetHost(), *selected.group, name), {}};

@@ -183,7 +183,7 @@ void Render(const RenderOptions& options) {
   const InterruptScope interrupts;
   CheckNewFile(options.output, options.force);
   Document document = Document::Load(options.file);
-  CheckIsNoFileOf(document, options.output);
+  CheckNotInput(document, options.output);
   const SelectedGroup selected = SelectGroup(document, options.selector);
   const View& view = FindView(options.view);
   const std::string name = options.file + ": data group " + std::to_string(selected.index);
