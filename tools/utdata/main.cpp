@@ -25,11 +25,13 @@ void DescribeProgram(CLI::App& program) {
   AddCompletionVerb(program);
   AddDemoVerb(program);
   AddEditVerb(program);
+  AddExportVerb(program);
   AddGateVerb(program);
   AddImportVerb(program);
   AddInfoVerb(program);
   AddManualVerb(program);
   AddRenderVerb(program);
+  AddReportVerb(program);
   AddTreeVerb(program);
   AddVerifyVerb(program);
 }
@@ -42,7 +44,7 @@ std::string UsageLine(const CLI::App& program, const CLI::ParseError& error) {
 }
 
 int Run(int argc, char** argv) {
-  CLI::App program("Makes, shows, draws and checks ultrasonic inspection files.", "utdata");
+  CLI::App program("Makes, shows, draws, exports and checks ultrasonic inspection files.", "utdata");
   DescribeProgram(program);
   try {
     program.parse(argc, argv);

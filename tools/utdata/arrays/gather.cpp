@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
-#include <new>
-#include <span>
 #include <vector>
 
 #include "interfaces/os.h"
@@ -71,13 +68,8 @@ void Transpose(std::span<const Element> matrix,
 template <class Element>
 class Gatherer {
  public:
-  Gatherer(os::File& file,
-           const std::string& path,
-           const ArrayLayout& layout,
-           const GatherProgress& progress,
-           Element* gathered)
-      : m_file(file),
-        m_path(path),
+  Gatherer(ArraySource& source, const ArrayLayout& layout, const GatherProgress& progress, Element* gathered)
+      : m_source(source),
         m_array(layout),
         m_swap(sizeof(Element) == 2 && layout.bigEndian != (std::endian::native == std::endian::big)),
         m_progress(progress),
@@ -120,11 +112,7 @@ class Gatherer {
   }
 
   void Read(std::uint64_t firstElement, std::span<Element> elements) {
-    std::size_t done = 0;
-    const os::Error error = m_file.ReadAt(firstElement * sizeof(Element), std::as_writable_bytes(elements), done);
-    if (error != os::Error::None) throw Failure(m_path, "cannot be read", os::ErrorText(error));
-    if (done != elements.size_bytes())
-      throw Failure(m_path, "cannot be read", "the file became shorter while it was read");
+    m_source.Read(firstElement, std::as_writable_bytes(elements));
     if constexpr (sizeof(Element) == 2) {
       if (!m_swap) return;
       for (Element& value : elements) value = static_cast<Element>(value << 8U | value >> 8U);
@@ -141,8 +129,7 @@ class Gatherer {
     m_progress(m_done, m_total);
   }
 
-  os::File& m_file;
-  const std::string& m_path;
+  ArraySource& m_source;
   const Matrices m_array;
   const bool m_swap;
   const GatherProgress& m_progress;
@@ -152,24 +139,46 @@ class Gatherer {
   std::vector<Element> m_buffer;
 };
 
-std::unique_ptr<os::File> OpenChecked(const std::string& path, const ArrayLayout& layout) {
-  std::unique_ptr<os::File> file;
-  std::uint64_t size = 0;
-  os::Error error = os::CurrentFileSystem().Open(ToWide(path), os::OpenMode::Read, file);
-  if (error == os::Error::None) error = file->Size(size);
-  if (error != os::Error::None) throw Failure(path, "cannot be read", os::ErrorText(error));
-  std::uint64_t expected = 0;
-  const bool fits = layout.Size(expected);
-  if (fits && size == expected) return file;
-  const auto& shape = layout.shape;
-  const std::string needed = fits ? std::to_string(expected) : "more than 18446744073709551615";
-  throw Failure(path,
-                "does not fit the shape",
-                "the file holds " + std::to_string(size) + " bytes, " + std::to_string(shape[0]) + " x " +
-                    std::to_string(shape[1]) + " x " + std::to_string(shape[2]) + " samples of " +
-                    std::to_string(layout.sampleSize) + " bytes are " + needed,
-                "check --shape and --dtype");
-}
+class ArrayFile final : public ArraySource {
+ public:
+  ArrayFile(const std::string& path, const ArrayLayout& layout)
+      : m_path(path), m_start(layout.start), m_sampleSize(layout.sampleSize) {
+    ThrowOn(os::CurrentFileSystem().Open(ToWide(path), os::OpenMode::Read, m_file));
+  }
+
+  void CheckSize(const ArrayLayout& layout, std::string_view advice) {
+    std::uint64_t size = 0;
+    ThrowOn(m_file->Size(size));
+    std::uint64_t expected = 0;
+    const bool fits = layout.Size(expected);
+    size -= std::min(size, m_start);
+    if (fits && size == expected) return;
+    const auto& shape = layout.shape;
+    const std::string needed = fits ? std::to_string(expected) : "more than 18446744073709551615";
+    throw Failure(m_path,
+                  "does not fit the shape",
+                  "the file holds " + std::to_string(size) + " bytes" + (m_start > 0 ? " behind its header, " : ", ") +
+                      std::to_string(shape[0]) + " x " + std::to_string(shape[1]) + " x " + std::to_string(shape[2]) +
+                      " samples of " + std::to_string(layout.sampleSize) + " bytes are " + needed,
+                  advice);
+  }
+
+  void Read(std::uint64_t firstElement, std::span<std::byte> bytes) override {
+    std::size_t done = 0;
+    ThrowOn(m_file->ReadAt(m_start + firstElement * m_sampleSize, bytes, done));
+    if (done != bytes.size()) throw Failure(m_path, "cannot be read", "the file became shorter while it was read");
+  }
+
+ private:
+  void ThrowOn(os::Error error) const {
+    if (error != os::Error::None) throw Failure(m_path, "cannot be read", os::ErrorText(error));
+  }
+
+  std::string m_path;
+  std::unique_ptr<os::File> m_file;
+  std::uint64_t m_start;
+  std::uint64_t m_sampleSize;
+};
 
 }  // namespace
 
@@ -184,18 +193,22 @@ bool ArrayLayout::Size(std::uint64_t& bytes) const {
   });
 }
 
-std::unique_ptr<std::byte[]> GatherAScans(const std::string& path,
-                                          const ArrayLayout& layout,
-                                          const GatherProgress& progress) {
-  const std::unique_ptr<os::File> file = OpenChecked(path, layout);
-  std::uint64_t size = 0;
-  if (!layout.Size(size)) throw std::bad_alloc();
-  auto gathered = std::make_unique_for_overwrite<std::byte[]>(size);
+std::unique_ptr<ArraySource> OpenArrayFile(const std::string& path,
+                                           const ArrayLayout& layout,
+                                           std::string_view advice) {
+  auto file = std::make_unique<ArrayFile>(path, layout);
+  file->CheckSize(layout, advice);
+  return file;
+}
+
+void GatherAScans(ArraySource& source,
+                  const ArrayLayout& layout,
+                  std::span<std::byte> gathered,
+                  const GatherProgress& progress) {
   if (layout.sampleSize == 1)
-    Gatherer(*file, path, layout, progress, reinterpret_cast<std::uint8_t*>(gathered.get())).Run();
+    Gatherer(source, layout, progress, reinterpret_cast<std::uint8_t*>(gathered.data())).Run();
   else
-    Gatherer(*file, path, layout, progress, reinterpret_cast<std::uint16_t*>(gathered.get())).Run();
-  return gathered;
+    Gatherer(source, layout, progress, reinterpret_cast<std::uint16_t*>(gathered.data())).Run();
 }
 
 }  // namespace utdata::program

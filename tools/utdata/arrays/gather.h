@@ -1,4 +1,4 @@
-// Headerless arrays of samples, gathered into A-scans.
+// Arrays of samples, gathered into A-scans.
 #pragma once
 
 #include <array>
@@ -6,18 +6,21 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace utdata::program {
 
 enum class ArrayAxis : std::uint8_t { Row, Column, Sample };
 
-/// How a headerless array lies in its file.
+/// How an array lies in its file.
 struct ArrayLayout {
   std::array<std::uint32_t, 3> shape = {};  ///< quantities, outermost axis first; none is 0
   std::array<ArrayAxis, 3> axes = {};       ///< a permutation, outermost first
   std::uint32_t sampleSize = 2;             ///< bytes: 1 or 2
   bool bigEndian = false;                   ///< samples of two bytes are stored most significant byte first
+  std::uint64_t start = 0;                  ///< bytes before the array
 
   [[nodiscard]] std::uint32_t Quantity(ArrayAxis axis) const;
   /// Bytes of the array; false when they do not fit 64 bits.
@@ -27,11 +30,30 @@ struct ArrayLayout {
 /// Told how many bytes have been gathered, out of how many; may throw to stop.
 using GatherProgress = std::function<void(std::uint64_t done, std::uint64_t total)>;
 
-/// Reads an array and gathers it into A-scans: cells in row-major order (row outer, column inner), each its samples in order, in the
-/// machine's byte order. Holds the gathered array and a few tens of megabytes beside it. Throws Failure when the file cannot be read
-/// or its size is not that of the layout.
-[[nodiscard]] std::unique_ptr<std::byte[]> GatherAScans(const std::string& path,
-                                                        const ArrayLayout& layout,
-                                                        const GatherProgress& progress);
+/// Where the elements of an array come from, in the order of its layout.
+class ArraySource {
+ public:
+  ArraySource() = default;
+  virtual ~ArraySource() = default;
+  ArraySource(const ArraySource&) = delete;
+  ArraySource& operator=(const ArraySource&) = delete;
+
+  /// Fills `bytes` with the elements from `firstElement` on. Throws Failure.
+  virtual void Read(std::uint64_t firstElement, std::span<std::byte> bytes) = 0;
+};
+
+/// The bytes of a file that a layout describes. Throws Failure when it cannot be read or holds more or less.
+/// @param advice what to check when it does not fit
+[[nodiscard]] std::unique_ptr<ArraySource> OpenArrayFile(const std::string& path,
+                                                         const ArrayLayout& layout,
+                                                         std::string_view advice);
+
+/// Gathers an array into A-scans: cells in row-major order (row outer, column inner), each its samples in order, in the machine's byte
+/// order. Holds a few tens of megabytes beside them.
+/// @param gathered as many bytes as the layout has
+void GatherAScans(ArraySource& source,
+                  const ArrayLayout& layout,
+                  std::span<std::byte> gathered,
+                  const GatherProgress& progress);
 
 }  // namespace utdata::program

@@ -1,9 +1,8 @@
 #include "terminal/new_file.h"
 
 #include <filesystem>
-#include <memory>
+#include <utility>
 
-#include "interfaces/os.h"
 #include "terminal/failure.h"
 #include "terminal/interrupt.h"
 #include "terminal/text.h"
@@ -19,14 +18,6 @@ void ThrowOn(os::Error error, const std::string& path) {
   throw Failure(path, cannotBeWritten, os::ErrorText(error), error == os::Error::Exists ? forceReplaces : "");
 }
 
-void WriteAll(const std::wstring& path, std::span<const std::byte> bytes, const std::string& named) {
-  std::unique_ptr<os::File> file;
-  ThrowOn(os::CurrentFileSystem().Open(path, os::OpenMode::OpenOrCreate, file), named);
-  ThrowOn(file->Truncate(0), named);
-  ThrowOn(file->WriteAt(0, bytes), named);
-  ThrowOn(file->Sync(), named);
-}
-
 }  // namespace
 
 void CheckNewFile(const std::string& path, bool replace) {
@@ -40,18 +31,32 @@ void CheckNewFile(const std::string& path, bool replace) {
     throw Failure(path, cannotBeWritten, "its folder does not exist", "make the folder first");
 }
 
+NewFile::NewFile(std::string path) : m_path(std::move(path)) {
+  ThrowOn(os::CurrentFileSystem().Open(ToWide(UnfinishedPath()), os::OpenMode::OpenOrCreate, m_file), m_path);
+  ThrowOn(m_file->Truncate(0), m_path);
+}
+
+NewFile::~NewFile() {
+  if (m_file && !m_whole) static_cast<void>(os::CurrentFileSystem().Remove(ToWide(UnfinishedPath())));
+}
+
+void NewFile::Append(std::span<const std::byte> bytes) {
+  ThrowOn(m_file->WriteAt(m_size, bytes), m_path);
+  m_size += bytes.size();
+}
+
+void NewFile::Commit(bool replace) {
+  ThrowOn(m_file->Sync(), m_path);
+  ThrowIfInterrupted();
+  ThrowOn(os::CurrentFileSystem().Rename(ToWide(UnfinishedPath()), ToWide(m_path), replace), m_path);
+  m_whole = true;
+}
+
 void WriteNewFile(const std::string& path, std::span<const std::byte> bytes, bool replace) {
-  const std::wstring target = ToWide(path);
-  const std::wstring unfinished = target + L".part";
   const UnfinishedFileScope scope(path);
-  os::FileSystem& files = os::CurrentFileSystem();
-  try {
-    WriteAll(unfinished, bytes, path);
-    ThrowOn(files.Rename(unfinished, target, replace), path);
-  } catch (const Failure&) {
-    static_cast<void>(files.Remove(unfinished));  // the failure that is told is the one that counts
-    throw;
-  }
+  NewFile file(path);
+  file.Append(bytes);
+  file.Commit(replace);
 }
 
 }  // namespace utdata::program

@@ -1,0 +1,33 @@
+// The description that travels with an exported array: how it is told, and how an import reads it back into a data group's record.
+#pragma once
+
+#include <cstdint>
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+#include "arrays/foreign_array.h"
+#include "arrays/gather.h"
+
+namespace utdata::program {
+
+inline constexpr const char* descriptionFormat = "utdata array";
+inline constexpr int descriptionVersion = 1;
+/// Longer texts are not taken for a description.
+inline constexpr std::uint64_t largestDescription = std::uint64_t{1} << 20U;  ///< bytes
+
+/// Puts a text into a field of a record; what is longer than the field is cut.
+void SetName(wchar_t (&field)[CGDataTypeFDD::nameSize], const std::wstring& name);
+
+/// "m", "s", "degree", "%", "dB", "V"; empty for plain numbers.
+[[nodiscard]] const char* UnitName(kvt_enumUnits units);
+
+/// What a record says beside its axes, in base units.
+[[nodiscard]] nlohmann::ordered_json RecordJson(const CGDataTypeFDD& group);
+
+/// Reads the description of an array into the record of a new data group and gives the names of the array's axes, first one first;
+/// none when there is no description of this program's making. Throws Failure, which begins with who holds it, when it does not fit the
+/// array or says what cannot be.
+[[nodiscard]] std::vector<ArrayAxis> ReadDescription(const ForeignArray& array, CGDataTypeFDD& record);
+
+}  // namespace utdata::program
