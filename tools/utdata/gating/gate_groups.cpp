@@ -14,12 +14,14 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* cannotBeGated = "cannot be gated";
-constexpr std::uint32_t gateNumbers = 2000;  // a gate id is its number plus multiples of this
 
-std::string NameOf(const Document& document, std::size_t index) {
-  return document.Path() + ": data group " + std::to_string(index);
+using DataRow = DataItems::Row;
+
+std::string NameOf(const Document& document, const DataRow& row) {
+  return document.Path() + ": data group " + std::to_string(row.index);
 }
 
+/// Holds what the file says of the A-scans against what gating needs; an item's record has had unusable values replaced.
 void CheckAScans(const CGDataTypeFDD& ascans, const std::string& name) {
   const auto fail = [&](const std::string& why) { throw Failure(name, cannotBeGated, why); };
   const auto type = static_cast<std::uint32_t>(ascans.GetDataType());
@@ -27,28 +29,25 @@ void CheckAScans(const CGDataTypeFDD& ascans, const std::string& name) {
   if (!isKnown || ascans.sampleSize != (type <= kvt_UInt8 ? 1 : 2))
     fail("samples of " + SampleTypeName(ascans) + " and " + std::to_string(ascans.sampleSize) +
          " bytes are no amplitudes");
-  std::uint64_t needed = 0;
-  if (!ascans.LayoutSize(needed)) fail("its samples are not stored cell by cell");
-  if (needed == 0 || !ascans.samples.group) fail("it has no samples");
-  if (needed > ascans.samples.size)
-    fail("its layout needs " + std::to_string(needed) + " bytes, and its samples have " +
-         std::to_string(ascans.samples.size));
+  if (AllCells(ascans).count == 0 || ascans.sampleQuantity == 0 || !ascans.samples.group) fail("it has no samples");
   const bool hasTime = ascans.sampleUnits == kvt_UnitSecond && std::isfinite(ascans.sampleOffset) &&
                        std::isfinite(ascans.sampleResolution) && ascans.sampleResolution > 0;
   if (!hasTime) fail("its sample axis is not one of time");
-  const bool hasRange = std::isfinite(ascans.dataMinimum) && std::isfinite(ascans.dataMaximum);
-  if (!hasRange || FullScale(WithSignedSamples(ascans)) == 0) fail("the range of its values has no extent");
+  if (!std::isfinite(ascans.dataMinimum) || !std::isfinite(ascans.dataMaximum) ||
+      ascans.dataMinimum == ascans.dataMaximum)
+    fail("the range of its values has no extent");
 }
 
-GateWindow CheckedWindow(const CGDataTypeFDD& ascans, const GateSettings& settings, const std::string& name) {
+GateWindow CheckedWindow(const CRDataTypeDD& ascans, const GateSettings& settings, const std::string& name) {
   const GateWindow window = WindowOf(ascans, settings.start, settings.width);
-  const double end = ascans.sampleOffset + double{ascans.sampleResolution} * ascans.sampleQuantity;
+  const double start = ascans.GetSampleOffs();
+  const double step = ascans.GetSampleResol();
   if (window.quantity == 0)
     throw Failure(name,
                   cannotBeGated,
                   "no sample lies in the gate",
-                  "the A-scans run from " + Microseconds(ascans.sampleOffset) + " to " + Microseconds(end) +
-                      " in steps of " + Microseconds(ascans.sampleResolution));
+                  "the A-scans run from " + Microseconds(start) + " to " +
+                      Microseconds(start + step * ascans.GetSampleQty()) + " in steps of " + Microseconds(step));
   if (std::uint64_t{window.first} + window.quantity > positionEnd)
     throw Failure(name,
                   cannotBeGated,
@@ -57,54 +56,58 @@ GateWindow CheckedWindow(const CGDataTypeFDD& ascans, const GateSettings& settin
   return window;
 }
 
+/// The rows of a data class and channel: all, or those of a patch, sub-channel and gate.
+std::vector<const DataRow*> FindRows(const Document& document,
+                                     gdata_enumDataClass dataClass,
+                                     std::uint32_t channelId,
+                                     std::uint32_t patchId = fset_AnyId,
+                                     std::uint32_t subChannelId = fset_AnyId,
+                                     std::uint32_t gateId = fset_AnyId) {
+  Host& host = document.GetHost();
+  CIDataLst found;
+  host.GetFileSet()->fset_GetIDataLst(
+      &found, fset_All, bookmark_None, patchId, channelId, subChannelId, gateId, dataClass, fset_AnyId, fset_AnyId);
+  std::vector<const DataRow*> rows;
+  for (const CIData* item : found)
+    if (const DataRow* row = host.Data().RowOf(item)) rows.push_back(row);
+  return rows;
+}
+
+/// A C-scan of the same ids would hide the new one, or be hidden.
 void CheckNoCScans(const Document& document, const CGDataTypeFDD& ascans, std::uint32_t gateId) {
-  std::size_t index = 0;
-  for (const CGDataTypeFDD* group : document.Groups().data) {
-    const bool isCScan = PlainClass(*group) == gdata_CScanAmplitude || PlainClass(*group) == gdata_CScanPosition;
-    if (isCScan && group->channelId == ascans.channelId && group->subChannelId == ascans.subChannelId &&
-        group->GetPatchID() == ascans.GetPatchID() && group->gateId % gateNumbers == gateId % gateNumbers)
-      throw Failure(document.Path(),
-                    cannotBeGated,
-                    "data group " + std::to_string(index) + " is a C-scan of gate " + std::to_string(gateId),
-                    "choose a gate without one");
-    ++index;
+  for (const gdata_enumDataClass dataClass : {gdata_CScanAmplitude, gdata_CScanPosition}) {
+    const auto rows = FindRows(document, dataClass, ascans.channelId, ascans.GetPatchID(), ascans.subChannelId, gateId);
+    if (rows.empty()) continue;
+    throw Failure(
+        document.Path(),
+        cannotBeGated,
+        "data group " + std::to_string(rows.front()->index) + " is a C-scan of gate " + std::to_string(gateId),
+        "choose a gate without one");
   }
 }
 
 /// Two groups of A-scans that differ in neither patch nor sub-channel would have one C-scan hide the other.
-void CheckOnlyOne(const Document& document, const std::vector<GatedGroup>& groups, const CGDataTypeFDD& ascans) {
-  for (const GatedGroup& other : groups)
-    if (other.ascans->subChannelId == ascans.subChannelId && other.ascans->GetPatchID() == ascans.GetPatchID())
-      throw Failure(document.Path(),
+void CheckOnlyOne(const Document& document, const std::vector<const DataRow*>& rows, const DataRow& row) {
+  for (const DataRow* other : rows)
+    if (other != &row && other->group->subChannelId == row.group->subChannelId &&
+        other->group->GetPatchID() == row.group->GetPatchID())
+      throw Failure(NameOf(document, row),
                     cannotBeGated,
-                    "data group " + std::to_string(other.index) + " is not the only one with A-scans of its channel" +
-                        ", sub-channel and patch");
+                    "data group " + std::to_string(other->index) + " has A-scans of the same sub-channel and patch");
 }
 
-/// Maps the samples and gates them.
-GatedGroup GateGroup(const Document& document,
-                     const CGDataTypeFDD& ascans,
-                     std::size_t index,
-                     const GateSettings& settings,
-                     bool quiet) {
-  const std::string name = NameOf(document, index);
-  CheckAScans(ascans, name);
+GatedGroup GateGroup(const Document& document, const DataRow& row, const GateSettings& settings, bool quiet) {
+  const std::string name = NameOf(document, row);
+  CheckAScans(*row.group, name);
+  const CRDataTypeDD& ascans = *row.item->idata1_GetInfoRef();
   const GateWindow window = CheckedWindow(ascans, settings, name);
-  const CGDataTypeFDD record = WithSignedSamples(ascans);
-  const MappedSamples samples(ascans);
-  return {&ascans,
-          index,
-          window,
-          FullScale(record),
-          GateAScans(record, samples.Data(), window, settings.threshold.value_or(0), quiet)};
+  const CellTable cells(*row.group, document.GetHost().Data().Table(*row.group), name);
+  return {&row, window, FullScale(ascans), GateAScans(ascans, cells, window, settings.threshold.value_or(0), quiet)};
 }
 
 const CGGateTypeDescr* FindGate(const Document& document, const GateSettings& settings) {
-  const auto& gates = document.Groups().gates;
-  const auto found = std::find_if(gates.begin(), gates.end(), [&](const CGGateTypeDescr* gate) {
-    return gate->gateId == settings.gateId && gate->channelId == settings.channelId;
-  });
-  return found == gates.end() ? nullptr : *found;
+  const CIGate* gate = document.GetHost().GetFileSet()->fset_GetIGate(fset_All, settings.gateId, settings.channelId);
+  return gate ? gate->igate1_GetInfoRef() : nullptr;
 }
 
 void SetUp(CGGateTypeDescr& gate, const GateSettings& settings) {
@@ -121,13 +124,14 @@ void SetUp(CGGateTypeDescr& gate, const GateSettings& settings) {
 
 /// A C-scan over the cells of the A-scans: one unsigned 16-bit value each.
 CGDataTypeFDD& AddCScan(Document& changes,
-                        const CGDataTypeFDD& ascans,
+                        const DataRow& ascans,
                         gdata_enumDataClass dataClass,
                         std::vector<std::uint16_t>& values) {
   CGDataTypeFDD* cscan = gdata_Allocate(1, nullptr);
   if (!cscan) throw std::bad_alloc();
   changes.Groups().data.AddTail(cscan);
-  gdata_Duplicate(cscan, &ascans);
+  gdata_Duplicate(cscan, ascans.group);
+  cscan->SetDataBookmarkType(ascans.taken.GetDataBookmarkType());
   cscan->samples = {};
   cscan->SetGroupHandle(nullptr);
   cscan->dataClass = dataClass;
@@ -135,6 +139,7 @@ CGDataTypeFDD& AddCScan(Document& changes,
   cscan->compressionBits = cscan->compressionLSBit = 0;
   cscan->fileFormat = gdata_OptionNone;
   cscan->byteSwap = 0;
+  cscan->storageMode = kvt_StorCells;
   cscan->SetDataType(kvt_UInt16);
   cscan->SetDataRectification(gdata_RectifFull);
   cscan->dataMinimum = 0;
@@ -153,11 +158,11 @@ void Name(CGDataTypeFDD& cscan, const CGGateTypeDescr& gate) {
 }
 
 void AddCScans(Document& changes, GatedGroup& group, const CGGateTypeDescr& gate) {
-  const CGDataTypeFDD& ascans = *group.ascans;
-  CGDataTypeFDD& amplitude = AddCScan(changes, ascans, gdata_CScanAmplitude, group.cells.amplitudes);
+  const CGDataTypeFDD& ascans = *group.ascans->group;
+  CGDataTypeFDD& amplitude = AddCScan(changes, *group.ascans, gdata_CScanAmplitude, group.cells.amplitudes);
   amplitude.dataMaximum = static_cast<float>(group.fullScale);
   Name(amplitude, gate);
-  CGDataTypeFDD& position = AddCScan(changes, ascans, gdata_CScanPosition, group.cells.positions);
+  CGDataTypeFDD& position = AddCScan(changes, *group.ascans, gdata_CScanPosition, group.cells.positions);
   position.dataMaximum = static_cast<float>(std::min(ascans.sampleQuantity, positionEnd - 1));
   position.dataResolution = ascans.sampleResolution;
   position.dataOffset = ascans.sampleOffset;
@@ -170,20 +175,17 @@ void AddCScans(Document& changes, GatedGroup& group, const CGGateTypeDescr& gate
 
 GatedInspection GateChannel(const Document& loaded, const GateSettings& settings, bool quiet) {
   GatedInspection result{Document::New(loaded.Path()), {}, {}, true};
-  std::size_t index = 0;
-  for (const CGDataTypeFDD* group : loaded.Groups().data) {
-    if (group->dataClass == gdata_AScan && group->channelId == settings.channelId) {
-      CheckNoCScans(loaded, *group, settings.gateId);
-      CheckOnlyOne(loaded, result.groups, *group);
-      result.groups.push_back(GateGroup(loaded, *group, index, settings, quiet));
-    }
-    ++index;
-  }
-  if (result.groups.empty())
+  const auto rows = FindRows(loaded, gdata_AScan, settings.channelId);
+  if (rows.empty())
     throw Failure(loaded.Path(),
                   cannotBeGated,
                   "channel " + std::to_string(settings.channelId) + " has no A-scans",
                   "'utdata info' lists the data groups");
+  for (const DataRow* row : rows) {
+    CheckNoCScans(loaded, *row->group, settings.gateId);
+    CheckOnlyOne(loaded, rows, *row);
+    result.groups.push_back(GateGroup(loaded, *row, settings, quiet));
+  }
   const CGGateTypeDescr* before = FindGate(loaded, settings);
   result.isNewGate = before == nullptr;
   if (before) ggate_Duplicate(&result.gate, before);
