@@ -22,6 +22,7 @@
 #include "interfaces/pellam.h"
 #include "interfaces/thread_safety.h"
 #include "utdata/enum.h"
+#include "utdata/idatatypes.h"
 #include "utdata/item.h"
 #include "utdata/itemlink.h"
 #include "utdata/rdata.h"
@@ -33,48 +34,23 @@ class CUnitSet;
 class CVolumeSet;
 class IGDataSupplier;
 
-/// Names of a data item: terminated texts, empty ones where there is no name. They live as long as the item.
-struct idata_typeName {
-  const wchar_t* patchName = L"";
-  const wchar_t* channelName = L"";
-  const wchar_t* subChannelName = L"";
-  const wchar_t* gateName = L"";
-  const wchar_t* dataName = L"";
-  const wchar_t* dataNameText = L"";  ///< second line of the data name
-};
-
-/// Inspection parameters. Column and row values are metres or degrees, as the axis's units say.
-struct idata_typeInspParams {
-  float probeAngle = 0;     ///< refracted, degrees
-  float probeSkew = 0;      ///< degrees
-  float probeThird = 0;     ///< carried, not interpreted
-  float probeFourth = 0;    ///< degrees
-  float partThickness = 0;  ///< m
-  float soundSpeed = 0;     ///< m/s
-  float columnResolution = 0;
-  float columnOffset = 0;
-  float rowResolution = 0;
-  float rowOffset = 0;
-  float sampleOffset = 0;  ///< s
-};
-
-/// Time-of-flight-diffraction parameters.
-struct idata_typeTOFD {
-  std::int32_t valid = 0;  ///< 1 when filled
-  gdata_enumInspGeometry inspectionGeometry = gdata_GeometryFlat;
-  std::uint32_t geometryKind = 0;
-  float inspectionRadius = 0;        ///< m
-  float partThickness = 0;           ///< m
-  float probeSeparation = 0;         ///< m
-  float tofdValue = 0;               ///< carried, not interpreted
-  float soundSpeed = 0;              ///< m/s
-  float sampleOffsetCorrection = 0;  ///< s, taken off the sample offset by a change
-};
-
 /// One data group of a file set.
 class UTDATA_API CIData : public utdata::PlacedItem {
  public:
   /// Makes the item of a group record. The parameter database is asked for the channel's electronic scanning through the document.
+  ///
+  /// The record is normalised first, so that whoever reads it may count, divide and walk by it:
+  /// - sound speed not above 0, or not finite: reported, 5890 m/s; inspection radius and probe separation likewise, without a report:
+  ///   0.0573 m and 0.001 m; probe angle of 90 degrees or more: a debug trace, 89.999 degrees
+  /// - columns, rows and samples 0 or above 2^31 - 1: 1; a layout of 2^63 bytes or more: one column, row and sample; sample size below
+  ///   that of the sample type: the type's
+  /// - one column or row: its step is 0.001 and its units are metres when they are neither metres nor degrees
+  /// - a step that is negative: its size; 0 or not finite: 0.001 of columns and rows, 2e-8 s of samples and of position C-scans' values
+  /// - data range that is reversed: turned; minimum not finite: 0; maximum not finite: the largest value of the sample type
+  /// - any other float not finite: 0, of the data resolution 1; texts without a terminator: cut after 31 characters
+  /// - sample types follow the rectification and the range: unrectified unsigned samples from 0 on become signed ones around 0, with
+  ///   gdata_OptionOffsetBinary set (not positions, not angle C-scans, not 16-bit scaled analog data); rectified signed samples from 0
+  ///   on become unsigned ones when their range fits (not angle C-scans). A type that is not known is reported and stays
   /// @param record   normalised in place, and given a bookmark type when it has none; then copied. Null is reported and makes a bare item
   /// @param data     kept, not interpreted
   /// @param volumes  gives the document and the units; not owned, outlives the item
@@ -97,8 +73,9 @@ class UTDATA_API CIData : public utdata::PlacedItem {
 
   int idata0_Init() { return 0; }  ///< no effect
   [[nodiscard]] IGDataSupplier* GetDocument() const { return m_document; }
+  /// A bare item leaves the record alone.
   void idata1_GetId(idata_typeId& id) const;
-  /// Null is reported and leaves nothing; a bare item leaves the names alone.
+  /// A missing record is reported; a bare item leaves it alone.
   void idata1_GetName(idata_typeName* names) const;
   /// The record copy, owned by the item; null in a bare item. Its ids may not be changed through the pointer.
   [[nodiscard]] CGDataTypeFDD* idata1_GetGInfoRef() { return m_record.get(); }
@@ -163,54 +140,87 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// Nothing for an item without a master.
   void SetDataBookmarkTypeofAssociatedChannel(const eDataBookmarkType& type);
 
-  // ---- inspection parameters
+  // ---- inspection parameters: of the descriptor; a bare item has none, answers 0 and takes none
 
+  /// Fills in the parameters, skew and fourth value from 0 up to 360 degrees. Under the lock. Null is reported. Always 0.
   int idata3_GetInspParam(idata_typeInspParams* params) const;
+  /// Gives descriptor and record copy all parameters but the resolutions; skew and fourth value are normalised. The record copy of an
+  /// amplitude C-scan keeps its sample offset; position C-scans take it for their data offset too. Then the item is modified and its
+  /// units follow. Under the lock. Null, or a value that is not finite, is reported and changes nothing. The integer is not used.
+  /// Always 0.
   int idata1_ModifyInspParam(idata_typeInspParams* params, int);
+  /// Under the lock. Null is reported.
   void idata3_GetTOFDParam(idata_typeTOFD* tofd) const;
+  /// As idata1_ModifyInspParam, and gives descriptor and record copy the resolutions of columns and rows and what `tofd` holds, whose
+  /// thickness and sound speed count; the sample offsets become smaller by its correction. Under the lock.
   void idata3_ModifyTOFDParam(idata_typeTOFD* tofd, idata_typeInspParams* params);
-  [[nodiscard]] int idata3_IsTOFD() const;
+  [[nodiscard]] int idata3_IsTOFD() const;              ///< 1 or 0
   [[nodiscard]] float idata3_GetProbeAngle() const;     ///< degrees
-  [[nodiscard]] float idata3_GetProbeSkew() const;      ///< degrees, normalised
+  [[nodiscard]] float idata3_GetProbeSkew() const;      ///< from 0 up to 360 degrees; under the lock
   [[nodiscard]] float idata3_GetPartThickness() const;  ///< m
+  /// In metres, finite: else reported and nothing. The descriptor's alone, under the lock; units follow with the next change.
   void idata3_SetPartThickness(float thickness);
-  void idata3_SetPartOutsideDiameter(double diameter);
+  void idata3_SetPartOutsideDiameter(double diameter);  ///< likewise the inspection radius, which is half of it
+  /// Where the chord between the two probes lies on a curved surface: on the outer one for geometry kinds 16 and 17, else on the inner.
+  /// @param sagitta   m, of the surface above the chord; negative on the inner surface
+  /// @param halfChord m
+  /// @return 1; 0 with nothing written for a flat part, a missing output, and a part without an inner surface
   int GetCircularParameter(double* sagitta, double* halfChord) const;
 
-  // ---- units
+  // ---- units: none takes a lock unless told; a bare item has none
 
+  /// The item's units, made with it and destroyed with it. Each axis converts to the base of the volume set's axis: columns and rows to
+  /// what the record has them in, samples to the one-way path in metres, amplitudes to percent of full scale.
   [[nodiscard]] CUnitSet* idata3_UnitsGet() const { return m_pUnitInfo; }
   [[nodiscard]] CVolumeSet* idata3_GetVSet() const { return m_volumes; }
-  [[nodiscard]] kvt_enumUnitSystems idata3_GetUnitSystem() const;
+  [[nodiscard]] kvt_enumUnitSystems idata3_GetUnitSystem() const;  ///< under the lock
+  /// The item's unit of an axis; of family unit_Point whatever the data unit. Null where there is none. Lives as long as the item.
   [[nodiscard]] CUnit* idata3_GetUnit(kvt_enumAxis axis, unit_enumUnits family, unit_enumDataUnit unit) const;
+  /// The unit chosen for an axis, null where none is. At first one is chosen for amplitudes, and for the samples of TOFD (mm of depth)
+  /// and of angle C-scans in degrees.
+  /// @param alternative not 0: the second choice that the sample axis has; without effect on other axes
   [[nodiscard]] CUnit* idata3_GetCurrentUnit(kvt_enumAxis axis, int alternative) const;
+  /// Chooses for this item alone. A unit that the axis does not have leaves the choice as it is. The last argument has no effect.
   void SetCurrentUnitType(kvt_enumAxis axis,
                           unit_enumUnits family,
                           unit_enumDataUnit unit,
                           int alternative,
                           int notify);
+  /// Chooses for an element's master and all its elements; for any other item alone. Under the master's lock.
   void SetMasterCurrentUnitType(kvt_enumAxis axis,
                                 unit_enumUnits family,
                                 unit_enumDataUnit unit,
                                 int alternative,
                                 int notify);
+  /// Chooses a unit of this type in the item and what is gathered with it, then in every multi-channel master of the channel. Null is
+  /// reported. Queries the file set.
   void idata3_SetCurrentUnit(kvt_enumAxis axis, CUnit* unit, int alternative);
-  void idata3_SetCurrentUnitWithoutNotification(kvt_enumAxis axis, CUnit* unit, int alternative);
+  void idata3_SetCurrentUnitWithoutNotification(kvt_enumAxis axis,
+                                                CUnit* unit,
+                                                int alternative);  ///< without the second step
+  /// Digits after the decimal point of the chosen unit, if any: of the item, and of all that it is gathered with.
   void SetUnitPrecision(kvt_enumAxis axis, int alternative, long precision);
   void SetMasterUnitPrecision(kvt_enumAxis axis, int alternative, long precision);
+  /// Applies a saved choice with its precision to the item and what it is gathered with, and notes that.
   void idata3_RestoreUnit(kvt_enumAxis axis,
                           unit_enumUnits family,
                           unit_enumDataUnit unit,
                           long precision,
                           int alternative);
+  /// Whether a saved choice was applied; an element answers with its master's flag.
   [[nodiscard]] int IsUnitRestored() const;
-  void SetUnitRestored(int restored);
+  void SetUnitRestored(int restored);  ///< of the item and what it is gathered with
 
-  // ---- dimensions and data
+  // ---- dimensions and data: 0 in a bare item
 
+  /// Of columns, rows, samples and values (their range, cut to an integer), as the record copy has them: C-scans have the file's sample
+  /// quantity here. Other axes are reported and have 0. Under the lock.
   [[nodiscard]] std::uint32_t idata3_GetDimQty(kvt_enumAxis axis) const;
+  /// As the descriptor has them. Other axes are reported and have 0. Under the lock.
   [[nodiscard]] double idata3_GetDimResol(kvt_enumAxis axis) const;
+  /// As the record copy has them. Other axes have 0. Under the lock.
   [[nodiscard]] double idata3_GetDimOffs(kvt_enumAxis axis) const;
+  // The descriptor's values, which CRDataTypeDD explains, read without the lock.
   [[nodiscard]] std::uint32_t idata3_GetColQty() const;
   [[nodiscard]] double idata3_GetColResol() const;
   [[nodiscard]] double idata3_GetColOffs() const;
@@ -227,15 +237,25 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   [[nodiscard]] double idata3_GetSoundSpeed() const;
   [[nodiscard]] double idata3_GetDataMin() const;
   [[nodiscard]] double idata3_GetDataMax() const;
-  [[nodiscard]] gdata_enumDataClass idata3_GetDataId() const;
-  [[nodiscard]] kvt_enumDataType idata3_GetDataType() const;
+  [[nodiscard]] gdata_enumDataClass idata3_GetDataId() const;  ///< data class, with the master bit
+  [[nodiscard]] kvt_enumDataType idata3_GetDataType() const;   ///< under the lock
+  /// The descriptor's data minimum and maximum, under the lock. A missing output is reported, and nothing is written.
   void idata3_GetAbsoluteMinMax(float* minimum, float* maximum) const;
+  /// Tells a master to load its elements, once; under its lock and each element's. An item that is no master loads nothing: its host
+  /// attaches the table.
+  /// @return 0; -1 for a bare item, when the volume is loaded, and when the data are loaded and `volume` is not 0 or they are no volume
   int idata1_DataLoad(int volume);
+  /// Copies the record copy, with the table in place of the data pointer (null for a master); loads first. Null is reported.
   void idata1_GetGInfoCopy(CGDataTypeFDD* out);
+  /// The sample table, as soon as there is one: waits without limit, looking every 50 ms, until another thread attaches it. Takes no
+  /// lock; the item has to outlive the call. A bare item is reported and has none.
+  /// So as not to wait for ever, a host attaches every table before it asks, or asks idata1_GetInfoRef()->GetDiskTable() first, which
+  /// never waits. A table that was refused because it is shorter than its layout never comes.
   [[nodiscard]] void* idata3_GetDataTablePtr() const;
   [[nodiscard]] int IsDiskOrigin() const { return m_diskOrigin.load(std::memory_order_relaxed) == 1; }
   void SetDiskOrigin() { m_diskOrigin.store(1, std::memory_order_relaxed); }
 
+  // By the descriptor's data class; only the amplitude test passes over the master bit.
   [[nodiscard]] bool idata1_DataIsVolume() const;
   [[nodiscard]] bool idata3_isAmplitudeData() const;
   [[nodiscard]] bool idata3_IsAnalogData() const;

@@ -28,7 +28,7 @@ class UTDATA_API LiveDataItem {
   [[nodiscard]] static bool IsLive(const CIData* item);
 
  private:
-  const CIData* const m_item;
+  const CIData* m_item;  ///< null: it does not live any more
 };
 
 class UTDATA_API DataItemLink {

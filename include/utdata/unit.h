@@ -85,7 +85,7 @@ class UTDATA_API CUnit : public CObject {
   CUnit& operator=(const CUnit&) = delete;
   ~CUnit() override;
 
-  /// As the constructors, but keep precision, TOFD factors and texts (the first one the auxiliary factor too).
+  /// As the constructors, but keep precision, TOFD factors and display format (the first one the auxiliary factor too).
   void CUpdateUnit(unit_enumUnits family,
                    unit_enumDataUnit dataUnit,
                    unit_enumConversionType conversion,
@@ -152,8 +152,6 @@ class UTDATA_API CUnit : public CObject {
                      double depthOffset,
                      double pathOffset,
                      double auxiliary,
-                     const std::wstring& firstText,
-                     const std::wstring& secondText,
                      DisplayFormat displayFormat);
   [[nodiscard]] double TofdToBase(double displayed) const;
   [[nodiscard]] double TofdFromBase(double base) const;
@@ -172,7 +170,5 @@ class UTDATA_API CUnit : public CObject {
   unit_enumUnits m_family = unit_Generic;
   unit_enumDataUnit m_dataUnit = unit_DataGeneric;
   DisplayFormat m_displayFormat = DisplayFormat::None;
-  std::wstring m_firstText;
-  std::wstring m_secondText;
   CUnit* m_parent = nullptr;
 };

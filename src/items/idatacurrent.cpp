@@ -10,13 +10,6 @@
 
 namespace {
 
-/// Classes of multi-channel masters.
-constexpr gdata_enumDataClass gatheredClasses[] = {gdata_AScan,
-                                                   gdata_CScanAmplitude,
-                                                   gdata_CScanPosition,
-                                                   gdata_AScanMerged,
-                                                   gdata_AScanProcessed};
-
 /// The place of an axis's current unit, of which the sample axis has two.
 std::size_t SlotOf(kvt_enumAxis axis, int alternative) {
   constexpr std::size_t alternativeSample = 6;
@@ -82,17 +75,7 @@ void CIData::UpdateLinkedDatagroup(kvt_enumAxis axis,
   if (!set || !m_descriptor) return;
   const std::uint32_t channelId = m_descriptor->GetChannelID();
   CIDataLst masters;
-  for (const gdata_enumDataClass c : gatheredClasses)
-    set->fset_GetIDataLst(&masters,
-                          fset_All,
-                          bookmark_None,
-                          fset_AnyId,
-                          channelId,
-                          fset_AnyId,
-                          fset_AnyId,
-                          c | gdata_MultiChannelMaster,
-                          fset_AnyId,
-                          fset_AnyId);
+  set->fset_GetMSCIDataLst(&masters);
   for (CIData* master : masters)
     if (master->m_descriptor->GetChannelID() == channelId)
       master->SetMasterCurrentUnitType(axis, family, unit, alternative, notify);

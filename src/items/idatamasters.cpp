@@ -3,6 +3,7 @@
 #include <tuple>
 #include <vector>
 
+#include "src/items/idatarecord.h"
 #include "utdata/idata.h"
 #include "utdata/idatalst.h"
 
@@ -102,7 +103,7 @@ void CIData::idata1_UpdateMasterChannel() {
   const CIData& first = *m_elements->GetHead();
   const LockScope elementLock(first);
   const std::uint32_t subChannelId = m_descriptor->subChannelId;
-  const auto c = m_descriptor->dataClass & ~std::uint32_t{gdata_MultiChannelMaster};
+  const std::uint32_t c = utdata::ClassOfElements(m_descriptor->dataClass);
   const bool keepsLinks = c == gdata_CScanAmplitude || c == gdata_CScanPosition;
   const utdata::DataItemLink matched(m_descriptor->GetMatchedCScan());
   const utdata::DataItemLink meridio(m_descriptor->GetMeridioAmpCscan());

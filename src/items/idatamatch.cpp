@@ -2,6 +2,7 @@
 // that it is matched to: amplitude and position of one channel and gate, or the two components of eddy-current data.
 #include <algorithm>
 
+#include "src/items/idatarecord.h"
 #include "utdata/fset.h"
 #include "utdata/idata.h"
 #include "utdata/supplier.h"
@@ -19,15 +20,8 @@ constexpr std::uint32_t meridioGates[] = {11, 21, 31};
 gdata_enumDataClass WithMasterBit(gdata_enumDataClass c) {
   return static_cast<gdata_enumDataClass>(c | gdata_MultiChannelMaster);
 }
-gdata_enumDataClass WithoutMasterBit(gdata_enumDataClass c) {
-  return static_cast<gdata_enumDataClass>(c & ~std::uint32_t{gdata_MultiChannelMaster});
-}
 
 bool IsMaster(const CGDataTypeFDD& record) { return (record.dataClass & gdata_MultiChannelMaster) != 0; }
-
-bool IsPosition(gdata_enumDataClass c) {
-  return c == gdata_CScanPosition || c == gdata_CScanPositionFirst || c == gdata_CScanPositionLast;
-}
 
 gdata_enumDataClass ClassOf(const CIData& item) { return item.idata1_GetInfoRef()->GetDataClass(); }
 
@@ -88,9 +82,9 @@ CIData* CIData::MatchAmpPosCScans(CGDataTypeFDD* record, CVolumeSet* volumes, bo
   IGDataSupplier* const document = volumes->vol_GetDocument();
   CFSet* const set = document ? document->GetFileSet() : nullptr;
   if (!set) return nullptr;
-  const gdata_enumDataClass c = WithoutMasterBit(record->dataClass);
+  const std::uint32_t c = utdata::ClassOfElements(record->dataClass);
   if (c == gdata_CScanAmplitude) return MatchAmplitude(*record, *set);
-  if (IsPosition(c)) return MatchPosition(*record, *set, meridio);
+  if (utdata::HoldsPositions(record->dataClass)) return MatchPosition(*record, *set, meridio);
   if (c == gdata_EddyCurrentX || c == gdata_EddyCurrentY) return MatchEddyCurrent(*record, *set);
   return nullptr;
 }
@@ -101,7 +95,7 @@ CIData* CIData::MatchAmplitude(const CGDataTypeFDD& record, CFSet& set) {
   FindPartners(set, record, gateId, gdata_CScanPosition, found);
   CIData* matched = nullptr;
   for (CIData* partner : found) {
-    if (!IsPosition(WithoutMasterBit(ClassOf(*partner)))) continue;
+    if (!utdata::HoldsPositions(ClassOf(*partner))) continue;
     const LockScope lock(*partner);
     partner->m_descriptor->SetMatchedCScan(this);
     matched = partner;
@@ -111,13 +105,13 @@ CIData* CIData::MatchAmplitude(const CGDataTypeFDD& record, CFSet& set) {
 
 CIData* CIData::MatchPosition(const CGDataTypeFDD& record, CFSet& set, bool& meridio) {
   const std::uint32_t number = utdata::GateNumber(record.gateId);
-  meridio = WithoutMasterBit(record.dataClass) == gdata_CScanPosition &&
+  meridio = utdata::ClassOfElements(record.dataClass) == gdata_CScanPosition &&
             std::find(std::begin(meridioGates), std::end(meridioGates), number) != std::end(meridioGates);
   CIDataLst found;
   FindPartners(set, record, meridio ? record.gateId - 1 : record.gateId, gdata_CScanAmplitude, found);
   CIData* matched = nullptr;
   for (CIData* partner : found) {
-    if (WithoutMasterBit(ClassOf(*partner)) != gdata_CScanAmplitude) continue;
+    if (utdata::ClassOfElements(ClassOf(*partner)) != gdata_CScanAmplitude) continue;
     matched = partner;
     if (meridio) break;
     partner->TakeSampleAxisOf(record, this);
@@ -138,7 +132,7 @@ void CIData::TakeSampleAxisOf(const CGDataTypeFDD& position, CIData* positionIte
 
 CIData* CIData::MatchEddyCurrent(const CGDataTypeFDD& record, CFSet& set) {
   const gdata_enumDataClass other =
-      WithoutMasterBit(record.dataClass) == gdata_EddyCurrentX ? gdata_EddyCurrentY : gdata_EddyCurrentX;
+      utdata::ClassOfElements(record.dataClass) == gdata_EddyCurrentX ? gdata_EddyCurrentY : gdata_EddyCurrentX;
   CIDataLst found;
   set.fset_GetIDataLst(&found,
                        fset_All,

@@ -33,8 +33,7 @@ double DecibelFromBase(double base) { return base >= 0 && base <= 100 ? 20 * std
 }  // namespace
 
 CUnit::CUnit() {
-  SetParameters(
-      unit_Generic, unit_DataGeneric, unit_ConversionNone, 1, 1, 0, nullptr, 0, 0, 0, 0, {}, {}, DisplayFormat::None);
+  SetParameters(unit_Generic, unit_DataGeneric, unit_ConversionNone, 1, 1, 0, nullptr, 0, 0, 0, 0, DisplayFormat::None);
 }
 
 CUnit::CUnit(unit_enumUnits family,
@@ -43,7 +42,7 @@ CUnit::CUnit(unit_enumUnits family,
              double slope,
              double offset,
              CUnit* parent) {
-  SetParameters(family, dataUnit, conversion, slope, slope, offset, parent, 1, 0, 0, 0, {}, {}, DisplayFormat::Initial);
+  SetParameters(family, dataUnit, conversion, slope, slope, offset, parent, 1, 0, 0, 0, DisplayFormat::Initial);
   ValidateObjectState();
 }
 
@@ -64,8 +63,6 @@ CUnit::CUnit(unit_enumUnits family,
                 0,
                 0,
                 auxiliary,
-                {},
-                {},
                 DisplayFormat::Initial);
   ValidateObjectState();
 }
@@ -82,8 +79,6 @@ CUnit::CUnit(const CUnit& other) : CObject(other) {
                 other.m_depthOffset,
                 other.m_pathOffset,
                 other.m_auxiliary,
-                other.m_firstText,
-                other.m_secondText,
                 other.m_displayFormat);
   ValidateObjectState();
 }
@@ -101,8 +96,6 @@ void CUnit::SetParameters(unit_enumUnits family,
                           double depthOffset,
                           double pathOffset,
                           double auxiliary,
-                          const std::wstring& firstText,
-                          const std::wstring& secondText,
                           DisplayFormat displayFormat) {
   m_family = family;
   m_dataUnit = dataUnit;
@@ -115,8 +108,6 @@ void CUnit::SetParameters(unit_enumUnits family,
   m_depthOffset = depthOffset;
   m_pathOffset = pathOffset;
   m_auxiliary = auxiliary;
-  m_firstText = firstText;
-  m_secondText = secondText;
   m_displayFormat = displayFormat;
   m_tag = TagOf(this);
 }
@@ -138,8 +129,6 @@ void CUnit::CUpdateUnit(unit_enumUnits family,
                 m_depthOffset,
                 m_pathOffset,
                 m_auxiliary,
-                m_firstText,
-                m_secondText,
                 m_displayFormat);
   ValidateObjectState();
 }
@@ -161,8 +150,6 @@ void CUnit::CUpdateUnit(unit_enumUnits family,
                 m_depthOffset,
                 m_pathOffset,
                 auxiliary,
-                m_firstText,
-                m_secondText,
                 m_displayFormat);
   ValidateObjectState();
 }

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstring>
 #include <new>
+#include <vector>
 
 #include "tests/support/data_host.h"
 #include "tests/support/report_capture.h"
@@ -199,6 +200,44 @@ TEST(Descriptor, StaleHeadersAreClearedAndNothingElse) {
   CRDataTypeDD small(&record, nullptr, nullptr);
   small.SetDiskTable(reinterpret_cast<char*>(new std::byte[2]{std::byte{0x44}, std::byte{0x33}}), false);
   small.Flush(0);
+}
+
+// The samples' extent is what readers walk: a block that the record tells to be shorter is left to the caller.
+TEST(Descriptor, BlocksShorterThanTheLayoutAreNotAttached) {
+  struct Case {
+    std::uint32_t dataClass;
+    kvt_enumStorMode storage;
+    std::uint32_t cellSize;
+    std::uint64_t needed;
+  };
+  // 10 columns, 20 rows, 1000 samples of two bytes.
+  const Case cases[] = {{gdata_AScan, kvt_StorCells, 0, 400000},
+                        {gdata_AScan, kvt_StorCells, 2, 400000},
+                        {gdata_AScan, kvt_StorCells, 2048, 409600},
+                        {gdata_AScan, kvt_StorIndexed, 0, 800},
+                        {gdata_CScanPosition, kvt_StorCells, 0, 400},
+                        {gdata_CScanPosition | gdata_MultiChannelMaster, kvt_StorCells, 0, 400},
+                        {gdata_CScanAngle, kvt_StorCells, 0, 400}};
+  std::vector<char> block(500000);
+  for (const Case& c : cases) {
+    CGDataTypeFDD record = Record(static_cast<gdata_enumDataClass>(c.dataClass), 0, 511);
+    record.storageMode = c.storage;
+    record.cellSize = c.cellSize;
+    for (const std::uint64_t size : {c.needed - 1, c.needed})
+      for (const bool isOnDisk : {false, true}) {
+        record.samples.offset = isOnDisk ? 0 : gdata_typeSampleRef::none;
+        record.samples.size = isOnDisk ? size : 0;
+        record.dataSize = isOnDisk ? 0 : size;
+        CRDataTypeDD descriptor(&record, nullptr, nullptr);
+        descriptor.SetDataLoaded(true);
+        ReportCapture reports;
+        descriptor.SetDiskTable(block.data(), true);
+        const bool isWhole = size == c.needed;
+        EXPECT_EQ(descriptor.GetDiskTable() != nullptr, isWhole) << c.dataClass << " " << c.storage << " " << size;
+        EXPECT_EQ(descriptor.IsDataLoaded(), isWhole ? 1 : 0);
+        EXPECT_EQ(reports.Assertions(), isWhole ? 0u : 1u);
+      }
+  }
 }
 
 TEST(Descriptor, SamplesAreCutToTheirSize) {

@@ -1,151 +1,13 @@
-#include <png.h>
-
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <utility>
 #include <vector>
 
-#include "interfaces/kvtiff19.h"
-#include "run_program.h"
-#include "utdata/fcont.h"
+#include "drawing.h"
 
 namespace utdata::test {
 namespace {
-
-struct Pixel {
-  int x = 0;
-  int y = 0;
-};
-
-/// A picture as it is on disk. Brightness rises with the amplitude.
-class PngFile {
- public:
-  explicit PngFile(const std::filesystem::path& path) {
-    m_image.version = PNG_IMAGE_VERSION;
-    if (png_image_begin_read_from_file(&m_image, path.c_str()) == 0) return;
-    m_image.format = PNG_FORMAT_RGB;
-    m_bytes.resize(PNG_IMAGE_SIZE(m_image));
-    if (png_image_finish_read(&m_image, nullptr, m_bytes.data(), 0, nullptr) == 0) m_bytes.clear();
-  }
-  ~PngFile() { png_image_free(&m_image); }
-  PngFile(const PngFile&) = delete;
-  PngFile& operator=(const PngFile&) = delete;
-
-  [[nodiscard]] int Width() const { return m_bytes.empty() ? 0 : static_cast<int>(m_image.width); }
-  [[nodiscard]] int Height() const { return m_bytes.empty() ? 0 : static_cast<int>(m_image.height); }
-  [[nodiscard]] int Brightness(Pixel at) const {
-    const std::size_t index = 3 * (static_cast<std::size_t>(at.y) * m_image.width + static_cast<std::size_t>(at.x));
-    return m_bytes.at(index) + m_bytes.at(index + 1) + m_bytes.at(index + 2);
-  }
-
- private:
-  png_image m_image = {};
-  std::vector<std::uint8_t> m_bytes;
-};
-
-/// A picture with what `render --json` says about it: from pixels to the values on its axes.
-struct Drawing {
-  Drawing(const nlohmann::json& described, const std::filesystem::path& path) : facts(described), png(path) {}
-
-  [[nodiscard]] double Image(const char* field) const { return facts["image"][field].get<double>(); }
-  /// The value at a part of an axis: 0 at its beginning, 1 at its end.
-  [[nodiscard]] double Value(const char* axis, double part) const {
-    const nlohmann::json& shown = facts[axis];
-    const double cell = part * shown["quantity"].get<double>() - 0.5;
-    return shown["first"].get<double>() + cell * shown["step"].get<double>();
-  }
-
-  struct Spot {
-    double across = 0;
-    double down = 0;
-    int brightness = -1;
-  };
-
-  /// The middle of the brightest pixels among those of the image whose values lie within (left, right) and (top, bottom).
-  [[nodiscard]] Spot BrightestWithin(double left, double right, double top, double bottom) const {
-    const int firstX = static_cast<int>(Image("left"));
-    const int firstY = static_cast<int>(Image("top"));
-    const int width = static_cast<int>(Image("width"));
-    const int height = static_cast<int>(Image("height"));
-    std::vector<double> across;
-    for (int x = 0; x < width; ++x) across.push_back(Value("across", (x + 0.5) / width));
-    Spot sum;
-    int count = 0;
-    for (int y = 0; y < height; ++y) {
-      const double down = Value("down", (y + 0.5) / height);
-      for (std::size_t x = 0; x < across.size(); ++x) {
-        if (across[x] <= left || across[x] >= right || down <= top || down >= bottom) continue;
-        const int brightness = png.Brightness({firstX + static_cast<int>(x), firstY + y});
-        if (brightness < sum.brightness) continue;
-        if (brightness > sum.brightness) {
-          sum = {0, 0, brightness};
-          count = 0;
-        }
-        sum.across += across[x];
-        sum.down += down;
-        ++count;
-      }
-    }
-    return {sum.across / count, sum.down / count, sum.brightness};
-  }
-  [[nodiscard]] Spot Brightest() const { return BrightestWithin(-1e9, 1e9, -1e9, 1e9); }
-
-  nlohmann::json facts;
-  PngFile png;
-};
-
-class RenderTest : public ProgramTest {
- protected:
-  /// Draws data group 0 of a file.
-  [[nodiscard]] Drawing Render(const std::string& file, const std::string& more) const {
-    return {RunJson("render " + file + " --data 0 --view b -o picture.png --force --json " + more), At("picture.png")};
-  }
-
-  /// Imports rows x columns x samples as they stand in `bytes`.
-  void Import(const std::string& bytes,
-              const std::string& shape,
-              const std::string& dtype,
-              const std::string& more) const {
-    WriteFile(At("scan.raw"), bytes);
-    const ProgramResult result = Run("import scan.raw -o scan.fpd --force --axes row,column,sample --shape " + shape +
-                                     " --dtype " + dtype + " " + more);
-    ASSERT_EQ(result.status, 0) << result.error;
-  }
-
-  /// Writes a file whose one data group is as `change` leaves it.
-  template <class Change>
-  void WriteGroup(const std::string& name, Change&& change) const {
-    CFContTypeFileDescr file;
-    ASSERT_TRUE(file.SetPath(At(name).wstring()));
-    CGDataTypeFDD* group = gdata_Allocate(1, nullptr);
-    std::vector<std::uint16_t> samples(24);
-    group->columnQuantity = 2;
-    group->rowQuantity = 3;
-    group->sampleQuantity = 4;
-    group->sampleSize = 2;
-    group->cellSize = 8;
-    group->columnResolution = group->rowResolution = 0.001F;
-    group->sampleResolution = 1e-8F;
-    group->dataMaximum = 65535;
-    group->dataPointer = samples.data();
-    change(*group);
-    file.data.AddTail(group);
-    SCFile::GroupHandle top = nullptr;
-    SCFile::FileHandle handle = nullptr;
-    EXPECT_EQ(CFCont().FileWrite(nullptr, &file, 1, &top, &handle, 0), 0) << SCFile::file_LastError();
-    EXPECT_EQ(SCFile::file_Close(handle), 0);
-    gdata_Delete(group, 1);
-  }
-};
-
-template <class Sample>
-std::string Bytes(const std::vector<Sample>& samples) {
-  std::string bytes(samples.size() * sizeof(Sample), '\0');
-  std::memcpy(bytes.data(), samples.data(), bytes.size());
-  return bytes;
-}
 
 TEST_F(RenderTest, ShowsTheCrackOfTheSimulatedScanWhereItIs) {
   ASSERT_EQ(Run("demo --out .").status, 0);
@@ -269,6 +131,9 @@ TEST_F(RenderTest, RefusesWhatItCannotDraw) {
   WriteGroup("type.fpd", [](CGDataTypeFDD& group) { group.SetDataType(static_cast<kvt_enumDataType>(9)); });
   WriteGroup("range.fpd", [](CGDataTypeFDD& group) { group.dataMaximum = std::nanf(""); });
   WriteGroup("flat.fpd", [](CGDataTypeFDD& group) { group.dataMinimum = group.dataMaximum = 5; });
+  WriteIndexed("outside.fpd", {0, 24, 0, 32, 0, 41}, 48);
+  WriteIndexed("odd.fpd", {0, 24, 0, 32, 0, 25}, 48);
+  WriteGroup("short.fpd", [](CGDataTypeFDD& group) { group.dataSize = 47; });
   const std::set<std::string> before = Names();
   struct Case {
     std::string arguments;
@@ -280,8 +145,18 @@ TEST_F(RenderTest, RefusesWhatItCannotDraw) {
            {"weld.fpd --data 9 --view b -o p.png", 1, "'9' matches no data group", "C-scan amplitude"},
            {"weld.fpd --data class=7 --view b -o p.png", 1, "matches no data group", "A-scan"},
            {"weld.fpd --data colour=red --view b -o p.png", 1, "matches no data group", "A-scan"},
-           {"weld.fpd --data channel=0 --view b -o p.png", 1, "matches 3", "C-scan amplitude"},
+           {"weld.fpd --data channel=0 --view b -o p.png", 1, "matches 5", "C-scan amplitude"},
            {"weld.fpd --data class=2,channel=0,gate=1 --view b -o p.png", 1, "has no B-scan", ""},
+           {"weld.fpd --data class=3,channel=0,gate=1 --view d -o p.png", 1, "has no D-scan", ""},
+           {"weld.fpd --data 0 --view d --column 256 -o p.png", 1, "its columns are 0 to 255", ""},
+           {"weld.fpd --data 0 --view a --row 10 --column 0 -o p.png", 1, "its rows are 0 to 9", ""},
+           {"weld.fpd --data 0 --view a --row 0 --column 256 -o p.png", 1, "its columns are 0 to 255", ""},
+           {"outside.fpd --data 0 --view c -o p.png", 1, "cell 5 is said to begin at byte 41", ""},
+           {"odd.fpd --data 0 --view c -o p.png", 1, "cell 5 is said to begin at byte 25", ""},
+           {"short.fpd --data 0 --view c -o p.png", 1, "its layout needs 6 cells of 8 bytes", ""},
+           {"weld.fpd --data 0 --view b --column 3 -o p.png", 2, "--column: a B-scan takes none", ""},
+           {"weld.fpd --data 0 --view c --row 3 -o p.png", 2, "--row: a C-scan takes none", ""},
+           {"weld.fpd --data 0 --view c --samples path -o p.png", 2, "--samples: a C-scan takes none", ""},
            {"weld.fpd --data 0 --view b --row 10 -o p.png", 1, "its rows are 0 to 9", ""},
            {"weld.fpd --data 0 --view b -o nowhere/p.png", 1, "nowhere/p.png: cannot be written", ""},
            {"weld.fpd --data 0 --view b -o file.png/p.png --force", 1, "file.png/p.png: cannot be written", ""},

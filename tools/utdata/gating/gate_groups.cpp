@@ -6,6 +6,7 @@
 #include <string>
 
 #include "document/data_group.h"
+#include "gating/cscan_records.h"
 #include "terminal/failure.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
@@ -122,53 +123,11 @@ void SetUp(CGGateTypeDescr& gate, const GateSettings& settings) {
   gate.polarity = gdata_RectifFull;
 }
 
-/// A C-scan over the cells of the A-scans: one unsigned 16-bit value each.
-CGDataTypeFDD& AddCScan(Document& changes,
-                        const DataRow& ascans,
-                        gdata_enumDataClass dataClass,
-                        std::vector<std::uint16_t>& values) {
-  CGDataTypeFDD* cscan = gdata_Allocate(1, nullptr);
-  if (!cscan) throw std::bad_alloc();
-  changes.Groups().data.AddTail(cscan);
-  gdata_Duplicate(cscan, ascans.group);
-  cscan->SetDataBookmarkType(ascans.taken.GetDataBookmarkType());
-  cscan->samples = {};
-  cscan->SetGroupHandle(nullptr);
-  cscan->dataClass = dataClass;
-  cscan->sampleQuantity = 1;
-  cscan->compressionBits = cscan->compressionLSBit = 0;
-  cscan->fileFormat = gdata_OptionNone;
-  cscan->byteSwap = 0;
-  cscan->storageMode = kvt_StorCells;
-  cscan->SetDataType(kvt_UInt16);
-  cscan->SetDataRectification(gdata_RectifFull);
-  cscan->dataMinimum = 0;
-  cscan->sampleSize = cscan->cellSize = sizeof(std::uint16_t);
-  cscan->dataPointer = values.data();
-  cscan->dataSize = values.size() * sizeof(std::uint16_t);
-  return *cscan;
-}
-
-void Name(CGDataTypeFDD& cscan, const CGGateTypeDescr& gate) {
-  cscan.gateId = gate.gateId;
-  const std::size_t length = std::min(gate.name.size(), CGDataTypeFDD::nameSize - 1);
-  std::copy_n(gate.name.begin(), length, cscan.gateName);
-  cscan.gateName[length] = 0;
-  if (gate.gateId == couplingGate) cscan.SetDataBookmarkType(bookmark_Coupling);
-}
-
-void AddCScans(Document& changes, GatedGroup& group, const CGGateTypeDescr& gate) {
-  const CGDataTypeFDD& ascans = *group.ascans->group;
-  CGDataTypeFDD& amplitude = AddCScan(changes, *group.ascans, gdata_CScanAmplitude, group.cells.amplitudes);
-  amplitude.dataMaximum = static_cast<float>(group.fullScale);
-  Name(amplitude, gate);
-  CGDataTypeFDD& position = AddCScan(changes, *group.ascans, gdata_CScanPosition, group.cells.positions);
-  position.dataMaximum = static_cast<float>(std::min(ascans.sampleQuantity, positionEnd - 1));
-  position.dataResolution = ascans.sampleResolution;
-  position.dataOffset = ascans.sampleOffset;
-  position.SetDataScale(gdata_ScaleLinear);
-  position.SetDataUnits(ascans.sampleUnits);
-  Name(position, gate);
+/// Adds the C-scans of a group, which get the bookmark type of its item: the file may leave it open.
+void AddCScansOf(Document& changes, const GatedGroup& group, const CGGateTypeDescr& gate) {
+  CGDataTypeFDD ascans = *group.ascans->group;
+  ascans.SetDataBookmarkType(group.ascans->taken.GetDataBookmarkType());
+  AddCScans(changes, ascans, gate, {group.cells.amplitudes, group.cells.positions}, group.fullScale);
 }
 
 }  // namespace
@@ -194,7 +153,7 @@ GatedInspection GateChannel(const Document& loaded, const GateSettings& settings
   if (!gate) throw std::bad_alloc();
   result.changes.Groups().gates.AddTail(gate);
   ggate_Duplicate(gate, &result.gate);
-  for (GatedGroup& group : result.groups) AddCScans(result.changes, group, result.gate);
+  for (const GatedGroup& group : result.groups) AddCScansOf(result.changes, group, result.gate);
   return result;
 }
 

@@ -113,10 +113,10 @@ GatedCells Gate(const Gating& gating, lut_enumConversion conversion) {
 
 }  // namespace
 
-GateWindow WindowOf(const CRDataTypeDD& ascans, double start, double width) {
-  const double all = ascans.GetSampleQty();
-  const double first = std::round((start - ascans.GetSampleOffs()) / ascans.GetSampleResol());
-  const double end = first + std::round(width / ascans.GetSampleResol());
+GateWindow WindowOf(const CGDataTypeFDD& ascans, double start, double width) {
+  const double all = ascans.sampleQuantity;
+  const double first = std::round((start - ascans.sampleOffset) / ascans.sampleResolution);
+  const double end = first + std::round(width / ascans.sampleResolution);
   const double cutFirst = std::clamp(first, 0.0, all);
   const double cutEnd = std::clamp(end, cutFirst, all);
   return {static_cast<std::uint32_t>(cutFirst),
@@ -124,16 +124,17 @@ GateWindow WindowOf(const CRDataTypeDD& ascans, double start, double width) {
           cutFirst != first || cutEnd != end};
 }
 
-double FullScale(const CRDataTypeDD& ascans) {
-  return std::max(std::abs(ascans.GetDataMin()), std::abs(ascans.GetDataMax()));
+double FullScale(const CGDataTypeFDD& ascans) {
+  return std::max(std::abs(double{ascans.dataMinimum}), std::abs(double{ascans.dataMaximum}));
 }
 
-GatedCells GateAScans(const CRDataTypeDD& ascans,
+GatedCells GateAScans(const CGDataTypeFDD& ascans,
                       const CellTable& cells,
                       GateWindow window,
                       double threshold,
                       bool quiet) {
-  const lut_enumConversion conversion = CLookUpTable::GetConversionStyle(&ascans);
+  const CRDataTypeDD descriptor(&ascans, nullptr, nullptr);
+  const lut_enumConversion conversion = CLookUpTable::GetConversionStyle(&descriptor);
   const Gating gating = {cells, window, threshold * FullScale(ascans), quiet};
   switch (ascans.GetDataType()) {
     case kvt_Int8:

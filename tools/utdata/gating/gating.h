@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "interfaces/kvtiff19.h"
 #include "samples/cell_table.h"
-#include "utdata/rdata.h"
 
 namespace utdata::program {
 
@@ -30,19 +30,19 @@ inline constexpr std::uint32_t positionEnd = 65536;
 /// Round(width / sample step) samples from sample round((start - sample offset) / sample step), cut to those that there are.
 /// @param start s
 /// @param width s
-[[nodiscard]] GateWindow WindowOf(const CRDataTypeDD& ascans, double start, double width);
+[[nodiscard]] GateWindow WindowOf(const CGDataTypeFDD& ascans, double start, double width);
 
 /// The amplitude that is 100 %: the larger magnitude of the range of the samples.
-[[nodiscard]] double FullScale(const CRDataTypeDD& ascans);
+[[nodiscard]] double FullScale(const CGDataTypeFDD& ascans);
 
 /// Gates every A-scan of a data group, its samples corrected for byte order, compression and offset. A cell without samples has
 /// amplitude and position 0. Shows progress on long work and throws Interrupted.
-/// @param ascans    a data item's, of one of the four sample types
+/// @param ascans    as a data item takes it, unrectified samples being signed; of one of the four sample types
 /// @param cells     of the group
 /// @param window    not beyond positionEnd
 /// @param threshold percent of full scale
 /// @param quiet     shows no progress
-[[nodiscard]] GatedCells GateAScans(const CRDataTypeDD& ascans,
+[[nodiscard]] GatedCells GateAScans(const CGDataTypeFDD& ascans,
                                     const CellTable& cells,
                                     GateWindow window,
                                     double threshold,
