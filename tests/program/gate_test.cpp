@@ -298,7 +298,9 @@ TEST_F(GateTest, RefusesWhatItCannotGateAndWritesNothing) {
     WriteInspection(At(name), groups);
   };
   WriteInspection(At("weld.fpd"), {good});
-  WriteInspection(At("twice.fpd"), {good, good});
+  AScans other = good;
+  other.record.gateId = 5;
+  WriteInspection(At("twice.fpd"), {good, other});
   write("none.fpd", [](AScans& ascans) { ascans.bytes.clear(); });
   write("class.fpd", [](AScans& ascans) { ascans.record.dataClass = gdata_CScanAmplitude; });
   write("step.fpd", [](AScans& ascans) { ascans.record.sampleResolution = 0; });
@@ -324,7 +326,7 @@ TEST_F(GateTest, RefusesWhatItCannotGateAndWritesNothing) {
            {"weld.fpd", "--channel 0 --gate 1 --start 1 --width 0", 2, "--width"},
            {"weld.fpd", "--channel 0 --gate 1 --start 1 --width 1 --threshold 101", 2, "--threshold"},
            {"weld.fpd", "--channel 0 --gate 2003 --start 1 --width 1", 2, "--gate"},
-           {"twice.fpd", "--channel 0 --gate 1 --start 1 --width 1", 1, "data group 0 is not the only one"},
+           {"twice.fpd", "--channel 0 --gate 1 --start 1 --width 1", 1, "data group 1 has A-scans of the same"},
            {"none.fpd", "--channel 0 --gate 1 --start 1 --width 1", 1, "has no samples"},
            {"class.fpd", "--channel 0 --gate 1 --start 1 --width 1", 1, "channel 0 has no A-scans"},
            {"step.fpd", "--channel 0 --gate 1 --start 1 --width 1", 1, "sample axis is not one of time"},

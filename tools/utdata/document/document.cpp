@@ -6,7 +6,6 @@
 #include <type_traits>
 #include <utility>
 
-#include "document/data_group.h"
 #include "document/group_ids.h"
 #include "document/group_lists.h"
 #include "interfaces/os.h"
@@ -84,7 +83,7 @@ Document Document::New(const std::string& path) {
   return document;
 }
 
-Document Document::Load(const std::string& path) {
+Document Document::Load(const std::string& path, Tables tables) {
   CFCont container;
   const std::wstring widePath = ToWide(path);
   Document document(path, container.FileLoad(widePath.c_str(), nullptr, nullptr));
@@ -94,7 +93,7 @@ Document Document::Load(const std::string& path) {
   if (container.FileUpdate(widePath.c_str(), groups, readAllCompanions, nullptr, nullptr) != 0)
     throw Failure::OfLibrary(SCFile::status_Ok, path, "a companion cannot be read");
   document.m_groups.reset(groups);
-  for (CGDataTypeFDD* group : groups->data) AssignBookmarkType(*group);
+  document.m_tables = tables;
   return document;
 }
 
@@ -105,7 +104,7 @@ std::vector<std::string> Document::Files() const {
 }
 
 Host& Document::GetHost() const {
-  if (!m_host) m_host = std::make_unique<Host>(*m_groups);
+  if (!m_host) m_host = std::make_unique<Host>(*m_groups, m_tables);
   return *m_host;
 }
 

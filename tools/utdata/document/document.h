@@ -21,8 +21,9 @@ class Document {
   /// An inspection without groups, to be filled and written at `path`.
   [[nodiscard]] static Document New(const std::string& path);
 
-  /// Loads an inspection file and the numbered companions beside it, and gives data groups without a bookmark type theirs.
-  [[nodiscard]] static Document Load(const std::string& path);
+  /// Loads an inspection file and the numbered companions beside it.
+  /// @param tables where the samples of its data items are to be
+  [[nodiscard]] static Document Load(const std::string& path, Tables tables = Tables::Mapped);
 
   /// The group lists; what is added to them belongs to the document from then on.
   [[nodiscard]] CFContTypeFileDescr& Groups() { return *m_groups; }
@@ -61,6 +62,7 @@ class Document {
   Document(std::string path, CFContTypeFileDescr* groups) : m_path(std::move(path)), m_groups(groups) {}
 
   std::string m_path;
+  Tables m_tables = Tables::Mapped;
   std::unique_ptr<CFContTypeFileDescr, Release> m_groups;
   mutable std::unique_ptr<Host> m_host;  ///< behind the groups, since it goes first: its items refer to them
 };

@@ -19,6 +19,14 @@ inline IdPairs EditIds(const CGSubchanTypeDescr& subChannel) {
 inline IdPairs EditIds(const CGGateTypeDescr& gate) { return {{"gate", gate.gateId}, {"channel", gate.channelId}}; }
 inline IdPairs EditIds(const CGProbeTypeDescr& probe) { return {{"probe", probe.probeId}}; }
 inline IdPairs EditIds(const CGPatchTypeDescr& patch) { return {{"patch", patch.patchId}}; }
+inline IdPairs EditIds(const CGDataTypeFDD& data) {
+  return {{"class", data.dataClass},
+          {"channel", data.channelId},
+          {"sub_channel", data.subChannelId},
+          {"gate", data.gateId},
+          {"patch", data.GetPatchID()},
+          {"bookmark", data.GetDataBookmarkType()}};
+}
 inline IdPairs EditIds(const CGInfoTypeDescr&) { return {}; }
 inline IdPairs EditIds(const CGSpecmatTypeDescr&) { return {}; }
 

@@ -24,7 +24,8 @@ void AddLatest(const CList<Descriptor*>& list, Add add) {
 
 }  // namespace
 
-Host::Host(CFContTypeFileDescr& groups) : m_groups(groups), m_volume(this, unit_Length, L"", unit_Length, L"") {
+Host::Host(CFContTypeFileDescr& groups, Tables tables)
+    : m_groups(groups), m_volume(this, unit_Length, L"", unit_Length, L""), m_data(tables) {
   std::vector<kvt_enumAxis> angles;
   if (!groups.data.IsEmpty()) {
     const CGDataTypeFDD& first = *groups.data.GetHead();
@@ -43,6 +44,7 @@ void Host::FillSet() {
   for (CGSubchanTypeDescr* subChannel : m_groups.subChannels) m_set.fset_AddGSubChan(subChannel, ofTheFile);
   for (CGGateTypeDescr* gate : m_groups.gates) m_set.fset_AddGGate(gate, ofTheFile);
   for (CGInfoTypeDescr* info : m_groups.infos) m_set.fset_AddGInfo(info, ofTheFile);
+  for (CGDataTypeFDD* data : m_groups.data) m_data.Add(*data, m_set, m_volume);
   for (CGSpecmatTypeDescr* material : m_groups.specimenMaterials) m_specimen.spec_SpecMatAdd(material, ofTheFile);
   AddLatest(m_groups.weldScanPlans, [this](CGWeldScanPlanDescr* plan) { m_set.fset_AddGWeldScanPlan(plan); });
   AddLatest(m_groups.weldFills, [this](CGWeldFillDescr* fill) { m_set.fset_AddGWeldFill(fill); });

@@ -70,6 +70,7 @@ struct WrongValue : std::runtime_error {
 [[nodiscard]] std::span<const RecordField<CGPatchTypeDescr>> EditFields(const CGPatchTypeDescr*);
 [[nodiscard]] std::span<const RecordField<CGInfoTypeDescr>> EditFields(const CGInfoTypeDescr*);
 [[nodiscard]] std::span<const RecordField<CGSpecmatTypeDescr>> EditFields(const CGSpecmatTypeDescr*);
+[[nodiscard]] std::span<const RecordField<CGDataTypeFDD>> EditFields(const CGDataTypeFDD*);
 
 template <class Record>
 std::string KeysText(const std::string& group) {

@@ -1,5 +1,7 @@
 #include "editing/edit_items.h"
 
+#include "editing/edit_data.h"
+
 namespace utdata::program {
 namespace {
 
@@ -71,7 +73,10 @@ std::vector<CISpecMat*> MaterialItems::List(Host& host, fset_enumFilters filter)
   return material ? std::vector{material} : std::vector<CISpecMat*>{};
 }
 
-void GatherModified(Host& host, CFContTypeFileDescr& changes) {
+ModifiedGroups GatherModified(Host& host) {
+  ModifiedGroups modified = {std::make_unique<CFContTypeFileDescr>(), ModifiedData(host)};
+  CFContTypeFileDescr& changes = *modified.groups;
+  for (CGDataTypeFDD& record : modified.data) changes.data.AddTail(&record);
   Gather<ChannelItems>(host, changes.channels);
   Gather<SubChannelItems>(host, changes.subChannels);
   Gather<GateItems>(host, changes.gates);
@@ -79,6 +84,7 @@ void GatherModified(Host& host, CFContTypeFileDescr& changes) {
   Gather<PatchItems>(host, changes.patches);
   Gather<InfoItems>(host, changes.infos);
   Gather<MaterialItems>(host, changes.specimenMaterials);
+  return modified;
 }
 
 void ClearModified(Host& host) {

@@ -1,6 +1,8 @@
 // How each type of item that `edit` changes is listed, read, changed and gathered.
 #pragma once
 
+#include <deque>
+#include <memory>
 #include <vector>
 
 #include "document/host.h"
@@ -64,8 +66,12 @@ struct MaterialItems {
   static void Change(Item& item, const Record& record) { item.ismat1_SetInfoCopy(&record); }
 };
 
-/// Lists the working copies of all modified items, which stay the items'.
-void GatherModified(Host& host, CFContTypeFileDescr& changes);
+/// The groups of all modified items: the items' own working copies, and records of data groups.
+struct ModifiedGroups {
+  std::unique_ptr<CFContTypeFileDescr> groups;
+  std::deque<CGDataTypeFDD> data;  ///< listed among the groups
+};
+[[nodiscard]] ModifiedGroups GatherModified(Host& host);
 
 /// Clears the modified flag of every item.
 void ClearModified(Host& host);

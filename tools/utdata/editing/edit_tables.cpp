@@ -1,102 +1,11 @@
 // The tables of fields that can be edited. Bounds are those of a sensible inspection, wide enough for an odd one.
 #include <array>
 
-#include "editing/edit_fields.h"
+#include "editing/field_makers.h"
 
 namespace utdata::program {
 namespace {
 
-template <class>
-struct MemberOf;
-template <class Owner, class Held>
-struct MemberOf<Held Owner::*> {
-  using Record = Owner;
-  using Value = Held;
-};
-
-/// A number of the record, stored in base units.
-template <auto member>
-constexpr auto NumberField(EditKind kind, const char* key, EditUnit unit, double minimum, double maximum) {
-  using Record = typename MemberOf<decltype(member)>::Record;
-  using Value = typename MemberOf<decltype(member)>::Value;
-  RecordField<Record> field;
-  field.key = key;
-  field.kind = kind;
-  field.unit = unit;
-  field.minimum = minimum;
-  field.maximum = maximum;
-  field.get = [](const Record& record) { return static_cast<double>(record.*member); };
-  field.set = [](Record& record, double value) {
-    if constexpr (std::is_enum_v<Value>)
-      record.*member = static_cast<Value>(static_cast<std::underlying_type_t<Value>>(value));
-    else
-      record.*member = static_cast<Value>(value);
-  };
-  return field;
-}
-
-template <auto member>
-constexpr auto Quantity(const char* key, EditUnit unit, double minimum, double maximum) {
-  return NumberField<member>(EditKind::Quantity, key, unit, minimum, maximum);
-}
-
-/// A quantity on an axis of the group.
-template <auto member>
-constexpr auto OnAxis(const char* key,
-                      kvt_enumUnits MemberOf<decltype(member)>::Record::*axisUnit,
-                      double minimum,
-                      double maximum) {
-  auto field = Quantity<member>(key, {"", 1}, minimum, maximum);
-  field.onAxis = true;
-  field.axisUnit = axisUnit;
-  return field;
-}
-
-template <auto member>
-constexpr auto Whole(const char* key, double minimum, double maximum, EditUnit unit = {"", 1}) {
-  return NumberField<member>(EditKind::Whole, key, unit, minimum, maximum);
-}
-
-template <auto member>
-constexpr auto Color(const char* key) {
-  return NumberField<member>(EditKind::Color, key, {"", 1}, 0, 0xFFFFFF);
-}
-
-/// One of some names; each stands at the place that is its stored value.
-template <auto member>
-constexpr auto Choice(const char* key, std::span<const char* const> choices) {
-  auto field = NumberField<member>(EditKind::Choice, key, {"", 1}, 0, 0);
-  field.choices = choices;
-  return field;
-}
-
-template <auto member>
-constexpr auto Text(const char* key) {
-  RecordField<typename MemberOf<decltype(member)>::Record> field;
-  field.key = key;
-  field.text = member;
-  return field;
-}
-
-constexpr EditUnit millimetre = {"mm", 1e-3};
-constexpr EditUnit microsecond = {"µs", 1e-6};
-constexpr EditUnit degree = {"°", 1};
-constexpr EditUnit percent = {"%", 1};
-constexpr EditUnit decibel = {"dB", 1};
-constexpr EditUnit decibelPerMetre = {"dB/m", 1};
-constexpr EditUnit metrePerSecond = {"m/s", 1};
-constexpr EditUnit millimetrePerSecond = {"mm/s", 1e-3};
-constexpr EditUnit megahertz = {"MHz", 1e6};
-constexpr EditUnit hertz = {"Hz", 1};
-constexpr EditUnit volt = {"V", 1};
-constexpr EditUnit kilogramPerCubicMetre = {"kg/m³", 1};
-constexpr EditUnit celsius = {"°C", 1};
-constexpr EditUnit second = {"s", 1};
-constexpr EditUnit none = {"", 1};
-
-constexpr double farthest = 1e6;  // mm, µs
-constexpr double largestId = 0xFFFFFFFEU;
-constexpr double largestLevel = 1000;    // percent
 constexpr double latestTime = 1e11;      // seconds since 1970
 constexpr double largestQuantity = 1e6;  // of elements, averages, cells of one axis
 
@@ -107,9 +16,6 @@ constexpr std::array gateReferences = {"initial-pulse", "gate-start", "gate-peak
 constexpr std::array peakSelections = {"maximum", "first", "last", "crossing"};
 constexpr std::array axisUnits = {"none", "s", "m", "degrees", "percent", "dB", "V"};
 constexpr std::array unitSystems = {"metric", "imperial"};
-
-/// A row of a table: the key is the member's name.
-#define UTDATA_EDIT(form, member, ...) form<&Record::member>(#member __VA_OPT__(, ) __VA_ARGS__)
 
 template <class>
 struct Table;
@@ -264,8 +170,6 @@ struct Table<CGSpecmatTypeDescr> {
                                         UTDATA_EDIT(Quantity, attenuation, decibelPerMetre, 0, 1e5),
                                         UTDATA_EDIT(Quantity, temperature, celsius, -273, 2000)};
 };
-
-#undef UTDATA_EDIT
 
 }  // namespace
 

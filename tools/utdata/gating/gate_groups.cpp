@@ -15,12 +15,14 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* cannotBeGated = "cannot be gated";
-constexpr std::uint32_t gateNumbers = 2000;  // a gate id is its number plus multiples of this
 
-std::string NameOf(const Document& document, std::size_t index) {
-  return document.Path() + ": data group " + std::to_string(index);
+using DataRow = DataItems::Row;
+
+std::string NameOf(const Document& document, const DataRow& row) {
+  return document.Path() + ": data group " + std::to_string(row.index);
 }
 
+/// Holds what the file says of the A-scans against what gating needs; an item's record has had unusable values replaced.
 void CheckAScans(const CGDataTypeFDD& ascans, const std::string& name) {
   const auto fail = [&](const std::string& why) { throw Failure(name, cannotBeGated, why); };
   const auto type = static_cast<std::uint32_t>(ascans.GetDataType());
@@ -32,19 +34,21 @@ void CheckAScans(const CGDataTypeFDD& ascans, const std::string& name) {
   const bool hasTime = ascans.sampleUnits == kvt_UnitSecond && std::isfinite(ascans.sampleOffset) &&
                        std::isfinite(ascans.sampleResolution) && ascans.sampleResolution > 0;
   if (!hasTime) fail("its sample axis is not one of time");
-  const bool hasRange = std::isfinite(ascans.dataMinimum) && std::isfinite(ascans.dataMaximum);
-  if (!hasRange || FullScale(WithSignedSamples(ascans)) == 0) fail("the range of its values has no extent");
+  if (!std::isfinite(ascans.dataMinimum) || !std::isfinite(ascans.dataMaximum) ||
+      ascans.dataMinimum == ascans.dataMaximum)
+    fail("the range of its values has no extent");
 }
 
-GateWindow CheckedWindow(const CGDataTypeFDD& ascans, const GateSettings& settings, const std::string& name) {
+GateWindow CheckedWindow(const CRDataTypeDD& ascans, const GateSettings& settings, const std::string& name) {
   const GateWindow window = WindowOf(ascans, settings.start, settings.width);
-  const double end = ascans.sampleOffset + double{ascans.sampleResolution} * ascans.sampleQuantity;
+  const double start = ascans.GetSampleOffs();
+  const double step = ascans.GetSampleResol();
   if (window.quantity == 0)
     throw Failure(name,
                   cannotBeGated,
                   "no sample lies in the gate",
-                  "the A-scans run from " + Microseconds(ascans.sampleOffset) + " to " + Microseconds(end) +
-                      " in steps of " + Microseconds(ascans.sampleResolution));
+                  "the A-scans run from " + Microseconds(start) + " to " +
+                      Microseconds(start + step * ascans.GetSampleQty()) + " in steps of " + Microseconds(step));
   if (std::uint64_t{window.first} + window.quantity > positionEnd)
     throw Failure(name,
                   cannotBeGated,
@@ -53,55 +57,58 @@ GateWindow CheckedWindow(const CGDataTypeFDD& ascans, const GateSettings& settin
   return window;
 }
 
+/// The rows of a data class and channel: all, or those of a patch, sub-channel and gate.
+std::vector<const DataRow*> FindRows(const Document& document,
+                                     gdata_enumDataClass dataClass,
+                                     std::uint32_t channelId,
+                                     std::uint32_t patchId = fset_AnyId,
+                                     std::uint32_t subChannelId = fset_AnyId,
+                                     std::uint32_t gateId = fset_AnyId) {
+  Host& host = document.GetHost();
+  CIDataLst found;
+  host.GetFileSet()->fset_GetIDataLst(
+      &found, fset_All, bookmark_None, patchId, channelId, subChannelId, gateId, dataClass, fset_AnyId, fset_AnyId);
+  std::vector<const DataRow*> rows;
+  for (const CIData* item : found)
+    if (const DataRow* row = host.Data().RowOf(item)) rows.push_back(row);
+  return rows;
+}
+
+/// A C-scan of the same ids would hide the new one, or be hidden.
 void CheckNoCScans(const Document& document, const CGDataTypeFDD& ascans, std::uint32_t gateId) {
-  std::size_t index = 0;
-  for (const CGDataTypeFDD* group : document.Groups().data) {
-    const bool isCScan = PlainClass(*group) == gdata_CScanAmplitude || PlainClass(*group) == gdata_CScanPosition;
-    if (isCScan && group->channelId == ascans.channelId && group->subChannelId == ascans.subChannelId &&
-        group->GetPatchID() == ascans.GetPatchID() && group->gateId % gateNumbers == gateId % gateNumbers)
-      throw Failure(document.Path(),
-                    cannotBeGated,
-                    "data group " + std::to_string(index) + " is a C-scan of gate " + std::to_string(gateId),
-                    "choose a gate without one");
-    ++index;
+  for (const gdata_enumDataClass dataClass : {gdata_CScanAmplitude, gdata_CScanPosition}) {
+    const auto rows = FindRows(document, dataClass, ascans.channelId, ascans.GetPatchID(), ascans.subChannelId, gateId);
+    if (rows.empty()) continue;
+    throw Failure(
+        document.Path(),
+        cannotBeGated,
+        "data group " + std::to_string(rows.front()->index) + " is a C-scan of gate " + std::to_string(gateId),
+        "choose a gate without one");
   }
 }
 
 /// Two groups of A-scans that differ in neither patch nor sub-channel would have one C-scan hide the other.
-void CheckOnlyOne(const Document& document, const std::vector<GatedGroup>& groups, const CGDataTypeFDD& ascans) {
-  for (const GatedGroup& other : groups)
-    if (other.ascans->subChannelId == ascans.subChannelId && other.ascans->GetPatchID() == ascans.GetPatchID())
-      throw Failure(document.Path(),
+void CheckOnlyOne(const Document& document, const std::vector<const DataRow*>& rows, const DataRow& row) {
+  for (const DataRow* other : rows)
+    if (other != &row && other->group->subChannelId == row.group->subChannelId &&
+        other->group->GetPatchID() == row.group->GetPatchID())
+      throw Failure(NameOf(document, row),
                     cannotBeGated,
-                    "data group " + std::to_string(other.index) + " is not the only one with A-scans of its channel" +
-                        ", sub-channel and patch");
+                    "data group " + std::to_string(other->index) + " has A-scans of the same sub-channel and patch");
 }
 
-/// Maps the samples and gates them.
-GatedGroup GateGroup(const Document& document,
-                     const CGDataTypeFDD& ascans,
-                     std::size_t index,
-                     const GateSettings& settings,
-                     bool quiet) {
-  const std::string name = NameOf(document, index);
-  CheckAScans(ascans, name);
+GatedGroup GateGroup(const Document& document, const DataRow& row, const GateSettings& settings, bool quiet) {
+  const std::string name = NameOf(document, row);
+  CheckAScans(*row.group, name);
+  const CRDataTypeDD& ascans = *row.item->idata1_GetInfoRef();
   const GateWindow window = CheckedWindow(ascans, settings, name);
-  const CGDataTypeFDD record = WithSignedSamples(ascans);
-  const MappedSamples samples(ascans);
-  const CellTable cells(ascans, {samples.Data(), samples.Size()}, name);
-  return {&ascans,
-          index,
-          window,
-          FullScale(record),
-          GateAScans(record, cells, window, settings.threshold.value_or(0), quiet)};
+  const CellTable cells(*row.group, document.GetHost().Data().Table(*row.group), name);
+  return {&row, window, FullScale(ascans), GateAScans(ascans, cells, window, settings.threshold.value_or(0), quiet)};
 }
 
 const CGGateTypeDescr* FindGate(const Document& document, const GateSettings& settings) {
-  const auto& gates = document.Groups().gates;
-  const auto found = std::find_if(gates.begin(), gates.end(), [&](const CGGateTypeDescr* gate) {
-    return gate->gateId == settings.gateId && gate->channelId == settings.channelId;
-  });
-  return found == gates.end() ? nullptr : *found;
+  const CIGate* gate = document.GetHost().GetFileSet()->fset_GetIGate(fset_All, settings.gateId, settings.channelId);
+  return gate ? gate->igate1_GetInfoRef() : nullptr;
 }
 
 void SetUp(CGGateTypeDescr& gate, const GateSettings& settings) {
@@ -116,24 +123,28 @@ void SetUp(CGGateTypeDescr& gate, const GateSettings& settings) {
   gate.polarity = gdata_RectifFull;
 }
 
+/// Adds the C-scans of a group, which get the bookmark type of its item: the file may leave it open.
+void AddCScansOf(Document& changes, const GatedGroup& group, const CGGateTypeDescr& gate) {
+  CGDataTypeFDD ascans = *group.ascans->group;
+  ascans.SetDataBookmarkType(group.ascans->taken.GetDataBookmarkType());
+  AddCScans(changes, ascans, gate, {group.cells.amplitudes, group.cells.positions}, group.fullScale);
+}
+
 }  // namespace
 
 GatedInspection GateChannel(const Document& loaded, const GateSettings& settings, bool quiet) {
   GatedInspection result{Document::New(loaded.Path()), {}, {}, true};
-  std::size_t index = 0;
-  for (const CGDataTypeFDD* group : loaded.Groups().data) {
-    if (group->dataClass == gdata_AScan && group->channelId == settings.channelId) {
-      CheckNoCScans(loaded, *group, settings.gateId);
-      CheckOnlyOne(loaded, result.groups, *group);
-      result.groups.push_back(GateGroup(loaded, *group, index, settings, quiet));
-    }
-    ++index;
-  }
-  if (result.groups.empty())
+  const auto rows = FindRows(loaded, gdata_AScan, settings.channelId);
+  if (rows.empty())
     throw Failure(loaded.Path(),
                   cannotBeGated,
                   "channel " + std::to_string(settings.channelId) + " has no A-scans",
                   "'utdata info' lists the data groups");
+  for (const DataRow* row : rows) {
+    CheckNoCScans(loaded, *row->group, settings.gateId);
+    CheckOnlyOne(loaded, rows, *row);
+    result.groups.push_back(GateGroup(loaded, *row, settings, quiet));
+  }
   const CGGateTypeDescr* before = FindGate(loaded, settings);
   result.isNewGate = before == nullptr;
   if (before) ggate_Duplicate(&result.gate, before);
@@ -142,9 +153,7 @@ GatedInspection GateChannel(const Document& loaded, const GateSettings& settings
   if (!gate) throw std::bad_alloc();
   result.changes.Groups().gates.AddTail(gate);
   ggate_Duplicate(gate, &result.gate);
-  for (GatedGroup& group : result.groups)
-    AddCScans(
-        result.changes, *group.ascans, result.gate, {group.cells.amplitudes, group.cells.positions}, group.fullScale);
+  for (const GatedGroup& group : result.groups) AddCScansOf(result.changes, group, result.gate);
   return result;
 }
 

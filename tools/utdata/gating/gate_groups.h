@@ -20,8 +20,7 @@ struct GateSettings {
 
 /// What the gate sees in one data group of A-scans.
 struct GatedGroup {
-  const CGDataTypeFDD* ascans = nullptr;  ///< the loaded document's
-  std::size_t index = 0;                  ///< among the document's data groups
+  const DataItems::Row* ascans = nullptr;  ///< the loaded document's
   GateWindow window;
   double fullScale = 0;  ///< amplitude that is 100 %
   GatedCells cells;

@@ -76,7 +76,7 @@ class Corrected {
 
 /// What is alike for all cells of a group.
 struct Gating {
-  const CellTable& table;
+  const CellTable& cells;
   GateWindow window;
   double threshold;  ///< a hundred times the sample value, so that whole percents of whole values stay exact
   bool quiet;
@@ -84,25 +84,24 @@ struct Gating {
 
 template <class Sample, class Amplitudes>
 GatedCells GateWith(const Gating& gating, const Amplitudes& amplitudes) {
-  const std::size_t quantity = gating.table.Cells();
-  const std::size_t vector = gating.table.SamplesPerCell();
-  GatedCells cells = {std::vector<std::uint16_t>(quantity), std::vector<std::uint16_t>(quantity)};
+  const std::size_t quantity = gating.cells.Cells();
+  const std::size_t cellBytes = gating.cells.SamplesPerCell() * sizeof(Sample);
+  GatedCells gated = {std::vector<std::uint16_t>(quantity), std::vector<std::uint16_t>(quantity)};
   Progress progress("gating", gating.quiet);
-  const std::size_t cellsPerTell = 1 + (std::size_t{1} << 20U) / std::max<std::size_t>(1, vector);
+  const std::size_t cellsPerTell = 1 + (std::size_t{1} << 20U) / std::max<std::size_t>(1, cellBytes);
   for (std::size_t cell = 0; cell < quantity; ++cell) {
-    const auto* samples = reinterpret_cast<const Sample*>(gating.table.Cell(cell));
+    if (cell % cellsPerTell == 0) progress.At(cell * cellBytes, quantity * cellBytes);
+    const auto* samples = reinterpret_cast<const Sample*>(gating.cells.Cell(cell));
     if (!samples) continue;
     const std::span<const Sample> seen(samples + gating.window.first, gating.window.quantity);
     const std::uint16_t largest = amplitudes.Largest(seen);
-    cells.amplitudes[cell] = largest;
-    if (100.0 * largest >= gating.threshold) {
-      const auto found = std::find_if(
-          seen.begin(), seen.end(), [&](Sample sample) { return amplitudes.Amplitude(sample) == largest; });
-      cells.positions[cell] = static_cast<std::uint16_t>(gating.window.first + (found - seen.begin()));
-    }
-    if (cell % cellsPerTell == 0) progress.At(cell * vector * sizeof(Sample), quantity * vector * sizeof(Sample));
+    gated.amplitudes[cell] = largest;
+    if (100.0 * largest < gating.threshold) continue;
+    const auto found =
+        std::find_if(seen.begin(), seen.end(), [&](Sample sample) { return amplitudes.Amplitude(sample) == largest; });
+    gated.positions[cell] = static_cast<std::uint16_t>(gating.window.first + (found - seen.begin()));
   }
-  return cells;
+  return gated;
 }
 
 template <class Sample>
@@ -125,19 +124,6 @@ GateWindow WindowOf(const CGDataTypeFDD& ascans, double start, double width) {
           cutFirst != first || cutEnd != end};
 }
 
-CGDataTypeFDD WithSignedSamples(const CGDataTypeFDD& ascans) {
-  CGDataTypeFDD record = ascans;
-  const kvt_enumDataType type = ascans.GetDataType();
-  const bool isUnsigned = type == kvt_UInt8 || type == kvt_UInt16;
-  if (!isUnsigned || ascans.GetDataRectification() != gdata_RectifNone || !(ascans.dataMinimum >= 0)) return record;
-  const float half = type == kvt_UInt8 ? 128.0F : 32768.0F;
-  record.SetDataType(type == kvt_UInt8 ? kvt_Int8 : kvt_Int16);
-  record.dataMinimum -= half;
-  record.dataMaximum -= half;
-  record.fileFormat = static_cast<gdata_bitmapFileOptions>(record.fileFormat | gdata_OptionOffsetBinary);
-  return record;
-}
-
 double FullScale(const CGDataTypeFDD& ascans) {
   return std::max(std::abs(double{ascans.dataMinimum}), std::abs(double{ascans.dataMaximum}));
 }
@@ -147,7 +133,7 @@ GatedCells GateAScans(const CGDataTypeFDD& ascans,
                       GateWindow window,
                       double threshold,
                       bool quiet) {
-  CRDataTypeDD descriptor(&ascans, nullptr, nullptr);
+  const CRDataTypeDD descriptor(&ascans, nullptr, nullptr);
   const lut_enumConversion conversion = CLookUpTable::GetConversionStyle(&descriptor);
   const Gating gating = {cells, window, threshold * FullScale(ascans), quiet};
   switch (ascans.GetDataType()) {

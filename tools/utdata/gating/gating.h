@@ -32,17 +32,13 @@ inline constexpr std::uint32_t positionEnd = 65536;
 /// @param width s
 [[nodiscard]] GateWindow WindowOf(const CGDataTypeFDD& ascans, double start, double width);
 
-/// The record as its samples count: unrectified unsigned ones are offset by half their range, and become signed.
-[[nodiscard]] CGDataTypeFDD WithSignedSamples(const CGDataTypeFDD& ascans);
-
 /// The amplitude that is 100 %: the larger magnitude of the range of the samples.
-/// @param ascans with signed samples (WithSignedSamples)
 [[nodiscard]] double FullScale(const CGDataTypeFDD& ascans);
 
-/// Gates every A-scan of a data group, its samples corrected for byte order, compression and offset. Shows progress on long work and
-/// throws Interrupted.
-/// @param ascans    with signed samples (WithSignedSamples), of one of the four sample types
-/// @param cells     the group's; one without samples has amplitude and position 0
+/// Gates every A-scan of a data group, its samples corrected for byte order, compression and offset. A cell without samples has
+/// amplitude and position 0. Shows progress on long work and throws Interrupted.
+/// @param ascans    as a data item takes it, unrectified samples being signed; of one of the four sample types
+/// @param cells     of the group
 /// @param window    not beyond positionEnd
 /// @param threshold percent of full scale
 /// @param quiet     shows no progress

@@ -8,6 +8,7 @@
 
 #include "document/data_group.h"
 #include "document/group_lists.h"
+#include "listing/data_rows.h"
 #include "samples/group_axes.h"
 #include "terminal/output.h"
 #include "terminal/quantity.h"
@@ -20,6 +21,10 @@ using GroupCounts = std::vector<std::pair<std::string, std::ptrdiff_t>>;
 
 // How many groups of a type a host finds: its items where the file set holds the type, else the groups of the descriptor.
 
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGDataTypeFDD*>&) {
+  CIDataLst found;
+  return set.fset_GetIDataLst(&found);
+}
 std::ptrdiff_t CountIn(CFSet& set, const CList<CGChanTypeDescr*>&) { return set.fset_GetIChanCount(); }
 std::ptrdiff_t CountIn(CFSet& set, const CList<CGSubchanTypeDescr*>&) {
   CISubChanLst found;
@@ -66,20 +71,24 @@ std::string GroupsText(const Document& document) {
   return text.empty() ? "none" : text;
 }
 
-std::vector<std::string> DataRow(std::size_t index, const CGDataTypeFDD& group, const GroupAxes& axes) {
-  return {std::to_string(index),
+std::vector<std::string> KindRow(const Document& document, const DataRow& row, const GroupAxes& axes) {
+  const CGDataTypeFDD& group = *row.group;
+  return {std::to_string(row.index),
           Label(group),
           ClassName(group),
           SampleTypeName(group) + (group.GetDataRectification() == gdata_RectifNone ? "" : " rectified"),
           axes.Columns().Spacing(),
           axes.Rows().Spacing(),
           axes.Samples().Spacing(),
-          group.samples.group ? Bytes(group.samples.size) : "none"};
+          group.samples.group ? Bytes(group.samples.size) : "none",
+          BookmarkName(row.taken.GetDataBookmarkType()),
+          MatchText(document, row)};
 }
 
-std::vector<std::string> RangeRow(std::size_t index, const CGDataTypeFDD& group, const GroupAxes& axes) {
+std::vector<std::string> RangeRow(const Document&, const DataRow& row, const GroupAxes& axes) {
+  const CGDataTypeFDD& group = *row.group;
   const std::optional<ShownAxis> path = axes.HalfPath();
-  return {std::to_string(index),
+  return {std::to_string(row.index),
           axes.Columns().Range(),
           axes.Rows().Range(),
           axes.Samples().Range(),
@@ -88,14 +97,41 @@ std::vector<std::string> RangeRow(std::size_t index, const CGDataTypeFDD& group,
           HoldsAmplitudes(group) ? axes.AmplitudeRange() : "no amplitudes"};
 }
 
-/// One row per data group, made by `row`.
-template <class Row>
-std::string TableOfGroups(const Document& document, std::vector<std::string> header, Row&& row) {
+using Rows = std::vector<const DataRow*>;
+
+/// The data groups in the order of the file, or sorted, those last that are no items.
+Rows RowsOf(const Document& document, bool sorted) {
+  Rows rows;
+  if (sorted)
+    for (const ChannelRows& channel : SortedRows(document))
+      rows.insert(rows.end(), channel.rows.begin(), channel.rows.end());
+  for (const auto& row : document.GetHost().Data().Rows())
+    if (!sorted || !row->item) rows.push_back(row.get());
+  return rows;
+}
+
+/// One row per data group, made by `cells`.
+template <class Cells>
+std::string TableOfGroups(const Document& document, const Rows& rows, std::vector<std::string> header, Cells&& cells) {
   TextTable table(std::move(header));
-  std::size_t index = 0;
-  for (const CGDataTypeFDD* group : document.Groups().data)
-    table.Add(row(index++, *group, GroupAxes(document.GetHost(), *group)));
+  for (const DataRow* row : rows) table.Add(cells(document, *row, GroupAxes(document.GetHost(), *row->group)));
   return table.Text();
+}
+
+std::string KindTable(const Document& document, const Rows& rows) {
+  return TableOfGroups(document,
+                       rows,
+                       {"#", "label", "class", "type", "columns", "rows", "samples", "table", "bookmark", "matches"},
+                       KindRow);
+}
+
+std::string HashLines(const Rows& rows, bool quiet) {
+  std::string text;
+  for (const DataRow* row : rows) {
+    const std::string hash = SamplesHash(*row->group, quiet);
+    text += std::to_string(row->index) + "  sha256 " + (hash.empty() ? "none" : hash) + "\n";
+  }
+  return text;
 }
 
 void AddTitles(const Document& document, std::string& text) {
@@ -111,11 +147,25 @@ nlohmann::ordered_json InfoJson(const Document& document, const InfoContent& con
   nlohmann::ordered_json groups = nlohmann::ordered_json::object();
   for (const auto& [name, count] : CountGroups(document)) groups[name] = count;
   nlohmann::ordered_json data = nlohmann::ordered_json::array();
-  for (const CGDataTypeFDD* group : document.Groups().data) {
-    data.push_back(DataGroupJson(*group));
-    if (content.hash && group->samples.group) data.back()["table_sha256"] = SamplesHash(*group, content.quiet);
+  const Masters masters(document);
+  for (const DataRow* row : RowsOf(document, false)) {
+    data.push_back(DataRowJson(document, *row, masters));
+    if (content.hash && row->group->samples.group)
+      data.back()["table_sha256"] = SamplesHash(*row->group, content.quiet);
   }
-  return {{"path", document.Path()}, {"files", document.Files()}, {"groups", groups}, {"data", data}};
+  nlohmann::ordered_json result = {{"path", document.Path()},
+                                   {"files", document.Files()},
+                                   {"groups", groups},
+                                   {"data", data},
+                                   {"masters", MastersJson(document)}};
+  if (!content.sorted) return result;
+  result["sorted"] = nlohmann::ordered_json::array();
+  for (const ChannelRows& channel : SortedRows(document)) {
+    nlohmann::ordered_json indices = nlohmann::ordered_json::array();
+    for (const DataRow* row : channel.rows) indices.push_back(row->index);
+    result["sorted"].push_back({{"channel", channel.channelId}, {"data", indices}});
+  }
+  return result;
 }
 
 std::string InfoText(const Document& document, const InfoContent& content) {
@@ -125,20 +175,16 @@ std::string InfoText(const Document& document, const InfoContent& content) {
   text += "groups   " + GroupsText(document) + "\n";
   AddTitles(document, text);
   if (document.Groups().data.IsEmpty()) return text;
-  text += "\n" + DataGroupTable(document) + "\n";
-  text += TableOfGroups(document, {"#", "columns", "rows", "samples", "half path", "values", "amplitude"}, RangeRow);
-  if (!content.hash) return text;
-  std::size_t index = 0;
-  for (const CGDataTypeFDD* group : document.Groups().data) {
-    const std::string hash = SamplesHash(*group, content.quiet);
-    text += (index == 0 ? "\n" : "") + std::to_string(index) + "  sha256 " + (hash.empty() ? "none" : hash) + "\n";
-    ++index;
-  }
+  const Rows rows = RowsOf(document, content.sorted);
+  text += "\n" + KindTable(document, rows) + "\n";
+  text +=
+      TableOfGroups(document, rows, {"#", "columns", "rows", "samples", "half path", "values", "amplitude"}, RangeRow);
+  const std::string masters = MastersText(document);
+  if (!masters.empty()) text += "\n" + masters;
+  if (content.hash) text += "\n" + HashLines(rows, content.quiet);
   return text;
 }
 
-std::string DataGroupTable(const Document& document) {
-  return TableOfGroups(document, {"#", "label", "class", "type", "columns", "rows", "samples", "table"}, DataRow);
-}
+std::string DataGroupTable(const Document& document) { return KindTable(document, RowsOf(document, false)); }
 
 }  // namespace utdata::program

@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
-#include "document/data_group.h"
+#include "listing/data_rows.h"
 #include "listing/info.h"
 #include "terminal/failure.h"
 #include "terminal/output.h"
@@ -50,14 +50,15 @@ bool IsIndex(const std::string& selector, std::size_t& index) {
 }  // namespace
 
 SelectedGroup SelectGroup(const Document& document, const std::string& selector) {
-  const std::vector<const CGDataTypeFDD*> groups(document.Groups().data.begin(), document.Groups().data.end());
-  if (groups.empty()) throw Failure(document.Path(), "nothing can be selected", "it has no data group");
+  const auto& rows = document.GetHost().Data().Rows();
+  if (rows.empty()) throw Failure(document.Path(), "nothing can be selected", "it has no data group");
   std::vector<SelectedGroup> matches;
   std::size_t wanted = 0;
   const bool byIndex = IsIndex(selector, wanted);
-  for (std::size_t index = 0; index < groups.size(); ++index)
-    if (byIndex ? index == wanted : HasAllPairs(DataGroupJson(*groups[index]), selector))
-      matches.push_back({groups[index], index});
+  const Masters masters(document);
+  for (const auto& row : rows)
+    if (byIndex ? row->index == wanted : HasAllPairs(DataRowJson(document, *row, masters), selector))
+      matches.push_back({row->group, row->index});
   if (matches.size() == 1) return matches.front();
   PrintResult(DataGroupTable(document));
   const std::string which = matches.empty() ? "matches no data group" : "matches " + std::to_string(matches.size());

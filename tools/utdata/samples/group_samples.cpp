@@ -59,14 +59,13 @@ Correction CorrectionOf(kvt_enumDataType type) {
 
 GroupSamples::GroupSamples(Host& host, const CGDataTypeFDD& group, const std::string& name)
     : m_host(host),
-      m_samples(WithSamples(group, name)),
-      m_cells(group, {m_samples.Data(), m_samples.Size()}, name),
+      m_samples(host.Data().Table(WithSamples(group, name))),
+      m_cells(group, m_samples, name),
       m_descriptor(new CRDataTypeDD(&group, nullptr, nullptr)),
       m_table(nullptr),
       m_canAmplify(false) {
   CheckKind(name);
   m_descriptor->SetSampleAxisScale(1);
-  m_descriptor->SetDiskTable(m_samples.Bytes(), true);
   m_table = m_descriptor->GetLookUpTable(&host);
   FillValues(group);
 }

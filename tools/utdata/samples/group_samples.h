@@ -28,7 +28,7 @@ struct Peaks {
   StrongestSample strongest;       ///< the first of several
 };
 
-/// Maps the samples and holds the group's look-up table. Host and group must outlive it; used by one thread. A cell without samples
+/// Holds the group's table of samples and its look-up table. Host and group must outlive it; used by one thread. A cell without samples
 /// counts as one without amplitude.
 class GroupSamples {
  public:
@@ -74,7 +74,7 @@ class GroupSamples {
   [[nodiscard]] bool Convert(const CellRange& cells, std::vector<std::uint8_t>& codes) const;
 
   Host& m_host;
-  MappedSamples m_samples;
+  std::span<const std::byte> m_samples;
   CellTable m_cells;
   std::unique_ptr<CRDataTypeDD, DestroyDescriptor> m_descriptor;
   CLookUpTable* m_table;

@@ -1,15 +1,18 @@
 #include <algorithm>
-#include <charconv>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "document/data_group.h"
 #include "document/document.h"
 #include "document/group_ids.h"
+#include "editing/edit_data.h"
 #include "editing/edit_fields.h"
 #include "editing/edit_items.h"
+#include "editing/edit_words.h"
+#include "listing/selector.h"
 #include "terminal/failure.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
@@ -23,15 +26,13 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* explanation =
-    "SELECTOR is the number of a group in the order of the file, from 0, or its ids (channel=0, or gate=1,channel=0) "
-    "that\n"
-    "match exactly one; 'info' and 'material' need none. Without KEY=VALUE, the group's fields are shown with their "
-    "keys,\n"
-    "units and ranges, and nothing is written. Values are in the units shown.\n"
+    "SELECTOR is the number of a group in the order of the file, from 0, or its ids (channel=0, or gate=1,channel=0)\n"
+    "that match exactly one. 'info' and 'material' need none; a data group is named as 'render' names it. Without\n"
+    "KEY=VALUE, the group's fields are shown with their keys, units and ranges, and nothing is written. Values are in\n"
+    "the units shown.\n"
     "\n"
-    "A change is written behind what is there (append), or beside it as the next numbered companion. General "
-    "information\n"
-    "is changed in a whole new file only (new).\n"
+    "A change is written behind what is there (append), or beside it as the next numbered companion. General\n"
+    "information is changed in a whole new file only (new).\n"
     "\n"
     "Keys and their units:\n";
 
@@ -49,56 +50,6 @@ struct EditOptions {
   bool quiet = false;
 };
 
-/// The command line's words: which group, and what changes.
-struct EditWords {
-  std::string selector;
-  std::vector<std::pair<std::string, std::string>> values;
-};
-
-CLI::ValidationError WrongUsage(const std::string& about, const std::string& why) {
-  return CLI::ValidationError(about, why);
-}
-
-EditWords SplitWords(const std::vector<std::string>& words, bool needsSelector) {
-  EditWords split;
-  auto word = words.begin();
-  const bool selected = word != words.end() && (needsSelector || word->find('=') == std::string::npos);
-  if (needsSelector && !selected) throw WrongUsage("SELECTOR", "is missing");
-  split.selector = selected ? *word++ : "0";
-  for (; word != words.end(); ++word) {
-    const std::size_t equals = word->find('=');
-    if (equals == std::string::npos) throw WrongUsage(*word, "is not KEY=VALUE");
-    const std::string key = word->substr(0, equals);
-    for (const auto& value : split.values)
-      if (value.first == key) throw WrongUsage(key, "is given twice");
-    split.values.emplace_back(key, word->substr(equals + 1));
-  }
-  return split;
-}
-
-template <class Number>
-bool IsWhole(const std::string& text, Number& value) {
-  const char* end = text.data() + text.size();
-  const auto [at, error] = std::from_chars(text.data(), end, value);
-  return error == std::errc() && at == end;
-}
-
-bool HasIds(const IdPairs& ids, const std::string& selector) {
-  for (std::size_t at = 0; at <= selector.size();) {
-    const std::size_t end = std::min(selector.find(',', at), selector.size());
-    const std::string pair = selector.substr(at, end - at);
-    const std::size_t equals = std::min(pair.find('='), pair.size());
-    std::string name = pair.substr(0, equals);
-    std::replace(name.begin(), name.end(), '-', '_');
-    std::uint32_t value = 0;
-    if (equals == pair.size() || !IsWhole(pair.substr(equals + 1), value)) return false;
-    if (std::none_of(ids.begin(), ids.end(), [&](const auto& id) { return id.first == name && id.second == value; }))
-      return false;
-    at = end + 1;
-  }
-  return true;
-}
-
 /// "gate 1 of channel 0"; of a type without ids its name.
 template <class Record>
 std::string Describe(const std::string& group, const Record& record) {
@@ -109,6 +60,8 @@ std::string Describe(const std::string& group, const Record& record) {
   return text.empty() ? group : text;
 }
 
+std::string Describe(const std::string&, const CGDataTypeFDD& record) { return IdLabel(record) + ClassName(record); }
+
 template <class Items>
 std::size_t Select(const std::vector<typename Items::Item*>& items,
                    const EditOptions& options,
@@ -117,7 +70,7 @@ std::size_t Select(const std::vector<typename Items::Item*>& items,
   if (items.empty()) throw Failure(options.file, what, "it has none");
   std::vector<std::size_t> matches;
   std::size_t wanted = 0;
-  const bool byIndex = IsWhole(selector, wanted);
+  const bool byIndex = IsIndex(selector, wanted);
   for (std::size_t index = 0; index < items.size(); ++index)
     if (byIndex ? index == wanted : HasIds(EditIds(Items::Of(*items[index])), selector)) matches.push_back(index);
   if (matches.size() == 1) return matches.front();
@@ -181,9 +134,8 @@ std::string ChangeText(const RecordField<Record>& field, const Record& before, c
 }
 
 std::string Write(Document& document, const EditOptions& options) {
-  const auto changes = std::make_unique<CFContTypeFileDescr>();
-  GatherModified(document.GetHost(), *changes);
-  std::string written = WriteChanges(document, *changes, options.output);
+  const ModifiedGroups modified = GatherModified(document.GetHost());
+  std::string written = WriteChanges(document, *modified.groups, options.output);
   ClearModified(document.GetHost());
   return written;
 }
@@ -209,6 +161,40 @@ void Report(const EditOptions& options, const Record& before, const Record& afte
   }
 }
 
+/// The item that the selector names.
+template <class Items>
+typename Items::Item& Choose(const Document& document, const EditOptions& options, const std::string& selector) {
+  const auto items = Items::List(document.GetHost(), fset_All);
+  return *items[Select<Items>(items, options, selector)];
+}
+
+/// A data group is named as everywhere else: by its row, or by fields of its JSON.
+template <>
+CIData& Choose<DataGroupItems>(const Document& document, const EditOptions& options, const std::string& selector) {
+  const SelectedGroup selected = SelectGroup(document, selector);
+  CIData* item = document.GetHost().Data().RowOf(*selected.group).item;
+  if (item) return *item;
+  throw Failure(options.file,
+                "its data group " + std::to_string(selected.index) + " cannot be edited",
+                "another data group has its ids");
+}
+
+template <class Items>
+void CheckChange(const EditOptions& options,
+                 const typename Items::Record& before,
+                 const typename Items::Record& after) {
+  if constexpr (std::is_same_v<Items, InfoItems>) {
+    if (!options.output.IsNewFile())
+      throw Failure(options.file,
+                    "its general information cannot be edited in place",
+                    "it is part of a whole file only",
+                    "'--as new -o OUT' writes one");
+  } else if constexpr (std::is_same_v<Items, DataGroupItems>) {
+    const std::string why = WhyNot(before, after);
+    if (!why.empty()) throw Failure(options.file, Describe(options.group, before) + " cannot be edited so", why);
+  }
+}
+
 template <class Items>
 void EditOne(const EditOptions& options) {
   const bool needsSelector = !EditIds(typename Items::Record{}).empty();
@@ -216,8 +202,7 @@ void EditOne(const EditOptions& options) {
   const InterruptScope interrupts;
   if (options.output.IsNewFile()) CheckNewPath(options.output.path, options.output.force);
   Document document = Document::Load(options.file);
-  const auto items = Items::List(document.GetHost(), fset_All);
-  typename Items::Item& item = *items[Select<Items>(items, options, words.selector)];
+  typename Items::Item& item = Choose<Items>(document, options, words.selector);
   const typename Items::Record before = Items::Of(item);
   if (words.values.empty()) {
     PrintResult(options.json ? FieldsJson(options, before).dump(2) + "\n" : FieldsText(before));
@@ -225,13 +210,10 @@ void EditOne(const EditOptions& options) {
   }
   const typename Items::Record after = Changed(before, words);
   if (after == before) return Report(options, before, after, "");
-  if (std::is_same_v<Items, InfoItems> && !options.output.IsNewFile())
-    throw Failure(options.file,
-                  "its general information cannot be edited in place",
-                  "it is part of a whole file only",
-                  "'--as new -o OUT' writes one");
+  CheckChange<Items>(options, before, after);
   Items::Change(item, after);
-  Report(options, before, after, Write(document, options));
+  const typename Items::Record taken = Items::Of(item);
+  Report(options, before, taken, Write(document, options));
 }
 
 struct EditGroup {
@@ -245,6 +227,7 @@ constexpr EditGroup editGroups[] = {
     {"probe", EditOne<ProbeItems>, KeysText<ProbeItems::Record>},
     {"patch", EditOne<PatchItems>, KeysText<PatchItems::Record>},
     {"sub-channel", EditOne<SubChannelItems>, KeysText<SubChannelItems::Record>},
+    {"data", EditOne<DataGroupItems>, KeysText<DataGroupItems::Record>},
     {"info", EditOne<InfoItems>, KeysText<InfoItems::Record>},
     {"material", EditOne<MaterialItems>, KeysText<MaterialItems::Record>},
 };
@@ -261,7 +244,7 @@ void AddEditVerb(CLI::App& program) {
     keys += group.keys(group.name);
   }
   verb.add_option("FILE", options->file, "Inspection file")->required();
-  verb.add_option("GROUP", options->group, "channel, gate, probe, patch, sub-channel, info or material")
+  verb.add_option("GROUP", options->group, "channel, gate, probe, patch, sub-channel, data, info or material")
       ->required()
       ->check(CLI::IsMember(names).description(""))
       ->type_name("");

@@ -40,6 +40,7 @@ struct GateOptions {
   double start = 0;  // µs
   double width = 0;  // µs
   ChangeOutput output;
+  Tables tables = Tables::Mapped;
   bool json = false;
   bool quiet = false;
 };
@@ -48,8 +49,8 @@ struct GateOptions {
 struct Strongest {
   explicit Strongest(const GatedGroup& group)
       : cell(StrongestCell(group)),
-        row(cell / group.ascans->columnQuantity),
-        column(cell % group.ascans->columnQuantity),
+        row(cell / group.ascans->group->columnQuantity),
+        column(cell % group.ascans->group->columnQuantity),
         value(group.cells.amplitudes[cell]),
         position(group.cells.positions[cell]),
         percent(PercentOf(group, cell)) {}
@@ -65,7 +66,7 @@ struct Strongest {
 double Rounded(double value) { return std::round(value * 10) / 10; }
 
 std::string GroupText(const GatedGroup& group) {
-  const CGDataTypeFDD& ascans = *group.ascans;
+  const CGDataTypeFDD& ascans = *group.ascans->group;
   const GateWindow& window = group.window;
   std::string text = Label(ascans) + " " + std::to_string(ascans.rowQuantity) + " rows x " +
                      std::to_string(ascans.columnQuantity) + " columns, samples " + std::to_string(window.first) +
@@ -93,13 +94,14 @@ std::string Text(const GateOptions& options, const GatedInspection& gated, const
 
 Json GroupJson(const GatedGroup& group) {
   const Strongest strongest(group);
-  return {{"data", group.index},
-          {"sub_channel", group.ascans->subChannelId},
-          {"patch", group.ascans->GetPatchID()},
+  const CGDataTypeFDD& ascans = *group.ascans->group;
+  return {{"data", group.ascans->index},
+          {"sub_channel", ascans.subChannelId},
+          {"patch", ascans.GetPatchID()},
           {"first_sample", group.window.first},
           {"sample_quantity", group.window.quantity},
-          {"rows", group.ascans->rowQuantity},
-          {"columns", group.ascans->columnQuantity},
+          {"rows", ascans.rowQuantity},
+          {"columns", ascans.columnQuantity},
           {"full_scale", group.fullScale},
           {"strongest",
            {{"row", strongest.row},
@@ -128,7 +130,7 @@ Json ResultJson(const GateOptions& options, const GatedInspection& gated, const 
 void Gate(const GateOptions& options) {
   const InterruptScope interrupts;
   if (options.output.IsNewFile()) CheckNewPath(options.output.path, options.output.force);
-  Document document = Document::Load(options.file);
+  Document document = Document::Load(options.file, options.tables);
   GatedInspection gated = GateChannel(document, options.gate, options.quiet);
   const std::string written = WriteChanges(document, gated.changes.Groups(), options.output);
   if (options.json)
@@ -165,6 +167,7 @@ void AddGateVerb(CLI::App& program) {
       ->check(Within(0, 100))
       ->type_name("PCT");
   AddChangeOutput(verb, options->output);
+  AddTables(verb, options->tables);
   verb.add_flag("--json", options->json, "Print the result as JSON, quantities in base units");
   verb.add_flag("--quiet", options->quiet, "Print no progress and no result");
   verb.footer(std::string(explanation) + example);

@@ -14,6 +14,11 @@ CLI::Validator Within(double minimum, double maximum) {
           ""};
 }
 
+void AddTables(CLI::App& verb, Tables& tables) {
+  verb.add_flag_callback(
+      "--in-memory", [&tables] { tables = Tables::InMemory; }, "Read samples into memory instead of mapping the file");
+}
+
 void AddChangeOutput(CLI::App& verb, ChangeOutput& output) {
   verb.add_option("-o,--output", output.path, "Inspection file to make, with --as new");
   verb.add_option("--as", output.as, "Where the change goes: append, companion, or new with -o")

@@ -11,6 +11,9 @@ namespace utdata::program {
 /// A number from minimum to maximum.
 [[nodiscard]] CLI::Validator Within(double minimum, double maximum);
 
+/// Adds --in-memory.
+void AddTables(CLI::App& verb, Tables& tables);
+
 /// Where the changes of a loaded inspection go.
 struct ChangeOutput {
   std::string as = "append";  ///< append, companion or new

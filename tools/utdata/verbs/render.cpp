@@ -16,6 +16,7 @@
 #include "terminal/new_file.h"
 #include "terminal/output.h"
 #include "terminal/text.h"
+#include "verbs/options.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -42,6 +43,7 @@ struct RenderOptions {
   bool force = false;
   bool quiet = false;
   bool json = false;
+  Tables tables = Tables::Mapped;
 
   [[nodiscard]] SampleAxis Samples() const { return samples == "path" ? SampleAxis::Path : SampleAxis::Time; }
 };
@@ -182,7 +184,7 @@ void Render(const RenderOptions& options) {
   CheckOptions(options);
   const InterruptScope interrupts;
   CheckNewFile(options.output, options.force);
-  Document document = Document::Load(options.file);
+  Document document = Document::Load(options.file, options.tables);
   CheckNotInput(document, options.output);
   const SelectedGroup selected = SelectGroup(document, options.selector);
   const View& view = FindView(options.view);
@@ -226,6 +228,7 @@ void AddRenderVerb(CLI::App& program) {
           ->capture_default_str();
   verb.add_option("-o,--output", options->output, "Picture to make, a PNG file")->required()->type_name("PNG");
   verb.add_flag("--force", options->force, "Replace an existing file");
+  AddTables(verb, options->tables);
   verb.add_flag("--json", options->json, "Print what was drawn and where as JSON");
   verb.add_flag("--quiet", options->quiet, "Print no progress and no result");
   verb.footer(example);
