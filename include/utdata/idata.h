@@ -45,7 +45,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// - columns, rows and samples 0 or above 2^31 - 1: 1; a layout of 2^63 bytes or more: one column, row and sample; sample size below
   ///   that of the sample type: the type's
   /// - one column or row: its step is 0.001 and its units are metres when they are neither metres nor degrees
-  /// - a step that is negative: its size; 0 or not finite: 0.001 of columns and rows, 2e-8 s of samples and of position C-scans' values
+  /// - a step that is 0 or not finite: 0.001 of columns and rows, 2e-8 s of samples and of position C-scans' values; a negative step of
+  ///   samples: its size (scan axes may run backwards)
   /// - data range that is reversed: turned; minimum not finite: 0; maximum not finite: the largest value of the sample type
   /// - any other float not finite: 0, of the data resolution 1; texts without a terminator: cut after 31 characters
   /// - sample types follow the rectification and the range: unrectified unsigned samples from 0 on become signed ones around 0, with

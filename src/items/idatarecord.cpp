@@ -37,8 +37,9 @@ void MakeFinite(float& value, float substitute) {
   if (!std::isfinite(value)) value = substitute;
 }
 
-/// Steps are counted in the direction of the axis: a negative one is taken for its size.
-void MakeStep(float& step, float substitute) { step = std::isfinite(step) && step != 0 ? std::fabs(step) : substitute; }
+void MakeStep(float& step, float substitute) {
+  if (!std::isfinite(step) || step == 0) step = substitute;
+}
 
 void MakePositive(float& value, float substitute) {
   if (!std::isfinite(value) || value <= 0) value = substitute;
@@ -64,6 +65,7 @@ void MakeScalesUsable(CGDataTypeFDD& record) {
   MakeStep(record.columnResolution, defaultScanStep);
   MakeStep(record.rowResolution, defaultScanStep);
   MakeStep(record.sampleResolution, defaultSampleStep);
+  record.sampleResolution = std::fabs(record.sampleResolution);  // a scan may run backwards, time does not
   for (float* value : {&record.columnOffset,
                        &record.rowOffset,
                        &record.sampleOffset,

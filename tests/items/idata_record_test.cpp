@@ -187,17 +187,20 @@ TEST(DataRecord, NoFloatMakesAnItemUnusable) {
         const ReportCapture reports;  // keeps what is told of it off the screen
         NormaliseDataRecord(record);
         for (const Field each : fields) EXPECT_TRUE(std::isfinite(record.*each));
-        for (const Field step : steps) EXPECT_GT(record.*step, 0);
+        for (const Field step : steps) EXPECT_NE(record.*step, 0);
+        EXPECT_GT(record.sampleResolution, 0);
         EXPECT_LE(record.dataMinimum, record.dataMaximum);
         EXPECT_LT(record.probeAngle, 90);
       }
   CGDataTypeFDD reversed = SoundRecord();
   std::swap(reversed.dataMinimum, reversed.dataMaximum);
   reversed.columnResolution = -0.002f;
+  reversed.sampleResolution = -1e-8f;
   NormaliseDataRecord(reversed);
   EXPECT_EQ(reversed.dataMinimum, 0);
   EXPECT_EQ(reversed.dataMaximum, 255);
-  EXPECT_EQ(reversed.columnResolution, 0.002f);
+  EXPECT_EQ(reversed.columnResolution, -0.002f) << "the scan ran backwards";
+  EXPECT_EQ(reversed.sampleResolution, 1e-8f);
 }
 
 TEST(DataRecord, TextsWithoutTerminatorAreCut) {
