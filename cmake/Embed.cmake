@@ -1,5 +1,5 @@
-# Turns a file into a C++ source: cmake -D INPUT=font.ttf -D OUTPUT=font.cpp -P Embed.cmake
-# The source defines embeddedWords, the file's bytes as little-endian 64-bit words padded with zeros, and embeddedSize, its size in
+# Turns a file into a C++ source: cmake -D INPUT=font.ttf -D OUTPUT=font.cpp -D NAME=embedded -P Embed.cmake
+# The source defines NAMEWords, the file's bytes as little-endian 64-bit words padded with zeros, and NAMESize, its size in
 # bytes. Words keep the compiler's work small: a byte a number would take it many times longer.
 
 file(SIZE ${INPUT} size)
@@ -11,7 +11,7 @@ if(rest)
   string(APPEND digits ${padding})
 endif()
 string(REGEX REPLACE "(..)(..)(..)(..)(..)(..)(..)(..)" "0x\\8\\7\\6\\5\\4\\3\\2\\1,\n" words "${digits}")
-file(WRITE ${OUTPUT} "extern const unsigned long long embeddedWords[];\n"
-                     "extern const unsigned long embeddedSize;\n"
-                     "const unsigned long long embeddedWords[] = {\n${words}};\n"
-                     "const unsigned long embeddedSize = ${size};\n")
+file(WRITE ${OUTPUT} "extern const unsigned long long ${NAME}Words[];\n"
+                     "extern const unsigned long ${NAME}Size;\n"
+                     "const unsigned long long ${NAME}Words[] = {\n${words}};\n"
+                     "const unsigned long ${NAME}Size = ${size};\n")

@@ -28,6 +28,7 @@ void DescribeProgram(CLI::App& program) {
   AddImportVerb(program);
   AddInfoVerb(program);
   AddRenderVerb(program);
+  AddReportVerb(program);
   AddTreeVerb(program);
   AddVerifyVerb(program);
 }

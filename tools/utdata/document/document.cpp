@@ -130,11 +130,7 @@ std::string Document::Append(CFContTypeFileDescr& changes) {
 }
 
 void Document::WriteCopy(CFContTypeFileDescr& changes, const std::string& path, bool replace) {
-  for (const std::string& file : Files()) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(std::filesystem::path(ToWide(file)), std::filesystem::path(ToWide(path)), ignored))
-      throw Failure(path, "cannot be written", "it is the inspection file itself", "choose another name");
-  }
+  CheckNotInput(*this, path);
   const auto copy = std::make_unique<CFContTypeFileDescr>();
   if (!copy->SetPath(ToWide(path))) throw Failure(path, "cannot be written", "the path is too long");
   ForEachListPair(*m_groups, *copy, [](const auto& from, auto& to) {
@@ -160,6 +156,14 @@ void CheckNewPath(const std::string& path, bool replace) {
                   "cannot be written",
                   companion + " would be read as its companion",
                   "move that file away or choose another name");
+}
+
+void CheckNotInput(const Document& document, const std::string& path) {
+  for (const std::string& file : document.Files()) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(std::filesystem::path(ToWide(file)), std::filesystem::path(ToWide(path)), ignored))
+      throw Failure(path, "cannot be written", "it is the inspection file itself", "choose another name");
+  }
 }
 
 MappedSamples::MappedSamples(const CGDataTypeFDD& group) : m_file(SCFile::file_OfGroup(group.samples.group)) {

@@ -69,6 +69,9 @@ class Document {
 /// inspection that would be read with it, or a folder that is missing. Cheap, for a check before long work.
 void CheckNewPath(const std::string& path, bool replace);
 
+/// Fails when `path` is one of the document's own files, which must outlive what is made of them.
+void CheckNotInput(const Document& document, const std::string& path);
+
 /// The samples of a data group, mapped for as long as this lives; the group's file must stay open. Throws Failure when there are none.
 class MappedSamples {
  public:

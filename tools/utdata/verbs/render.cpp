@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -158,16 +157,6 @@ void CheckOptions(const RenderOptions& options) {
   check("--row", options.row.has_value(), view.takesRow);
   check("--column", options.column.has_value(), view.takesColumn);
   check("--samples", options.samplesGiven, view.hasSampleAxis);
-}
-
-/// The inspection that is being drawn must outlive its picture.
-void CheckNotInput(const Document& document, const std::string& output) {
-  for (const std::string& file : document.Files()) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(
-            std::filesystem::path(ToWide(file)), std::filesystem::path(ToWide(output)), ignored))
-      throw Failure(output, "cannot be written", "it is the inspection file itself", "choose another name");
-  }
 }
 
 nlohmann::ordered_json Facts(const RenderOptions& options, const Rendering& rendering) {

@@ -11,6 +11,7 @@ void AddGateVerb(CLI::App& program);
 void AddImportVerb(CLI::App& program);
 void AddInfoVerb(CLI::App& program);
 void AddRenderVerb(CLI::App& program);
+void AddReportVerb(CLI::App& program);
 void AddTreeVerb(CLI::App& program);
 void AddVerifyVerb(CLI::App& program);
 

@@ -1,0 +1,164 @@
+'use strict';
+// How the cursor is moved, what is chosen, and how the page comes up.
+
+const inside = (value, quantity) => Math.min(quantity - 1, Math.max(0, value));
+
+let isDrawing = false;
+function moveTo(row, column, sample) {
+  const {view} = state;
+  state.row = inside(row, view.rows.quantity);
+  state.column = inside(column, view.columns.quantity);
+  if (hasAScans()) state.sample = inside(sample ?? strongestSample(state.row, state.column), view.samples.quantity);
+  if (isDrawing) return;
+  isDrawing = true;
+  requestAnimationFrame(() => {
+    isDrawing = false;
+    draw();
+  });
+  showReadout();
+}
+
+function moveToStrongest() {
+  const {strongest} = state.view.layers[0], columns = state.view.columns.quantity;
+  moveTo(Math.floor(strongest / columns), strongest % columns);
+}
+
+// Which cell a place on each picture means; the C-scan's cursor stands at the strongest echo of its A-scan.
+const targets = {
+  cscan: (across, down) => [down(state.view.rows), across(state.view.columns), null],
+  bscan: (across, down) => [state.row, across(state.view.columns), down(state.view.samples)],
+  ascan: across => [state.row, state.column, across(state.view.samples)],
+};
+const steps = {
+  cscan: {ArrowLeft: [0, -1], ArrowRight: [0, 1], ArrowUp: [-1, 0], ArrowDown: [1, 0]},
+  bscan: {ArrowLeft: [0, -1, 0], ArrowRight: [0, 1, 0], ArrowUp: [0, 0, -1], ArrowDown: [0, 0, 1], PageUp: [-1, 0, 0], PageDown: [1, 0, 0]},
+  ascan: {ArrowLeft: [0, 0, -1], ArrowRight: [0, 0, 1], ArrowUp: [0, -1, 0], ArrowDown: [0, 1, 0], PageUp: [-1, 0, 0], PageDown: [1, 0, 0]},
+};
+
+function follow(name, event) {
+  const frame = frames[name], bounds = byId(name).getBoundingClientRect();
+  const cell = (part, axis) => inside(Math.floor(part * axis.quantity), axis.quantity);
+  const across = axis => cell((event.clientX - bounds.left - frame.left) / frame.width, axis);
+  const down = axis => cell((event.clientY - bounds.top - frame.top) / frame.height, axis);
+  moveTo(...targets[name](across, down));
+}
+
+function press(name, event) {
+  if (event.key === 'Home') moveToStrongest();
+  else if (event.key === 'Enter') moveTo(state.row, state.column);
+  else if (steps[name][event.key]) {
+    const [rows, columns, samples] = steps[name][event.key].map(step => step === undefined ? step : step * (event.shiftKey ? 10 : 1));
+    moveTo(state.row + rows, state.column + columns, samples === undefined ? undefined : state.sample + samples);
+  } else return;
+  event.preventDefault();
+}
+
+function listen() {
+  for (const name of Object.keys(targets)) {
+    const canvas = byId(name);
+    canvas.addEventListener('pointermove', event => state.isHeld || follow(name, event));
+    canvas.addEventListener('pointerdown', event => {
+      state.isHeld = !state.isHeld;
+      follow(name, event);
+    });
+    canvas.addEventListener('keydown', event => press(name, event));
+    canvas.setAttribute('aria-label', `${canvas.parentElement.className.split(' ')[0]}; the arrow keys move the cursor`);
+  }
+  byId('view').addEventListener('change', event => showView(Number(event.target.value)));
+  byId('layer').addEventListener('change', event => {
+    state.layer = state.view.layers[Number(event.target.value)];
+    draw();
+  });
+  for (const id of ['lengths', 'axis', 'levels', 'range']) byId(id).addEventListener('input', draw);
+  byId('choices').addEventListener('submit', event => event.preventDefault());
+  window.addEventListener('resize', draw);
+}
+
+function setOptions(select, names) {
+  select.replaceChildren(...names.map((name, index) => new Option(name, String(index))));
+  select.disabled = names.length < 2;
+}
+
+async function showView(index) {
+  const view = facts.views[index];
+  for (const layer of view.layers) layer.data ??= await unpack(layer.values, layer.signed);
+  if (typeof view.ascans === 'number') view.data ??= await unpack(view.ascans, view.signed);
+  state.view = view;
+  state.layer = view.layers[0];
+  setOptions(byId('layer'), view.layers.map(layer => layer.label));
+  for (const element of document.querySelectorAll('.sound')) element.hidden = !view.data;
+  if (view.samples) {
+    const axes = soundAxes(view), chosen = choice('axis');
+    byId('axis').replaceChildren(...Object.entries(axes).map(([key, axis]) => new Option(axis.title, key)));
+    if (axes[chosen]) byId('axis').value = chosen;
+  }
+  byId('axis').parentElement.hidden = !view.data;
+  const strongest = state.layer.amplitude ? Math.abs(percentOf(state.layer.amplitude, state.layer.data[state.layer.strongest])) : 100;
+  byId('range').value = Math.max(0.1, Math.ceil(10 * strongest) / 10);
+  moveToStrongest();
+  draw();
+}
+
+// ---- tables
+
+function element(name, text, ...children) {
+  const made = document.createElement(name);
+  if (text !== undefined && text !== null) made.textContent = text;
+  made.append(...children);
+  return made;
+}
+const row = (name, cells) => element('tr', null, ...cells.map(cell => cell instanceof Node ? cell : element(name, cell)));
+
+function table(columns, rows) {
+  const made = element('table');
+  made.append(element('thead', null, row('th', columns)), element('tbody', null, ...rows.map(cells => row('td', cells))));
+  return made;
+}
+
+function showTables() {
+  for (const {title, rows} of facts.tables) {
+    const body = element('tbody', null, ...rows.map(([name, value]) => element('tr', null, element('th', name), element('td', value))));
+    byId('tables').append(element('article', null, element('h3', title), element('table', null, body)));
+  }
+  if (facts.tables.length === 0) byId('tables').append(element('p', 'The inspection tells nothing of its specimen and set-up.'));
+  const {columns, rows} = facts.defects;
+  byId('defects').append(rows.length ? table(columns, rows) : element('p', 'No defect is recorded.'));
+  const lines = facts.history.flatMap(event => {
+    const origin = [event.file + (event.write > 1 ? `, write ${event.write}` : ''), event.what];
+    if (event.added) return [[...origin, 'added', '', '']];
+    return event.changes.map(([field, before, after]) => [...origin, field, element('td', null, element('del', before)), after]);
+  });
+  byId('history').append(lines.length ? table(['File', 'Group', 'Field', 'Before', 'After'], lines)
+                                      : element('p', 'Nothing was changed since the inspection was written.'));
+}
+
+// #view=0&row=3&column=133&sample=165 opens the page at that place.
+async function openAtPlace() {
+  const place = new URLSearchParams(location.hash.slice(1));
+  const asked = name => place.has(name) && Number.isInteger(Number(place.get(name))) ? Number(place.get(name)) : undefined;
+  const view = inside(asked('view') ?? 0, facts.views.length);
+  byId('view').value = String(view);
+  await showView(view);
+  if (asked('row') === undefined && asked('column') === undefined && asked('sample') === undefined) return;
+  moveTo(asked('row') ?? state.row, asked('column') ?? state.column, asked('sample'));
+  draw();
+}
+
+async function start() {
+  document.title = facts.title;
+  byId('title').textContent = facts.title;
+  byId('files').textContent = facts.files.join(' with ');
+  byId('footer').textContent = `Made by ${facts.maker}. Nothing in this page is loaded from elsewhere.`;
+  byId('missing').append(...facts.missing.map(line => element('li', line)));
+  showTables();
+  if (facts.views.length > 0) {
+    byId('viewer').hidden = false;
+    setOptions(byId('view'), facts.views.map(view => `${view.label} (${view.kind})`));
+    listen();
+    await openAtPlace();
+  }
+  document.body.dataset.ready = 'yes';
+}
+start().catch(error => {
+  byId('missing').append(element('li', 'This browser cannot show the views: ' + error.message));
+});

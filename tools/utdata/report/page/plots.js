@@ -1,0 +1,202 @@
+'use strict';
+// Pictures on a canvas: an area between its axes, with an image or a curve in it. Knows pixels and numbers, nothing of inspections.
+const Plots = (() => {
+  const ink = '#202024', pale = '#60626a', grid = '#e4e5e9', blue = '#184ea0', red = '#d62828';
+  const font = '12px "DejaVu Sans", "Segoe UI", system-ui, sans-serif';
+
+  // 256 colours whose lightness rises evenly between the anchors.
+  function colorTable(anchors) {
+    const table = new Uint8ClampedArray(3 * 256);
+    for (let code = 0; code < 256; ++code) {
+      const along = code / 255 * (anchors.length - 1);
+      const before = Math.min(Math.floor(along), anchors.length - 2);
+      for (let part = 0; part < 3; ++part) {
+        const low = anchors[before][part], high = anchors[before + 1][part];
+        table[3 * code + part] = low + (high - low) * (along - before);
+      }
+    }
+    return table;
+  }
+  const heat = colorTable([[0, 0, 4], [31, 12, 72], [85, 15, 109], [136, 34, 106], [186, 54, 85], [227, 89, 51],
+                           [249, 140, 10], [249, 201, 50], [252, 255, 164]]);
+  const grey = colorTable([[0, 0, 0], [255, 255, 255]]);
+
+  // Round values between two ends: at 1, 2 or 5 times a power of ten.
+  function ticks(from, to, most) {
+    const low = Math.min(from, to), length = Math.abs(to - from);
+    if (!(length > Math.max(Math.abs(from), Math.abs(to)) * 1e-12)) return [];
+    const least = length / Math.max(most - 1, 1), power = 10 ** Math.floor(Math.log10(least));
+    const step = power * ([1, 2, 5].find(factor => factor * power >= least * (1 - 1e-9)) ?? 10);
+    const decimals = Math.max(0, -Math.floor(Math.log10(step) + 1e-9));
+    const found = [];
+    for (let number = Math.ceil(low / step - 1e-6); number * step <= low + length * (1 + 1e-9); ++number)
+      found.push({value: number * step, label: (number * step).toFixed(Math.min(decimals, 9)).replace(/^-(0(\.0*)?)$/, '$1')});
+    return found;
+  }
+
+  // A canvas made as sharp as the screen, and the area in it that the axes leave.
+  class Frame {
+    constructor(canvas, edges) {
+      const sharpness = window.devicePixelRatio || 1;
+      const width = canvas.clientWidth || 600, height = canvas.clientHeight || 300;
+      if (canvas.width !== Math.round(width * sharpness)) canvas.width = Math.round(width * sharpness);
+      if (canvas.height !== Math.round(height * sharpness)) canvas.height = Math.round(height * sharpness);
+      this.context = canvas.getContext('2d');
+      this.context.setTransform(sharpness, 0, 0, sharpness, 0, 0);
+      this.context.clearRect(0, 0, width, height);
+      this.context.font = font;
+      this.sharpness = sharpness;
+      this.left = edges.left ?? 58;
+      this.top = edges.top ?? 10;
+      this.width = Math.max(10, width - this.left - (edges.right ?? 16));
+      this.height = Math.max(10, height - this.top - (edges.bottom ?? 40));
+    }
+    get right() { return this.left + this.width; }
+    get bottom() { return this.top + this.height; }
+    x(part) { return this.left + part * this.width; }
+    y(part) { return this.top + part * this.height; }
+
+    outline() {
+      this.context.strokeStyle = ink;
+      this.context.strokeRect(this.left - 0.5, this.top - 0.5, this.width + 1, this.height + 1);
+    }
+
+    text(text, x, y, align, color = ink) {
+      this.context.fillStyle = color;
+      this.context.textAlign = align;
+      this.context.fillText(text, x, y);
+    }
+
+    upwards(text, x) {
+      this.context.save();
+      this.context.translate(x, this.top + this.height / 2);
+      this.context.rotate(-Math.PI / 2);
+      this.text(text, 0, 0, 'center');
+      this.context.restore();
+    }
+
+    // An axis at one side; `lines` also draws its marks through the area. Marks of its own replace round ones.
+    axis(side, axis, {marks, lines = false} = {}) {
+      const level = side === 'bottom';
+      const part = value => (value - axis.from) / (axis.to - axis.from);
+      const shown = marks ?? ticks(axis.from, axis.to, Math.min(12, Math.max(3, (level ? this.width / 80 : this.height / 40))));
+      for (const {value, label} of shown) {
+        const at = part(value);
+        if (!(at >= -1e-9 && at <= 1 + 1e-9)) continue;
+        const x = Math.round(this.x(at)), y = Math.round(this.y(at));
+        this.context.fillStyle = grid;
+        if (lines) level ? this.context.fillRect(x, this.top, 1, this.height) : this.context.fillRect(this.left, y, this.width, 1);
+        this.context.fillStyle = ink;
+        if (level) this.context.fillRect(x, this.bottom, 1, 5);
+        else this.context.fillRect(side === 'left' ? this.left - 5 : this.right, y, 5, 1);
+        if (level) this.text(label, x, this.bottom + 17, 'center');
+        else this.text(label, side === 'left' ? this.left - 8 : this.right + 8, y + 4, side === 'left' ? 'right' : 'left');
+      }
+      if (level) this.text(axis.title, this.x(0.5), this.bottom + 34, 'center', pale);
+      else this.upwards(axis.title, side === 'left' ? 12 : this.right + 44);
+    }
+
+    line(from, to, color = red, dash = []) {
+      this.context.strokeStyle = color;
+      this.context.setLineDash(dash);
+      this.context.beginPath();
+      this.context.moveTo(from[0], from[1]);
+      this.context.lineTo(to[0], to[1]);
+      this.context.stroke();
+      this.context.setLineDash([]);
+    }
+
+    // Lines through a place of the area, in parts of its sides; either may be missing.
+    cross(across, down) {
+      this.context.lineWidth = 1;
+      for (const [color, width] of [['rgba(255, 255, 255, 0.75)', 3], [red, 1]]) {
+        this.context.lineWidth = width;
+        if (across !== null) this.line([this.x(across), this.top], [this.x(across), this.bottom], color);
+        if (down !== null) this.line([this.left, this.y(down)], [this.right, this.y(down)], color);
+      }
+      this.context.lineWidth = 1;
+    }
+  }
+
+  // The cells that one pixel shows, as [begin, end).
+  function cellsOfPixel(pixel, pixels, cells) {
+    if (pixels >= cells) {
+      const nearest = Math.floor((2 * pixel + 1) * cells / (2 * pixels));
+      return [nearest, nearest + 1];
+    }
+    return [Math.floor(pixel * cells / pixels), Math.ceil((pixel + 1) * cells / pixels)];
+  }
+
+  // An image of cells whose places on the colour scale are 0 to 1. Where several fall on one pixel, the strongest is shown: an echo
+  // never vanishes. `signed`: the strongest is the one farthest from the middle.
+  function image(frame, columns, rows, place, colors, signed) {
+    const width = Math.round(frame.width * frame.sharpness), height = Math.round(frame.height * frame.sharpness);
+    const picture = document.createElement('canvas');
+    picture.width = width;
+    picture.height = height;
+    const context = picture.getContext('2d'), pixels = context.createImageData(width, height);
+    const stronger = signed ? (a, b) => Math.abs(a - 0.5) < Math.abs(b - 0.5) ? b : a : (a, b) => a < b ? b : a;
+    const spans = Array.from({length: width}, (_, x) => cellsOfPixel(x, width, columns));
+    const line = new Float32Array(columns);
+    let lineBegin = -1, lineEnd = -1;
+    for (let y = 0, at = 0; y < height; ++y) {
+      const [begin, end] = cellsOfPixel(y, height, rows);
+      if (begin !== lineBegin || end !== lineEnd) {
+        for (let column = 0; column < columns; ++column) {
+          let strongest = place(column, begin);
+          for (let row = begin + 1; row < end; ++row) strongest = stronger(strongest, place(column, row));
+          line[column] = strongest;
+        }
+        [lineBegin, lineEnd] = [begin, end];
+      }
+      for (let x = 0; x < width; ++x, at += 4) {
+        let strongest = line[spans[x][0]];
+        for (let column = spans[x][0] + 1; column < spans[x][1]; ++column) strongest = stronger(strongest, line[column]);
+        const code = 3 * Math.round(255 * Math.min(1, Math.max(0, strongest)));
+        pixels.data[at] = colors[code];
+        pixels.data[at + 1] = colors[code + 1];
+        pixels.data[at + 2] = colors[code + 2];
+        pixels.data[at + 3] = 255;
+      }
+    }
+    context.putImageData(pixels, 0, 0);
+    return picture;
+  }
+
+  function paint(frame, picture) {
+    frame.context.drawImage(picture, frame.left, frame.top, frame.width, frame.height);
+    frame.outline();
+  }
+
+  // A bar of the colours at the right of the area, with its scale.
+  function colorBar(frame, colors, axis, right) {
+    const left = frame.right + right, width = 14;
+    for (let y = 0; y < frame.height; ++y) {
+      const code = 3 * Math.round(255 * (1 - y / Math.max(1, frame.height - 1)));
+      frame.context.fillStyle = `rgb(${colors[code]}, ${colors[code + 1]}, ${colors[code + 2]})`;
+      frame.context.fillRect(left, frame.top + y, width, 1.5);
+    }
+    const bar = Object.assign(Object.create(Frame.prototype), frame, {left, width});
+    bar.outline();
+    bar.axis('right', axis);
+  }
+
+  // A curve of `quantity` values, each at the middle of its cell, between low and high. Where several fall on one pixel it spans all.
+  function curve(frame, quantity, valueAt, low, high) {
+    const context = frame.context;
+    const y = value => frame.y(1 - (Math.min(high, Math.max(low, value)) - low) / (high - low));
+    context.save();
+    context.beginPath();
+    context.rect(frame.left, frame.top, frame.width, frame.height);
+    context.clip();
+    context.strokeStyle = blue;
+    context.lineWidth = 1.4;
+    context.lineJoin = 'round';
+    context.beginPath();
+    for (let cell = 0; cell < quantity; ++cell) context.lineTo(frame.x((cell + 0.5) / quantity), y(valueAt(cell)));
+    context.stroke();
+    context.restore();
+  }
+
+  return {Frame, heat, grey, image, paint, colorBar, curve, red, pale};
+})();

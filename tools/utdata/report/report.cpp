@@ -1,0 +1,73 @@
+#include "report/report.h"
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string_view>
+#include <utility>
+
+#include "report/history.h"
+#include "report/page.h"
+#include "report/tables.h"
+#include "report/views.h"
+#include "terminal/text.h"
+
+namespace utdata::program {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string FileName(const std::string& path) {
+  return ToUtf8(std::filesystem::path(ToWide(path)).filename().wstring());
+}
+
+/// JSON within a script element: nothing in it can end the element.
+std::string JsonText(const Json& json) {
+  std::string text;
+  for (const char character : json.dump())
+    if (character == '<')
+      text += "\\u003c";
+    else
+      text += character;
+  return text;
+}
+
+std::string TitleOf(const Document& document) {
+  for (const CGInfoTypeDescr* info : document.Groups().infos)
+    if (!info->title.empty()) return ToUtf8(info->title);
+  return FileName(document.Path());
+}
+
+void Replace(std::string& page, std::string_view mark, std::string_view text) {
+  const std::size_t at = page.find(mark);
+  if (at != std::string::npos) page.replace(at, mark.size(), text);
+}
+
+}  // namespace
+
+Report MakeReport(const Document& document, const ReportOptions& options) {
+  ReportViews views = MakeViews(document, options.sampleLimit, options.quiet);
+  Json files = Json::array();
+  for (const std::string& file : document.Files()) files.push_back(FileName(file));
+  const Json facts = {{"title", TitleOf(document)},
+                      {"files", std::move(files)},
+                      {"maker", "utdata " UTDATA_VERSION},
+                      {"tables", TablesJson(document)},
+                      {"views", views.views},
+                      {"missing", views.missing},
+                      {"defects", DefectsJson(document)},
+                      {"history", HistoryJson(document)}};
+  std::string values;
+  for (std::size_t index = 0; index < views.packed.size(); ++index)
+    values +=
+        "<script type=\"text/plain\" id=\"values" + std::to_string(index) + "\">" + views.packed[index] + "</script>\n";
+  Report report = {std::string(PageText()), views.views.size(), std::move(views.missing)};
+  Replace(report.html, "/*STYLE*/", StyleText());
+  Replace(report.html, "/*PLOTS*/", PlotsText());
+  Replace(report.html, "/*VIEWS*/", ViewsText());
+  Replace(report.html, "/*CURSOR*/", CursorText());
+  Replace(report.html, "<!--FACTS-->", JsonText(facts));
+  Replace(report.html, "<!--VALUES-->", values);
+  return report;
+}
+
+}  // namespace utdata::program
