@@ -1,6 +1,9 @@
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "run_program.h"
