@@ -6,27 +6,12 @@
 #include <unistd.h>
 
 #include "bench/channels.h"
+#include "bench/hdf5_id.h"
 
 namespace utdata::bench {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Identifiers of the container, closed at the end.
-class Id {
- public:
-  Id(hid_t id, herr_t (*close)(hid_t)) : m_id(id), m_close(close) {}
-  ~Id() {
-    if (m_id >= 0) m_close(m_id);
-  }
-  Id(const Id&) = delete;
-  Id& operator=(const Id&) = delete;
-  operator hid_t() const { return m_id; }
-
- private:
-  hid_t m_id;
-  herr_t (*m_close)(hid_t);
-};
 
 /// A value of a row: its name, type in memory and on disk, and place in the row.
 struct Value {

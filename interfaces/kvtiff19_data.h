@@ -12,6 +12,9 @@ template <class Record>
 struct FieldTable;
 }
 
+/// The same direction from 0 up to 360 degrees, 360 not included, also as a 32-bit float; 0 for what is not finite.
+[[nodiscard]] UTDATA_API double NormalizeAngle(double degrees);
+
 /// Where a record's samples lie on disk.
 struct gdata_typeSampleRef {
   static constexpr std::uint64_t none = ~std::uint64_t{0};

@@ -1,4 +1,4 @@
-// What the library asks of the operating system: files, paths, and a debugger to stop in.
+// What the library asks of the operating system: files, mapped memory, paths, and a debugger to stop in.
 //
 // All file access goes through FileSystem and File, so that a test can put a faulty disk in their place. A File may be used by one
 // thread at a time; a Mapping is plain memory. No operation throws; a failed one returns an Error other than None.
@@ -24,11 +24,19 @@ enum class Error : std::uint8_t {
   DiskFull,      ///< no room, or the user's quota is used up
   Busy,          ///< another holder has the lock
   PathTooLong,
-  Other  ///< input/output error
+  BadArgument,
+  NoMemory,      ///< neither memory nor address space is left
+  NotSupported,  ///< the file system cannot do that
+  Other          ///< input/output error
 };
 
 /// A few English words, without a full stop ("no such file").
 [[nodiscard]] UTDATA_API std::string_view ErrorText(Error error) noexcept;
+
+/// The platform's own number (errno) of the calling thread's last failure behind this interface; 0 before the first.
+[[nodiscard]] UTDATA_API int LastErrorNumber() noexcept;
+/// For whoever stands in for the operating system: makes the platform's number of `error` the last one, and returns `error`.
+UTDATA_API Error Fail(Error error) noexcept;
 
 enum class OpenMode : std::uint8_t {
   Read,         ///< existing regular file, read only
@@ -46,6 +54,30 @@ class Mapping {
   [[nodiscard]] virtual std::size_t Size() const noexcept = 0;
 };
 
+/// Addresses that the process keeps for itself, with no memory behind them: touching one ends the process. Given up, with what is
+/// mapped into them, by the destructor. Different places may be mapped and cleared by several threads at once.
+class AddressRange {
+ public:
+  virtual ~AddressRange() = default;
+  [[nodiscard]] virtual std::byte* Data() const noexcept = 0;
+  [[nodiscard]] virtual std::size_t Size() const noexcept = 0;
+  /// Takes away what is mapped at a place, which is kept without memory again.
+  /// REQUIRES: inside the range; offset and size are multiples of 65536.
+  [[nodiscard]] virtual Error Clear(std::size_t offset, std::size_t size) = 0;
+};
+
+/// A file made long enough to be mapped, shared with everyone who reads the file. Outlives neither its File nor that file's size.
+class FileMapping {
+ public:
+  virtual ~FileMapping() = default;
+  [[nodiscard]] virtual std::uint64_t Size() const noexcept = 0;
+  /// Maps the first `size` bytes for reading and writing at a place of a range. What is stored there is in the file, though not yet
+  /// on the medium, even when the process is killed; storing where neither Allocate nor a write made room ends the process when the
+  /// disk is full. After a failure the place holds nothing.
+  /// REQUIRES: the place is inside the range and free; offset is a multiple of 65536; 0 < size <= Size().
+  [[nodiscard]] virtual Error MapAt(AddressRange& range, std::size_t offset, std::size_t size) = 0;
+};
+
 /// An open regular file; closed by the destructor.
 class File {
  public:
@@ -59,8 +91,15 @@ class File {
   [[nodiscard]] virtual Error Size(std::uint64_t& size) = 0;
   /// Cuts the file, or grows it with a hole.
   [[nodiscard]] virtual Error Truncate(std::uint64_t size) = 0;
+  /// Moves the file's own position, which no operation here reads or changes.
+  [[nodiscard]] virtual Error Seek(std::uint64_t position) = 0;
+  /// Makes room on the medium for bytes that read as before, growing the file to hold them: storing into them cannot meet a full
+  /// disk any more. NotSupported where the file system cannot promise that.
+  [[nodiscard]] virtual Error Allocate(std::uint64_t offset, std::uint64_t size) = 0;
   /// REQUIRES: offset is a multiple of 4096, size > 0, offset + size within the file.
   [[nodiscard]] virtual Error Map(std::uint64_t offset, std::size_t size, std::unique_ptr<Mapping>& mapping) = 0;
+  /// Prepares the first `size` bytes for mapping: a shorter file grows with a hole. REQUIRES: size > 0.
+  [[nodiscard]] virtual Error CreateMapping(std::uint64_t size, std::unique_ptr<FileMapping>& mapping) = 0;
   /// Takes the advisory exclusive lock without waiting; Busy when another open file has it. Readers need none.
   [[nodiscard]] virtual Error TryLock() = 0;
   virtual void Unlock() noexcept = 0;
@@ -78,6 +117,10 @@ class FileSystem {
   [[nodiscard]] virtual Error Remove(const std::wstring& path) = 0;
   /// Names made, changed or removed in the directory of `path` are on the medium when this returns None.
   [[nodiscard]] virtual Error SyncDirectoryOf(const std::wstring& path) = 0;
+  /// Bytes that an ordinary user may still fill on the file system of `path`: that of the nearest directory above it which exists.
+  [[nodiscard]] virtual Error FreeSpace(const std::wstring& path, std::uint64_t& bytes) = 0;
+  /// Keeps addresses for mappings. REQUIRES: size > 0, a multiple of 65536.
+  [[nodiscard]] virtual Error Reserve(std::size_t size, std::unique_ptr<AddressRange>& range) = 0;
 };
 
 /// The file system in use: the machine's own unless a test put another in its place.
@@ -95,6 +138,18 @@ struct PathParts {
   std::wstring extension;
 };
 [[nodiscard]] UTDATA_API PathParts SplitPath(std::wstring_view path);
+
+/// What the process and the machine have left, in bytes; 0 where that is not known.
+struct MemoryStatus {
+  std::uint32_t loadPercent;  ///< share of the physical memory in use
+  std::uint64_t totalPhysical;
+  std::uint64_t availablePhysical;  ///< without swapping
+  std::uint64_t totalPaged;         ///< physical memory and swap space together
+  std::uint64_t availablePaged;
+  std::uint64_t totalVirtual;      ///< addresses that the process may use
+  std::uint64_t availableVirtual;  ///< of these, not in use
+};
+[[nodiscard]] UTDATA_API MemoryStatus QueryMemoryStatus() noexcept;
 
 /// Whether a debugger is attached to the process, and a stop in it.
 [[nodiscard]] UTDATA_API bool DebuggerAttached() noexcept;

@@ -1,13 +1,17 @@
-// The common utilities: the reader-writer lock of a file set.
+// The common utilities: the reader-writer lock of a file set, and the manager of mapped views for acquisition files.
 #pragma once
 
 #include <atomic>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
+#include <map>
+#include <memory>
 #include <mutex>
 #include <thread>
 
 #include "interfaces/export.h"
+#include "interfaces/os.h"
 #include "interfaces/thread_safety.h"
 
 /// Many readers or one writer, with time-outs.
@@ -101,3 +105,54 @@ class UTDATA_SCOPED_CAPABILITY WriterScope {
 };
 
 }  // namespace utdata
+
+// ------------------------------------------------------------------------------------------------------------------ views
+
+/// How a view is used; the third argument of MapViewForData.
+inline constexpr std::uint32_t view_ReadWrite = 2;
+
+/// Keeps one range of addresses for the process and maps views of files into it: a view lies where no other does, and its place is free
+/// for the next one as soon as it is given back. The range has room for eight views of the reserved size; it is taken with the first
+/// view, and costs addresses only. Any thread may call at any time.
+class UTDATA_API CViewMapManager {
+ public:
+  static constexpr std::size_t viewQuantity = 8;         ///< views of the reserved size that the range has room for
+  static constexpr std::uint64_t granularity = 0x10000;  ///< places and reserved sizes are multiples of this
+  /// The reserved size unless the host chooses another, and the largest: 4 GiB - 64 KiB, so that every offset fits 32 bits.
+  static constexpr std::uint64_t largestSize = 0xFFFF0000;
+
+  CViewMapManager() = default;
+  CViewMapManager(const CViewMapManager&) = delete;
+  CViewMapManager& operator=(const CViewMapManager&) = delete;
+
+  /// Bytes of the largest view, and so of the largest acquisition file.
+  [[nodiscard]] std::uint64_t GetReservedSize() const;
+  /// Chooses the reserved size. A host does so before it creates its first acquisition file; it may again while no view is mapped.
+  /// @param bytes a multiple of 65536, from 65536 to largestSize
+  /// @return false, and nothing changes, for another size or while a view is mapped
+  bool SetReservedSize(std::uint64_t bytes);
+
+  /// Maps the start of a file inside the range.
+  /// @param mapping of the file; needed during the call only, while its file must stay open and long enough as long as the view is used
+  /// @param size    bytes, at most the mapping's and the reserved size
+  /// @param access  view_ReadWrite
+  /// @return the view's first byte, a multiple of the machine's page, given back with UnmapViewOfFileToReservedSpace; null when an
+  ///         argument is refused, the range is full or the system fails (os::LastErrorNumber tells why)
+  [[nodiscard]] void* MapViewForData(utdata::os::FileMapping* mapping, std::uint64_t size, std::uint32_t access);
+  /// Gives a whole view back. Nothing is mapped there afterwards; what was stored in it is in the file.
+  /// @param view from MapViewForData; an assertion is raised for anything else but null, which is ignored
+  /// @param size not used: the manager knows how long its views are
+  void UnmapViewOfFileToReservedSpace(void* view, std::uint64_t size);
+
+ private:
+  [[nodiscard]] bool IsReserved() UTDATA_REQUIRES(m_mutex);
+  [[nodiscard]] std::size_t FindRoom(std::size_t size) const UTDATA_REQUIRES(m_mutex);
+
+  mutable utdata::Mutex m_mutex;
+  std::uint64_t m_reservedSize UTDATA_GUARDED_BY(m_mutex) = largestSize;
+  std::unique_ptr<utdata::os::AddressRange> m_range UTDATA_GUARDED_BY(m_mutex);  ///< null until the first view
+  std::map<std::size_t, std::size_t> m_views UTDATA_GUARDED_BY(m_mutex);  ///< offset in the range, bytes of the place
+};
+
+/// The view manager of the process; it outlives everything else.
+[[nodiscard]] UTDATA_API CViewMapManager& GetMapViewManager();

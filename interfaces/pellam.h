@@ -15,6 +15,13 @@ enum enumPellamVariable : std::uint32_t {
   PRM_ID_bLinearMerged = 2        ///< whether a channel's linear scans are merged, 1 byte
 };
 
+/// Electronic scanning of a channel. A database may answer with values that are not named here.
+enum enumElectronicScanning : std::uint32_t {
+  escan_Mode2 = 2,    ///< with linear merging the channel's sub-channels make one data group
+  escan_Mode4 = 4,    ///< as mode 2
+  escan_Unknown = 11  ///< nobody answered
+};
+
 /// One request. It owns nothing: the buffer stays the asker's and must live until the request has been handled.
 class UTDATA_API PellamServiceParam {
  public:

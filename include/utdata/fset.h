@@ -8,13 +8,17 @@
 // locks: the file set's before an item's. A host called back from inside a change may query and change the set on the same thread.
 // Operations that take no lock say so.
 //
-// Status filters and ids are those of utdata/enum.h: fset_AnyId matches every id, gate ids are compared exactly. A lookup that names
-// all ids costs the same however many items there are. An unknown filter value is reported as an assertion and passes every item (but
-// not the single general-information item).
+// Status filters and ids are those of utdata/enum.h: fset_AnyId matches every id; gate ids are compared exactly, those of data items by
+// gate number. A lookup that names an id costs as much as it finds, however many items there are. An unknown filter value is reported as
+// an assertion and passes every item (but not the single general-information item).
+//
+// Data groups become data items; those of one channel's sub-channels are gathered under multi-channel masters, data items that the set
+// makes and takes away itself. The data list holds the one, the master list the other.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
 #include <map>
 #include <vector>
@@ -32,6 +36,21 @@
 #include "utdata/itemindex.h"
 
 class CDocument;
+class CVolumeSet;
+
+/// Copies of a data group and of the groups that belong to it, independent of the file set; all owned by the record.
+struct fset_typeDataInfoDescr {
+  std::int32_t complete = 0;  ///< 1 when everything but the sub-channel is there
+  CGPatchTypeDescr* patch = nullptr;
+  CGChanTypeDescr* channel = nullptr;
+  CGSubchanTypeDescr* subChannel = nullptr;
+  CGProbeTypeDescr* firstProbe = nullptr;  ///< both probes or none
+  CGProbeTypeDescr* secondProbe = nullptr;
+  void* reserved = nullptr;
+  CGGateTypeDescr* gate = nullptr;
+  CGDataTypeFDD* data = nullptr;
+  idata_typeTOFD* tofd = nullptr;
+};
 
 /// What others need of a file set.
 class UTDATA_API IFSet {
@@ -58,11 +77,7 @@ namespace utdata {
 /// How long a query of a file set waits for the reader side, in milliseconds.
 inline constexpr std::uint32_t queryTimeoutMs = 500;
 
-/// The ids by which a new element finds its master: patch, channel and class (a master takes every sub-channel of them).
-inline constexpr unsigned masterKeyIds = 1U << 1 | 1U << 2 | 1U << 5;
-
 using DataList = IndexedItemList<CIDataLst>;
-using MasterList = IndexedItemList<CIDataLst, masterKeyIds>;
 
 }  // namespace utdata
 
@@ -128,9 +143,48 @@ class UTDATA_API CFSet final : public IFSet {
   std::uint32_t fset_RemoveGInfo(fset_enumFilters filter);
   CIInfo* fset_ReplaceGInfo(CGInfoTypeDescr* descriptor);
 
-  /// Appends every data item that matches to `out`: of the multi-channel masters when the class is given and has its master bit set,
-  /// else of the data items. Gate ids are compared by gate number; a bookmark type of 0 matches all. A null `out` is reported.
-  /// Returns the number of items in `out` then. The last two arguments have no effect.
+  // Data items. Lookups that name a data class with its master bit set are of the masters, all others of the data list.
+
+  /// Makes a data item of a data group and appends it, gathers it under its master when it is a sub-channel of a class that is gathered
+  /// (1, 2, 3, 10, 11), and tells the document through OnDataGroupAdded. A master is found, or made, by bookmark type, patch and channel,
+  /// for classes 2 and 3 by gate number too; with bookmark type 10 it takes the group's gate name.
+  ///
+  /// The writer side is held throughout: the host's answers to the item's requests and OnDataGroupAdded run inside, and may query the
+  /// set. An id of the descriptor that is fset_AnyId, and a bookmark type of 0, mean any when the descriptor's ids are looked for.
+  /// @param descriptor normalised in place, and given a bookmark type when it has none; only its content is taken
+  /// @param context    kept in the item, the host's
+  /// @param volumeSet  gives the item its units and its document; not owned, outlives the set
+  /// @param isNew      not 0: the descriptor's data pointer is a table of the host's, see CIData
+  /// @return the item, owned by the set. For ids that are there already null, but for classes 17 and 2000 the item that has them. Null
+  ///         when an argument is missing or the class has the master bit
+  CIData* fset_AddGData(CGDataTypeFDD* descriptor, void* context, CVolumeSet* volumeSet, int isNew);
+  /// Destroys every match in the data list, and each master with its last sub-channel. 0, or 1 when there was no match.
+  std::uint32_t fset_RemoveGData(fset_enumFilters filter,
+                                 std::uint32_t bookmarkType,
+                                 std::uint32_t patchId,
+                                 std::uint32_t chanId,
+                                 std::uint32_t subChanId,
+                                 std::uint32_t gateId,
+                                 std::uint32_t dataClass);
+
+  /// The first match, or null; of the data list also when no master matches.
+  [[nodiscard]] CIData* fset_GetIData(fset_enumFilters filter,
+                                      std::uint32_t bookmarkType,
+                                      std::uint32_t patchId,
+                                      std::uint32_t chanId,
+                                      std::uint32_t subChanId,
+                                      std::uint32_t gateId,
+                                      std::uint32_t dataClass);
+  /// The same by a record of ids; null for null.
+  [[nodiscard]] CIData* fset_GetIData(const idata_typeId* id);
+
+  // Each of these appends to `out` and returns the number of items in it then; a null `out` is answered with 0.
+
+  /// Every data item.
+  std::uint32_t fset_GetIDataLst(CIDataLst* out);
+  /// Every data item whose channel has this first probe.
+  std::uint32_t fset_GetIDataLst(CIDataLst* out, std::uint32_t probeId);
+  /// Every match. A null `out` is reported. The last two arguments have no effect.
   std::uint32_t fset_GetIDataLst(CIDataLst* out,
                                  fset_enumFilters filter,
                                  std::uint32_t bookmarkType,
@@ -141,6 +195,33 @@ class UTDATA_API CFSet final : public IFSet {
                                  std::uint32_t dataClass,
                                  unsigned,
                                  unsigned) override;
+  /// Every match of any bookmark type whose gate number is `gateId` itself. A null `out` is reported.
+  std::uint32_t fset_GetGateSpecificIDataList(CIDataLst* out,
+                                              fset_enumFilters filter,
+                                              std::uint32_t patchId,
+                                              std::uint32_t chanId,
+                                              std::uint32_t subChanId,
+                                              std::uint32_t gateId,
+                                              std::uint32_t dataClass);
+  /// Every master.
+  std::uint32_t fset_GetMSCIDataLst(CIDataLst* out);
+  /// Every data item that is neither A-scans nor a C-scan of the ordinary kinds: classes 5, 7, 8, 9, 2000 and 2001. A null `out` is
+  /// reported.
+  std::uint32_t fset_GetSpecialIDataList(CIDataLst* out);
+  /// The data items of one channel (fset_AnyId is an id like others here) by sub-channel id, then by the display order of their gates.
+  std::uint32_t fset_GetSpecificChannelSortedIDataList(std::uint32_t chanId, CIDataLst* out);
+
+  [[nodiscard]] bool fset_HasAdvancedViewData() const;
+  [[nodiscard]] int fset_HasAnalogData() const;  ///< 0 or 1
+  [[nodiscard]] bool fset_HasBeamSimulationData() const;
+  [[nodiscard]] bool fset_HasEddyCurrentData() const;  ///< class 5; class 6 alone does not count
+
+  /// Copies a data item's group, its TOFD parameters, and its patch, channel, sub-channel, gate (by its exact id) and probes, as far as
+  /// they are there. Takes no lock: the set must not be changed meanwhile. Null for null, which is reported.
+  /// @return owned by the caller, released with fset_DataInfoReleaseCopy
+  [[nodiscard]] fset_typeDataInfoDescr* fset_DataInfoRequestCopy(CIData* item);
+  /// Null is reported and changes nothing. Takes no lock.
+  void fset_DataInfoReleaseCopy(fset_typeDataInfoDescr* info);
 
   // Weld fills and weld scan plans are kept as descriptors, known by two ids: the weld's, and the fill's or plan's.
 
@@ -175,6 +256,15 @@ class UTDATA_API CFSet final : public IFSet {
   static std::map<std::uint32_t, std::int32_t> mapGateIDOrdering;
 
   static void FillGateOrdering();
+  static std::int32_t GateOrder(std::uint32_t gateId);
+
+  [[nodiscard]] bool HasDataOfClass(std::initializer_list<gdata_enumDataClass> classes) const;
+  /// The list that lookups of a data class go to.
+  [[nodiscard]] const utdata::DataList& ListOf(std::uint32_t dataClass) const UTDATA_REQUIRES_SHARED(m_lock);
+  CIData* MasterFor(CGDataTypeFDD& element, void* context, CVolumeSet* volumeSet, int isNew) UTDATA_REQUIRES(m_lock);
+  CIData* AddMaster(CGDataTypeFDD& element, std::uint32_t gateId, void* context, CVolumeSet* volumeSet, int isNew)
+      UTDATA_REQUIRES(m_lock);
+  void DestroyDataItem(CIData* item) UTDATA_REQUIRES(m_lock);
 
   CDocument* const m_document;
   mutable CReaderWriterLock m_lock UTDATA_ACQUIRED_BEFORE(m_weldLock);
@@ -187,7 +277,7 @@ class UTDATA_API CFSet final : public IFSet {
   std::vector<CGWeldScanPlanDescr*> m_weldScanPlans UTDATA_GUARDED_BY(m_weldLock);
   std::vector<CGWeldFillDescr*> m_weldFills UTDATA_GUARDED_BY(m_weldLock);
   utdata::DataList m_data UTDATA_GUARDED_BY(m_lock){m_lock};
-  utdata::MasterList m_masters UTDATA_GUARDED_BY(m_lock){m_lock};
+  utdata::DataList m_masters UTDATA_GUARDED_BY(m_lock){m_lock};
   CIInfo* m_info UTDATA_GUARDED_BY(m_lock) = nullptr;
   std::array<Range, 6> m_ranges;  ///< start empty; nothing in the library reads or changes them
 };

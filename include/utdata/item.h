@@ -12,6 +12,7 @@
 // finds items by their ids; SetInfoCopy is the way to change them.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -39,10 +40,10 @@ class ItemHome {
 
 /// Where an item stands in a file set. Written by its home alone, under the writer side.
 struct ItemPlace {
-  ItemHome* home = nullptr;     ///< null: in no file set
-  POSITION position = nullptr;  ///< in the home's list
-  std::uint64_t order = 0;      ///< grows along the home's list
-  std::uint64_t hash = 0;       ///< of the ids that it is filed under
+  ItemHome* home = nullptr;            ///< null: in no file set
+  POSITION position = nullptr;         ///< in the home's list
+  std::uint64_t order = 0;             ///< grows along the home's list
+  std::array<std::uint32_t, 6> ids{};  ///< that it is filed under, in the order of the list's lookups
 };
 
 /// An object that a file set can hold and find.
@@ -69,7 +70,7 @@ class UTDATA_API PlacedItem : public CObject {
   PlacedItem& operator=(const PlacedItem&) = delete;
 
  private:
-  template <class List, unsigned keyIds>
+  template <class List>
   friend class IndexedItemList;
 
   ItemPlace m_place;

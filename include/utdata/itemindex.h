@@ -1,11 +1,12 @@
-// The item index, told once: a file set's list with a hash table beside it.
+// The item index, told once: a file set's list with hash tables beside it.
 //
-// Lookups answer as the list's walk does. One that names every key id reads the few items filed under them; any other walks. An item
-// is filed under the ids it has when it is added, and filed anew by each change that goes through its own operations; a candidate is
-// compared with its item's present ids before it counts, so that an id changed behind the library's back can hide an item from a
-// lookup by ids, but never yields a wrong one.
+// Lookups answer as the list's walk does. A combination of ids that is asked for gets a table of its own, so that any lookup that
+// names an id costs as much as it finds, however many items there are and whatever their ids. An item is filed under the ids it has
+// when it is added, and filed anew by each change that goes through its own operations; a candidate is compared with its item's
+// present ids before it counts, so that an id changed behind the library's back can hide an item from a lookup by ids, but never
+// yields a wrong one.
 //
-// The file set's lock guards all but Count: the writer side for Add, Move and edits, the reader side for the rest.
+// The file set's lock guards all but Count: the writer side for Add, Move, Remove and edits, the reader side for the rest.
 #pragma once
 
 #include <algorithm>
@@ -13,6 +14,9 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include "interfaces/ostrin.h"
@@ -21,88 +25,95 @@
 
 namespace utdata {
 
-/// The ids that an item is filed under, in the list's order; unused ones are 0.
-using ItemKey = std::array<std::uint32_t, 5>;
-
-/// A hash of a key with a seed that differs from list to list, so that no file can aim at one place.
-[[nodiscard]] inline std::uint64_t HashOf(const ItemKey& key, std::uint64_t seed) {
-  std::uint64_t hash = seed;
-  for (const std::uint32_t word : key) {
-    hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
-    hash ^= hash >> 32;
-  }
-  return hash;
-}
-
-/// Items by the hash of their keys, with open addressing: one array, at most half full, so that a look-up reads one place of it.
+/// Items by a hash, those of one hash in the order of their list. Open addressing in one array, at most half full, so that a look-up
+/// reads one place of it; a place holds the first item of its hash and, seldom, a set of others.
 class ItemTable {
  public:
-  void Insert(std::uint64_t hash, PlacedItem* item) {
+  void Insert(std::uint64_t hash, std::uint64_t order, PlacedItem* item) {
     if (m_used * 2 >= m_slots.size()) Grow();
-    ++m_used;
-    Put({hash, item});
+    Slot& slot = m_slots[PlaceOf(hash)];
+    Entry entry{order, item};
+    if (!slot.first.item) {
+      slot.hash = hash;
+      slot.first = entry;
+      ++m_used;
+      return;
+    }
+    if (order < slot.first.order) std::swap(entry, slot.first);
+    if (!slot.others) slot.others = std::make_unique<std::set<Entry>>();
+    slot.others->insert(slot.others->end(), entry);
   }
 
-  void Erase(std::uint64_t hash, const PlacedItem* item) {
+  void Erase(std::uint64_t hash, std::uint64_t order) {
     if (m_slots.empty()) return;
-    std::size_t hole = hash & Mask();
-    for (; m_slots[hole].item != item; hole = (hole + 1) & Mask())
-      if (!m_slots[hole].item) return;
+    const std::size_t place = PlaceOf(hash);
+    Slot& slot = m_slots[place];
+    if (slot.others) {
+      if (slot.first.order == order)
+        slot.first = slot.others->extract(slot.others->begin()).value();
+      else
+        slot.others->erase({order, nullptr});
+      if (slot.others->empty()) slot.others.reset();
+    } else if (slot.first.item && slot.first.order == order) {
+      Empty(place);
+    }
+  }
+
+  /// Calls `visit(item)` for each item of that hash, in order, until it answers false.
+  template <class Visit>
+  void ForEach(std::uint64_t hash, Visit visit) const {
+    if (m_slots.empty()) return;
+    const Slot& slot = m_slots[PlaceOf(hash)];
+    if (!slot.first.item || !visit(slot.first.item) || !slot.others) return;
+    for (const Entry& entry : *slot.others)
+      if (!visit(entry.item)) return;
+  }
+
+ private:
+  struct Entry {
+    std::uint64_t order = 0;
+    PlacedItem* item = nullptr;
+    bool operator<(const Entry& other) const { return order < other.order; }
+  };
+  struct Slot {
+    std::uint64_t hash = 0;
+    Entry first;                              ///< without an item: empty
+    std::unique_ptr<std::set<Entry>> others;  ///< null or not empty
+  };
+
+  [[nodiscard]] std::size_t Mask() const { return m_slots.size() - 1; }
+
+  /// Where a hash is, or would go.
+  [[nodiscard]] std::size_t PlaceOf(std::uint64_t hash) const {
+    std::size_t place = hash & Mask();
+    while (m_slots[place].first.item && m_slots[place].hash != hash) place = (place + 1) & Mask();
+    return place;
+  }
+
+  void Empty(std::size_t hole) {
     // Whoever was pushed past the hole moves back, so that every run stays without a gap.
-    for (std::size_t next = (hole + 1) & Mask(); m_slots[next].item; next = (next + 1) & Mask()) {
+    for (std::size_t next = (hole + 1) & Mask(); m_slots[next].first.item; next = (next + 1) & Mask()) {
       const std::size_t pushed = (next - m_slots[next].hash) & Mask();
       if (pushed < ((next - hole) & Mask())) continue;
-      m_slots[hole] = m_slots[next];
+      m_slots[hole] = std::move(m_slots[next]);
       hole = next;
     }
     m_slots[hole] = {};
     --m_used;
   }
 
-  /// Calls `visit(item)` for each item of that hash, in no order.
-  template <class Visit>
-  void ForEach(std::uint64_t hash, Visit visit) const {
-    if (m_slots.empty()) return;
-    for (std::size_t place = hash & Mask(); m_slots[place].item; place = (place + 1) & Mask())
-      if (m_slots[place].hash == hash) visit(m_slots[place].item);
-  }
-
- private:
-  struct Slot {
-    std::uint64_t hash = 0;
-    PlacedItem* item = nullptr;  ///< null: empty
-  };
-
-  [[nodiscard]] std::size_t Mask() const { return m_slots.size() - 1; }
-
-  void Put(const Slot& slot) {
-    std::size_t place = slot.hash & Mask();
-    while (m_slots[place].item) place = (place + 1) & Mask();
-    m_slots[place] = slot;
-  }
-
   void Grow() {
     std::vector<Slot> before(m_slots.empty() ? 16 : 2 * m_slots.size());
     before.swap(m_slots);
-    for (const Slot& slot : before)
-      if (slot.item) Put(slot);
+    for (Slot& slot : before)
+      if (slot.first.item) m_slots[PlaceOf(slot.hash)] = std::move(slot);
   }
 
   std::vector<Slot> m_slots;  ///< a power of two
   std::size_t m_used = 0;
 };
 
-/// The ids of a list's lookups that make its key, as bits: all but the bookmark type, whose wildcard is what most records carry.
 template <class List>
-inline constexpr unsigned allKeyIds = [] {
-  unsigned ids = 0;
-  for (std::size_t index = 0; index < List::idCount; ++index)
-    if (List::rules[index] != IdRule::BookmarkType) ids |= 1U << index;
-  return ids;
-}();
-
-/// @tparam keyIds bit n: the n-th id of a lookup belongs to the key
-template <class List, unsigned keyIds = allKeyIds<List>>
 class IndexedItemList final : private ItemHome {
  public:
   using Item = typename List::Item;
@@ -123,33 +134,42 @@ class IndexedItemList final : private ItemHome {
   }
 
   [[nodiscard]] Item* First(fset_enumFilters filter, const Ids& ids) const {
-    if (!IsIndexed(filter, ids)) return m_items.First(filter, ids);
+    const ItemTable* table = TableFor(filter, ids);
+    if (!table) return m_items.First(filter, ids);
     Item* first = nullptr;
-    m_table.ForEach(FiledHash(ids), [&](PlacedItem* candidate) {
+    table->ForEach(HashOf(GivenIds(ids), ids), [&](PlacedItem* candidate) {
       Item* item = static_cast<Item*>(candidate);
-      if (List::Matches(*item, filter, ids) && (!first || IsBefore(item, first))) first = item;
+      if (List::Matches(*item, filter, ids)) first = item;
+      return !first;
     });
     return first;
   }
 
   void Append(fset_enumFilters filter, List& out, const Ids& ids) const {
-    if (!IsIndexed(filter, ids)) return m_items.Append(filter, out, ids);
-    for (Item* item : Candidates(filter, ids)) out.AddTail(item);
+    const ItemTable* table = TableFor(filter, ids);
+    if (!table) return m_items.Append(filter, out, ids);
+    table->ForEach(HashOf(GivenIds(ids), ids), [&](PlacedItem* candidate) {
+      Item* item = static_cast<Item*>(candidate);
+      if (List::Matches(*item, filter, ids)) out.AddTail(item);
+      return true;
+    });
   }
 
   /// The items that are moved belong to no file set any more.
   void Move(fset_enumFilters filter, List& out, const Ids& ids) {
-    if (IsIndexed(filter, ids)) {
-      for (Item* item : Candidates(filter, ids)) {
-        m_items.RemoveAt(PlaceOf(*item).position);
-        Leave(*item, out);
-      }
-    } else {
-      List moved;
-      m_items.Move(filter, moved, ids);
-      for (Item* item : moved) Leave(*item, out);
+    List moved;
+    Append(filter, moved, ids);
+    for (Item* item : moved) {
+      Leave(*item);
+      out.AddTail(item);
     }
-    m_count.store(m_items.GetCount(), std::memory_order_relaxed);
+  }
+
+  /// Takes out one item, which belongs to no file set any more. False when it is not in this list.
+  bool Remove(Item* item) {
+    if (PlaceOf(*item).home != this) return false;
+    Leave(*item);
+    return true;
   }
 
   /// The list in order, for walks.
@@ -158,51 +178,73 @@ class IndexedItemList final : private ItemHome {
   [[nodiscard]] std::ptrdiff_t Count() const { return m_count.load(std::memory_order_relaxed); }
 
  private:
+  /// A list of fewer items is walked unless it has the table already.
+  static constexpr std::ptrdiff_t fewItems = 32;
+
+  struct TableOfIds {
+    unsigned given;  ///< bit n: the n-th id of a lookup
+    ItemTable items;
+  };
+
   static ItemPlace& PlaceOf(PlacedItem& item) { return item.m_place; }
 
-  static bool IsBefore(Item* a, Item* b) { return PlaceOf(*a).order < PlaceOf(*b).order; }
-
-  /// An unknown filter walks, since it is reported once for each item on the way.
-  static bool IsIndexed(fset_enumFilters filter, const Ids& ids) {
-    if (filter > fset_New) return false;
+  /// The ids that a lookup names, as bits.
+  static unsigned GivenIds(const Ids& ids) {
+    unsigned given = 0;
     for (std::size_t index = 0; index < List::idCount; ++index)
-      if ((keyIds >> index & 1U) && IsWildcard(List::rules[index], ids[index])) return false;
-    return true;
+      if (!IsWildcard(List::rules[index], ids[index])) given |= 1U << index;
+    return given;
   }
 
-  /// The hash of the key: ids that a lookup takes for equal have one key.
-  std::uint64_t FiledHash(const Ids& ids) const {
-    ItemKey key{};
-    std::size_t used = 0;
-    for (std::size_t index = 0; index < List::idCount; ++index)
-      if (keyIds >> index & 1U)
-        key[used++] = List::rules[index] == IdRule::SameGate ? GateNumber(ids[index]) : ids[index];
-    return HashOf(key, m_seed);
+  /// Of the given ids; what a lookup takes for equal has one hash. The seed differs from list to list, so that no file can aim at one
+  /// place.
+  template <class AnyIds>
+  std::uint64_t HashOf(unsigned given, const AnyIds& ids) const {
+    std::uint64_t hash = m_seed;
+    for (std::size_t index = 0; index < List::idCount; ++index) {
+      if (!(given >> index & 1U)) continue;
+      hash ^= List::rules[index] == IdRule::SameGate ? GateNumber(ids[index]) : ids[index];
+      hash *= 0x9E3779B97F4A7C15U;
+      hash ^= hash >> 32;
+    }
+    return hash;
   }
 
-  /// The matches in list order.
-  std::vector<Item*> Candidates(fset_enumFilters filter, const Ids& ids) const {
-    std::vector<Item*> found;
-    m_table.ForEach(FiledHash(ids), [&](PlacedItem* candidate) {
-      Item* item = static_cast<Item*>(candidate);
-      if (List::Matches(*item, filter, ids)) found.push_back(item);
-    });
-    std::sort(found.begin(), found.end(), IsBefore);
-    return found;
+  /// The table for a lookup, made when it is asked for the first time; null when the lookup has to walk. An unknown filter walks, since
+  /// it is reported once for each item on the way.
+  const ItemTable* TableFor(fset_enumFilters filter, const Ids& ids) const {
+    const unsigned given = GivenIds(ids);
+    if (given == 0 || filter > fset_New) return nullptr;
+    if (const ItemTable* table = m_byIds[given].load(std::memory_order_acquire)) return table;
+    if (m_items.GetCount() < fewItems) return nullptr;
+    const MutexScope scope(m_making);  // readers may ask for one table at a time
+    if (const ItemTable* table = m_byIds[given].load(std::memory_order_relaxed)) return table;
+    auto made = std::make_unique<TableOfIds>(TableOfIds{given, {}});
+    for (Item* item : m_items) made->items.Insert(HashOf(given, PlaceOf(*item).ids), PlaceOf(*item).order, item);
+    m_tables.push_back(std::move(made));
+    m_byIds[given].store(&m_tables.back()->items, std::memory_order_release);
+    return &m_tables.back()->items;
   }
 
   void File(Item& item) {
     ItemPlace& place = PlaceOf(item);
-    place.hash = FiledHash(List::IdsOf(item));
-    m_table.Insert(place.hash, &item);
+    const Ids ids = List::IdsOf(item);
+    std::copy(ids.begin(), ids.end(), place.ids.begin());
+    const MutexScope scope(m_making);
+    for (const auto& table : m_tables) table->items.Insert(HashOf(table->given, ids), place.order, &item);
   }
 
-  void Unfile(Item& item) { m_table.Erase(PlaceOf(item).hash, &item); }
+  void Unfile(Item& item) {
+    const ItemPlace& place = PlaceOf(item);
+    const MutexScope scope(m_making);
+    for (const auto& table : m_tables) table->items.Erase(HashOf(table->given, place.ids), place.order);
+  }
 
-  void Leave(Item& item, List& out) {
+  void Leave(Item& item) {
+    m_items.RemoveAt(PlaceOf(item).position);
     Unfile(item);
     PlaceOf(item) = {};
-    out.AddTail(&item);
+    m_count.store(m_items.GetCount(), std::memory_order_relaxed);
   }
 
   // The writer side spans two calls, which is beyond the analysis.
@@ -210,7 +252,8 @@ class IndexedItemList final : private ItemHome {
 
   void EndEdit(PlacedItem& placed) override UTDATA_NO_THREAD_SAFETY_ANALYSIS {
     Item& item = static_cast<Item&>(placed);
-    if (FiledHash(List::IdsOf(item)) != PlaceOf(item).hash) {
+    const Ids ids = List::IdsOf(item);
+    if (!std::equal(ids.begin(), ids.end(), PlaceOf(item).ids.begin())) {
       Unfile(item);
       File(item);
     }
@@ -220,9 +263,11 @@ class IndexedItemList final : private ItemHome {
   CReaderWriterLock& m_lock;
   List m_items;
   const std::uint64_t m_seed;
-  ItemTable m_table;
   std::uint64_t m_nextOrder = 0;
   std::atomic<std::ptrdiff_t> m_count{0};
+  mutable Mutex m_making;  ///< taken last
+  mutable std::vector<std::unique_ptr<TableOfIds>> m_tables UTDATA_GUARDED_BY(m_making);
+  mutable std::array<std::atomic<const ItemTable*>, std::size_t{1} << List::idCount> m_byIds{};  ///< by the ids given
 };
 
 }  // namespace utdata

@@ -2,13 +2,16 @@
 // for viewers (links to the matching C-scans, point units, sample limits).
 //
 // One descriptor per data item, made on the heap and ended with Destroy. It has no lock: the data item holds its own while it changes
-// fields, and nothing serialises Flush against readers of the table.
+// fields, and nothing serialises Flush against readers of the table. The table and the loaded flags are published: who sees a table
+// that another thread attached sees what that thread wrote before.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
 #include "interfaces/kvtiff19.h"
+#include "utdata/itemlink.h"
 
 class CIData;  // a data item owns its descriptor; the descriptor only passes on links to other items
 class CLookUpTable;
@@ -39,19 +42,22 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
 
   // ---- sample table
   /// The table, or null: 32-bit words by which it starts, or one offset per cell with storage mode 1.
-  [[nodiscard]] std::uint32_t* GetDiskTable() const { return m_diskTable; }
+  [[nodiscard]] std::uint32_t* GetDiskTable() const { return m_diskTable.load(std::memory_order_acquire); }
   /// Attaches a table. Its first 36 bytes are cleared when they are a stale header: 0x3344 in the low half of the first 32-bit word and
-  /// 0x5553 in that of the second. A table that the record makes shorter than 36 bytes has none.
+  /// 0x5553 in that of the second. A table that the record makes shorter than 36 bytes has none. Any thread may read the table as soon
+  /// as GetDiskTable answers it.
+  /// A block that the record tells to be smaller than its layout is reported and not attached: the descriptor is then without a table
+  /// and not loaded, and the block stays the caller's.
   /// @param table        null, the all-ones pointer, or samples; freed by Flush with delete[] of std::byte, when owned and not mapped
   /// @param memoryMapped the table is a view of a file and is never freed here
   void SetDiskTable(char* table, bool memoryMapped);
   [[nodiscard]] unsigned long GetTableAllocationSize() const { return m_tableAllocationSize; }
   void SetTableAllocationSize(unsigned long bytes) { m_tableAllocationSize = static_cast<std::uint32_t>(bytes); }
-  [[nodiscard]] int IsDataLoaded() const { return m_dataLoaded ? 1 : 0; }
-  void SetDataLoaded(bool loaded) { m_dataLoaded = loaded; }
-  [[nodiscard]] int IsVolumeLoaded() const { return m_volumeLoaded ? 1 : 0; }
-  void SetVolumeLoaded(bool loaded) { m_volumeLoaded = loaded; }
-  [[nodiscard]] bool GetUseMemoryMappedFilePointer() const { return m_useMemoryMapped; }
+  [[nodiscard]] int IsDataLoaded() const { return m_dataLoaded.load(std::memory_order_acquire) ? 1 : 0; }
+  void SetDataLoaded(bool loaded) { m_dataLoaded.store(loaded, std::memory_order_release); }
+  [[nodiscard]] int IsVolumeLoaded() const { return m_volumeLoaded.load(std::memory_order_acquire) ? 1 : 0; }
+  void SetVolumeLoaded(bool loaded) { m_volumeLoaded.store(loaded, std::memory_order_release); }
+  [[nodiscard]] bool GetUseMemoryMappedFilePointer() const { return m_useMemoryMapped.load(std::memory_order_relaxed); }
   [[nodiscard]] std::int32_t IsDataOwned() const { return m_dataOwned; }
   /// Drops the table, freeing it when it is owned and not mapped. Loaded flags stay. The argument is not used.
   void Flush(int);
@@ -104,9 +110,11 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   [[nodiscard]] std::uint32_t GetVolumeSize() const { return m_volumeSize; }  ///< bytes of all A-scans, modulo 2^32
   [[nodiscard]] std::uint32_t& GetGroupVersionNumber() { return m_groupVersion; }
   [[nodiscard]] std::uint32_t GetGroupVersionNumber() const { return m_groupVersion; }
-  [[nodiscard]] CIData* GetMatchedCScan() const { return m_matchedCScan; }
-  void SetMatchedCScan(CIData* item) { m_matchedCScan = item; }  ///< not owned
-  [[nodiscard]] CIData* GetMeridioAmpCscan() const { return m_meridioAmpCScan; }
+  /// The partner while it lives, else null; not owned.
+  [[nodiscard]] CIData* GetMatchedCScan() const { return m_matchedCScan.Get(); }
+  void SetMatchedCScan(CIData* item) { m_matchedCScan = item; }
+  [[nodiscard]] CIData* GetMeridioAmpCscan() const { return m_meridioAmpCScan.Get(); }
+  void SetMeridioAmpCscan(CIData* item) { m_meridioAmpCScan = item; }
   /// Divisor of the slopes of the sample axis's units. 0 until the owner of the descriptor sets it, which must be before units are
   /// updated; 1 gives the slopes as they are.
   [[nodiscard]] double GetSampleAxisScale() const { return m_sampleAxisScale; }
@@ -131,21 +139,25 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
 
   /// Bytes that the table has at least, as far as the record tells; 0 when it does not.
   [[nodiscard]] std::uint64_t KnownTableSize() const;
+  /// Bytes that the cells take: for storage by cells all their samples, for storage with offsets the offsets alone. 0 without cells; the
+  /// largest value when the product does not fit.
+  [[nodiscard]] std::uint64_t NeededTableSize() const;
 
  protected:
-  void ValidateDiskTable();
+  void ValidateDiskTable(char* table) const;
   void UnlinkMatchingCScan();
 
  private:
   void DeriveSampleAxis();
+  [[nodiscard]] std::uint64_t StatedTableSize() const;
 
   std::uint32_t m_vectorSize = 0;
   std::uint32_t m_volumeSize = 0;
   std::uint32_t m_reservedWord = 0;
   std::uint32_t m_groupVersion = 0;
   std::uint32_t m_reservedWords[2] = {};
-  CIData* m_matchedCScan = nullptr;
-  CIData* m_meridioAmpCScan = nullptr;
+  utdata::DataItemLink m_matchedCScan;
+  utdata::DataItemLink m_meridioAmpCScan;
   double m_reservedValue = 0;
   double m_sampleAxisScale = 0;
   CUnit* m_pointUnits[3] = {};  ///< column, row, sample
@@ -153,10 +165,10 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   float m_sampleStart = 0;
   float m_sampleStop = 0;
   std::uint32_t m_trailingWords[2] = {};
-  bool m_useMemoryMapped = false;
+  std::atomic<bool> m_useMemoryMapped{false};  ///< published with the table
   std::int32_t m_dataOwned = 1;
   std::uint32_t m_tableAllocationSize = 0;
-  std::uint32_t* m_diskTable = nullptr;
-  bool m_dataLoaded = false;
-  bool m_volumeLoaded = false;
+  std::atomic<std::uint32_t*> m_diskTable{nullptr};
+  std::atomic<bool> m_dataLoaded{false};
+  std::atomic<bool> m_volumeLoaded{false};
 };

@@ -85,7 +85,7 @@ class UTDATA_API CUnit : public CObject {
   CUnit& operator=(const CUnit&) = delete;
   ~CUnit() override;
 
-  /// As the constructors, but keep precision, TOFD factors and texts (the first one the auxiliary factor too).
+  /// As the constructors, but keep precision, TOFD factors and display format (the first one the auxiliary factor too).
   void CUpdateUnit(unit_enumUnits family,
                    unit_enumDataUnit dataUnit,
                    unit_enumConversionType conversion,
@@ -111,8 +111,8 @@ class UTDATA_API CUnit : public CObject {
 
   void GetUnitType(unit_enumUnits& family, unit_enumDataUnit& dataUnit) const;
   [[nodiscard]] int GetDisplayPrecision() const { return m_precision; }
-  /// printf format of one value as stored ("%.1f").
-  [[nodiscard]] const std::wstring& GetDisplayFormat() const { return m_displayFormat; }
+  /// printf format of one value: "%.1f" until the precision changes, then "%-12.Nf"; empty while the unit is not valid.
+  [[nodiscard]] std::wstring GetDisplayFormat() const;
   [[nodiscard]] CUnit* GetParent() const { return m_parent; }
 
   /// Base value of a displayed value. A TOFD or unknown conversion with a slope of 0 raises an assertion and gives 0; the linear ones
@@ -138,6 +138,9 @@ class UTDATA_API CUnit : public CObject {
   void ValidateObjectState() const;
 
  private:
+  /// Which format a value is printed with. Not the text itself: an item has dozens of units.
+  enum class DisplayFormat : std::uint8_t { None, Initial, Precise };
+
   void SetParameters(unit_enumUnits family,
                      unit_enumDataUnit dataUnit,
                      unit_enumConversionType conversion,
@@ -149,9 +152,7 @@ class UTDATA_API CUnit : public CObject {
                      double depthOffset,
                      double pathOffset,
                      double auxiliary,
-                     const std::wstring& firstText,
-                     const std::wstring& secondText,
-                     const std::wstring& displayFormat);
+                     DisplayFormat displayFormat);
   [[nodiscard]] double TofdToBase(double displayed) const;
   [[nodiscard]] double TofdFromBase(double base) const;
   [[nodiscard]] double LinearFromBase(double base) const;
@@ -168,8 +169,6 @@ class UTDATA_API CUnit : public CObject {
   unit_enumConversionType m_conversion = unit_ConversionNone;
   unit_enumUnits m_family = unit_Generic;
   unit_enumDataUnit m_dataUnit = unit_DataGeneric;
-  std::wstring m_firstText;
-  std::wstring m_secondText;
-  std::wstring m_displayFormat;
+  DisplayFormat m_displayFormat = DisplayFormat::None;
   CUnit* m_parent = nullptr;
 };

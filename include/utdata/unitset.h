@@ -5,7 +5,10 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "interfaces/framework.h"
 #include "interfaces/kvtiff19_types.h"
@@ -48,8 +51,7 @@ class UTDATA_API CUnitSet : public CObject {
   CUnitSet(const vset_groupId& identity, CVolumeSet* volumeSet, CUnitSet* baseSet);
   CUnitSet(const CUnitSet&) = delete;
   CUnitSet& operator=(const CUnitSet&) = delete;
-  /// Destroys the units, axis by axis.
-  ~CUnitSet() override;
+  ~CUnitSet() override;  ///< destroys the units
 
   /// Adds the units of a family to an axis, in order, each with the volume set's base unit of that axis as parent.
   /// Times: s, us. Lengths: m, mm, in, mil. Angles: degrees, radians. Each slope and offset is `slope` and `offset` scaled to its unit.
@@ -63,7 +65,7 @@ class UTDATA_API CUnitSet : public CObject {
   /// @param linear not 0: amplitudes are linear, percent is the reference; 0: they are logarithmic, dB is
   /// @return the reference
   CUnit* AddAmplitudeSubUnit(int linear);
-  /// As AddAmplitudeSubUnit, but the last percent and dB units that are there are changed instead, keeping precision and texts.
+  /// As AddAmplitudeSubUnit, but the last percent and dB units that are there are changed instead, keeping precision and format.
   CUnit* ModifyAmplitudeSubUnit(int linear);
 
   /// Sets the factors of the units of a family that are there: AdjustSubUnit2 with both slopes equal.
@@ -103,11 +105,17 @@ class UTDATA_API CUnitSet : public CObject {
  private:
   friend class CVolumeSet;
 
+  template <class... Parameters>
+  CUnit* MakeUnit(kvt_enumAxis axis, Parameters... parameters);
+  CUnit* SetAmplitudes(int linear, CUnit* percent, CUnit* decibel);
   [[nodiscard]] CUnit* BaseUnit(kvt_enumAxis axis) const;
   [[nodiscard]] CUnit* FindLast(kvt_enumAxis axis, unit_enumUnits family) const;
 
   vset_groupId m_identity;
   std::int32_t m_referenceCount = 1;
   CVolumeSet* m_volumeSet = nullptr;
-  std::array<std::unique_ptr<CList<CUnit*>>, axisQuantity> m_units;
+  POSITION m_place = nullptr;                   ///< among the volume set's
+  std::deque<CUnit> m_made;                     ///< by the set itself: a data item has dozens of units
+  std::vector<std::unique_ptr<CUnit>> m_given;  ///< by AppendUnit
+  std::array<std::unique_ptr<CList<CUnit*>>, axisQuantity> m_units;  ///< all of them
 };

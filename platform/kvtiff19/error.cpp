@@ -29,6 +29,9 @@ int StatusOf(os::Error error) {
       return SCFile::status_Locked;
     case os::Error::PathTooLong:
       return SCFile::status_BadArgument;
+    case os::Error::BadArgument:
+    case os::Error::NoMemory:
+    case os::Error::NotSupported:
     case os::Error::Other:
       break;
   }

@@ -1,75 +1,23 @@
 // The machine's own file system, through POSIX calls.
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <cstdio>
-#include <limits>
+#include <string>
 #include <utility>
 
 #include "interfaces/os.h"
 #include "platform/os/path.h"
+#include "platform/os/posix_error.h"
+#include "platform/os/posix_mapping.h"
 
 namespace utdata::os {
 namespace {
-
-Error FromErrno(int number) {
-  static constexpr std::pair<int, Error> table[] = {
-      {ENOENT, Error::NotFound},
-      {ENOTDIR, Error::NotFound},
-      {EEXIST, Error::Exists},
-      {ENOTEMPTY, Error::Exists},
-      {EACCES, Error::AccessDenied},
-      {EPERM, Error::AccessDenied},
-      {EROFS, Error::AccessDenied},
-      {EISDIR, Error::NotAFile},
-      {ENXIO, Error::NotAFile},
-      {ENODEV, Error::NotAFile},
-      {ENOSPC, Error::DiskFull},
-      {EDQUOT, Error::DiskFull},
-      {EFBIG, Error::DiskFull},
-      {EWOULDBLOCK, Error::Busy},
-      {ENAMETOOLONG, Error::PathTooLong},
-  };
-  const auto* found =
-      std::find_if(std::begin(table), std::end(table), [&](const auto& row) { return row.first == number; });
-  return found == std::end(table) ? Error::Other : found->second;
-}
-
-Error LastError() { return FromErrno(errno); }
-
-/// Runs a system call until a signal no longer interrupts it.
-template <class Call>
-auto Uninterrupted(Call call) {
-  auto result = call();
-  while (result == -1 && errno == EINTR) result = call();
-  return result;
-}
-
-class PosixMapping final : public Mapping {
- public:
-  /// `base` and `length` are what was mapped; the view starts `skip` bytes into it.
-  PosixMapping(void* base, std::size_t length, std::size_t skip) : m_base(base), m_length(length), m_skip(skip) {}
-  PosixMapping(const PosixMapping&) = delete;
-  PosixMapping& operator=(const PosixMapping&) = delete;
-  ~PosixMapping() override { ::munmap(m_base, m_length); }
-  std::byte* Data() const noexcept override { return static_cast<std::byte*>(m_base) + m_skip; }
-  std::size_t Size() const noexcept override { return m_length - m_skip; }
-
- private:
-  void* m_base;
-  std::size_t m_length;
-  std::size_t m_skip;
-};
-
-bool FitsOffset(std::uint64_t offset) {
-  return offset <= static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
-}
 
 class PosixFile final : public File {
  public:
@@ -94,10 +42,10 @@ class PosixFile final : public File {
 
   Error WriteAt(std::uint64_t offset, std::span<const std::byte> bytes) override {
     while (!bytes.empty()) {
-      if (!FitsOffset(offset) || !FitsOffset(offset + bytes.size())) return Error::DiskFull;
+      if (!FitsOffset(offset) || !FitsOffset(offset + bytes.size())) return Fail(Error::DiskFull);
       const auto put =
           Uninterrupted([&] { return ::pwrite(m_descriptor, bytes.data(), bytes.size(), static_cast<off_t>(offset)); });
-      if (put <= 0) return put < 0 ? LastError() : Error::Other;
+      if (put <= 0) return put < 0 ? LastError() : Fail(Error::Other);
       bytes = bytes.subspan(static_cast<std::size_t>(put));
       offset += static_cast<std::uint64_t>(put);
     }
@@ -116,24 +64,36 @@ class PosixFile final : public File {
   }
 
   Error Truncate(std::uint64_t size) override {
-    if (!FitsOffset(size)) return Error::DiskFull;
+    if (!FitsOffset(size)) return Fail(Error::DiskFull);
     const auto cut = [&] { return ::ftruncate(m_descriptor, static_cast<off_t>(size)); };
     return Uninterrupted(cut) == 0 ? Error::None : LastError();
   }
 
+  Error Seek(std::uint64_t position) override {
+    if (!FitsOffset(position)) return Fail(Error::Other);
+    return ::lseek(m_descriptor, static_cast<off_t>(position), SEEK_SET) >= 0 ? Error::None : LastError();
+  }
+
+  Error Allocate(std::uint64_t offset, std::uint64_t size) override {
+    if (size == 0) return Error::None;
+    if (!FitsOffset(offset) || !FitsOffset(size) || !FitsOffset(offset + size)) return Fail(Error::DiskFull);
+    // The system call and not posix_fallocate, which where the file system cannot allocate touches each block and says nothing.
+    const auto allocate = [&] {
+      return ::fallocate(m_descriptor, 0, static_cast<off_t>(offset), static_cast<off_t>(size));
+    };
+    return Uninterrupted(allocate) == 0 ? Error::None : LastError();
+  }
+
   Error Map(std::uint64_t offset, std::size_t size, std::unique_ptr<Mapping>& mapping) override {
-    // Pages of the machine may be larger than those of a file.
-    const auto page = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
-    const auto skip = static_cast<std::size_t>(offset % page);
-    if (!FitsOffset(offset) || size > std::numeric_limits<std::size_t>::max() - skip) return Error::Other;
-    void* base = ::mmap(nullptr,
-                        size + skip,
-                        PROT_READ | PROT_WRITE,
-                        MAP_PRIVATE | MAP_NORESERVE,
-                        m_descriptor,
-                        static_cast<off_t>(offset - skip));
-    if (base == MAP_FAILED) return LastError();
-    mapping = std::make_unique<PosixMapping>(base, size + skip, skip);
+    return MapPrivately(m_descriptor, offset, size, mapping);
+  }
+
+  Error CreateMapping(std::uint64_t size, std::unique_ptr<FileMapping>& mapping) override {
+    std::uint64_t present = 0;
+    if (const Error error = Size(present); error != Error::None) return error;
+    if (present < size)
+      if (const Error error = Truncate(size); error != Error::None) return error;
+    mapping = NewFileMapping(m_descriptor, size);
     return Error::None;
   }
 
@@ -161,13 +121,13 @@ class PosixFileSystem final : public FileSystem {
     // Without O_NONBLOCK, opening a pipe would wait for its other end.
     const int flags = flagsOf[static_cast<std::size_t>(mode)] | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
     const std::string narrow = NarrowPath(path);
-    if (narrow.empty()) return Error::NotFound;
+    if (narrow.empty()) return Fail(Error::NotFound);
     const int descriptor = Uninterrupted([&] { return ::open(narrow.c_str(), flags, 0666); });
     if (descriptor < 0) return LastError();
     auto opened = std::make_unique<PosixFile>(descriptor);
     struct stat status {};
     if (::fstat(descriptor, &status) != 0) return LastError();
-    if (!S_ISREG(status.st_mode)) return Error::NotAFile;
+    if (!S_ISREG(status.st_mode)) return Fail(Error::NotAFile);
     file = std::move(opened);
     return Error::None;
   }
@@ -206,25 +166,33 @@ class PosixFileSystem final : public FileSystem {
     ::close(descriptor);
     return error;
   }
+
+  Error FreeSpace(const std::wstring& path, std::uint64_t& bytes) override {
+    std::string directory = NarrowPath(SplitPath(path).directory);
+    if (directory.empty()) directory = ".";
+    struct statvfs status {};
+    while (Uninterrupted([&] { return ::statvfs(directory.c_str(), &status); }) != 0) {
+      if (errno != ENOENT || directory == "." || directory == "/") return LastError();
+      directory = ParentOf(directory);
+    }
+    bytes = std::uint64_t{status.f_bavail} * status.f_frsize;
+    return Error::None;
+  }
+
+  Error Reserve(std::size_t size, std::unique_ptr<AddressRange>& range) override { return ReserveRange(size, range); }
+
+ private:
+  static std::string ParentOf(std::string directory) {
+    while (directory.size() > 1 && directory.back() == '/') directory.pop_back();
+    const std::size_t separator = directory.find_last_of('/');
+    if (separator == std::string::npos) return ".";
+    return directory.substr(0, std::max<std::size_t>(separator, 1));
+  }
 };
 
 std::atomic<FileSystem*> replacedFileSystem{nullptr};
 
 }  // namespace
-
-std::string_view ErrorText(Error error) noexcept {
-  static constexpr std::string_view texts[] = {"no error",
-                                               "no such file",
-                                               "the name is taken",
-                                               "permission denied",
-                                               "not a file",
-                                               "the disk is full",
-                                               "in use by another",
-                                               "path too long",
-                                               "input/output error"};
-  const auto index = static_cast<std::size_t>(error);
-  return index < std::size(texts) ? texts[index] : texts[std::size(texts) - 1];
-}
 
 FileSystem& CurrentFileSystem() noexcept {
   static PosixFileSystem own;

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "interfaces/framework.h"
-#include "src/descriptor/item_link.h"
+#include "utdata/idata.h"
 #include "utdata/supplier.h"
 #include "utdata/tablefactory.h"
 #include "utdata/unitset.h"
@@ -28,6 +28,15 @@ bool IsPositionCScan(gdata_enumDataClass c) {
 std::uint32_t QuantityOfRange(double range) {
   return range > -1 && range < largestSampleQuantity + 1 ? static_cast<std::uint32_t>(std::max(range, 0.0)) : 1;
 }
+
+/// The descriptor of a linked item that lives and has one, else null.
+CRDataTypeDD* DescriptorOf(const utdata::DataItemLink& link) {
+  const CIData* const item = link.Get();
+  return item ? item->idata1_GetInfoRef() : nullptr;
+}
+
+/// Whether a table is memory that may be read: the all-ones pointer stands for one that is not here.
+bool IsBlock(const char* table) { return table && reinterpret_cast<std::uintptr_t>(table) != ~std::uintptr_t{0}; }
 
 std::uint16_t LowHalf(const char* word) {
   std::uint32_t value;
@@ -68,7 +77,7 @@ void CRDataTypeDD::DeriveSampleAxis() {
     sampleResolution = dataResolution;
     sampleOffset = dataOffset;
   } else if (dataClass == gdata_CScanAmplitude) {
-    const CRDataTypeDD* const partner = utdata::DescriptorOfLiveItem(m_matchedCScan);
+    const CRDataTypeDD* const partner = DescriptorOf(m_matchedCScan);
     sampleQuantity = partner ? QuantityOfRange(partner->GetDataMax()) : 1;
     sampleResolution = partner ? partner->dataResolution : 1.0f;
     sampleOffset = partner ? partner->dataOffset : 0.0f;
@@ -92,9 +101,9 @@ CRDataTypeDD& CRDataTypeDD::DuplicateDD_From(const CRDataTypeDD& source) {
   std::copy(std::begin(source.m_reservedWords), std::end(source.m_reservedWords), m_reservedWords);
   m_matchedCScan = source.m_matchedCScan;
   m_meridioAmpCScan = source.m_meridioAmpCScan;
-  m_dataLoaded = source.m_dataLoaded;
-  m_volumeLoaded = source.m_volumeLoaded;
-  SetDiskTable(reinterpret_cast<char*>(source.m_diskTable), source.m_useMemoryMapped);
+  SetDataLoaded(source.IsDataLoaded() != 0);
+  SetVolumeLoaded(source.IsVolumeLoaded() != 0);
+  SetDiskTable(reinterpret_cast<char*>(source.GetDiskTable()), source.GetUseMemoryMappedFilePointer());
   m_reservedValue = source.m_reservedValue;
   m_sampleAxisScale = source.m_sampleAxisScale;
   m_tableAllocationSize = source.sampleQuantity * 4;
@@ -116,8 +125,9 @@ void CRDataTypeDD::initializeData() {
   InitializeData();
   m_vectorSize = m_volumeSize = m_reservedWord = m_groupVersion = 0;
   std::fill(std::begin(m_reservedWords), std::end(m_reservedWords), 0u);
-  m_matchedCScan = m_meridioAmpCScan = nullptr;
-  m_dataLoaded = m_volumeLoaded = false;
+  m_matchedCScan = m_meridioAmpCScan = utdata::DataItemLink();
+  SetDataLoaded(false);
+  SetVolumeLoaded(false);
   SetDiskTable(nullptr, false);
   m_reservedValue = m_sampleAxisScale = 0.0;
   SetPointUnits(nullptr, nullptr, nullptr);
@@ -134,39 +144,60 @@ void CRDataTypeDD::Destroy() {
 }
 
 void CRDataTypeDD::SetDiskTable(char* table, bool memoryMapped) {
-  m_diskTable = reinterpret_cast<std::uint32_t*>(table);
-  m_useMemoryMapped = memoryMapped;
-  ValidateDiskTable();
+  if (IsBlock(table)) {
+    const std::uint64_t stated = StatedTableSize();
+    const bool isWhole = stated == 0 || stated >= NeededTableSize();
+    UTDATA_ASSERT(isWhole);
+    if (!isWhole) {
+      SetDataLoaded(false);
+      SetVolumeLoaded(false);
+      table = nullptr;
+    }
+  }
+  ValidateDiskTable(table);
+  m_useMemoryMapped.store(memoryMapped, std::memory_order_relaxed);
+  m_diskTable.store(reinterpret_cast<std::uint32_t*>(table), std::memory_order_release);
+}
+
+/// What the record says of the block that it names, in memory or on disk; 0 when it says nothing.
+std::uint64_t CRDataTypeDD::StatedTableSize() const {
+  if (dataSize != 0) return dataSize;
+  return samples.offset != gdata_typeSampleRef::none ? samples.size : 0;
 }
 
 std::uint64_t CRDataTypeDD::KnownTableSize() const {
-  if (dataSize != 0) return dataSize;
-  if (samples.offset != gdata_typeSampleRef::none) return samples.size;
-  const std::uint64_t cells = std::uint64_t{columnQuantity} * rowQuantity;
-  if (cells == 0) return 0;
-  if (storageMode == kvt_StorIndexed) return cells > UINT64_MAX / 8 ? cells : cells * 4 + m_vectorSize;
-  // The derived sample axis of a C-scan says nothing of its table, which has one value a cell.
-  const bool hasOneValue = dataClass == gdata_CScanAmplitude || IsPositionCScan(dataClass);
-  const std::uint64_t cell = cellSize ? cellSize : std::uint64_t{sampleSize} * (hasOneValue ? 1 : sampleQuantity);
-  return cell != 0 && cells > UINT64_MAX / cell ? UINT64_MAX : cells * cell;
+  const std::uint64_t stated = StatedTableSize();
+  if (stated != 0 || samples.offset != gdata_typeSampleRef::none) return stated;
+  const std::uint64_t needed = NeededTableSize();
+  return storageMode == kvt_StorIndexed && needed < UINT64_MAX && needed != 0 ? needed + m_vectorSize : needed;
 }
 
-void CRDataTypeDD::ValidateDiskTable() {
-  char* const table = reinterpret_cast<char*>(m_diskTable);
-  if (!table || reinterpret_cast<std::uintptr_t>(table) == ~std::uintptr_t{0}) return;
+std::uint64_t CRDataTypeDD::NeededTableSize() const {
+  const std::uint64_t cells = std::uint64_t{columnQuantity} * rowQuantity;
+  // The derived sample axis of a C-scan says nothing of its table, which has one value a cell.
+  const auto elementClass = static_cast<gdata_enumDataClass>(dataClass & ~std::uint32_t{gdata_MultiChannelMaster});
+  const std::uint64_t vector = std::uint64_t{sampleSize} * (enum_IsCscanData(elementClass) ? 1 : sampleQuantity);
+  const std::uint64_t cell =
+      storageMode == kvt_StorIndexed ? sizeof(std::uint32_t) : std::max<std::uint64_t>(cellSize, vector);
+  return cells != 0 && cell > UINT64_MAX / cells ? UINT64_MAX : cells * cell;
+}
+
+void CRDataTypeDD::ValidateDiskTable(char* table) const {
+  if (!IsBlock(table)) return;
   const std::uint64_t size = KnownTableSize();
   if (size != 0 && size < headerSize) return;
   if (LowHalf(table) == headerFirst && LowHalf(table + 4) == headerSecond) std::memset(table, 0, headerSize);
 }
 
 void CRDataTypeDD::Flush(int) {
-  const bool isFreed = m_diskTable && m_dataOwned && !m_useMemoryMapped;
-  if (isFreed) delete[] reinterpret_cast<std::byte*>(m_diskTable);
-  SetDiskTable(nullptr, isFreed ? false : m_useMemoryMapped);
+  std::uint32_t* const table = GetDiskTable();
+  const bool isFreed = table && m_dataOwned && !GetUseMemoryMappedFilePointer();
+  SetDiskTable(nullptr, isFreed ? false : GetUseMemoryMappedFilePointer());
+  if (isFreed) delete[] reinterpret_cast<std::byte*>(table);
 }
 
 void CRDataTypeDD::UnlinkMatchingCScan() {
-  if (CRDataTypeDD* const partner = utdata::DescriptorOfLiveItem(m_matchedCScan)) partner->m_matchedCScan = nullptr;
+  if (CRDataTypeDD* const partner = DescriptorOf(m_matchedCScan)) partner->m_matchedCScan = nullptr;
 }
 
 void CRDataTypeDD::SetPointUnits(CUnit* column, CUnit* row, CUnit* sample) {

@@ -15,6 +15,14 @@ inline constexpr CIDataLst::Ids everyDataItem{bookmark_None,
                                               fset_AnyId,
                                               fset_AnyId};
 
+/// Takes a sub-channel out of its master's list. Returns the master; null for an item that has none or is its own.
+inline CIData* TakeFromMaster(CIData* item) {
+  CIData* const master = item->idata1_IsMultiChannelElement() ? item->idata1_SubChannelMaster() : nullptr;
+  if (!master || master == item) return nullptr;
+  master->idata1_SubChannelRemove(item);
+  return master;
+}
+
 /// Destroys every item of an indexed list; a sub-channel is taken out of its master's list first. Masters have to outlive their
 /// sub-channels: the data list goes before the masters'.
 template <class IndexedList>
@@ -22,8 +30,8 @@ void DeleteDataItems(IndexedList& items) {
   CIDataLst all;
   items.Move(fset_All, all, everyDataItem);
   for (CIData* item : all) {
-    if (item->idata1_IsMultiChannelElement()) item->idata1_SubChannelMaster()->idata1_SubChannelRemove(item);
-    delete item;
+    TakeFromMaster(item);
+    item->idata9_DeferDelete();
   }
 }
 

@@ -1,10 +1,45 @@
-// The file set: its data items.
+// The file set: queries of its data items.
+#include <algorithm>
 #include <mutex>
+#include <utility>
+#include <vector>
 
+#include "src/fileset/data_lists.h"
 #include "utdata/fset.h"
 
 using utdata::queryTimeoutMs;
 using utdata::ReaderScope;
+
+namespace {
+
+std::uint32_t CountOf(const CIDataLst& list) { return static_cast<std::uint32_t>(list.GetCount()); }
+
+gdata_enumDataClass ClassOf(const CIData& item) {
+  idata_typeId id;
+  item.idata1_GetId(id);
+  return id.dataClass;
+}
+
+/// Data that viewers show apart from A-scans and C-scans.
+bool IsSpecial(gdata_enumDataClass dataClass) {
+  constexpr gdata_enumDataClass special[] = {gdata_AdvancedView,
+                                             gdata_EddyCurrentX,
+                                             gdata_BeamSimulation,
+                                             gdata_Analog,
+                                             gdata_AnalogScaled,
+                                             gdata_AnalogCounter};
+  return std::find(std::begin(special), std::end(special), dataClass) != std::end(special);
+}
+
+CIDataLst::Ids IdsOfClass(std::uint32_t dataClass) {
+  CIDataLst::Ids ids = utdata::everyDataItem;
+  ids.back() = dataClass;
+  return ids;
+}
+
+}  // namespace
+
+// Display order of gates.
 
 std::map<std::uint32_t, std::int32_t> CFSet::mapGateIDOrdering;
 
@@ -16,6 +51,56 @@ void CFSet::FillGateOrdering() {
                               {30, 9},  {31, 10},  {120, 11}, {130, 12}, {140, 13}, {100, 14}, {300, 15}, {80, 16},
                               {90, 17}, {110, 19}, {40, 20},  {50, 21},  {60, 22},  {150, 23}});
   });
+}
+
+std::int32_t CFSet::GateOrder(std::uint32_t gateId) {
+  const auto found = mapGateIDOrdering.find(utdata::GateNumber(gateId));
+  return found == mapGateIDOrdering.end() ? 0 : found->second;
+}
+
+// Lookups.
+
+const utdata::DataList& CFSet::ListOf(std::uint32_t dataClass) const {
+  return dataClass != fset_AnyId && (dataClass & gdata_MultiChannelMaster) ? m_masters : m_data;
+}
+
+CIData* CFSet::fset_GetIData(fset_enumFilters filter,
+                             std::uint32_t bookmarkType,
+                             std::uint32_t patchId,
+                             std::uint32_t chanId,
+                             std::uint32_t subChanId,
+                             std::uint32_t gateId,
+                             std::uint32_t dataClass) {
+  const CIDataLst::Ids ids{bookmarkType, patchId, chanId, subChanId, gateId, dataClass};
+  const ReaderScope reader(m_lock, queryTimeoutMs);
+  if (!reader) return nullptr;
+  const utdata::DataList& list = ListOf(dataClass);
+  CIData* const found = list.First(filter, ids);
+  return found || &list == &m_data ? found : m_data.First(filter, ids);
+}
+
+CIData* CFSet::fset_GetIData(const idata_typeId* id) {
+  if (!id) return nullptr;
+  return fset_GetIData(
+      fset_All, id->bookmarkType, id->patchId, id->channelId, id->subChannelId, id->gateId, id->dataClass);
+}
+
+std::uint32_t CFSet::fset_GetIDataLst(CIDataLst* out) {
+  if (!out) return 0;
+  const ReaderScope reader(m_lock, queryTimeoutMs);
+  if (reader) m_data.Append(fset_All, *out, utdata::everyDataItem);
+  return CountOf(*out);
+}
+
+std::uint32_t CFSet::fset_GetIDataLst(CIDataLst* out, std::uint32_t probeId) {
+  if (!out) return 0;
+  const ReaderScope reader(m_lock, queryTimeoutMs);
+  if (!reader) return CountOf(*out);
+  for (CIData* item : m_data.Items()) {
+    const CIChan* const channel = m_channels.First(fset_All, {item->idata1_GetGInfoRef()->channelId});
+    if (channel && channel->ichan1_GetInfoRef()->firstProbeId == probeId) out->AddTail(item);
+  }
+  return CountOf(*out);
 }
 
 std::uint32_t CFSet::fset_GetIDataLst(CIDataLst* out,
@@ -30,13 +115,85 @@ std::uint32_t CFSet::fset_GetIDataLst(CIDataLst* out,
                                       unsigned) {
   UTDATA_ASSERT(out != nullptr);
   if (!out) return 0;
-  const CIDataLst::Ids ids{bookmarkType, patchId, chanId, subChanId, gateId, dataClass};
-  const bool ofMasters = dataClass != fset_AnyId && (dataClass & gdata_MultiChannelMaster);
-  if (const ReaderScope reader(m_lock, queryTimeoutMs); reader) {
-    if (ofMasters)
-      m_masters.Append(filter, *out, ids);
-    else
-      m_data.Append(filter, *out, ids);
-  }
-  return static_cast<std::uint32_t>(out->GetCount());
+  const ReaderScope reader(m_lock, queryTimeoutMs);
+  if (reader) ListOf(dataClass).Append(filter, *out, {bookmarkType, patchId, chanId, subChanId, gateId, dataClass});
+  return CountOf(*out);
 }
+
+std::uint32_t CFSet::fset_GetGateSpecificIDataList(CIDataLst* out,
+                                                   fset_enumFilters filter,
+                                                   std::uint32_t patchId,
+                                                   std::uint32_t chanId,
+                                                   std::uint32_t subChanId,
+                                                   std::uint32_t gateId,
+                                                   std::uint32_t dataClass) {
+  UTDATA_ASSERT(out != nullptr);
+  if (!out) return 0;
+  const ReaderScope reader(m_lock, queryTimeoutMs);
+  if (!reader) return CountOf(*out);
+  const utdata::DataList& list = ListOf(dataClass);
+  // A gate number is what an ordinary lookup makes of it.
+  if (gateId == fset_AnyId || gateId == utdata::GateNumber(gateId))
+    list.Append(filter, *out, {bookmark_None, patchId, chanId, subChanId, gateId, dataClass});
+  else
+    list.Items().GetGateIDataList(filter, out, patchId, chanId, subChanId, gateId, dataClass);
+  return CountOf(*out);
+}
+
+std::uint32_t CFSet::fset_GetMSCIDataLst(CIDataLst* out) {
+  if (!out) return 0;
+  const ReaderScope reader(m_lock, queryTimeoutMs);
+  if (reader) m_masters.Append(fset_All, *out, utdata::everyDataItem);
+  return CountOf(*out);
+}
+
+std::uint32_t CFSet::fset_GetSpecialIDataList(CIDataLst* out) {
+  UTDATA_ASSERT(out != nullptr);
+  if (!out) return 0;
+  const ReaderScope reader(m_lock, queryTimeoutMs);
+  if (!reader) return CountOf(*out);
+  for (CIData* item : m_data.Items())
+    if (IsSpecial(ClassOf(*item))) out->AddTail(item);
+  return CountOf(*out);
+}
+
+std::uint32_t CFSet::fset_GetSpecificChannelSortedIDataList(std::uint32_t chanId, CIDataLst* out) {
+  if (!out) return 0;
+  const ReaderScope reader(m_lock, queryTimeoutMs);
+  if (!reader) return CountOf(*out);
+  CIDataLst::Ids ids = utdata::everyDataItem;
+  ids[2] = chanId;
+  CIDataLst candidates;  // more than the channel's where its id is the wildcard
+  m_data.Append(fset_All, candidates, ids);
+
+  using SortKey = std::pair<std::uint32_t, std::int32_t>;  // sub-channel id, display order of the gate
+  std::vector<std::pair<SortKey, CIData*>> found;
+  for (CIData* item : candidates) {
+    idata_typeId id;
+    item->idata1_GetId(id);
+    if (id.channelId == chanId) found.push_back({{id.subChannelId, GateOrder(id.gateId)}, item});
+  }
+  std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (const auto& entry : found) out->AddTail(entry.second);
+  return CountOf(*out);
+}
+
+// Tests.
+
+bool CFSet::HasDataOfClass(std::initializer_list<gdata_enumDataClass> classes) const {
+  const ReaderScope reader(m_lock, queryTimeoutMs);
+  if (!reader) return false;
+  for (const gdata_enumDataClass dataClass : classes)
+    if (m_data.First(fset_All, IdsOfClass(dataClass))) return true;
+  return false;
+}
+
+bool CFSet::fset_HasAdvancedViewData() const { return HasDataOfClass({gdata_AdvancedView}); }
+
+int CFSet::fset_HasAnalogData() const {
+  return HasDataOfClass({gdata_Analog, gdata_AnalogScaled, gdata_AnalogCounter}) ? 1 : 0;
+}
+
+bool CFSet::fset_HasBeamSimulationData() const { return HasDataOfClass({gdata_BeamSimulation}); }
+
+bool CFSet::fset_HasEddyCurrentData() const { return HasDataOfClass({gdata_EddyCurrentX}); }

@@ -33,7 +33,7 @@ double DecibelFromBase(double base) { return base >= 0 && base <= 100 ? 20 * std
 }  // namespace
 
 CUnit::CUnit() {
-  SetParameters(unit_Generic, unit_DataGeneric, unit_ConversionNone, 1, 1, 0, nullptr, 0, 0, 0, 0, {}, {}, {});
+  SetParameters(unit_Generic, unit_DataGeneric, unit_ConversionNone, 1, 1, 0, nullptr, 0, 0, 0, 0, DisplayFormat::None);
 }
 
 CUnit::CUnit(unit_enumUnits family,
@@ -42,7 +42,7 @@ CUnit::CUnit(unit_enumUnits family,
              double slope,
              double offset,
              CUnit* parent) {
-  SetParameters(family, dataUnit, conversion, slope, slope, offset, parent, 1, 0, 0, 0, {}, {}, L"%.1f");
+  SetParameters(family, dataUnit, conversion, slope, slope, offset, parent, 1, 0, 0, 0, DisplayFormat::Initial);
   ValidateObjectState();
 }
 
@@ -52,8 +52,18 @@ CUnit::CUnit(unit_enumUnits family,
              double offset,
              double auxiliary,
              CUnit* parent) {
-  SetParameters(
-      family, dataUnit, unit_ConversionFactors, slope, slope, offset, parent, 1, 0, 0, auxiliary, {}, {}, L"%.1f");
+  SetParameters(family,
+                dataUnit,
+                unit_ConversionFactors,
+                slope,
+                slope,
+                offset,
+                parent,
+                1,
+                0,
+                0,
+                auxiliary,
+                DisplayFormat::Initial);
   ValidateObjectState();
 }
 
@@ -69,8 +79,6 @@ CUnit::CUnit(const CUnit& other) : CObject(other) {
                 other.m_depthOffset,
                 other.m_pathOffset,
                 other.m_auxiliary,
-                other.m_firstText,
-                other.m_secondText,
                 other.m_displayFormat);
   ValidateObjectState();
 }
@@ -88,9 +96,7 @@ void CUnit::SetParameters(unit_enumUnits family,
                           double depthOffset,
                           double pathOffset,
                           double auxiliary,
-                          const std::wstring& firstText,
-                          const std::wstring& secondText,
-                          const std::wstring& displayFormat) {
+                          DisplayFormat displayFormat) {
   m_family = family;
   m_dataUnit = dataUnit;
   m_conversion = conversion;
@@ -102,8 +108,6 @@ void CUnit::SetParameters(unit_enumUnits family,
   m_depthOffset = depthOffset;
   m_pathOffset = pathOffset;
   m_auxiliary = auxiliary;
-  m_firstText = firstText;
-  m_secondText = secondText;
   m_displayFormat = displayFormat;
   m_tag = TagOf(this);
 }
@@ -125,8 +129,6 @@ void CUnit::CUpdateUnit(unit_enumUnits family,
                 m_depthOffset,
                 m_pathOffset,
                 m_auxiliary,
-                m_firstText,
-                m_secondText,
                 m_displayFormat);
   ValidateObjectState();
 }
@@ -148,8 +150,6 @@ void CUnit::CUpdateUnit(unit_enumUnits family,
                 m_depthOffset,
                 m_pathOffset,
                 auxiliary,
-                m_firstText,
-                m_secondText,
                 m_displayFormat);
   ValidateObjectState();
 }
@@ -186,9 +186,14 @@ void CUnit::SetDisplayPrecision(int digits) {
   UTDATA_ASSERT(digits >= 0 && digits <= maxPrecision);
   if (digits != m_precision) {
     m_precision = digits;
-    m_displayFormat = L"%-12." + std::to_wstring(digits) + L"f";
+    m_displayFormat = DisplayFormat::Precise;
   }
   ValidateObjectState();
+}
+
+std::wstring CUnit::GetDisplayFormat() const {
+  if (m_displayFormat == DisplayFormat::Precise) return L"%-12." + std::to_wstring(m_precision) + L"f";
+  return m_displayFormat == DisplayFormat::Initial ? L"%.1f" : L"";
 }
 
 void CUnit::GetUnitType(unit_enumUnits& family, unit_enumDataUnit& dataUnit) const {

@@ -31,6 +31,9 @@ constexpr ScaledUnit points[] = {{unit_DataPoint, 1, 1}};
 /// Slope that TOFD depth units start with; their data item sets the true one before they are used.
 constexpr double initialTofdSlope = 13.0;
 
+/// How many units of each axis a data group has, for lists of the right size.
+constexpr std::ptrdiff_t usualQuantity[CUnitSet::axisQuantity] = {7, 7, 21, 3, 7, 7};
+
 std::span<const ScaledUnit> UnitsOfFamily(unit_enumUnits family) {
   switch (family) {
     case unit_Generic:
@@ -77,15 +80,11 @@ CUnitSet::CUnitSet() = default;
 
 CUnitSet::CUnitSet(const vset_groupId& identity, CVolumeSet* volumeSet, CUnitSet*)
     : m_identity(identity), m_volumeSet(volumeSet) {
-  for (auto& list : m_units) list = std::make_unique<CList<CUnit*>>();
+  for (std::size_t axis = 0; axis < m_units.size(); ++axis)
+    m_units[axis] = std::make_unique<CList<CUnit*>>(usualQuantity[axis]);
 }
 
-CUnitSet::~CUnitSet() {
-  for (auto& list : m_units) {
-    while (list && !list->IsEmpty()) delete list->RemoveHead();
-    list.reset();
-  }
-}
+CUnitSet::~CUnitSet() = default;
 
 CUnit* CUnitSet::BaseUnit(kvt_enumAxis axis) const {
   return m_volumeSet ? m_volumeSet->vol_GetBaseUnit(axis) : nullptr;
@@ -100,7 +99,15 @@ CUnit* CUnitSet::AppendUnit(kvt_enumAxis axis, std::unique_ptr<CUnit> unit) {
   UTDATA_ASSERT(hasAxis);
   if (!hasAxis || !unit) return nullptr;
   m_units[axis]->AddTail(unit.get());
-  return unit.release();
+  return m_given.emplace_back(std::move(unit)).get();
+}
+
+/// REQUIRES: the set has the axis.
+template <class... Parameters>
+CUnit* CUnitSet::MakeUnit(kvt_enumAxis axis, Parameters... parameters) {
+  CUnit* const unit = &m_made.emplace_back(parameters...);
+  m_units[axis]->AddTail(unit);
+  return unit;
 }
 
 CUnit* CUnitSet::AddSubUnit(kvt_enumAxis axis, unit_enumUnits family, double slope, double offset, double auxiliary) {
@@ -112,29 +119,19 @@ CUnit* CUnitSet::AddSubUnit(kvt_enumAxis axis, unit_enumUnits family, double slo
   CUnit* const base = BaseUnit(axis);
   CUnit* firstUnit = nullptr;
   for (const auto& [dataUnit, scale, squareScale] : units) {
-    std::unique_ptr<CUnit> unit;
+    CUnit* added = nullptr;
     if (family == unit_TofdDepth)
-      unit = std::make_unique<CUnit>(family, dataUnit, initialTofdSlope, scale * slope, scale * offset, base);
+      added = MakeUnit(axis, family, dataUnit, initialTofdSlope, scale * slope, scale * offset, base);
     else if (family == unit_Decibel)
-      unit = std::make_unique<CUnit>(family, dataUnit, slope, offset, auxiliary, base);
+      added = MakeUnit(axis, family, dataUnit, slope, offset, auxiliary, base);
     else
-      unit = std::make_unique<CUnit>(family, dataUnit, unit_ConversionLinear, scale * slope, scale * offset, base);
-    CUnit* const added = AppendUnit(axis, std::move(unit));
+      added = MakeUnit(axis, family, dataUnit, unit_ConversionLinear, scale * slope, scale * offset, base);
     if (!firstUnit) firstUnit = added;
   }
   return firstUnit;
 }
 
-CUnit* CUnitSet::AddAmplitudeSubUnit(int linear) {
-  CUnit* const base = BaseUnit(kvt_AxisAmplitude);
-  auto percent = std::make_unique<CUnit>(unit_Percent, unit_DataPercent, unit_ConversionLinear, 1.0, 0.0, base);
-  auto decibel = std::make_unique<CUnit>(unit_Decibel, unit_DataDecibel, unit_ConversionDecibel, 1.0, 0.0, base);
-  SetPercent(*percent, linear, base);
-  SetDecibel(*decibel, linear, base);
-  CUnit* const p = AppendUnit(kvt_AxisAmplitude, std::move(percent));
-  CUnit* const d = AppendUnit(kvt_AxisAmplitude, std::move(decibel));
-  return linear ? p : d;
-}
+CUnit* CUnitSet::AddAmplitudeSubUnit(int linear) { return SetAmplitudes(linear, nullptr, nullptr); }
 
 CUnit* CUnitSet::FindLast(kvt_enumAxis axis, unit_enumUnits family) const {
   CUnit* found = nullptr;
@@ -150,18 +147,19 @@ CUnit* CUnitSet::FindLast(kvt_enumAxis axis, unit_enumUnits family) const {
 }
 
 CUnit* CUnitSet::ModifyAmplitudeSubUnit(int linear) {
+  return SetAmplitudes(linear, FindLast(kvt_AxisAmplitude, unit_Percent), FindLast(kvt_AxisAmplitude, unit_Decibel));
+}
+
+/// Sets the percent and dB units, which are made when they are not there. @return the reference
+CUnit* CUnitSet::SetAmplitudes(int linear, CUnit* percent, CUnit* decibel) {
+  const bool hasAxis = m_units[kvt_AxisAmplitude] != nullptr;
+  UTDATA_ASSERT(hasAxis);
+  if (!hasAxis) return nullptr;
   CUnit* const base = BaseUnit(kvt_AxisAmplitude);
-  CUnit* percent = FindLast(kvt_AxisAmplitude, unit_Percent);
-  CUnit* decibel = FindLast(kvt_AxisAmplitude, unit_Decibel);
   if (!percent)
-    percent =
-        AppendUnit(kvt_AxisAmplitude,
-                   std::make_unique<CUnit>(unit_Percent, unit_DataPercent, unit_ConversionLinear, 1.0, 0.0, base));
+    percent = MakeUnit(kvt_AxisAmplitude, unit_Percent, unit_DataPercent, unit_ConversionLinear, 1.0, 0.0, base);
   if (!decibel)
-    decibel =
-        AppendUnit(kvt_AxisAmplitude,
-                   std::make_unique<CUnit>(unit_Decibel, unit_DataDecibel, unit_ConversionDecibel, 1.0, 0.0, base));
-  if (!percent || !decibel) return nullptr;
+    decibel = MakeUnit(kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel, unit_ConversionDecibel, 1.0, 0.0, base);
   SetPercent(*percent, linear, base);
   SetDecibel(*decibel, linear, base);
   return linear ? percent : decibel;

@@ -32,7 +32,7 @@ CUnitSet* CVolumeSet::vol_CreateUnitSet(const vset_groupId& identity, int* creat
     return set;
   }
   auto newSet = std::make_unique<CUnitSet>(identity, this, m_baseSet);
-  m_unitSets.AddTail(newSet.get());
+  newSet->m_place = m_unitSets.AddTail(newSet.get());
   return newSet.release();
 }
 
@@ -50,8 +50,9 @@ void CVolumeSet::vol_DeleteUnitSet(CUnitSet** set) {
   if (!set || !*set) return;
   UTDATA_ASSERT((*set)->m_referenceCount != 0);
   if (--(*set)->m_referenceCount == 0) {
-    if (POSITION position = m_unitSets.Find(*set)) {
-      m_unitSets.RemoveAt(position);
+    UTDATA_ASSERT((*set)->m_volumeSet == this && (*set)->m_place);
+    if ((*set)->m_volumeSet == this && (*set)->m_place) {
+      m_unitSets.RemoveAt((*set)->m_place);
       delete *set;
     }
   }

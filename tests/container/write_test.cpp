@@ -3,6 +3,7 @@
 #include "interfaces/os.h"
 #include "platform/kvtiff19/format.h"
 #include "tests/container/inspection.h"
+#include "tests/support/failing_file_system.h"
 
 namespace utdata::test {
 namespace {
@@ -410,23 +411,16 @@ TEST(FailedWrite, LeavesNoFileAndNoCopy) {
 }
 
 /// A file system in which a companion is made by somebody else between its listing and its creation.
-class LateCompanion : public os::FileSystem {
+class LateCompanion : public utdata::test::PassingFileSystem {
  public:
   explicit LateCompanion(std::wstring companion) : m_companion(std::move(companion)) {}
   os::Error Open(const std::wstring& path, os::OpenMode mode, std::unique_ptr<os::File>& file) override {
     if (mode != os::OpenMode::Read && path.ends_with(L".part"))
       std::ofstream(std::filesystem::path(m_companion)) << "theirs";
-    return m_real.Open(path, mode, file);
+    return PassingFileSystem::Open(path, mode, file);
   }
-  bool Exists(const std::wstring& path) override { return m_real.Exists(path); }
-  os::Error Rename(const std::wstring& from, const std::wstring& to, bool replace) override {
-    return m_real.Rename(from, to, replace);
-  }
-  os::Error Remove(const std::wstring& path) override { return m_real.Remove(path); }
-  os::Error SyncDirectoryOf(const std::wstring& path) override { return m_real.SyncDirectoryOf(path); }
 
  private:
-  os::FileSystem& m_real = os::CurrentFileSystem();
   std::wstring m_companion;
 };
 

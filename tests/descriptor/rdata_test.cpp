@@ -5,30 +5,18 @@
 #include <array>
 #include <cstring>
 #include <new>
+#include <vector>
 
-#include "src/descriptor/item_link.h"
+#include "tests/support/data_host.h"
 #include "tests/support/report_capture.h"
 #include "utdata/supplier.h"
 #include "utdata/tablefactory.h"
 
-// Stands for the data item, which is told a floor above.
-class CIData {
- public:
-  CRDataTypeDD* descriptor = nullptr;
-  bool isLive = true;
-};
-
 namespace {
 
+using utdata::test::DataHost;
 using utdata::test::ReportCapture;
-
-struct Items : testing::Test {
-  Items() : former(utdata::SetItemLink(&link)) {}
-  ~Items() override { utdata::SetItemLink(former); }
-  static constexpr utdata::ItemLink link = {[](CIData* item) { return item->isLive; },
-                                            [](CIData* item) { return item->descriptor; }};
-  const utdata::ItemLink* former;
-};
+using utdata::test::SoundRecord;
 
 CGDataTypeFDD Record(gdata_enumDataClass dataClass, float minimum, float maximum) {
   CGDataTypeFDD record;
@@ -91,18 +79,27 @@ TEST(Descriptor, PositionCScansTakeTheirSampleAxisFromTheirRange) {
   EXPECT_EQ(CRDataTypeDD(&master, nullptr, nullptr).GetSampleQty(), 1000u) << "the class is taken with bit 15";
 }
 
-TEST_F(Items, AmplitudeCScansTakeTheSampleAxisOfTheirLivePartner) {
-  const CGDataTypeFDD position = Record(gdata_CScanPosition, 0, 300.9f);
-  CRDataTypeDD partnerDescriptor(&position, nullptr, nullptr);
-  CIData partner{&partnerDescriptor, true};
+/// A position C-scan whose values are sample positions, up to the 300th.
+CGDataTypeFDD PositionRecord() {
+  CGDataTypeFDD record = SoundRecord({.dataClass = gdata_CScanPosition});
+  record.dataMaximum = 300.9f;
+  record.dataResolution = 0.5f;
+  return record;
+}
+
+TEST(Descriptor, AmplitudeCScansTakeTheSampleAxisOfTheirLivePartner) {
+  DataHost host;
+  auto partner = host.Make(PositionRecord());
+  CIData* const gone = partner.get();
   const CGDataTypeFDD record = Record(gdata_CScanAmplitude, 0, 100);
-  const CRDataTypeDD matched(&record, &partner, nullptr);
+  const CRDataTypeDD matched(&record, partner.get(), nullptr);
   EXPECT_EQ(matched.GetSampleQty(), 300u);
   EXPECT_EQ(matched.GetSampleResol(), 0.5);
-  EXPECT_EQ(matched.GetMatchedCScan(), &partner);
+  EXPECT_EQ(matched.GetMatchedCScan(), partner.get());
 
-  partner.isLive = false;
-  for (CIData* item : {static_cast<CIData*>(nullptr), &partner}) {
+  partner.reset();
+  EXPECT_EQ(matched.GetMatchedCScan(), nullptr);
+  for (CIData* item : {static_cast<CIData*>(nullptr), gone}) {
     const CRDataTypeDD alone(&record, item, nullptr);
     EXPECT_EQ(alone.GetSampleQty(), 1u);
     EXPECT_EQ(alone.GetSampleResol(), 1.0);
@@ -110,17 +107,33 @@ TEST_F(Items, AmplitudeCScansTakeTheSampleAxisOfTheirLivePartner) {
   }
 }
 
-TEST_F(Items, DestroyUnlinksOnlyALivePartner) {
-  for (const bool isLive : {true, false}) {
-    CRDataTypeDD partnerDescriptor;
-    CIData partner{&partnerDescriptor, isLive};
-    CIData self;
-    partnerDescriptor.SetMatchedCScan(&self);
-    auto* descriptor = new CRDataTypeDD;
-    descriptor->SetMatchedCScan(&partner);
-    descriptor->Destroy();
-    EXPECT_EQ(partnerDescriptor.GetMatchedCScan(), isLive ? nullptr : &self);
-  }
+TEST(Descriptor, LinksEndWithTheirItemEvenWhenItsAddressIsUsedAgain) {
+  DataHost host;
+  alignas(CIData) std::byte place[sizeof(CIData)];
+  CGDataTypeFDD record = PositionRecord();
+  CRDataTypeDD descriptor;
+  auto* item = new (place) CIData(&record, nullptr, &host.volumes, 0, nullptr);
+  descriptor.SetMatchedCScan(item);
+  const CRDataTypeDD copy(descriptor);
+  EXPECT_EQ(copy.GetMatchedCScan(), item);
+  item->~CIData();
+  EXPECT_EQ(copy.GetMatchedCScan(), nullptr);
+  item = new (place) CIData(&record, nullptr, &host.volumes, 0, nullptr);
+  EXPECT_TRUE(CIData::IsValidObject(item));
+  EXPECT_EQ(copy.GetMatchedCScan(), nullptr);
+  item->~CIData();
+  EXPECT_FALSE(CIData::IsValidObject(item));
+}
+
+TEST(Descriptor, DestroyUnlinksALivePartner) {
+  DataHost host;
+  const auto self = host.Make(PositionRecord());
+  const auto partner = host.Make(PositionRecord());
+  partner->idata1_GetInfoRef()->SetMatchedCScan(self.get());
+  auto* descriptor = new CRDataTypeDD;
+  descriptor->SetMatchedCScan(partner.get());
+  descriptor->Destroy();
+  EXPECT_EQ(partner->idata1_GetInfoRef()->GetMatchedCScan(), nullptr);
 }
 
 TEST(Descriptor, DuplicatesShareTheTableWithoutOwningIt) {
@@ -187,6 +200,44 @@ TEST(Descriptor, StaleHeadersAreClearedAndNothingElse) {
   CRDataTypeDD small(&record, nullptr, nullptr);
   small.SetDiskTable(reinterpret_cast<char*>(new std::byte[2]{std::byte{0x44}, std::byte{0x33}}), false);
   small.Flush(0);
+}
+
+// The samples' extent is what readers walk: a block that the record tells to be shorter is left to the caller.
+TEST(Descriptor, BlocksShorterThanTheLayoutAreNotAttached) {
+  struct Case {
+    std::uint32_t dataClass;
+    kvt_enumStorMode storage;
+    std::uint32_t cellSize;
+    std::uint64_t needed;
+  };
+  // 10 columns, 20 rows, 1000 samples of two bytes.
+  const Case cases[] = {{gdata_AScan, kvt_StorCells, 0, 400000},
+                        {gdata_AScan, kvt_StorCells, 2, 400000},
+                        {gdata_AScan, kvt_StorCells, 2048, 409600},
+                        {gdata_AScan, kvt_StorIndexed, 0, 800},
+                        {gdata_CScanPosition, kvt_StorCells, 0, 400},
+                        {gdata_CScanPosition | gdata_MultiChannelMaster, kvt_StorCells, 0, 400},
+                        {gdata_CScanAngle, kvt_StorCells, 0, 400}};
+  std::vector<char> block(500000);
+  for (const Case& c : cases) {
+    CGDataTypeFDD record = Record(static_cast<gdata_enumDataClass>(c.dataClass), 0, 511);
+    record.storageMode = c.storage;
+    record.cellSize = c.cellSize;
+    for (const std::uint64_t size : {c.needed - 1, c.needed})
+      for (const bool isOnDisk : {false, true}) {
+        record.samples.offset = isOnDisk ? 0 : gdata_typeSampleRef::none;
+        record.samples.size = isOnDisk ? size : 0;
+        record.dataSize = isOnDisk ? 0 : size;
+        CRDataTypeDD descriptor(&record, nullptr, nullptr);
+        descriptor.SetDataLoaded(true);
+        ReportCapture reports;
+        descriptor.SetDiskTable(block.data(), true);
+        const bool isWhole = size == c.needed;
+        EXPECT_EQ(descriptor.GetDiskTable() != nullptr, isWhole) << c.dataClass << " " << c.storage << " " << size;
+        EXPECT_EQ(descriptor.IsDataLoaded(), isWhole ? 1 : 0);
+        EXPECT_EQ(reports.Assertions(), isWhole ? 0u : 1u);
+      }
+  }
 }
 
 TEST(Descriptor, SamplesAreCutToTheirSize) {

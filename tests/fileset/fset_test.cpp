@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "src/fileset/data_lists.h"
-#include "tests/support/data_stand_in.h"
+#include "tests/support/data_host.h"
 #include "tests/support/report_capture.h"
 #include "utdata/fset.h"
 #include "utdata/spec.h"
@@ -16,7 +16,8 @@ class CDocument {};
 namespace {
 
 using testing::ElementsAre;
-using utdata::test::DataStandIn;
+using utdata::test::DataHost;
+using utdata::test::EditableItem;
 using utdata::test::ReportCapture;
 
 constexpr auto unknownFilter = static_cast<fset_enumFilters>(7);
@@ -235,28 +236,30 @@ TEST(FileSetLife, AMissingDocumentIsReported) {
 }
 
 TEST(DataLists, SubChannelsLeaveTheirMasterBeforeTheyGo) {
+  DataHost host;
   CReaderWriterLock lock;
   utdata::DataList data(lock);
-  utdata::MasterList masters(lock);
-  int destroyed = 0;
-  auto* const master = new DataStandIn({.dataClass = static_cast<gdata_enumDataClass>(0x8002)}, &destroyed);
+  utdata::DataList masters(lock);
+  constexpr auto masterClass = static_cast<gdata_enumDataClass>(gdata_CScanAmplitude | gdata_MultiChannelMaster);
+  auto* const master = new EditableItem(host, {.dataClass = masterClass});
   masters.Add(master);
   for (std::uint32_t number : {1U, 2U, 3U}) {
-    auto* const element = new DataStandIn({.subChannelId = number, .dataClass = gdata_CScanAmplitude}, &destroyed);
-    element->master = master;
-    element->isNew = element->modified = 1;
-    master->elements.AddTail(element);
+    auto* const element = new EditableItem(host, {.subChannelId = number, .dataClass = gdata_CScanAmplitude});
+    element->idata3_New();
+    element->idata3_Modified();
     data.Add(element);
+    master->idata1_SubChannelAdd(element);
   }
   utdata::ClearEach(data, fset_New, utdata::everyDataItem, &CIData::idata1_NewClear);
   EXPECT_EQ(nullptr, data.First(fset_New, utdata::everyDataItem));
-  EXPECT_NE(nullptr, data.First(fset_Modified, utdata::everyDataItem));
+  CIData* const first = data.First(fset_Modified, utdata::everyDataItem);
+  EXPECT_TRUE(CIData::IsValidObject(first));
   utdata::DeleteDataItems(data);
-  EXPECT_EQ(3, destroyed);
-  EXPECT_TRUE(master->elements.IsEmpty());
+  EXPECT_FALSE(CIData::IsValidObject(first));
+  EXPECT_EQ(0U, master->idata1_SubChannelQty());
   EXPECT_EQ(0, data.Count());
   utdata::DeleteDataItems(masters);
-  EXPECT_EQ(4, destroyed);
+  EXPECT_FALSE(CIData::IsValidObject(master));
 }
 
 TEST(Specimen, HoldsOneMaterial) {

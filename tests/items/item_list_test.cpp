@@ -5,7 +5,7 @@
 #include <deque>
 #include <vector>
 
-#include "tests/support/data_stand_in.h"
+#include "tests/support/data_host.h"
 #include "tests/support/report_capture.h"
 #include "utdata/igatelist.h"
 #include "utdata/ipatchlst.h"
@@ -14,7 +14,8 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using utdata::test::DataStandIn;
+using utdata::test::DataHost;
+using utdata::test::EditableItem;
 using utdata::test::ReportCapture;
 
 template <class List>
@@ -84,9 +85,10 @@ TEST(DataList, GatesAreComparedByNumberAndBookmarksByTheirOwnWildcard) {
   const auto id = [](std::uint32_t gate, std::uint32_t bookmark) {
     return idata_typeId{0, 7, 0, gate, gdata_CScanAmplitude, static_cast<eDataBookmarkType>(bookmark)};
   };
-  DataStandIn a(id(3, 0)), b(id(2003, 2)), c(id(4003, fset_AnyId)), d(id(4, 2));
+  DataHost host;
+  EditableItem a(host, id(3, 0)), b(host, id(2003, 2)), c(host, id(4003, fset_AnyId)), d(host, id(4, 2));
   CIDataLst list;
-  for (DataStandIn* item : {&a, &b, &c, &d}) list.AddTail(item);
+  for (CIData* item : {&a, &b, &c, &d}) list.AddTail(item);
   const auto byNumber = [&](std::uint32_t bookmark, std::uint32_t gate) {
     CIDataLst out;
     list.GetIDataLst(fset_All, &out, bookmark, fset_AnyId, 7, fset_AnyId, gate, fset_AnyId);

@@ -1,11 +1,15 @@
 // The machine's own file system behind the layer's interface, and paths.
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <thread>
 
 #include "interfaces/os.h"
 #include "platform/os/path.h"
 #include "tests/support/file_folder.h"
+#include "tests/support/small_disk.h"
 
 namespace {
 
@@ -20,6 +24,12 @@ std::unique_ptr<File> Open(const std::wstring& path, OpenMode mode, Error expect
 }
 
 std::span<const std::byte> AsBytes(std::string_view text) { return std::as_bytes(std::span(text)); }
+
+/// Ends the process well, unless reading the byte ends it first.
+[[noreturn]] void Touch(const volatile std::byte* place) {
+  static_cast<void>(*place);
+  std::exit(0);
+}
 
 TEST(FileSystem, OpensByMode) {
   const FileFolder folder;
@@ -55,6 +65,79 @@ TEST(FileSystem, ReadsWritesAndMapsAPrivateView) {
   view->Data()[904] = std::byte{'J'};
   ASSERT_EQ(file->ReadAt(5000, buffer, done), Error::None);
   EXPECT_EQ(buffer[0], std::byte{'h'});
+}
+
+TEST(FileSystem, MapsAFileSharedIntoReservedAddresses) {
+  const FileFolder folder;
+  constexpr std::size_t unit = 65536;
+  std::unique_ptr<AddressRange> range;
+  ASSERT_EQ(CurrentFileSystem().Reserve(4 * unit, range), Error::None);
+  const auto file = Open(folder / L"f", OpenMode::Create);
+  ASSERT_EQ(file->WriteAt(0, AsBytes("hello")), Error::None);
+  std::unique_ptr<FileMapping> mapping;
+  ASSERT_EQ(file->CreateMapping(unit + 100, mapping), Error::None);
+  EXPECT_EQ(mapping->Size(), unit + 100);
+  std::uint64_t size = 0;
+  ASSERT_EQ(file->Size(size), Error::None);
+  EXPECT_EQ(size, unit + 100) << "grown to what is mapped";
+  ASSERT_EQ(mapping->MapAt(*range, unit, unit + 100), Error::None);
+  std::byte* view = range->Data() + unit;
+  EXPECT_EQ(std::memcmp(view, "hello", 5), 0);
+  view[unit] = std::byte{7};
+  std::byte buffer[1];
+  std::size_t done = 0;
+  ASSERT_EQ(file->ReadAt(unit, buffer, done), Error::None);
+  EXPECT_EQ(buffer[0], std::byte{7}) << "stored for every reader";
+  EXPECT_EQ(range->Clear(unit, 2 * unit), Error::None);
+  EXPECT_DEATH(Touch(view), "") << "cleared";
+  ASSERT_EQ(mapping->MapAt(*range, unit, unit), Error::None) << "the place can be used again";
+  EXPECT_EQ(file->CreateMapping(10, mapping), Error::None);
+  ASSERT_EQ(file->Size(size), Error::None);
+  EXPECT_EQ(size, unit + 100) << "never cut";
+}
+
+TEST(FileSystem, MakesRoomThatAFullDiskCannotTakeBack) {
+  const utdata::test::SmallDisk disk(1 << 20);
+  if (!disk.IsMounted()) GTEST_SKIP() << "this machine mounts no file systems for a test";
+  const std::wstring path = disk / L"f";
+  const auto file = Open(path, OpenMode::Create);
+  std::uint64_t before = 0;
+  ASSERT_EQ(CurrentFileSystem().FreeSpace(path, before), Error::None);
+  EXPECT_EQ(before, 1u << 20);
+  ASSERT_EQ(file->Allocate(0, 3 << 18), Error::None);
+  std::uint64_t size = 0;
+  ASSERT_EQ(file->Size(size), Error::None);
+  EXPECT_EQ(size, 3u << 18);
+  std::uint64_t after = 0;
+  ASSERT_EQ(CurrentFileSystem().FreeSpace(disk / L"missing/g", after), Error::None);
+  EXPECT_EQ(after, 1u << 18) << "asked of the nearest directory that exists";
+  EXPECT_EQ(file->Allocate(3 << 18, (1 << 18) + 1), Error::DiskFull);
+  EXPECT_EQ(LastErrorNumber(), ENOSPC);
+}
+
+TEST(FileSystem, NumbersFailuresAsThePlatformDoes) {
+  const FileFolder folder;
+  const std::wstring path = folder / L"f";
+  const auto file = Open(path, OpenMode::Create);
+  Open(path, OpenMode::Create, Error::Exists);
+  EXPECT_EQ(LastErrorNumber(), EEXIST);
+  Open(path + L"/g", OpenMode::Create, Error::NotFound);
+  EXPECT_EQ(LastErrorNumber(), ENOTDIR) << "the number and not only the kind";
+  EXPECT_EQ(Fail(Error::NoMemory), Error::NoMemory);
+  EXPECT_EQ(LastErrorNumber(), ENOMEM);
+  std::thread([] { EXPECT_EQ(LastErrorNumber(), 0); }).join();
+  std::unique_ptr<AddressRange> range;
+  EXPECT_EQ(CurrentFileSystem().Reserve(std::size_t{1} << 60, range), Error::NoMemory);
+}
+
+TEST(Memory, IsToldInProportions) {
+  const MemoryStatus status = QueryMemoryStatus();
+  EXPECT_GT(status.totalPhysical, 1u << 20);
+  EXPECT_LE(status.availablePhysical, status.totalPhysical);
+  EXPECT_LE(status.loadPercent, 100u);
+  EXPECT_GE(status.totalPaged, status.totalPhysical);
+  EXPECT_LE(status.availableVirtual, status.totalVirtual);
+  EXPECT_GT(status.totalVirtual, 0u);
 }
 
 TEST(FileSystem, LocksPerOpenFile) {

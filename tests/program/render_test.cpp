@@ -145,7 +145,7 @@ TEST_F(RenderTest, RefusesWhatItCannotDraw) {
            {"weld.fpd --data 9 --view b -o p.png", 1, "'9' matches no data group", "C-scan amplitude"},
            {"weld.fpd --data class=7 --view b -o p.png", 1, "matches no data group", "A-scan"},
            {"weld.fpd --data colour=red --view b -o p.png", 1, "matches no data group", "A-scan"},
-           {"weld.fpd --data channel=0 --view b -o p.png", 1, "matches 3", "C-scan amplitude"},
+           {"weld.fpd --data channel=0 --view b -o p.png", 1, "matches 5", "C-scan amplitude"},
            {"weld.fpd --data class=2,channel=0,gate=1 --view b -o p.png", 1, "has no B-scan", ""},
            {"weld.fpd --data class=3,channel=0,gate=1 --view d -o p.png", 1, "has no D-scan", ""},
            {"weld.fpd --data 0 --view d --column 256 -o p.png", 1, "its columns are 0 to 255", ""},

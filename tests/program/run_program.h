@@ -14,6 +14,8 @@
 #include <set>
 #include <string>
 
+#include "tests/support/kept_files.h"
+
 namespace utdata::test {
 
 struct ProgramResult {
@@ -35,12 +37,12 @@ inline void WriteFile(const std::filesystem::path& path, const std::string& byte
 class ProgramTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "utdata-program-XXXXXX").string();
+    std::string pattern = (ScratchRoot() / "utdata-program-XXXXXX").string();
     ASSERT_NE(mkdtemp(pattern.data()), nullptr);
     m_folder = pattern;
   }
   void TearDown() override {
-    std::filesystem::remove_all(m_folder);
+    RemoveScratch(m_folder);
     std::filesystem::remove_all(m_folder.string() + ".streams");
   }
 
@@ -48,10 +50,18 @@ class ProgramTest : public ::testing::Test {
 
   /// Runs `utdata ARGUMENTS` in the folder; the arguments are words of the shell.
   [[nodiscard]] ProgramResult Run(const std::string& arguments) const {
+    return RunShell("sh", "'" UTDATA_PROGRAM "' " + arguments);
+  }
+
+  /// Runs a script in the folder, whose `utdata` is the program.
+  [[nodiscard]] ProgramResult RunShell(const std::string& shell, const std::string& script) const {
     const std::filesystem::path streams = m_folder.string() + ".streams";
     std::filesystem::create_directories(streams);
-    const std::string command = "cd '" + m_folder.string() + "' && '" UTDATA_PROGRAM "' " + arguments + " >'" +
-                                (streams / "out").string() + "' 2>'" + (streams / "error").string() + "' </dev/null";
+    const std::string programs = std::filesystem::path(UTDATA_PROGRAM).parent_path().string();
+    WriteFile(streams / "script",
+              "cd '" + m_folder.string() + "' || exit 1\nPATH='" + programs + "':$PATH\n" + script + "\n");
+    const std::string command = shell + " '" + (streams / "script").string() + "' >'" + (streams / "out").string() +
+                                "' 2>'" + (streams / "error").string() + "' </dev/null";
     const int ended = std::system(command.c_str());
     return {WIFEXITED(ended) ? WEXITSTATUS(ended) : -1, ReadFile(streams / "out"), ReadFile(streams / "error")};
   }

@@ -135,6 +135,15 @@ class FaultyFile final : public os::File {
     m_inode->Cut(size);
     return Error::None;
   }
+  Error Seek(std::uint64_t) override { return Count("seek"); }
+  Error Allocate(std::uint64_t offset, std::uint64_t size) override {
+    if (const Error error = Count("allocate"); error != Error::None) return error;
+    return offset + size > m_inode->now.size() ? Truncate(offset + size) : Error::None;
+  }
+  Error CreateMapping(std::uint64_t, std::unique_ptr<os::FileMapping>&) override {
+    return os::Fail(
+        Error::NotSupported);  // what is mapped shared has no state to lose in a way that this disk could play
+  }
   Error Map(std::uint64_t offset, std::size_t size, std::unique_ptr<os::Mapping>& mapping) override {
     if (const Error error = Count("map"); error != Error::None) return error;
     mapping = std::make_unique<MemoryView>(std::span(m_inode->now).subspan(static_cast<std::size_t>(offset), size));
@@ -260,12 +269,21 @@ Error FaultyFileSystem::SyncDirectoryOf(const std::wstring&) {
   return Error::None;
 }
 
+Error FaultyFileSystem::FreeSpace(const std::wstring&, std::uint64_t& bytes) {
+  bytes = RoomFor(std::numeric_limits<std::uint64_t>::max());
+  return Count("free space");
+}
+
+Error FaultyFileSystem::Reserve(std::size_t, std::unique_ptr<os::AddressRange>&) {
+  return os::Fail(Error::NotSupported);
+}
+
 Error FaultyFileSystem::Count(const char* call) {
   ++m_calls;
-  if (m_cutAt && m_calls > *m_cutAt) return Error::Other;
+  if (m_cutAt && m_calls > *m_cutAt) return os::Fail(Error::Other);
   if (m_calls != m_failAt) return Error::None;
   m_failedCall = call;
-  return m_failWith;
+  return os::Fail(m_failWith);
 }
 
 void FaultyFileSystem::Change(NameChange change) {

@@ -1,7 +1,8 @@
 // A file system in memory whose disk can be made to fail: at a given call, by filling up, or by losing power.
 //
 // It keeps what was synced apart from what was only written. When the power is cut, each unsynced write, cut and rename survives or
-// not by a throw of the dice, writes also in part; Restart brings the machine back up. One thread at a time.
+// not by a throw of the dice, writes also in part; Restart brings the machine back up. It has no mappings that are shared and no
+// addresses to reserve. One thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -56,6 +57,8 @@ class FaultyFileSystem final : public os::FileSystem {
   os::Error Rename(const std::wstring& from, const std::wstring& to, bool replace) override;
   os::Error Remove(const std::wstring& path) override;
   os::Error SyncDirectoryOf(const std::wstring& path) override;
+  os::Error FreeSpace(const std::wstring& path, std::uint64_t& bytes) override;
+  os::Error Reserve(std::size_t size, std::unique_ptr<os::AddressRange>& range) override;
 
  private:
   friend class FaultyFile;

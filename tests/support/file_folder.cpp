@@ -6,20 +6,19 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "tests/support/kept_files.h"
+
 namespace utdata::test {
 
 namespace fs = std::filesystem;
 
 FileFolder::FileFolder() {
-  std::string pattern = (fs::temp_directory_path() / "utdata-test-XXXXXX").string();
+  std::string pattern = (ScratchRoot() / "utdata-test-XXXXXX").string();
   if (!::mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
   m_path = pattern;
 }
 
-FileFolder::~FileFolder() {
-  std::error_code ignored;
-  fs::remove_all(m_path, ignored);
-}
+FileFolder::~FileFolder() { RemoveScratch(m_path); }
 
 std::vector<std::wstring> FileFolder::Names() const {
   std::vector<std::wstring> names;

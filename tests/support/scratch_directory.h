@@ -5,21 +5,20 @@
 #include <random>
 #include <string>
 
+#include "tests/support/kept_files.h"
+
 namespace utdata::test {
 
 class ScratchDirectory {
  public:
   ScratchDirectory() {
     do {
-      m_path = std::filesystem::temp_directory_path() / ("utdata-" + std::to_string(std::random_device()()));
+      m_path = ScratchRoot() / ("utdata-" + std::to_string(std::random_device()()));
     } while (!std::filesystem::create_directory(m_path));
   }
   ScratchDirectory(const ScratchDirectory&) = delete;
   ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-  ~ScratchDirectory() {
-    std::error_code ignored;  // a file that stays behind is no fault of what is tested
-    std::filesystem::remove_all(m_path, ignored);
-  }
+  ~ScratchDirectory() { RemoveScratch(m_path); }
 
   [[nodiscard]] const std::filesystem::path& Path() const { return m_path; }
   /// A path of that name in the directory, as the file functions take it.

@@ -22,11 +22,13 @@ void DescribeProgram(CLI::App& program) {
   program.require_subcommand(1);
   program.get_formatter()->column_width(34);
   program.footer("'utdata VERB --help' explains a verb. Exit status: 0 done, 1 the job failed, 2 wrong usage.");
+  AddCompletionVerb(program);
   AddDemoVerb(program);
   AddEditVerb(program);
   AddGateVerb(program);
   AddImportVerb(program);
   AddInfoVerb(program);
+  AddManualVerb(program);
   AddRenderVerb(program);
   AddReportVerb(program);
   AddTreeVerb(program);

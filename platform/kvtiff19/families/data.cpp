@@ -1,4 +1,5 @@
 // Data groups: the record, and its operations except those on samples.
+#include <cmath>
 #include <cwchar>
 #include <limits>
 
@@ -27,6 +28,12 @@ bool Multiply(std::uint64_t& product, std::uint64_t factor) {
 }
 
 }  // namespace
+
+double NormalizeAngle(double degrees) {
+  const double remainder = std::fmod(degrees, 360.0);
+  const double angle = remainder < 0 ? remainder + 360 : remainder;
+  return static_cast<float>(angle) < 360.0f ? angle : 0.0;  // records hold angles as floats; NaN is not less
+}
 
 void CGDataTypeFDD::InitializeData() { *this = CGDataTypeFDD(); }
 

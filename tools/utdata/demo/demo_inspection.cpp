@@ -4,6 +4,8 @@
 #include <new>
 
 #include "document/data_group.h"
+#include "gating/cscan_records.h"
+#include "gating/gating.h"
 #include "terminal/failure.h"
 #include "terminal/text.h"
 
@@ -20,8 +22,8 @@ Group& Add(CList<Group*>& list, Group* group) {
 
 float Single(double value) { return static_cast<float>(value); }
 
-void AddAScans(CFContTypeFileDescr& groups, const WeldScan& scan, std::vector<std::int16_t>& samples) {
-  CGDataTypeFDD& data = Add(groups.data, gdata_Allocate(1, L"Weld scan"));
+CGDataTypeFDD AScanRecord(const WeldScan& scan) {
+  CGDataTypeFDD data;
   data.dataClass = gdata_AScan;
   data.columnQuantity = scan.columns;
   data.columnResolution = Single(scan.columnStep);
@@ -37,9 +39,48 @@ void AddAScans(CFContTypeFileDescr& groups, const WeldScan& scan, std::vector<st
   data.cellSize = data.sampleSize * scan.samples;
   data.partThickness = Single(scan.thickness);
   data.soundSpeed = Single(scan.soundSpeed);
-  data.dataPointer = samples.data();
-  data.dataSize = samples.size() * sizeof(std::int16_t);
   AssignBookmarkType(data);
+  return data;
+}
+
+CGGateTypeDescr FlawGate(const WeldScan& scan) {
+  CGGateTypeDescr gate;
+  gate.gateId = flawGate;
+  gate.start = 1e-6F;
+  gate.width = Single(BackWallTime(scan) - 1.4e-6);
+  gate.positiveLevel = gate.negativeLevel = 20;
+  gate.color = 0xFF0000;
+  return gate;
+}
+
+CGGateTypeDescr WallGate(const WeldScan& scan) {
+  CGGateTypeDescr gate;
+  gate.gateId = wallGate;
+  gate.name = L"Back wall";
+  gate.start = Single(BackWallTime(scan) - 0.4e-6);
+  gate.width = 0.8e-6F;
+  gate.positiveLevel = gate.negativeLevel = 50;
+  gate.color = 0x00A000;
+  return gate;
+}
+
+/// The data groups of the recorded blocks. The A-scans keep their index table: cells are found through it.
+void AddRecorded(Document& document,
+                 const WeldScan& scan,
+                 const AcquisitionFile& recorded,
+                 const RecordedBlocks& blocks) {
+  const std::uint64_t cells = std::uint64_t{scan.columns} * scan.rows;
+  CGDataTypeFDD& ascans = Add(document.Groups().data, gdata_Allocate(1, L"Weld scan"));
+  const CGDataTypeFDD record = AScanRecord(scan);
+  const std::wstring name = ascans.dataName;
+  gdata_Duplicate(&ascans, &record);
+  std::copy(name.begin(), name.end(), ascans.dataName);
+  recorded.HandOver(recorded.AscanBlock(blocks.ascans, cells, record.cellSize), ascans);
+  AddCScans(document,
+            record,
+            WallGate(scan),
+            {recorded.CscanBlock(blocks.amplitudes, cells), recorded.CscanBlock(blocks.positions, cells)},
+            FullScale(record));
 }
 
 void AddChannel(CFContTypeFileDescr& groups, const WeldScan& scan) {
@@ -59,19 +100,8 @@ void AddChannel(CFContTypeFileDescr& groups, const WeldScan& scan) {
 }
 
 void AddGates(CFContTypeFileDescr& groups, const WeldScan& scan) {
-  const double backWall = BackWallTime(scan);
-  CGGateTypeDescr& flaws = Add(groups.gates, ggate_Allocate(1, L""));
-  flaws.gateId = flawGate;
-  flaws.start = 1e-6F;
-  flaws.width = Single(backWall - 1.4e-6);
-  flaws.positiveLevel = flaws.negativeLevel = 20;
-  flaws.color = 0xFF0000;
-  CGGateTypeDescr& wall = Add(groups.gates, ggate_Allocate(1, L"Back wall"));
-  wall.gateId = flawGate + 1;
-  wall.start = Single(backWall - 0.4e-6);
-  wall.width = 0.8e-6F;
-  wall.positiveLevel = wall.negativeLevel = 50;
-  wall.color = 0x00A000;
+  for (const CGGateTypeDescr& gate : {FlawGate(scan), WallGate(scan)})
+    ggate_Duplicate(&Add(groups.gates, ggate_Allocate(1, nullptr)), &gate);
 }
 
 /// The curve through the echoes of the side-drilled holes, which are alike but for their depth.
@@ -136,9 +166,23 @@ const CGGateTypeDescr& FindGate(const Document& document, std::uint32_t gateId) 
 
 }  // namespace
 
-void FillInspection(Document& document, const WeldScan& scan, std::vector<std::int16_t>& samples) {
+RecordedBlocks AcquireScan(const std::string& path, const WeldScan& scan, std::span<const std::int16_t> samples) {
+  const CGDataTypeFDD record = AScanRecord(scan);
+  const CGGateTypeDescr gate = WallGate(scan);
+  const CellTable cells(record, std::as_bytes(samples), path);
+  const GatedCells seen = GateAScans(record, cells, WindowOf(record, gate.start, gate.width), gate.positiveLevel, true);
+  return RecordScan(path,
+                    {scan.columns, scan.rows, scan.samples, scan.sampleStep},
+                    samples,
+                    {gate.gateId, seen.amplitudes, seen.positions});
+}
+
+void FillInspection(Document& document,
+                    const WeldScan& scan,
+                    const AcquisitionFile& recorded,
+                    const RecordedBlocks& blocks) {
   CFContTypeFileDescr& groups = document.Groups();
-  AddAScans(groups, scan, samples);
+  AddRecorded(document, scan, recorded, blocks);
   AddChannel(groups, scan);
   AddGates(groups, scan);
   AddDac(groups, scan);

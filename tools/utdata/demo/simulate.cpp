@@ -6,6 +6,8 @@
 #include <random>
 #include <span>
 
+#include "terminal/progress.h"
+
 namespace utdata::program {
 namespace {
 
@@ -126,13 +128,16 @@ std::int16_t Digitise(double value) {
 
 }  // namespace
 
-std::vector<std::int16_t> Simulate(const WeldScan& scan) {
+std::vector<std::int16_t> Simulate(const WeldScan& scan, bool quiet) {
   const Pulse pulse(scan);
   GrainNoise noise(scan, pulse);
   std::vector<std::int16_t> digitised;
   digitised.reserve(std::size_t{scan.rows} * scan.columns * scan.samples);
   std::vector<double> samples(scan.samples);
+  Progress progress("simulating", quiet);
+  const std::size_t total = digitised.capacity() * sizeof digitised[0];
   for (std::uint32_t row = 0; row < scan.rows; ++row) {
+    progress.At(digitised.size() * sizeof digitised[0], total);
     for (std::uint32_t column = 0; column < scan.columns; ++column) {
       std::fill(samples.begin(), samples.end(), 0);
       AScan ascan(samples, scan, pulse);

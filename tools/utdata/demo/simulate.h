@@ -51,8 +51,10 @@ struct WeldScan {
 /// The largest value of a simulated sample: full scale.
 inline constexpr std::int16_t simulatedFullScale = 32767;
 
-/// The A-scans of a scan, not rectified: rows x columns cells in row-major order, each `samples` values.
-[[nodiscard]] std::vector<std::int16_t> Simulate(const WeldScan& scan);
+/// The A-scans of a scan, not rectified: rows x columns cells in row-major order, each `samples` values. Shows progress on long work;
+/// throws Interrupted.
+/// @param quiet shows no progress
+[[nodiscard]] std::vector<std::int16_t> Simulate(const WeldScan& scan, bool quiet);
 
 /// When the echo of a hole arrives when the probe is above it, s after the pulse enters the plate.
 [[nodiscard]] double EchoTime(const WeldScan& scan, const SideDrilledHole& hole);

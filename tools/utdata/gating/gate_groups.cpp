@@ -6,6 +6,7 @@
 #include <string>
 
 #include "document/data_group.h"
+#include "gating/cscan_records.h"
 #include "terminal/failure.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
@@ -27,12 +28,7 @@ void CheckAScans(const CGDataTypeFDD& ascans, const std::string& name) {
   if (!isKnown || ascans.sampleSize != (type <= kvt_UInt8 ? 1 : 2))
     fail("samples of " + SampleTypeName(ascans) + " and " + std::to_string(ascans.sampleSize) +
          " bytes are no amplitudes");
-  std::uint64_t needed = 0;
-  if (!ascans.LayoutSize(needed)) fail("its samples are not stored cell by cell");
-  if (needed == 0 || !ascans.samples.group) fail("it has no samples");
-  if (needed > ascans.samples.size)
-    fail("its layout needs " + std::to_string(needed) + " bytes, and its samples have " +
-         std::to_string(ascans.samples.size));
+  if (AllCells(ascans).count == 0 || ascans.sampleQuantity == 0 || !ascans.samples.group) fail("it has no samples");
   const bool hasTime = ascans.sampleUnits == kvt_UnitSecond && std::isfinite(ascans.sampleOffset) &&
                        std::isfinite(ascans.sampleResolution) && ascans.sampleResolution > 0;
   if (!hasTime) fail("its sample axis is not one of time");
@@ -92,11 +88,12 @@ GatedGroup GateGroup(const Document& document,
   const GateWindow window = CheckedWindow(ascans, settings, name);
   const CGDataTypeFDD record = WithSignedSamples(ascans);
   const MappedSamples samples(ascans);
+  const CellTable cells(ascans, {samples.Data(), samples.Size()}, name);
   return {&ascans,
           index,
           window,
           FullScale(record),
-          GateAScans(record, samples.Data(), window, settings.threshold.value_or(0), quiet)};
+          GateAScans(record, cells, window, settings.threshold.value_or(0), quiet)};
 }
 
 const CGGateTypeDescr* FindGate(const Document& document, const GateSettings& settings) {
@@ -117,53 +114,6 @@ void SetUp(CGGateTypeDescr& gate, const GateSettings& settings) {
   gate.reference = ggate_RefInitialPulse;
   gate.peakSelection = ggate_PeakMaximum;
   gate.polarity = gdata_RectifFull;
-}
-
-/// A C-scan over the cells of the A-scans: one unsigned 16-bit value each.
-CGDataTypeFDD& AddCScan(Document& changes,
-                        const CGDataTypeFDD& ascans,
-                        gdata_enumDataClass dataClass,
-                        std::vector<std::uint16_t>& values) {
-  CGDataTypeFDD* cscan = gdata_Allocate(1, nullptr);
-  if (!cscan) throw std::bad_alloc();
-  changes.Groups().data.AddTail(cscan);
-  gdata_Duplicate(cscan, &ascans);
-  cscan->samples = {};
-  cscan->SetGroupHandle(nullptr);
-  cscan->dataClass = dataClass;
-  cscan->sampleQuantity = 1;
-  cscan->compressionBits = cscan->compressionLSBit = 0;
-  cscan->fileFormat = gdata_OptionNone;
-  cscan->byteSwap = 0;
-  cscan->SetDataType(kvt_UInt16);
-  cscan->SetDataRectification(gdata_RectifFull);
-  cscan->dataMinimum = 0;
-  cscan->sampleSize = cscan->cellSize = sizeof(std::uint16_t);
-  cscan->dataPointer = values.data();
-  cscan->dataSize = values.size() * sizeof(std::uint16_t);
-  return *cscan;
-}
-
-void Name(CGDataTypeFDD& cscan, const CGGateTypeDescr& gate) {
-  cscan.gateId = gate.gateId;
-  const std::size_t length = std::min(gate.name.size(), CGDataTypeFDD::nameSize - 1);
-  std::copy_n(gate.name.begin(), length, cscan.gateName);
-  cscan.gateName[length] = 0;
-  if (gate.gateId == couplingGate) cscan.SetDataBookmarkType(bookmark_Coupling);
-}
-
-void AddCScans(Document& changes, GatedGroup& group, const CGGateTypeDescr& gate) {
-  const CGDataTypeFDD& ascans = *group.ascans;
-  CGDataTypeFDD& amplitude = AddCScan(changes, ascans, gdata_CScanAmplitude, group.cells.amplitudes);
-  amplitude.dataMaximum = static_cast<float>(group.fullScale);
-  Name(amplitude, gate);
-  CGDataTypeFDD& position = AddCScan(changes, ascans, gdata_CScanPosition, group.cells.positions);
-  position.dataMaximum = static_cast<float>(std::min(ascans.sampleQuantity, positionEnd - 1));
-  position.dataResolution = ascans.sampleResolution;
-  position.dataOffset = ascans.sampleOffset;
-  position.SetDataScale(gdata_ScaleLinear);
-  position.SetDataUnits(ascans.sampleUnits);
-  Name(position, gate);
 }
 
 }  // namespace
@@ -192,7 +142,9 @@ GatedInspection GateChannel(const Document& loaded, const GateSettings& settings
   if (!gate) throw std::bad_alloc();
   result.changes.Groups().gates.AddTail(gate);
   ggate_Duplicate(gate, &result.gate);
-  for (GatedGroup& group : result.groups) AddCScans(result.changes, group, result.gate);
+  for (GatedGroup& group : result.groups)
+    AddCScans(
+        result.changes, *group.ascans, result.gate, {group.cells.amplitudes, group.cells.positions}, group.fullScale);
   return result;
 }
 

@@ -76,8 +76,7 @@ class Corrected {
 
 /// What is alike for all cells of a group.
 struct Gating {
-  const CGDataTypeFDD& ascans;
-  const std::byte* samples;
+  const CellTable& table;
   GateWindow window;
   double threshold;  ///< a hundred times the sample value, so that whole percents of whole values stay exact
   bool quiet;
@@ -85,14 +84,15 @@ struct Gating {
 
 template <class Sample, class Amplitudes>
 GatedCells GateWith(const Gating& gating, const Amplitudes& amplitudes) {
-  const std::size_t quantity = std::size_t{gating.ascans.rowQuantity} * gating.ascans.columnQuantity;
-  const std::size_t vector = gating.ascans.sampleQuantity;
-  const auto* samples = reinterpret_cast<const Sample*>(gating.samples);  // a table begins on a page
+  const std::size_t quantity = gating.table.Cells();
+  const std::size_t vector = gating.table.SamplesPerCell();
   GatedCells cells = {std::vector<std::uint16_t>(quantity), std::vector<std::uint16_t>(quantity)};
   Progress progress("gating", gating.quiet);
   const std::size_t cellsPerTell = 1 + (std::size_t{1} << 20U) / std::max<std::size_t>(1, vector);
   for (std::size_t cell = 0; cell < quantity; ++cell) {
-    const std::span<const Sample> seen(samples + cell * vector + gating.window.first, gating.window.quantity);
+    const auto* samples = reinterpret_cast<const Sample*>(gating.table.Cell(cell));
+    if (!samples) continue;
+    const std::span<const Sample> seen(samples + gating.window.first, gating.window.quantity);
     const std::uint16_t largest = amplitudes.Largest(seen);
     cells.amplitudes[cell] = largest;
     if (100.0 * largest >= gating.threshold) {
@@ -143,13 +143,13 @@ double FullScale(const CGDataTypeFDD& ascans) {
 }
 
 GatedCells GateAScans(const CGDataTypeFDD& ascans,
-                      const std::byte* samples,
+                      const CellTable& cells,
                       GateWindow window,
                       double threshold,
                       bool quiet) {
   CRDataTypeDD descriptor(&ascans, nullptr, nullptr);
   const lut_enumConversion conversion = CLookUpTable::GetConversionStyle(&descriptor);
-  const Gating gating = {ascans, samples, window, threshold * FullScale(ascans), quiet};
+  const Gating gating = {cells, window, threshold * FullScale(ascans), quiet};
   switch (ascans.GetDataType()) {
     case kvt_Int8:
       return Gate<std::int8_t>(gating, conversion);

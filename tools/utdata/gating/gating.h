@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "interfaces/kvtiff19.h"
+#include "samples/cell_table.h"
 
 namespace utdata::program {
 
@@ -41,12 +42,12 @@ inline constexpr std::uint32_t positionEnd = 65536;
 /// Gates every A-scan of a data group, its samples corrected for byte order, compression and offset. Shows progress on long work and
 /// throws Interrupted.
 /// @param ascans    with signed samples (WithSignedSamples), of one of the four sample types
-/// @param samples   the group's table, cell by cell, as long as its layout says
+/// @param cells     the group's; one without samples has amplitude and position 0
 /// @param window    not beyond positionEnd
 /// @param threshold percent of full scale
 /// @param quiet     shows no progress
 [[nodiscard]] GatedCells GateAScans(const CGDataTypeFDD& ascans,
-                                    const std::byte* samples,
+                                    const CellTable& cells,
                                     GateWindow window,
                                     double threshold,
                                     bool quiet);

@@ -6,13 +6,12 @@
 #include <string>
 
 #include "demo/demo_inspection.h"
+#include "demo/demo_pictures.h"
 #include "demo/simulate.h"
-#include "document/data_group.h"
 #include "document/document.h"
 #include "interfaces/os.h"
 #include "listing/info.h"
 #include "listing/verify.h"
-#include "pictures/section.h"
 #include "terminal/failure.h"
 #include "terminal/interrupt.h"
 #include "terminal/new_file.h"
@@ -56,18 +55,25 @@ class Steps {
 };
 
 struct DemoPaths {
+  std::string acquisition;
   std::string inspection;
   std::string companion;
-  std::string picture;
+  std::string crack;
+  std::string flaws;
 };
+
+void Remove(const std::string& path) {
+  const os::Error removed = os::CurrentFileSystem().Remove(ToWide(path));
+  if (removed != os::Error::None && removed != os::Error::NotFound)
+    throw Failure(path, "cannot be removed", os::ErrorText(removed));
+}
 
 /// Takes away the companions of a former demonstration, those that came by editing it included.
 void RemoveCompanions(const std::string& folder) {
   for (int number = 1; number <= 99; ++number) {
     const std::string path = folder + "/weld.A" + std::to_string(number / 10) + std::to_string(number % 10);
-    const os::Error removed = os::CurrentFileSystem().Remove(ToWide(path));
-    if (removed == os::Error::NotFound) return;
-    if (removed != os::Error::None) throw Failure(path, "cannot be removed", os::ErrorText(removed));
+    if (!os::CurrentFileSystem().Exists(ToWide(path))) return;
+    Remove(path);
   }
 }
 
@@ -76,24 +82,37 @@ DemoPaths Prepare(const DemoOptions& options) {
   std::error_code error;
   std::filesystem::create_directories(ToWide(options.folder), error);
   if (error) throw Failure(options.folder, "cannot be made", error.message());
-  const DemoPaths paths = {options.folder + "/weld.fpd", options.folder + "/weld.A01", options.folder + "/crack.png"};
+  const std::string weld = options.folder + "/weld";
+  const DemoPaths paths = {
+      weld + ".acq", weld + ".fpd", weld + ".A01", options.folder + "/crack.png", options.folder + "/cscan.png"};
   if (options.force) RemoveCompanions(options.folder);
   CheckNewPath(paths.inspection, options.force);
-  CheckNewFile(paths.picture, options.force);
+  for (const std::string& path : {paths.acquisition, paths.crack, paths.flaws}) CheckNewFile(path, options.force);
   return paths;
 }
 
-void WriteInspection(const std::string& path, bool replace, Steps& steps) {
-  const WeldScan scan;
-  std::vector<std::int16_t> samples = Simulate(scan);
+RecordedBlocks Acquire(const DemoPaths& paths, const WeldScan& scan, const DemoOptions& options, Steps& steps) {
+  const std::vector<std::int16_t> samples = Simulate(scan, options.quiet);
   steps.Done("simulate",
              Millimetres(scan.thickness) + " welded plate, three side-drilled holes, a crack; " +
                  Number(scan.frequency / 1e6) + " MHz; " + std::to_string(scan.rows) + " × " +
                  std::to_string(scan.columns) + " A-scans of " + std::to_string(scan.samples) + " samples");
-  Document document = Document::New(path);
-  FillInspection(document, scan, samples);
+  if (options.force) Remove(paths.acquisition);
+  const RecordedBlocks blocks = AcquireScan(paths.acquisition, scan, samples);
+  steps.Done("acquire", paths.acquisition + ": A-scans, and two C-scans of the back wall, " + Bytes(blocks.size));
+  return blocks;
+}
+
+void WriteInspection(const DemoPaths& paths,
+                     const WeldScan& scan,
+                     const RecordedBlocks& blocks,
+                     bool replace,
+                     Steps& steps) {
+  const AcquisitionFile recorded(paths.acquisition);
+  Document document = Document::New(paths.inspection);
+  FillInspection(document, scan, recorded, blocks);
   document.WriteNew(replace);
-  steps.Done("write", path);
+  steps.Done("write", paths.inspection + ": the inspection, built from the recorded blocks");
 }
 
 /// @return the gate as it was changed
@@ -111,63 +130,55 @@ CGGateTypeDescr WriteGated(const DemoPaths& paths, Steps& steps, bool quiet) {
   return gated.gate;
 }
 
-/// Loads everything back and holds it against what was written.
-void CheckReloaded(const DemoPaths& paths, const CGGateTypeDescr& changed, Steps& steps, bool quiet) {
+/// Loads everything back, holds it against what was written, and draws it.
+void Show(const DemoPaths& paths,
+          const WeldScan& scan,
+          const CGGateTypeDescr& changed,
+          const DemoOptions& options,
+          Steps& steps) {
   const Document document = Document::Load(paths.inspection);
   const auto& gates = document.Groups().gates;
   const bool gateHolds =
       std::any_of(gates.begin(), gates.end(), [&](const CGGateTypeDescr* gate) { return *gate == changed; });
-  if (!gateHolds || document.Groups().data.GetCount() != 3 || document.Files().size() != 2)
+  if (!gateHolds || document.Groups().data.GetCount() != 5 || document.Files().size() != 2)
     throw Failure(paths.inspection, "does not load as it was written", "the companion's changes are missing");
   steps.Done("reload", paths.inspection + " with its companion: the change is applied, the C-scans are there");
-  if (!quiet) PrintResult("\n" + InfoText(document, {}) + "\n");
+  steps.Done("picture", paths.crack + ": " + DrawCrack(document, scan, paths.crack, options.force));
+  steps.Done("picture", paths.flaws + ": " + DrawFlaws(document, scan, paths.flaws, options.force));
+  for (const std::string& path : {paths.inspection, paths.companion}) {
+    const Verdict verdict = Verify(path, options.quiet);
+    if (!verdict.IsClean()) throw Failure(path, verdict.Word(), verdict.problems.front());
+    steps.Done("verify", verdict.Line());
+  }
+  if (!options.quiet) PrintResult("\n" + InfoText(document, {}));
 }
 
-/// The B-scan through the middle of the crack, bright enough for the echo of its tip.
-void DrawCrack(const DemoPaths& paths, const DemoOptions& options, Steps& steps) {
-  const WeldScan scan;
-  const Document document = Document::Load(paths.inspection);
-  SectionOptions view;
-  view.position = static_cast<std::uint32_t>(std::lround(scan.crack.centre / scan.rowStep));
-  view.gain = 3;
-  view.samples = SampleAxis::Path;
-  view.quiet = options.quiet;
-  Section crack = MakeSection(document.GetHost(), *document.Groups().data.GetHead(), paths.inspection, view);
-  const double depth = scan.thickness - scan.crack.height;
-  const std::string tip = "tip at " + Millimetres(scan.crack.x) + ", " + Millimetres(depth) + " deep";
-  // The strongest echo is the surface's, which nobody looks for here.
-  crack.plot.marked =
-      ImagePlot::Cell{static_cast<std::uint32_t>(std::lround(scan.crack.x / scan.columnStep)),
-                      static_cast<std::uint32_t>(std::lround(2 * depth / scan.soundSpeed / scan.sampleStep))};
-  crack.plot.notes = {"Crack " + tip + ", between three side-drilled holes; back wall at " +
-                      Millimetres(scan.thickness) + " · soft gain × " + std::to_string(crack.gain)};
-  WriteNewFile(paths.picture, Draw(crack.plot, Font()).canvas.Png(), options.force);
-  steps.Done("picture", paths.picture + ": the crack's " + tip);
+void SayWhatNext(const DemoOptions& options) {
+  const std::string folder = Printable(options.folder);
+  const std::string inspection = folder + "/weld.fpd";
+  PrintResult("\nThe files and pictures are in " + folder + ": look at crack.png and cscan.png.\nTry next:\n" +
+              "  utdata render " + inspection + " --data 0 --view a --row 5 --column 132 -o " + folder +
+              "/ascan.png\n  utdata gate " + inspection + " --channel 0 --gate 3 --start 4 --width 2 --as append\n" +
+              "  utdata tree " + folder + "/weld.A01\n");
 }
 
 void Demo(const DemoOptions& options) {
   const InterruptScope interrupts;
   Steps steps(options.quiet);
   const DemoPaths paths = Prepare(options);
-  WriteInspection(paths.inspection, options.force, steps);
+  const WeldScan scan;
+  const RecordedBlocks blocks = Acquire(paths, scan, options, steps);
+  WriteInspection(paths, scan, blocks, options.force, steps);
   const CGGateTypeDescr gate = WriteGated(paths, steps, options.quiet);
-  CheckReloaded(paths, gate, steps, options.quiet);
-  DrawCrack(paths, options, steps);
-  for (const std::string& path : {paths.inspection, paths.companion}) {
-    const Verdict verdict = Verify(path, options.quiet);
-    if (!verdict.IsClean()) throw Failure(path, verdict.Word(), verdict.problems.front());
-    steps.Done("verify", verdict.Line());
-  }
-  if (options.quiet) return;
-  const std::string folder = Printable(options.folder);
-  PrintResult("\nTry next:\n  utdata info " + folder + "/weld.fpd --hash\n  utdata tree " + folder +
-              "/weld.A01\n  utdata verify " + folder + "/weld.fpd " + folder + "/weld.A01\n");
+  Show(paths, scan, gate, options, steps);
+  if (!options.quiet) SayWhatNext(options);
 }
 
 }  // namespace
 
 void AddDemoVerb(CLI::App& program) {
-  CLI::App& verb = *program.add_subcommand("demo", "Writes, changes and reloads a simulated weld scan");
+  CLI::App& verb = *program.add_subcommand(
+      "demo", "Takes a simulated weld scan the whole road: acquire, inspect, gate, picture, verify");
   const auto options = std::make_shared<DemoOptions>();
   verb.add_option("--out", options->folder, "Folder for the files")->capture_default_str()->type_name("DIR");
   verb.add_flag("--force", options->force, "Replace the files of a former demonstration");

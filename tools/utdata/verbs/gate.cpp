@@ -32,7 +32,7 @@ constexpr const char* explanation =
 constexpr const char* example =
     "Example:\n"
     "  utdata demo --force\n"
-    "  utdata gate utdata-demo/weld.fpd --channel 0 --gate 2 --start 6.4 --width 0.8 --threshold 50 --as companion\n";
+    "  utdata gate utdata-demo/weld.fpd --channel 0 --gate 3 --start 4 --width 2 --threshold 10 --as companion\n";
 
 struct GateOptions {
   std::string file;

@@ -5,11 +5,13 @@
 
 namespace utdata::program {
 
+void AddCompletionVerb(CLI::App& program);
 void AddDemoVerb(CLI::App& program);
 void AddEditVerb(CLI::App& program);
 void AddGateVerb(CLI::App& program);
 void AddImportVerb(CLI::App& program);
 void AddInfoVerb(CLI::App& program);
+void AddManualVerb(CLI::App& program);
 void AddRenderVerb(CLI::App& program);
 void AddReportVerb(CLI::App& program);
 void AddTreeVerb(CLI::App& program);

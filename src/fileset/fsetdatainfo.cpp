@@ -1,0 +1,67 @@
+// The file set: copies of everything around one data item.
+#include <memory>
+
+#include "utdata/fset.h"
+
+namespace {
+
+/// A copy made by the operations of the descriptor's family; null when there is no memory.
+template <class Descriptor>
+Descriptor* CopyOf(const Descriptor* source,
+                   Descriptor* (*allocate)(int, const wchar_t*),
+                   int (*duplicate)(Descriptor*, const Descriptor*)) {
+  Descriptor* const copy = allocate(0, L"");
+  if (copy) duplicate(copy, source);
+  return copy;
+}
+
+bool IsComplete(const fset_typeDataInfoDescr& info) {
+  return info.data && info.patch && info.channel && info.firstProbe && info.secondProbe && info.gate && info.tofd;
+}
+
+}  // namespace
+
+// Whoever asks keeps the set from being changed.
+fset_typeDataInfoDescr* CFSet::fset_DataInfoRequestCopy(CIData* item) UTDATA_NO_THREAD_SAFETY_ANALYSIS {
+  UTDATA_ASSERT(item != nullptr);
+  if (!item) return nullptr;
+  auto info = std::make_unique<fset_typeDataInfoDescr>();
+  info->tofd = new idata_typeTOFD;
+  item->idata3_GetTOFDParam(info->tofd);
+  if (const CGDataTypeFDD* data = item->idata1_GetGInfoRef())
+    info->data = CopyOf(data, gdata_Allocate, gdata_Duplicate);
+  if (!info->data) return info.release();
+
+  if (const CIPatch* patch = m_patches.First(fset_All, {info->data->GetPatchID()}))
+    info->patch = CopyOf(patch->ipatch1_GetInfoRef(), gpatch_Allocate, gpatch_Duplicate);
+  const std::uint32_t channelId = info->data->channelId;
+  if (const CIChan* channel = m_channels.First(fset_All, {channelId})) {
+    info->channel = CopyOf(channel->ichan1_GetInfoRef(), gchan_Allocate, gchan_Duplicate);
+    const CIProbe* first = m_probes.First(fset_All, {channel->ichan1_GetInfoRef()->firstProbeId});
+    const CIProbe* second = m_probes.First(fset_All, {channel->ichan1_GetInfoRef()->secondProbeId});
+    if (first && second) {
+      info->firstProbe = CopyOf(first->iprob1_GetInfoRef(), gprobe_Allocate, gprobe_Duplicate);
+      info->secondProbe = CopyOf(second->iprob1_GetInfoRef(), gprobe_Allocate, gprobe_Duplicate);
+    }
+    if (const CIGate* gate = m_gates.First(fset_All, {info->data->gateId, channelId}))
+      info->gate = CopyOf(gate->igate1_GetInfoRef(), ggate_Allocate, ggate_Duplicate);
+    if (const CISubChan* subChannel = m_subChannels.First(fset_All, {info->data->subChannelId, channelId}))
+      info->subChannel = CopyOf(subChannel->ischa1_GetInfoRef(), gsubchan_Allocate, gsubchan_Duplicate);
+  }
+  info->complete = IsComplete(*info) ? 1 : 0;
+  return info.release();
+}
+
+void CFSet::fset_DataInfoReleaseCopy(fset_typeDataInfoDescr* info) {
+  UTDATA_ASSERT(info != nullptr);
+  if (!info) return;
+  gdata_Delete(info->data, 1);
+  delete info->tofd;
+  gpatch_Delete(info->patch, 1);
+  gchan_Delete(info->channel, 1);
+  gprobe_Delete(info->firstProbe, 1);
+  gprobe_Delete(info->secondProbe, 1);
+  ggate_Delete(info->gate, 1);
+  gsubchan_Delete(info->subChannel, 1);
+  delete info;
+}

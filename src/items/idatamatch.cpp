@@ -1,0 +1,155 @@
+// The data item: what its construction finds out about it. The electronic scanning of its channel, its bookmark type, and the C-scan
+// that it is matched to: amplitude and position of one channel and gate, or the two components of eddy-current data.
+#include <algorithm>
+
+#include "src/items/idatarecord.h"
+#include "utdata/fset.h"
+#include "utdata/idata.h"
+#include "utdata/supplier.h"
+#include "utdata/vset.h"
+
+namespace {
+
+constexpr std::uint32_t couplingGate = 140;
+constexpr auto noBookmark = static_cast<eDataBookmarkType>(0xFFFFFFFF);
+constexpr auto anyClass = static_cast<gdata_enumDataClass>(fset_AnyId);
+
+/// Gates in which the tip-diffraction echo of a position C-scan lies; the gate before each holds the amplitudes.
+constexpr std::uint32_t meridioGates[] = {11, 21, 31};
+
+gdata_enumDataClass WithMasterBit(gdata_enumDataClass c) {
+  return static_cast<gdata_enumDataClass>(c | gdata_MultiChannelMaster);
+}
+
+bool IsMaster(const CGDataTypeFDD& record) { return (record.dataClass & gdata_MultiChannelMaster) != 0; }
+
+gdata_enumDataClass ClassOf(const CIData& item) { return item.idata1_GetInfoRef()->GetDataClass(); }
+
+/// Appends the data items of the record's bookmark type, patch and channel. A master is matched to the masters of its gate number.
+void FindPartners(CFSet& set,
+                  const CGDataTypeFDD& record,
+                  std::uint32_t gateId,
+                  gdata_enumDataClass masterClass,
+                  CIDataLst& out) {
+  const bool isMaster = IsMaster(record);
+  set.fset_GetIDataLst(&out,
+                       fset_All,
+                       record.GetDataBookmarkType(),
+                       record.GetPatchID(),
+                       record.channelId,
+                       isMaster ? fset_AnyId : record.subChannelId,
+                       gateId,
+                       isMaster ? WithMasterBit(masterClass) : anyClass,
+                       fset_AnyId,
+                       fset_AnyId);
+}
+
+/// The sample quantity that a data maximum stands for, 1 when it cannot be one.
+std::uint32_t QuantityOf(double maximum) {
+  return maximum >= 0 && maximum < 4294967296.0 ? static_cast<std::uint32_t>(maximum) : 1;
+}
+
+}  // namespace
+
+CIData::ChannelScanning CIData::ReadChannelScanning(std::uint32_t channelId) const {
+  ChannelScanning scanning;
+  if (!m_document) return scanning;
+  PellamServiceParam request(0, 0, nullptr, nullptr, 0, 0, L"", nullptr, 1, 1, 0, false);
+  const auto read = [&](enumPellamVariable variable, void* buffer, std::uint32_t size) {
+    PellamScandoraService::PellamReadVariable(request, variable, buffer, size, channelId + 1);
+    m_document->HandleParameterRequest(request, 0);
+  };
+  read(PRM_ID_ElectronicScanning, &scanning.mode, sizeof scanning.mode);
+  read(PRM_ID_bLinearMerged, &scanning.isLinearMerged, sizeof scanning.isLinearMerged);
+  return scanning;
+}
+
+void CIData::UpdateBookmarkType(const enumElectronicScanning& mode, CGDataTypeFDD* record) {
+  const eDataBookmarkType present = record->GetDataBookmarkType();
+  if (present != bookmark_None && present != noBookmark) return;
+  const bool isTofd = record->tofd == 1;
+  eDataBookmarkType type = isTofd ? bookmark_Tofd : bookmark_Single;
+  if (IsMaster(*record) || record->subChannelId != 0) {
+    if (isTofd)
+      type = bookmark_MultiChannelTofd;
+    else
+      type = mode == escan_Mode2 ? bookmark_Single : bookmark_MultiChannel;
+  }
+  record->SetDataBookmarkType(record->gateId == couplingGate ? bookmark_Coupling : type);
+}
+
+CIData* CIData::MatchAmpPosCScans(CGDataTypeFDD* record, CVolumeSet* volumes, bool& meridio) {
+  IGDataSupplier* const document = volumes->vol_GetDocument();
+  CFSet* const set = document ? document->GetFileSet() : nullptr;
+  if (!set) return nullptr;
+  const std::uint32_t c = utdata::ClassOfElements(record->dataClass);
+  if (c == gdata_CScanAmplitude) return MatchAmplitude(*record, *set);
+  if (utdata::HoldsPositions(record->dataClass)) return MatchPosition(*record, *set, meridio);
+  if (c == gdata_EddyCurrentX || c == gdata_EddyCurrentY) return MatchEddyCurrent(*record, *set);
+  return nullptr;
+}
+
+CIData* CIData::MatchAmplitude(const CGDataTypeFDD& record, CFSet& set) {
+  CIDataLst found;
+  const std::uint32_t gateId = IsMaster(record) ? utdata::GateNumber(record.gateId) : record.gateId;
+  FindPartners(set, record, gateId, gdata_CScanPosition, found);
+  CIData* matched = nullptr;
+  for (CIData* partner : found) {
+    if (!utdata::HoldsPositions(ClassOf(*partner))) continue;
+    const LockScope lock(*partner);
+    partner->m_descriptor->SetMatchedCScan(this);
+    matched = partner;
+  }
+  return matched;
+}
+
+CIData* CIData::MatchPosition(const CGDataTypeFDD& record, CFSet& set, bool& meridio) {
+  const std::uint32_t number = utdata::GateNumber(record.gateId);
+  meridio = utdata::ClassOfElements(record.dataClass) == gdata_CScanPosition &&
+            std::find(std::begin(meridioGates), std::end(meridioGates), number) != std::end(meridioGates);
+  CIDataLst found;
+  FindPartners(set, record, meridio ? record.gateId - 1 : record.gateId, gdata_CScanAmplitude, found);
+  CIData* matched = nullptr;
+  for (CIData* partner : found) {
+    if (utdata::ClassOfElements(ClassOf(*partner)) != gdata_CScanAmplitude) continue;
+    matched = partner;
+    if (meridio) break;
+    partner->TakeSampleAxisOf(record, this);
+  }
+  return matched;
+}
+
+/// The sample axis of an amplitude C-scan is that of the positions beside it.
+void CIData::TakeSampleAxisOf(const CGDataTypeFDD& position, CIData* positionItem) {
+  UTDATA_ASSERT(position.dataMaximum >= 0);
+  const LockScope lock(*this);
+  m_descriptor->sampleQuantity = QuantityOf(double{position.dataMaximum});
+  m_descriptor->sampleResolution = position.dataResolution;
+  m_descriptor->sampleOffset = position.dataOffset;
+  m_descriptor->SetMatchedCScan(positionItem);
+  UpdateUnits();
+}
+
+CIData* CIData::MatchEddyCurrent(const CGDataTypeFDD& record, CFSet& set) {
+  const gdata_enumDataClass other =
+      utdata::ClassOfElements(record.dataClass) == gdata_EddyCurrentX ? gdata_EddyCurrentY : gdata_EddyCurrentX;
+  CIDataLst found;
+  set.fset_GetIDataLst(&found,
+                       fset_All,
+                       record.GetDataBookmarkType(),
+                       record.GetPatchID(),
+                       record.channelId,
+                       record.subChannelId,
+                       record.gateId,
+                       anyClass,
+                       fset_AnyId,
+                       fset_AnyId);
+  CIData* matched = nullptr;
+  for (CIData* partner : found) {
+    if (ClassOf(*partner) != other) continue;
+    const LockScope lock(*partner);
+    partner->m_descriptor->SetMatchedCScan(this);
+    matched = partner;
+  }
+  return matched;
+}

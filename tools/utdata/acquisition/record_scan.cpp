@@ -1,0 +1,95 @@
+#include "acquisition/record_scan.h"
+
+#include <system_error>
+#include <vector>
+
+#include "interfaces/dorvex.h"
+#include "interfaces/os.h"
+#include "terminal/failure.h"
+#include "terminal/interrupt.h"
+#include "terminal/text.h"
+#include "utdata/gdatamanager.h"
+
+namespace utdata::program {
+namespace {
+
+constexpr const char* cannotBeRecorded = "cannot be recorded";
+constexpr std::int32_t storedBytes = 2;
+
+Aurelis::Patch PatchOf(const ScanGrid& grid) {
+  const Eigen::Vector2i last(static_cast<int>(grid.columns) - 1, static_cast<int>(grid.rows) - 1);
+  return Aurelis::Patch(Aurelis::Patch::Box(Eigen::Vector2i(0, 0), last));
+}
+
+/// The A-scans as the instrument delivers them: 4 bytes a sample.
+MemoryAscanPatchBuffer AscansOf(const ScanGrid& grid, std::span<const std::int16_t> samples) {
+  const Aurelis::Axis time(static_cast<std::int32_t>(grid.samples), grid.sampleStep);
+  MemoryAscanPatchBuffer buffer(Aurelis::Ultrasound::AscanDataDescriptor(storedBytes, time), PatchOf(grid));
+  for (std::uint32_t row = 0; row < grid.rows; ++row) {
+    ThrowIfInterrupted();
+    for (std::uint32_t column = 0; column < grid.columns; ++column) {
+      const auto ascan = samples.subspan((std::size_t{row} * grid.columns + column) * grid.samples, grid.samples);
+      buffer.SetAscan(column, row, std::vector<std::int32_t>(ascan.begin(), ascan.end()));
+    }
+  }
+  return buffer;
+}
+
+MemoryCscanPatchBuffer ReadingsOf(const ScanGrid& grid, const InstrumentGate& gate) {
+  MemoryCscanPatchBuffer buffer(Aurelis::Ultrasound::CscanDataDescriptor(gate.gateId), PatchOf(grid));
+  for (std::uint32_t row = 0; row < grid.rows; ++row)
+    for (std::uint32_t column = 0; column < grid.columns; ++column) {
+      const std::size_t cell = std::size_t{row} * grid.columns + column;
+      buffer.Record(column, row) = {gate.amplitudes[cell], gate.positions[cell]};
+    }
+  return buffer;
+}
+
+std::string ReasonOf(std::uint32_t status) {
+  if (status == GDataManager::status_TooLarge) return "the scan is larger than an acquisition file may be";
+  if (status == GDataManager::status_DiskTooSmall) return "there is not enough room on the disk";
+  return std::system_category().message(static_cast<int>(status));
+}
+
+/// Saves the blocks in turn. @return false when one was refused
+bool SaveBlocks(GDataManager& writer,
+                const MemoryAscanPatchBuffer& ascans,
+                const MemoryCscanPatchBuffer& readings,
+                RecordedBlocks& blocks) {
+  blocks.ascans = writer.SavePatchBuffer(ascans);
+  const std::int64_t amplitudes = writer.SaveCscanBuffer(readings, &CscanRecord::amplitude);
+  const std::int64_t positions = writer.SaveCscanBuffer(readings, &CscanRecord::position);
+  if (blocks.ascans == GDataManager::ascan_Refused || amplitudes == GDataManager::cscan_Refused ||
+      positions == GDataManager::cscan_Refused)
+    return false;
+  blocks.amplitudes = static_cast<std::uint64_t>(amplitudes);
+  blocks.positions = static_cast<std::uint64_t>(positions);
+  blocks.size = writer.GetWrittenSize();
+  return true;
+}
+
+}  // namespace
+
+RecordedBlocks RecordScan(const std::string& path,
+                          const ScanGrid& grid,
+                          std::span<const std::int16_t> samples,
+                          const InstrumentGate& gate) {
+  const MemoryAscanPatchBuffer ascans = AscansOf(grid, samples);
+  const MemoryCscanPatchBuffer readings = ReadingsOf(grid, gate);
+  Aurelis::MemoryData memory;
+  memory.AddAscanBlocks(ascans.GetPatch(), ascans.GetDescriptor());
+  memory.AddCscanBlocks(readings.GetPatch(), 2);
+
+  GDataManager writer(ToWide(path));
+  std::uint32_t status = writer.FileCreate(memory);
+  if (status != 0) throw Failure(path, cannotBeRecorded, ReasonOf(status));
+  RecordedBlocks blocks;
+  const bool saved = SaveBlocks(writer, ascans, readings, blocks);
+  status = writer.FileClose();
+  if (saved && status == 0) return blocks;
+  // What cannot be used is not left behind; that it could not be recorded is the news.
+  (void)os::CurrentFileSystem().Remove(ToWide(path));
+  throw Failure(path, cannotBeRecorded, saved ? ReasonOf(status) : "there is no room for a block");
+}
+
+}  // namespace utdata::program
