@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "document/data_group.h"
 #include "listing/tree.h"
 #include "report/fields.h"
 #include "terminal/text.h"
@@ -41,17 +42,25 @@ constexpr std::string_view modified = "modified ";
 
 using Fields = std::map<std::string, Json>;
 
+/// "C-scan amplitude" of a data group, else the type.
+std::string Word(const std::string& type, const Fields& fields) {
+  const auto dataClass = fields.find("dataClass");
+  if (dataClass == fields.end() || !dataClass->second.is_number_unsigned()) return type;
+  CGDataTypeFDD group;
+  group.dataClass = static_cast<gdata_enumDataClass>(dataClass->second.get<std::uint32_t>());
+  return ClassName(group);
+}
+
 /// "gate 1, channel 0": the type, and the ids that tell it from others of its type.
 std::string Identity(const std::string& type, const Fields& fields) {
-  std::string text = type;
+  std::string text = Word(type, fields);
   for (const TypeKeys& keys : typeKeys) {
     if (keys.type != type) continue;
-    const char* separator = " ";
     for (const std::string_view key : keys.fields) {
       const auto field = fields.find(std::string(key));
-      if (field == fields.end()) continue;
-      text += separator + SpokenField(key) + " " + field->second.dump();
-      separator = ", ";
+      if (field == fields.end() || key == "dataClass") continue;
+      const std::string spoken = SpokenField(key.substr(0, key.size() - 2));  // without "Id"
+      text += (spoken == text ? " " : ", " + spoken + " ") + field->second.dump();
     }
   }
   return text;

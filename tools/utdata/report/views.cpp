@@ -113,6 +113,7 @@ class ViewMaker {
         {"values", Pack(values)},
         {"signed", IsSigned(group)},
         {"strongest", peaks.strongest.cell}};
+    if (PlainClass(group) != gdata_AScan) layer["gate"] = group.gateId;
     if (!hasPositions) layer["amplitude"] = AmplitudeJson(group, axes);
     if (hasPositions) layer["position"] = AxisJson(axes.Positions(), "value");
     if (const auto path = axes.PositionsOnHalfPath(); hasPositions && path) layer["path"] = AxisJson(*path, "value");
@@ -187,6 +188,7 @@ class ViewMaker {
       const double from = (double{gate->start} - group.sampleOffset) / group.sampleResolution;
       const double width = double{gate->width} / group.sampleResolution;
       gates.push_back({{"name", gate->name.empty() ? "gate " + std::to_string(gate->gateId) : ToUtf8(gate->name)},
+                       {"id", gate->gateId},
                        {"from", from},
                        {"to", from + width},
                        {"above", gate->positiveLevel},

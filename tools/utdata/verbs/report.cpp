@@ -39,8 +39,8 @@ void MakeReportFile(const ReportVerbOptions& options) {
   const Report report = MakeReport(document, {options.megabytes * 1'000'000, options.quiet});
   WriteNewFile(options.output, std::as_bytes(std::span(report.html)), options.force);
   if (options.quiet) return;
-  PrintResult(Printable(options.output) + ": " + std::to_string(report.views) + " views, " + Bytes(report.html.size()) +
-              "\n");
+  PrintResult(Printable(options.output) + ": " + std::to_string(report.views) +
+              (report.views == 1 ? " view, " : " views, ") + Bytes(report.html.size()) + "\n");
   for (const std::string& line : report.missing) PrintResult("not shown: " + Printable(line) + "\n");
 }
 

@@ -19,7 +19,7 @@ function moveTo(row, column, sample) {
 }
 
 function moveToStrongest() {
-  const {strongest} = state.view.layers[0], columns = state.view.columns.quantity;
+  const {strongest} = state.layer, columns = state.view.columns.quantity;
   moveTo(Math.floor(strongest / columns), strongest % columns);
 }
 
@@ -67,7 +67,8 @@ function listen() {
   byId('view').addEventListener('change', event => showView(Number(event.target.value)));
   byId('layer').addEventListener('change', event => {
     state.layer = state.view.layers[Number(event.target.value)];
-    draw();
+    fitColors();
+    moveTo(state.row, state.column);
   });
   for (const id of ['lengths', 'axis', 'levels', 'range']) byId(id).addEventListener('input', draw);
   byId('choices').addEventListener('submit', event => event.preventDefault());
@@ -79,13 +80,21 @@ function setOptions(select, names) {
   select.disabled = names.length < 2;
 }
 
+// Colours up to the strongest cell of the C-scan.
+function fitColors() {
+  const {amplitude, data, strongest} = state.layer;
+  if (amplitude) byId('range').value = Math.max(0.1, Math.ceil(10 * Math.abs(percentOf(amplitude, data[strongest]))) / 10);
+}
+
 async function showView(index) {
   const view = facts.views[index];
   for (const layer of view.layers) layer.data ??= await unpack(layer.values, layer.signed);
   if (typeof view.ascans === 'number') view.data ??= await unpack(view.ascans, view.signed);
   state.view = view;
-  state.layer = view.layers[0];
+  const first = Math.max(0, view.layers.findIndex(layer => layer.gate !== undefined && layer.amplitude));
+  state.layer = view.layers[first];
   setOptions(byId('layer'), view.layers.map(layer => layer.label));
+  byId('layer').value = String(first);
   for (const element of document.querySelectorAll('.sound')) element.hidden = !view.data;
   if (view.samples) {
     const axes = soundAxes(view), chosen = choice('axis');
@@ -93,8 +102,7 @@ async function showView(index) {
     if (axes[chosen]) byId('axis').value = chosen;
   }
   byId('axis').parentElement.hidden = !view.data;
-  const strongest = state.layer.amplitude ? Math.abs(percentOf(state.layer.amplitude, state.layer.data[state.layer.strongest])) : 100;
-  byId('range').value = Math.max(0.1, Math.ceil(10 * strongest) / 10);
+  fitColors();
   moveToStrongest();
   draw();
 }

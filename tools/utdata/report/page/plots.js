@@ -79,11 +79,14 @@ const Plots = (() => {
     axis(side, axis, {marks, lines = false} = {}) {
       const level = side === 'bottom';
       const part = value => (value - axis.from) / (axis.to - axis.from);
+      let before = -Infinity;
       const shown = marks ?? ticks(axis.from, axis.to, Math.min(12, Math.max(3, (level ? this.width / 80 : this.height / 40))));
       for (const {value, label} of shown) {
         const at = part(value);
         if (!(at >= -1e-9 && at <= 1 + 1e-9)) continue;
         const x = Math.round(this.x(at)), y = Math.round(this.y(at));
+        if (Math.abs((level ? x : y) - before) < 13) continue;
+        before = level ? x : y;
         this.context.fillStyle = grid;
         if (lines) level ? this.context.fillRect(x, this.top, 1, this.height) : this.context.fillRect(this.left, y, this.width, 1);
         this.context.fillStyle = ink;
@@ -106,15 +109,18 @@ const Plots = (() => {
       this.context.setLineDash([]);
     }
 
-    // Lines through a place of the area, in parts of its sides; either may be missing.
+    // Lines through a place of the area, in parts of its sides, which leave the place itself free; `down` may be missing.
     cross(across, down) {
-      this.context.lineWidth = 1;
-      for (const [color, width] of [['rgba(255, 255, 255, 0.75)', 3], [red, 1]]) {
+      const x = Math.floor(this.x(across)) + 0.5;
+      if (down === null) return this.line([x, this.top], [x, this.bottom]);
+      const y = Math.floor(this.y(down)) + 0.5, free = 9;
+      for (const [color, width] of [['rgba(255, 255, 255, 0.5)', 3], [red, 1]]) {
         this.context.lineWidth = width;
-        if (across !== null) this.line([this.x(across), this.top], [this.x(across), this.bottom], color);
-        if (down !== null) this.line([this.left, this.y(down)], [this.right, this.y(down)], color);
+        this.line([x, this.top], [x, Math.max(this.top, y - free)], color);
+        this.line([x, Math.min(this.bottom, y + free)], [x, this.bottom], color);
+        this.line([this.left, y], [Math.max(this.left, x - free), y], color);
+        this.line([Math.min(this.right, x + free), y], [this.right, y], color);
       }
-      this.context.lineWidth = 1;
     }
   }
 

@@ -59,9 +59,13 @@ const valueAt = (row, column, sample) => state.view.data[cellOf(row, column) * s
 const percentAt = (row, column, sample) => percentOf(state.view.amplitude, valueAt(row, column, sample));
 const hasAScans = () => Boolean(state.view.data);
 
+// The strongest echo of an A-scan; under a C-scan of a gate, the strongest in that gate.
 function strongestSample(row, column) {
-  let strongest = 0, largest = -1;
-  for (let sample = 0; sample < state.view.samples.quantity; ++sample) {
+  const {quantity} = state.view.samples, gate = state.view.gates.find(gate => gate.id === state.layer.gate);
+  const first = gate ? Math.min(quantity - 1, Math.max(0, Math.round(gate.from))) : 0;
+  const end = gate ? Math.min(quantity, Math.max(first + 1, Math.round(gate.from) + Math.round(gate.to - gate.from))) : quantity;
+  let strongest = first, largest = -1;
+  for (let sample = first; sample < end; ++sample) {
     const size = Math.abs(percentAt(row, column, sample));
     if (size > largest) [strongest, largest] = [sample, size];
   }
