@@ -66,7 +66,7 @@ std::uint64_t StoreAscans(const utdata::AscanPatchBuffer& buffer,
   const auto& descriptor = buffer.GetDescriptor();
   const auto samples = static_cast<std::size_t>(descriptor.UltrasoundAxis().DiscreteSize());
   const auto narrow = descriptor.AscanStorageDataBytes() == 1 ? utdata::NarrowToBytes : utdata::NarrowToWords;
-  const utdata::NarrowPath path = utdata::FastestNarrowPath();
+  const utdata::VectorPath path = utdata::FastestPath();
   std::byte* entry = view + table;
   std::uint64_t next = table + cells.Quantity() * entrySize;
   for (std::uint32_t row = 0; row < cells.rows; ++row)

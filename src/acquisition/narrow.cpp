@@ -2,10 +2,8 @@
 
 #include <cstring>
 
-#if defined(__x86_64__) && defined(__GNUC__)
-#define UTDATA_HAS_AVX2 1
+#if defined(UTDATA_HAS_AVX2)
 #include <immintrin.h>
-#define UTDATA_TARGET_AVX2 __attribute__((target("avx2")))
 #endif
 
 namespace utdata {
@@ -66,38 +64,24 @@ UTDATA_TARGET_AVX2 std::size_t WordsOfBlocks(const std::int32_t* elements, std::
 
 }  // namespace
 
-bool IsPathAvailable(NarrowPath path) noexcept {
-  if (path == NarrowPath::Portable) return true;
-#if defined(UTDATA_HAS_AVX2)
-  return __builtin_cpu_supports("avx2") != 0;
-#else
-  return false;
-#endif
-}
-
-NarrowPath FastestNarrowPath() noexcept {
-  static const NarrowPath path = IsPathAvailable(NarrowPath::Avx2) ? NarrowPath::Avx2 : NarrowPath::Portable;
-  return path;
-}
-
-void NarrowToBytes([[maybe_unused]] NarrowPath path,
+void NarrowToBytes([[maybe_unused]] VectorPath path,
                    const std::int32_t* elements,
                    std::size_t count,
                    std::byte* stored) noexcept {
   std::size_t done = 0;
 #if defined(UTDATA_HAS_AVX2)
-  if (path == NarrowPath::Avx2) done = BytesOfBlocks(elements, count, stored);
+  if (path == VectorPath::Avx2) done = BytesOfBlocks(elements, count, stored);
 #endif
   NarrowPortably<std::uint8_t>(elements, done, count, stored);
 }
 
-void NarrowToWords([[maybe_unused]] NarrowPath path,
+void NarrowToWords([[maybe_unused]] VectorPath path,
                    const std::int32_t* elements,
                    std::size_t count,
                    std::byte* stored) noexcept {
   std::size_t done = 0;
 #if defined(UTDATA_HAS_AVX2)
-  if (path == NarrowPath::Avx2) done = WordsOfBlocks(elements, count, stored);
+  if (path == VectorPath::Avx2) done = WordsOfBlocks(elements, count, stored);
 #endif
   NarrowPortably<std::uint16_t>(elements, done, count, stored);
 }

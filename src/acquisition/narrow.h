@@ -4,18 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "src/foundation/vectorpath.h"
+
 namespace utdata {
 
-enum class NarrowPath : std::uint8_t { Portable, Avx2 };
-
-/// Whether this machine can run a path.
-[[nodiscard]] bool IsPathAvailable(NarrowPath path) noexcept;
-/// The fastest path of this machine.
-[[nodiscard]] NarrowPath FastestNarrowPath() noexcept;
-
 /// Stores the low 8 bits of each element. REQUIRES: the path is available; `stored` has `count` bytes, apart from the elements
-void NarrowToBytes(NarrowPath path, const std::int32_t* elements, std::size_t count, std::byte* stored) noexcept;
+void NarrowToBytes(VectorPath path, const std::int32_t* elements, std::size_t count, std::byte* stored) noexcept;
 /// Stores the low 16 bits of each element in the machine's byte order. REQUIRES: as NarrowToBytes, with 2 * count bytes, at any address
-void NarrowToWords(NarrowPath path, const std::int32_t* elements, std::size_t count, std::byte* stored) noexcept;
+void NarrowToWords(VectorPath path, const std::int32_t* elements, std::size_t count, std::byte* stored) noexcept;
 
 }  // namespace utdata

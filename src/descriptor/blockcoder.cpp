@@ -155,7 +155,7 @@ bool FitWide(WordPlan& plan, const std::vector<Tread>& treads, double codesPerSa
 }
 
 /// Whether the kernel gives the table's code for every sample.
-bool IsProven(KernelPath path, const WordPlan& plan, const std::uint8_t* table) {
+bool IsProven(VectorPath path, const WordPlan& plan, const std::uint8_t* table) {
   constexpr std::size_t part = 1024;
   std::array<std::uint16_t, part> samples;
   std::array<std::uint8_t, part> codes;
@@ -178,7 +178,7 @@ void ClampOuterTreads(WordPlan& plan, std::vector<Tread>& treads) {
 
 }  // namespace
 
-WordPlan FindWordPlan(KernelPath path,
+WordPlan FindWordPlan(VectorPath path,
                       std::uint32_t conversion,
                       bool isFolded,
                       const std::uint8_t* table,

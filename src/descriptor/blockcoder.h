@@ -38,7 +38,7 @@ class BlockCoder {
 
 /// Arithmetic that gives the codes of a 16-bit table on `path`, proven over all 65536 samples; Method::Table when there is none.
 /// @param isFolded whether codes are folded about zero amplitude (tables of signed samples)
-[[nodiscard]] WordPlan FindWordPlan(KernelPath path,
+[[nodiscard]] WordPlan FindWordPlan(VectorPath path,
                                     std::uint32_t conversion,
                                     bool isFolded,
                                     const std::uint8_t* table,

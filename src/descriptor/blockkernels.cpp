@@ -2,10 +2,8 @@
 
 #include <algorithm>
 
-#if defined(__x86_64__) && defined(__GNUC__)
-#define UTDATA_HAS_AVX2 1
+#if defined(UTDATA_HAS_AVX2)
 #include <immintrin.h>
-#define UTDATA_TARGET_AVX2 __attribute__((target("avx2")))
 #endif
 
 namespace utdata {
@@ -196,27 +194,13 @@ std::size_t Run(const WordPlan& plan, const std::uint16_t* samples, std::size_t 
 
 }  // namespace
 
-bool IsPathAvailable(KernelPath path) noexcept {
-  if (path == KernelPath::Portable) return true;
-#if defined(UTDATA_HAS_AVX2)
-  return __builtin_cpu_supports("avx2") != 0;
-#else
-  return false;
-#endif
-}
-
-KernelPath FastestPath() noexcept {
-  static const KernelPath path = IsPathAvailable(KernelPath::Avx2) ? KernelPath::Avx2 : KernelPath::Portable;
-  return path;
-}
-
-std::size_t CodeWords(KernelPath path,
+std::size_t CodeWords(VectorPath path,
                       const WordPlan& plan,
                       const std::uint16_t* samples,
                       std::size_t count,
                       std::uint8_t* codes) noexcept {
 #if defined(UTDATA_HAS_AVX2)
-  if (path == KernelPath::Avx2) return Run<Avx2>(plan, samples, count, codes);
+  if (path == VectorPath::Avx2) return Run<Avx2>(plan, samples, count, codes);
 #else
   static_cast<void>(path);
 #endif

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "src/foundation/vectorpath.h"
+
 namespace utdata {
 
 struct WordPlan {
@@ -31,16 +33,9 @@ struct WordPlan {
   std::uint8_t shift = 1;  ///< 1 to 15 for Narrow, 1 to 24 for Wide
 };
 
-enum class KernelPath : std::uint8_t { Portable, Avx2 };
-
-/// Whether this machine can run a path.
-[[nodiscard]] bool IsPathAvailable(KernelPath path) noexcept;
-/// The fastest path of this machine.
-[[nodiscard]] KernelPath FastestPath() noexcept;
-
 /// Codes of whole blocks of 32 samples. @return the samples done: the largest multiple of 32 not above `count`; 0 for Method::Table
 /// REQUIRES: the path is available; codes do not overlap the samples
-[[nodiscard]] std::size_t CodeWords(KernelPath path,
+[[nodiscard]] std::size_t CodeWords(VectorPath path,
                                     const WordPlan& plan,
                                     const std::uint16_t* samples,
                                     std::size_t count,

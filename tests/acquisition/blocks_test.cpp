@@ -204,10 +204,10 @@ TEST(AcquisitionFile, IsWrittenBySeveralWritersAtOnce) {
 }
 
 TEST(Narrow, KeepsTheLowBitsOnEveryPath) {
-  using utdata::NarrowPath;
+  using utdata::VectorPath;
   std::vector<std::int32_t> elements(200);
   for (std::size_t n = 0; n < elements.size(); ++n) elements[n] = SampleAt(0, 0, n);
-  for (const NarrowPath path : {NarrowPath::Portable, NarrowPath::Avx2}) {
+  for (const VectorPath path : {VectorPath::Portable, VectorPath::Avx2}) {
     if (!utdata::IsPathAvailable(path)) continue;
     for (std::size_t count = 0; count < 130; ++count)
       for (const std::size_t shift : {0u, 1u, 3u}) {

@@ -84,7 +84,7 @@ void ExpectModel(const Group& g) {
   g.isSigned ? ExpectBlocks<short>(table, codes) : ExpectBlocks<unsigned short>(table, codes);
   std::vector<std::uint16_t> samples(codes.size());
   std::iota(samples.begin(), samples.end(), std::uint16_t{});
-  for (const auto path : {utdata::KernelPath::Portable, utdata::KernelPath::Avx2}) {
+  for (const auto path : {utdata::VectorPath::Portable, utdata::VectorPath::Avx2}) {
     if (!utdata::IsPathAvailable(path)) continue;
     const auto plan = utdata::FindWordPlan(
         path, CLookUpTable::GetConversionStyle(&d), g.isSigned, codes.data(), 255 * g.factor / (g.maximum - g.minimum));
