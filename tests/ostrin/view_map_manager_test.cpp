@@ -26,7 +26,7 @@ constexpr std::uint64_t unit = CViewMapManager::granularity;
 /// A file of its own, ready to be mapped.
 class Mappable {
  public:
-  Mappable(const std::wstring& path, std::uint64_t size) : path(path) {
+  Mappable(const std::wstring& name, std::uint64_t size) : path(name) {
     EXPECT_EQ(os::CurrentFileSystem().Open(path, os::OpenMode::Create, m_file), os::Error::None);
     EXPECT_EQ(m_file->CreateMapping(size, mapping), os::Error::None);
   }
