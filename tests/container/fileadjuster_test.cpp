@@ -43,15 +43,16 @@ TEST(FileAdjuster, RelocatesOffsetsAndBack) {
   EXPECT_EQ(cells.dataPointer, samples.data());
 }
 
-// Quantities from a damaged file: the table ends before the cells do, and their product is negative.
+// Quantities that were changed after the table was attached: it ends before the cells do, and their product is negative.
 TEST(FileAdjuster, StaysWithinWhatTheRecordKnowsOfTheTable) {
   std::array<std::uint32_t, 3> table = {1, 2, 3};
   CRDataTypeDD descriptor;
   descriptor.storageMode = kvt_StorIndexed;
-  descriptor.columnQuantity = 1000;
-  descriptor.rowQuantity = 1000;
+  descriptor.columnQuantity = 2;
+  descriptor.rowQuantity = 1;
   descriptor.dataSize = 8;
   descriptor.SetDiskTable(reinterpret_cast<char*>(table.data()), true);
+  descriptor.columnQuantity = descriptor.rowQuantity = 1000;
   CList<CRDataTypeDD*> list;
   list.AddTail(&descriptor);
   CFileAdjuster().FileUnadjust(list, reinterpret_cast<void*>(std::uintptr_t{1}));

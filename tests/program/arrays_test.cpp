@@ -85,8 +85,9 @@ class ArraysTest : public ProgramTest {
     const ProgramResult in = Run("import " + array + " -o again.fpd --force");
     EXPECT_EQ(in.status, 0);
     EXPECT_EQ(in.error, "");
-    const nlohmann::json before = Data(file);
-    EXPECT_EQ(Data("again.fpd")[0], before[std::stoul(selector)]);
+    nlohmann::json before = Data(file)[std::stoul(selector)];
+    before["matched"] = nullptr;  // it comes back alone
+    EXPECT_EQ(Data("again.fpd")[0], before);
   }
 
   [[nodiscard]] bool HasHdf5() const {
