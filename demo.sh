@@ -5,4 +5,4 @@ set -euo pipefail
 cd "$(dirname "$(realpath "$0")")"
 scripts/install-packages build
 scripts/build demo utdata_program
-build/demo/bin/utdata demo --out demo-out --force "$@"
+build/release/bin/utdata demo --out demo-out --force "$@"
