@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "src/fileset/data_lists.h"
+#include "src/items/idatarecord.h"
 #include "utdata/fset.h"
 #include "utdata/supplier.h"
 
@@ -20,16 +21,6 @@ bool IsShared(gdata_enumDataClass dataClass) {
 
 bool IsCScan(gdata_enumDataClass dataClass) {
   return dataClass == gdata_CScanAmplitude || dataClass == gdata_CScanPosition;
-}
-
-/// Whether a master gathers the data groups of this class: those of A-scans of a channel, those of C-scans of a channel and gate.
-bool IsGathered(gdata_enumDataClass dataClass) {
-  return IsCScan(dataClass) || dataClass == gdata_AScan || dataClass == gdata_AScanMerged ||
-         dataClass == gdata_AScanProcessed;
-}
-
-gdata_enumDataClass WithMasterBit(gdata_enumDataClass dataClass) {
-  return static_cast<gdata_enumDataClass>(dataClass | gdata_MultiChannelMaster);
 }
 
 using Text = wchar_t[CGDataTypeFDD::nameSize];
@@ -58,7 +49,7 @@ CIData* CFSet::fset_AddGData(CGDataTypeFDD* descriptor, void* context, CVolumeSe
   if (present) return IsShared(descriptor->dataClass) ? present : nullptr;
   auto* const item = new CIData(descriptor, context, volumeSet, isNew, nullptr);
   m_data.Add(item);
-  if (descriptor->subChannelId != 0 && IsGathered(descriptor->dataClass))
+  if (descriptor->subChannelId != 0 && utdata::IsGathered(descriptor->dataClass))
     if (CIData* const master = MasterFor(*descriptor, context, volumeSet, isNew)) master->idata1_SubChannelAdd(item);
   if (IGDataSupplier* const document = item->GetDocument())
     document->OnDataGroupAdded(descriptor->GetPatchID() != 0 ? 1 : 0);
@@ -75,7 +66,7 @@ CIData* CFSet::MasterFor(CGDataTypeFDD& element, void* context, CVolumeSet* volu
                                           element.channelId,
                                           fset_AnyId,
                                           isCScan ? gateNumber : fset_AnyId,
-                                          WithMasterBit(element.dataClass)});
+                                          utdata::WithMasterBit(element.dataClass)});
   if (!master) return AddMaster(element, gateNumber, context, volumeSet, isNew);
   if (isCScan && element.GetDataBookmarkType() == bookmark_Coupling) {
     CopyText(master->idata1_GetGInfoRef()->gateName, element.gateName);
@@ -96,7 +87,7 @@ CIData* CFSet::AddMaster(CGDataTypeFDD& element,
   CopyText(name, record->dataName);
   gdata_Duplicate(record.get(), &element);
   CopyText(record->dataName, name);
-  record->dataClass = WithMasterBit(element.dataClass);
+  record->dataClass = utdata::WithMasterBit(element.dataClass);
   record->subChannelId = 0;
   record->gateId = gateId;
   record->samples = {};

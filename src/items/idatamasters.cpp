@@ -9,13 +9,6 @@
 
 namespace {
 
-/// Classes of data groups that a master gathers.
-constexpr gdata_enumDataClass gatheredClasses[] = {gdata_AScan,
-                                                   gdata_CScanAmplitude,
-                                                   gdata_CScanPosition,
-                                                   gdata_AScanMerged,
-                                                   gdata_AScanProcessed};
-
 void CheckLayout(const CRDataTypeDD& master, const CRDataTypeDD& element) {
   UTDATA_ASSERT(std::equal(std::begin(master.layoutWords), std::end(master.layoutWords), element.layoutWords));
   UTDATA_ASSERT(master.columnQuantity == element.columnQuantity);
@@ -40,9 +33,7 @@ bool CIData::idata1_IsMultiChannelMaster() const {
 
 bool CIData::idata1_IsMultiChannelElement() const {
   if (!m_descriptor || m_descriptor->GetSubChannelID() == 0) return false;
-  const auto* const found =
-      std::find(std::begin(gatheredClasses), std::end(gatheredClasses), m_descriptor->GetDataClass());
-  return found != std::end(gatheredClasses) && m_master.Get();
+  return utdata::IsGathered(m_descriptor->GetDataClass()) && m_master.Get();
 }
 
 bool CIData::idata1_SubChannelAdd(CIData* element) {

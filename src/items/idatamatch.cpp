@@ -17,10 +17,6 @@ constexpr auto anyClass = static_cast<gdata_enumDataClass>(fset_AnyId);
 /// Gates in which the tip-diffraction echo of a position C-scan lies; the gate before each holds the amplitudes.
 constexpr std::uint32_t meridioGates[] = {11, 21, 31};
 
-gdata_enumDataClass WithMasterBit(gdata_enumDataClass c) {
-  return static_cast<gdata_enumDataClass>(c | gdata_MultiChannelMaster);
-}
-
 bool IsMaster(const CGDataTypeFDD& record) { return (record.dataClass & gdata_MultiChannelMaster) != 0; }
 
 gdata_enumDataClass ClassOf(const CIData& item) { return item.idata1_GetInfoRef()->GetDataClass(); }
@@ -39,7 +35,7 @@ void FindPartners(CFSet& set,
                        record.channelId,
                        isMaster ? fset_AnyId : record.subChannelId,
                        gateId,
-                       isMaster ? WithMasterBit(masterClass) : anyClass,
+                       isMaster ? utdata::WithMasterBit(masterClass) : anyClass,
                        fset_AnyId,
                        fset_AnyId);
 }

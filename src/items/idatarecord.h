@@ -17,6 +17,13 @@ void NormaliseDataRecord(CGDataTypeFDD& record);
   return dataClass & ~std::uint32_t{gdata_MultiChannelMaster};
 }
 
+[[nodiscard]] inline gdata_enumDataClass WithMasterBit(gdata_enumDataClass dataClass) {
+  return static_cast<gdata_enumDataClass>(dataClass | gdata_MultiChannelMaster);
+}
+
+/// Whether a master gathers the data groups of this class: those of A-scans of a channel, those of C-scans of a channel and gate.
+[[nodiscard]] bool IsGathered(gdata_enumDataClass dataClass);
+
 /// Whether the samples of a class, with or without the multi-channel-master bit, are positions along the ultrasonic path.
 [[nodiscard]] bool HoldsPositions(gdata_enumDataClass dataClass);
 
