@@ -1,5 +1,6 @@
-// Appending A-scan blocks to an acquisition file, beside a memcpy of the same bytes into the same mapping. Every file is new, so that
-// both meet pages that nobody has touched; creating and closing it are not measured.
+// Appending A-scan blocks to an acquisition file, beside a memcpy of the same bytes into the same
+// mapping. Every file is new, so that both meet pages that nobody has touched; creating and closing
+// it are not measured.
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -33,7 +34,8 @@ std::uint64_t BlockBytes(int storageBytes) {
 
 Aurelis::MemoryData EstimateOf(const MemoryAscanPatchBuffer& block, int storageBytes) {
   Aurelis::MemoryData memory;
-  memory.AddAscanBlocks(block.GetPatch(), block.GetDescriptor(), static_cast<std::uint64_t>(Blocks(storageBytes)));
+  memory.AddAscanBlocks(
+      block.GetPatch(), block.GetDescriptor(), static_cast<std::uint64_t>(Blocks(storageBytes)));
   return memory;
 }
 
@@ -59,7 +61,8 @@ bool HoldsTheBlock(const std::filesystem::path& path, std::uint64_t offset, int 
 
 /// Where the last block of the file starts.
 std::uint64_t LastBlock(int storageBytes) {
-  return GDataManager::headerSize + static_cast<std::uint64_t>(Blocks(storageBytes) - 1) * BlockBytes(storageBytes);
+  return GDataManager::headerSize +
+         static_cast<std::uint64_t>(Blocks(storageBytes) - 1) * BlockBytes(storageBytes);
 }
 
 /// Fills a new file in each iteration by `append`, which alone is measured.
@@ -94,7 +97,11 @@ void AcquisitionAppend(benchmark::State& state) {
     if (offset != LastBlock(storageBytes)) state.SkipWithError("a block was refused");
   });
 }
-BENCHMARK(AcquisitionAppend)->ArgName("bytes_a_sample")->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(AcquisitionAppend)
+    ->ArgName("bytes_a_sample")
+    ->Arg(1)
+    ->Arg(2)
+    ->Unit(benchmark::kMillisecond);
 
 /// The limit. The bytes are those that the writer would store as the last block, wherever they go.
 void AcquisitionMemcpyLimit(benchmark::State& state) {
@@ -117,7 +124,11 @@ void AcquisitionMemcpyLimit(benchmark::State& state) {
     benchmark::ClobberMemory();
   });
 }
-BENCHMARK(AcquisitionMemcpyLimit)->ArgName("bytes_a_sample")->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(AcquisitionMemcpyLimit)
+    ->ArgName("bytes_a_sample")
+    ->Arg(1)
+    ->Arg(2)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace utdata::bench

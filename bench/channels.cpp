@@ -17,7 +17,8 @@ Row ToRow(const Channel& channel) {
   for (std::size_t n = 0; n < Row::reals; ++n) row.real[n] = channel.*kReals[n];
   for (std::size_t n = 0; n < Row::texts; ++n) {
     const std::wstring& text = channel.*kTexts[n];
-    std::transform(text.begin(), text.end(), row.text[n], [](wchar_t c) { return static_cast<char>(c); });
+    std::transform(
+        text.begin(), text.end(), row.text[n], [](wchar_t c) { return static_cast<char>(c); });
   }
   return row;
 }
@@ -71,10 +72,12 @@ bool IsTheLoad(const std::vector<std::unique_ptr<Channel>>& loaded) {
 
 void PerGroup(benchmark::State& state) {
   state.counters["per_group"] = benchmark::Counter(
-      static_cast<double>(kGroups), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+      static_cast<double>(kGroups),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-Workplace::Workplace() : m_folder(std::filesystem::current_path() / ("utdata-bench-" + std::to_string(getpid()))) {
+Workplace::Workplace()
+    : m_folder(std::filesystem::current_path() / ("utdata-bench-" + std::to_string(getpid()))) {
   std::filesystem::remove_all(m_folder);
   std::filesystem::create_directory(m_folder);
 }

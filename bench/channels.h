@@ -1,4 +1,5 @@
-// The load that the container is measured with: channel records of 40 values each, and the same values as rows for its peers.
+// The load that the container is measured with: channel records of 40 values each, and the same
+// values as rows for its peers.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -25,7 +26,10 @@ inline constexpr std::array kWholes = {&Channel::channelId,
                                        &Channel::compression,
                                        &Channel::dacId,
                                        &Channel::color};
-inline constexpr std::array kFlags = {&Channel::tofd, &Channel::dacEnabled, &Channel::synchronised, &Channel::enabled};
+inline constexpr std::array kFlags = {&Channel::tofd,
+                                      &Channel::dacEnabled,
+                                      &Channel::synchronised,
+                                      &Channel::enabled};
 inline constexpr std::array kReals = {&Channel::gain,
                                       &Channel::referenceGain,
                                       &Channel::rangeStart,
@@ -82,7 +86,8 @@ bool IsTheLoad(const std::vector<std::unique_ptr<Channel>>& loaded);
 /// Reports the time of one of the load's groups beside that of an iteration.
 void PerGroup(benchmark::State& state);
 
-/// A folder of its own below the working directory (a real disk, not a memory file system), removed with its content at the end.
+/// A folder of its own below the working directory (a real disk, not a memory file system), removed
+/// with its content at the end.
 class Workplace {
  public:
   Workplace();

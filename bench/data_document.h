@@ -1,4 +1,5 @@
-// A host's document for benchmarks of data groups: a file set and a volume set, and no answer to any question.
+// A host's document for benchmarks of data groups: a file set and a volume set, and no answer to
+// any question.
 #pragma once
 
 #include "utdata/fset.h"
@@ -42,8 +43,12 @@ class DataDocument : public IGDataSupplier {
     return set.fset_AddGData(&record, nullptr, &volumes, 0);
   }
 
-  CVolumeSet volumes{this, unit_Generic, nullptr, unit_Generic, nullptr};  // outlives the items of the set
-  CFSet set{reinterpret_cast<CDocument*>(this)};                           // keeps its document without looking into it
+  CVolumeSet volumes{this,
+                     unit_Generic,
+                     nullptr,
+                     unit_Generic,
+                     nullptr};                    // outlives the items of the set
+  CFSet set{reinterpret_cast<CDocument*>(this)};  // keeps its document without looking into it
 };
 
 }  // namespace utdata::bench

@@ -1,4 +1,5 @@
-// The file set: adding, finding by ids, and querying beside a writer. Figures with a count of items are to be compared across counts.
+// The file set: adding, finding by ids, and querying beside a writer. Figures with a count of items
+// are to be compared across counts.
 #include <benchmark/benchmark.h>
 
 #include <atomic>
@@ -48,7 +49,8 @@ void FileSetAdd(benchmark::State& state) {
     state.ResumeTiming();
   }
   state.counters["item"] = benchmark::Counter(
-      static_cast<double>(count), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+      static_cast<double>(count),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(FileSetAdd)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
 
@@ -80,9 +82,11 @@ idata_typeId MatchedIds(std::uint32_t index) {
           .dataClass = index % 2 ? gdata_CScanPosition : gdata_CScanAmplitude};
 }
 
-/// What a damaged or hostile file may hold: ids that are the wildcard, in all but one place, and that one different in every group.
+/// What a damaged or hostile file may hold: ids that are the wildcard, in all but one place, and
+/// that one different in every group.
 idata_typeId WildIds(std::uint32_t index) {
-  idata_typeId id{fset_AnyId, fset_AnyId, fset_AnyId, fset_AnyId, gdata_CScanThickness, bookmark_None};
+  idata_typeId id{
+      fset_AnyId, fset_AnyId, fset_AnyId, fset_AnyId, gdata_CScanThickness, bookmark_None};
   if (index % 4 == 0) {
     id.bookmarkType = static_cast<eDataBookmarkType>(fset_AnyId);  // found by no look-up
   } else if (index % 4 == 1) {
@@ -96,9 +100,13 @@ idata_typeId WildIds(std::uint32_t index) {
   return id;
 }
 
-/// Time of one data group in a set of the given size. As many groups are added in every case, to as many sets as that takes, which all
-/// stay: the memory that items take, most of it fresh pages, counts alike.
-void AddData(benchmark::State& state, idata_typeId (*idsOf)(std::uint32_t), std::size_t masters, std::size_t partners) {
+/// Time of one data group in a set of the given size. As many groups are added in every case, to as
+/// many sets as that takes, which all stay: the memory that items take, most of it fresh pages,
+/// counts alike.
+void AddData(benchmark::State& state,
+             idata_typeId (*idsOf)(std::uint32_t),
+             std::size_t masters,
+             std::size_t partners) {
   constexpr std::size_t groups = 100'000;
   const auto count = static_cast<std::uint32_t>(state.range(0));
   for (auto _ : state) {
@@ -114,21 +122,27 @@ void AddData(benchmark::State& state, idata_typeId (*idsOf)(std::uint32_t), std:
       document.set.fset_GetMSCIDataLst(&ofMasters);
     }
     std::size_t matched = 0;
-    for (const CIData* item : items) matched += item->idata1_GetInfoRef()->GetMatchedCScan() != nullptr;
-    if (static_cast<std::size_t>(ofMasters.GetCount()) != groups * masters / 4 || matched != groups * partners)
+    for (const CIData* item : items)
+      matched += item->idata1_GetInfoRef()->GetMatchedCScan() != nullptr;
+    if (static_cast<std::size_t>(ofMasters.GetCount()) != groups * masters / 4 ||
+        matched != groups * partners)
       state.SkipWithError("other masters or partners than the groups have");
     documents.clear();
     state.ResumeTiming();
   }
   state.counters["group"] = benchmark::Counter(
-      static_cast<double>(groups), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+      static_cast<double>(groups),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void FileSetAddData(benchmark::State& state) { AddData(state, MatchedIds, 1, 1); }
 BENCHMARK(FileSetAddData)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
 
 void FileSetAddWildData(benchmark::State& state) { AddData(state, WildIds, 1, 0); }
-BENCHMARK(FileSetAddWildData)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(FileSetAddWildData)
+    ->RangeMultiplier(10)
+    ->Range(1000, 100000)
+    ->Unit(benchmark::kMillisecond);
 
 void FileSetFindData(benchmark::State& state) {
   const auto count = static_cast<std::uint32_t>(state.range(0));
@@ -146,11 +160,13 @@ void FileSetFindData(benchmark::State& state) {
       return state.SkipWithError("another item than the walk finds");
   }
   std::size_t next = 0;
-  for (auto _ : state) benchmark::DoNotOptimize(document.set.fset_GetIData(&wanted[next++ % wanted.size()]));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(document.set.fset_GetIData(&wanted[next++ % wanted.size()]));
 }
 BENCHMARK(FileSetFindData)->RangeMultiplier(10)->Range(1000, 100000);
 
-/// Eight readers; with an argument of 1 beside a writer that edits, adds and removes without a pause.
+/// Eight readers; with an argument of 1 beside a writer that edits, adds and removes without a
+/// pause.
 class Readers : public benchmark::Fixture {
  public:
   void SetUp(const benchmark::State& state) override {
@@ -194,6 +210,11 @@ BENCHMARK_DEFINE_F(Readers, FileSetQuery)(benchmark::State& state) {
   if (missed != 0) state.SkipWithError("a reader timed out");
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK_REGISTER_F(Readers, FileSetQuery)->ArgName("writer")->Arg(0)->Arg(1)->Threads(8)->UseRealTime();
+BENCHMARK_REGISTER_F(Readers, FileSetQuery)
+    ->ArgName("writer")
+    ->Arg(0)
+    ->Arg(1)
+    ->Threads(8)
+    ->UseRealTime();
 
 }  // namespace

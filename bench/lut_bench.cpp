@@ -1,5 +1,6 @@
-// 16-bit samples to display codes: the bulk conversion, beside a table read a sample and beside the limit, which only moves the same
-// bytes: the high byte of every sample, packed, with the same vectors. Sizes: in the first-level cache, in the second, in memory.
+// 16-bit samples to display codes: the bulk conversion, beside a table read a sample and beside the
+// limit, which only moves the same bytes: the high byte of every sample, packed, with the same
+// vectors. Sizes: in the first-level cache, in the second, in memory.
 
 #include <benchmark/benchmark.h>
 
@@ -39,10 +40,14 @@ void Count(benchmark::State& state, std::size_t samples) {
 }
 
 #if defined(UTDATA_BENCH_AVX2)
-__attribute__((target("avx2"))) void ShiftVectors(const std::uint16_t* in, std::size_t count, std::uint8_t* out) {
+__attribute__((target("avx2"))) void ShiftVectors(const std::uint16_t* in,
+                                                  std::size_t count,
+                                                  std::uint8_t* out) {
   for (std::size_t i = 0; i + 32 <= count; i += 32) {
-    const __m256i a = _mm256_srli_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i)), 8);
-    const __m256i b = _mm256_srli_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i + 16)), 8);
+    const __m256i a =
+        _mm256_srli_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i)), 8);
+    const __m256i b =
+        _mm256_srli_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i + 16)), 8);
     const __m256i packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8);
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), packed);
   }
@@ -74,7 +79,8 @@ void TableLoop(benchmark::State& state, kvt_enumDataType type, float minimum, fl
   const auto samples = RandomSamples(static_cast<std::size_t>(state.range(0)));
   std::vector<std::uint8_t> codes(samples.size());
   for (auto _ : state) {
-    for (std::size_t i = 0; i < samples.size(); ++i) codes[i] = table.Convert(static_cast<Sample>(samples[i]));
+    for (std::size_t i = 0; i < samples.size(); ++i)
+      codes[i] = table.Convert(static_cast<Sample>(samples[i]));
     benchmark::DoNotOptimize(codes.data());
     benchmark::ClobberMemory();
   }
@@ -90,30 +96,39 @@ void Block(benchmark::State& state, kvt_enumDataType type, float minimum, float 
   std::memcpy(samples.data(), raw.data(), raw.size() * sizeof(Sample));
   std::vector<std::uint8_t> codes(samples.size());
   for (auto _ : state) {
-    if (!table.ConvertBlock(samples.data(), samples.size(), codes.data())) state.SkipWithError("refused");
+    if (!table.ConvertBlock(samples.data(), samples.size(), codes.data()))
+      state.SkipWithError("refused");
     benchmark::DoNotOptimize(codes.data());
     benchmark::ClobberMemory();
   }
   for (std::size_t i = 0; i < samples.size(); ++i)
-    if (codes[i] != table.Convert(samples[i])) return state.SkipWithError("a code differs from the table's");
+    if (codes[i] != table.Convert(samples[i]))
+      return state.SkipWithError("a code differs from the table's");
   Count(state, samples.size());
 }
 
 template <class Sample>
 void BuildTable(benchmark::State& state, kvt_enumDataType type, float minimum, float maximum) {
   CRDataTypeDD descriptor = Descriptor(type, minimum, maximum);
-  for (auto _ : state) benchmark::DoNotOptimize(CLookUpTable(&descriptor, nullptr).Convert(Sample{1}));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(CLookUpTable(&descriptor, nullptr).Convert(Sample{1}));
 }
 
-void Sizes(benchmark::internal::Benchmark* bench) { bench->Arg(1 << 13)->Arg(1 << 19)->Arg(1 << 25); }
+void Sizes(benchmark::internal::Benchmark* bench) {
+  bench->Arg(1 << 13)->Arg(1 << 19)->Arg(1 << 25);
+}
 
 BENCHMARK(Limit)->Name("codes/shift_and_pack_limit")->Apply(Sizes);
 template <class Sample>
 void Register(const std::string& kind, kvt_enumDataType type, float minimum, float maximum) {
-  benchmark::RegisterBenchmark(("codes/table_loop/" + kind).c_str(), TableLoop<Sample>, type, minimum, maximum)
+  benchmark::RegisterBenchmark(
+      ("codes/table_loop/" + kind).c_str(), TableLoop<Sample>, type, minimum, maximum)
       ->Apply(Sizes);
-  benchmark::RegisterBenchmark(("codes/block/" + kind).c_str(), Block<Sample>, type, minimum, maximum)->Apply(Sizes);
-  benchmark::RegisterBenchmark(("codes/build_table/" + kind).c_str(), BuildTable<Sample>, type, minimum, maximum);
+  benchmark::RegisterBenchmark(
+      ("codes/block/" + kind).c_str(), Block<Sample>, type, minimum, maximum)
+      ->Apply(Sizes);
+  benchmark::RegisterBenchmark(
+      ("codes/build_table/" + kind).c_str(), BuildTable<Sample>, type, minimum, maximum);
 }
 
 const bool isRegistered = [] {

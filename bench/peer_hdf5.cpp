@@ -1,4 +1,5 @@
-// The same load in a general scientific container: a group per channel, its values as 40 attributes or as one compound attribute.
+// The same load in a general scientific container: a group per channel, its values as 40 attributes
+// or as one compound attribute.
 #ifdef UTDATA_BENCH_PEERS
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -22,9 +23,11 @@ struct Value {
 
 std::vector<Value> Values(hid_t textType) {
   std::vector<Value> values;
-  const auto add = [&](const char* prefix, std::size_t count, std::size_t from, std::size_t size, hid_t type) {
-    for (std::size_t n = 0; n < count; ++n) values.push_back({prefix + std::to_string(n), type, from + n * size});
-  };
+  const auto add =
+      [&](const char* prefix, std::size_t count, std::size_t from, std::size_t size, hid_t type) {
+        for (std::size_t n = 0; n < count; ++n)
+          values.push_back({prefix + std::to_string(n), type, from + n * size});
+      };
   add("whole", Row::wholes, offsetof(Row, whole), sizeof(std::uint32_t), H5T_NATIVE_UINT32);
   add("real", Row::reals, offsetof(Row, real), sizeof(float), H5T_NATIVE_FLOAT);
   add("text", Row::texts, offsetof(Row, text), Row::textSize, textType);
@@ -69,11 +72,14 @@ bool WriteGroupsTo(const fs::path& path, const std::vector<Row>& rows, bool asCo
       H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT),
       [&](hid_t file, const std::vector<Value>& values, hid_t compound) {
         for (std::size_t n = 0; n < rows.size(); ++n) {
-          const Id group(H5Gcreate2(file, std::to_string(n).c_str(), H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT), H5Gclose);
+          const Id group(
+              H5Gcreate2(file, std::to_string(n).c_str(), H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT),
+              H5Gclose);
           if (asCompound && !WriteValue(group, "record", compound, scalar, &rows[n])) return false;
           for (std::size_t v = 0; !asCompound && v < values.size(); ++v) {
             const auto* bytes = reinterpret_cast<const char*>(&rows[n]) + values[v].offset;
-            if (!WriteValue(group, values[v].name.c_str(), values[v].type, scalar, bytes)) return false;
+            if (!WriteValue(group, values[v].name.c_str(), values[v].type, scalar, bytes))
+              return false;
           }
         }
         return true;
@@ -94,7 +100,8 @@ std::vector<std::unique_ptr<Channel>> LoadGroupsFrom(const fs::path& path, bool 
                 if (asCompound && !ReadValue(group, "record", compound, &row)) return false;
                 for (std::size_t v = 0; !asCompound && v < values.size(); ++v) {
                   auto* bytes = reinterpret_cast<char*>(&row) + values[v].offset;
-                  if (!ReadValue(group, values[v].name.c_str(), values[v].type, bytes)) return false;
+                  if (!ReadValue(group, values[v].name.c_str(), values[v].type, bytes))
+                    return false;
                 }
                 channels.push_back(FromRow(row));
               }

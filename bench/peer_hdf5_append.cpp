@@ -1,4 +1,5 @@
-// The blocks of an acquisition appended to a chunked data set of a general scientific container, a chunk a block.
+// The blocks of an acquisition appended to a chunked data set of a general scientific container, a
+// chunk a block.
 #ifdef UTDATA_BENCH_PEERS
 #include <filesystem>
 
@@ -40,7 +41,8 @@ bool HoldsTheBlock(hid_t data, std::int64_t block, const std::vector<std::int32_
   std::vector<std::int32_t> stored(samples.size());
   const Id inFile(BlockSpace(data, block), H5Sclose);
   const Id inMemory(H5Screate_simple(2, kBlock, nullptr), H5Sclose);
-  return H5Dread(data, H5T_NATIVE_INT32, inMemory, inFile, H5P_DEFAULT, stored.data()) >= 0 && stored == samples;
+  return H5Dread(data, H5T_NATIVE_INT32, inMemory, inFile, H5P_DEFAULT, stored.data()) >= 0 &&
+         stored == samples;
 }
 
 void Hdf5Append(benchmark::State& state) {
@@ -55,7 +57,8 @@ void Hdf5Append(benchmark::State& state) {
       const Id data(NewDataSet(file, storageBytes == 1 ? H5T_STD_U8LE : H5T_STD_U16LE), H5Dclose);
       state.ResumeTiming();
       bool done = true;
-      for (std::int64_t n = 0; n < Blocks(storageBytes); ++n) done = done && Append(data, n, samples);
+      for (std::int64_t n = 0; n < Blocks(storageBytes); ++n)
+        done = done && Append(data, n, samples);
       H5Dflush(data);  // the last blocks may still be in the container's own memory
       state.PauseTiming();
       if (!done || !HoldsTheBlock(data, Blocks(storageBytes) - 1, samples))

@@ -18,7 +18,9 @@ constexpr int kColumns = static_cast<int>(Row::wholes + Row::reals + Row::texts)
 template <class Use>
 bool WithStatement(sqlite3* database, const std::string& text, Use use) {
   sqlite3_stmt* statement = nullptr;
-  const bool done = sqlite3_prepare_v2(database, text.c_str(), -1, &statement, nullptr) == SQLITE_OK && use(statement);
+  const bool done =
+      sqlite3_prepare_v2(database, text.c_str(), -1, &statement, nullptr) == SQLITE_OK &&
+      use(statement);
   sqlite3_finalize(statement);
   return done;
 }
@@ -45,8 +47,8 @@ bool WriteRows(const fs::path& path, const std::vector<Row>& rows) {
   }
   sqlite3* database = nullptr;
   const bool done = sqlite3_open(path.c_str(), &database) == SQLITE_OK &&
-                    Execute(database, "PRAGMA synchronous = FULL") && Execute(database, (create + ")").c_str()) &&
-                    Execute(database, "BEGIN") &&
+                    Execute(database, "PRAGMA synchronous = FULL") &&
+                    Execute(database, (create + ")").c_str()) && Execute(database, "BEGIN") &&
                     WithStatement(database,
                                   insert + ")",
                                   [&](sqlite3_stmt* statement) {
@@ -62,10 +64,14 @@ bool WriteRows(const fs::path& path, const std::vector<Row>& rows) {
 Row ReadRow(sqlite3_stmt* statement) {
   Row row{};
   int column = 0;
-  for (std::uint32_t& value : row.whole) value = static_cast<std::uint32_t>(sqlite3_column_int64(statement, column++));
-  for (float& value : row.real) value = static_cast<float>(sqlite3_column_double(statement, column++));
+  for (std::uint32_t& value : row.whole)
+    value = static_cast<std::uint32_t>(sqlite3_column_int64(statement, column++));
+  for (float& value : row.real)
+    value = static_cast<float>(sqlite3_column_double(statement, column++));
   for (auto& text : row.text) {
-    std::strncpy(text, reinterpret_cast<const char*>(sqlite3_column_text(statement, column++)), Row::textSize - 1);
+    std::strncpy(text,
+                 reinterpret_cast<const char*>(sqlite3_column_text(statement, column++)),
+                 Row::textSize - 1);
   }
   return row;
 }
@@ -87,16 +93,19 @@ void SqliteWrite(benchmark::State& state) {
   const Workplace workplace;
   const auto rows = Rows();
   for (auto _ : state) {
-    if (!WriteRows(workplace.File("load.db"), rows)) return state.SkipWithError("the database cannot be written");
+    if (!WriteRows(workplace.File("load.db"), rows))
+      return state.SkipWithError("the database cannot be written");
   }
-  if (!IsTheLoad(LoadRows(workplace.File("load.db")))) state.SkipWithError("what was written is not the load");
+  if (!IsTheLoad(LoadRows(workplace.File("load.db"))))
+    state.SkipWithError("what was written is not the load");
   PerGroup(state);
 }
 BENCHMARK(SqliteWrite)->Unit(benchmark::kMillisecond);
 
 void SqliteLoad(benchmark::State& state) {
   const Workplace workplace;
-  if (!WriteRows(workplace.File("load.db"), Rows()) || !IsTheLoad(LoadRows(workplace.File("load.db")))) {
+  if (!WriteRows(workplace.File("load.db"), Rows()) ||
+      !IsTheLoad(LoadRows(workplace.File("load.db")))) {
     return state.SkipWithError("what was written is not the load");
   }
   for (auto _ : state) {

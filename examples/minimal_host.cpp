@@ -1,5 +1,5 @@
-// A whole host, small: loads an inspection with its companions, makes data items of its data groups, attaches their samples, and tells
-// what is there, in millimetres.
+// A whole host, small: loads an inspection with its companions, makes data items of its data
+// groups, attaches their samples, and tells what is there, in millimetres.
 //   minimal_host FILE
 #include <cstdint>
 #include <cstdio>
@@ -15,7 +15,8 @@
 #include "utdata/tablefactory.h"
 #include "utdata/vset.h"
 
-// One opened inspection; the library knows the class by this name. What refers to something stands behind it, and so goes first.
+// One opened inspection; the library knows the class by this name. What refers to something stands
+// behind it, and so goes first.
 class CDocument final : public IGDataSupplier {
  public:
   explicit CDocument(CFContTypeFileDescr& groups) : m_groups(groups) {
@@ -27,7 +28,8 @@ class CDocument final : public IGDataSupplier {
   CVolumeSet* GetVolumeSet() override { return &m_volumes; }
   CFContTypeFileDescr* GetFileDescriptor() override { return &m_groups; }
   void OnDataGroupAdded(std::int32_t) override {}
-  void HandleParameterRequest(PellamServiceParam&, std::int32_t) override {}  // no parameter database: presets stay
+  void HandleParameterRequest(PellamServiceParam&, std::int32_t) override {
+  }  // no parameter database: presets stay
   void OnParametersChanged() override {}
 
  private:
@@ -50,7 +52,8 @@ static void Tell(CIData& item) {
   std::wstring label, idLabel;
   item.idata3_GetChannelIdName(&label, &idLabel, 0);
   const CUnit* millimetres = item.idata3_GetUnit(kvt_AxisColumn, unit_Length, unit_Millimetre);
-  const double last = item.idata3_GetColOffs() + (item.idata3_GetColQty() - 1) * item.idata3_GetColResol();
+  const double last =
+      item.idata3_GetColOffs() + (item.idata3_GetColQty() - 1) * item.idata3_GetColResol();
   std::printf("%ls class %u: %u columns up to %g mm, %u rows, samples %s\n",
               label.c_str(),
               static_cast<unsigned>(item.idata3_GetDataId()),

@@ -1,4 +1,5 @@
-// The acquisition data model: what an acquisition hands to the writer of acquisition files, and how much room it will need.
+// The acquisition data model: what an acquisition hands to the writer of acquisition files, and how
+// much room it will need.
 //
 // Descriptions are plain values. No lock: one thread at a time, or several that only read.
 #pragma once
@@ -21,7 +22,9 @@ class Axis {
   /// @param resolution   distance between neighbours, in metres or seconds
   /// @param offset       of the first position, in the same unit
   explicit Axis(std::int32_t discreteSize = 0, double resolution = 1, double offset = 0)
-      : m_discreteSize(discreteSize < 0 ? 0 : discreteSize), m_resolution(resolution), m_offset(offset) {}
+      : m_discreteSize(discreteSize < 0 ? 0 : discreteSize),
+        m_resolution(resolution),
+        m_offset(offset) {}
 
   [[nodiscard]] std::int32_t DiscreteSize() const { return m_discreteSize; }
   [[nodiscard]] double Resolution() const { return m_resolution; }
@@ -38,13 +41,15 @@ class Patch {
  public:
   using Box = Eigen::AlignedBox<int, 2>;
 
-  /// @param grid its corners are the first and last cell in each dimension, both inside; of any sign
+  /// @param grid its corners are the first and last cell in each dimension, both inside; of any
+  ///   sign
   explicit Patch(const Box& grid = Box()) : m_grid(grid) {}
 
   [[nodiscard]] const Box& Grid() const { return m_grid; }
   /// Cells along a dimension (0 or 1): last - first + 1; 0 for an empty box.
   [[nodiscard]] std::uint64_t CellQuantity(int dimension) const {
-    const std::int64_t cells = std::int64_t{m_grid.max()[dimension]} - std::int64_t{m_grid.min()[dimension]} + 1;
+    const std::int64_t cells =
+        std::int64_t{m_grid.max()[dimension]} - std::int64_t{m_grid.min()[dimension]} + 1;
     return cells > 0 ? static_cast<std::uint64_t>(cells) : 0;
   }
 
@@ -94,7 +99,8 @@ class IPatchBuffer {
   virtual ~IPatchBuffer() = default;
   [[nodiscard]] virtual const DataDescriptor& GetDescriptor() const = 0;
   [[nodiscard]] virtual const Aurelis::Patch& GetPatch() const = 0;
-  /// The record of a cell. Indices count from 0 wherever the grid's corners are; the reference holds until the buffer changes.
+  /// The record of a cell. Indices count from 0 wherever the grid's corners are; the reference
+  /// holds until the buffer changes.
   [[nodiscard]] virtual const Cell& GetCell(std::uint32_t first, std::uint32_t second) const = 0;
 };
 
@@ -112,12 +118,16 @@ class UTDATA_API MemoryData {
   virtual ~MemoryData();
 
   /// Announces `blocks` A-scan blocks of a patch.
-  void AddAscanBlocks(const Patch& patch, const Ultrasound::AscanDataDescriptor& descriptor, std::uint64_t blocks = 1);
-  /// Announces `blocks` C-scan blocks of a patch; each field of the records that is saved is a block.
+  void AddAscanBlocks(const Patch& patch,
+                      const Ultrasound::AscanDataDescriptor& descriptor,
+                      std::uint64_t blocks = 1);
+  /// Announces `blocks` C-scan blocks of a patch; each field of the records that is saved is a
+  /// block.
   void AddCscanBlocks(const Patch& patch, std::uint64_t blocks = 1);
 
-  /// Bytes of the file that holds everything announced, in any order, with an A-scan in every cell: the header area, and each block
-  /// with its index table and padding. The largest number when that is more than 64 bits hold.
+  /// Bytes of the file that holds everything announced, in any order, with an A-scan in every cell:
+  /// the header area, and each block with its index table and padding. The largest number when that
+  /// is more than 64 bits hold.
   [[nodiscard]] virtual std::uint64_t EstimateDataFileSize() const;
 
  private:
@@ -132,20 +142,24 @@ namespace Instrumentation {
 class UTDATA_API IAscan {
  public:
   virtual ~IAscan();
-  /// The samples, one in 4 bytes; as many as the descriptor of the buffer that holds the A-scan says.
+  /// The samples, one in 4 bytes; as many as the descriptor of the buffer that holds the A-scan
+  /// says.
   [[nodiscard]] virtual const std::int32_t* GetSamples() const = 0;
 };
 
 }  // namespace Instrumentation
 
-// ------------------------------------------------------------------------------------------------------------- in memory
+// -------------------------------------------------------------------------------------------------
+// in memory
 
 namespace utdata {
 
 using CscanRecord = Aurelis::Ultrasound::_CscanData<int, int>;
-using AscanPatchBuffer = Aurelis::Ultrasound::IPatchBuffer<Aurelis::Ultrasound::AscanDataDescriptor,
-                                                           std::shared_ptr<Instrumentation::IAscan>>;
-using CscanPatchBuffer = Aurelis::Ultrasound::IPatchBuffer<Aurelis::Ultrasound::CscanDataDescriptor, CscanRecord>;
+using AscanPatchBuffer =
+    Aurelis::Ultrasound::IPatchBuffer<Aurelis::Ultrasound::AscanDataDescriptor,
+                                      std::shared_ptr<Instrumentation::IAscan>>;
+using CscanPatchBuffer =
+    Aurelis::Ultrasound::IPatchBuffer<Aurelis::Ultrasound::CscanDataDescriptor, CscanRecord>;
 
 /// An A-scan that owns its samples.
 class UTDATA_API MemoryAscan final : public Instrumentation::IAscan {
@@ -158,7 +172,8 @@ class UTDATA_API MemoryAscan final : public Instrumentation::IAscan {
   std::vector<std::int32_t> m_samples;
 };
 
-/// A patch buffer that keeps a record for every cell. REQUIRES: the patch has fewer cells than memory holds.
+/// A patch buffer that keeps a record for every cell. REQUIRES: the patch has fewer cells than
+/// memory holds.
 template <class DataDescriptor, class Cell>
 class MemoryPatchBuffer : public Aurelis::Ultrasound::IPatchBuffer<DataDescriptor, Cell> {
  public:
@@ -174,7 +189,9 @@ class MemoryPatchBuffer : public Aurelis::Ultrasound::IPatchBuffer<DataDescripto
     return m_cells[second * m_columns + first];
   }
   /// REQUIRES: first and second are below the patch's cell quantities.
-  [[nodiscard]] Cell& Record(std::uint32_t first, std::uint32_t second) { return m_cells[second * m_columns + first]; }
+  [[nodiscard]] Cell& Record(std::uint32_t first, std::uint32_t second) {
+    return m_cells[second * m_columns + first];
+  }
 
  private:
   DataDescriptor m_descriptor;
@@ -185,17 +202,20 @@ class MemoryPatchBuffer : public Aurelis::Ultrasound::IPatchBuffer<DataDescripto
 
 /// The A-scans of a patch in memory; cells are empty until they are set.
 class UTDATA_API MemoryAscanPatchBuffer final
-    : public MemoryPatchBuffer<Aurelis::Ultrasound::AscanDataDescriptor, std::shared_ptr<Instrumentation::IAscan>> {
+    : public MemoryPatchBuffer<Aurelis::Ultrasound::AscanDataDescriptor,
+                               std::shared_ptr<Instrumentation::IAscan>> {
  public:
   using MemoryPatchBuffer::MemoryPatchBuffer;
   /// Puts an A-scan into a cell.
-  /// @return false, and nothing changes, when it has not the number of samples that the descriptor says or there is no such cell
+  /// @return false, and nothing changes, when it has not the number of samples that the descriptor
+  ///   says or there is no such cell
   bool SetAscan(std::uint32_t first, std::uint32_t second, std::vector<std::int32_t> samples);
   /// Empties a cell. REQUIRES: first and second are below the patch's cell quantities.
   void ClearAscan(std::uint32_t first, std::uint32_t second) { Record(first, second).reset(); }
 };
 
 /// The C-scan records of a patch in memory, all zero at first.
-using MemoryCscanPatchBuffer = MemoryPatchBuffer<Aurelis::Ultrasound::CscanDataDescriptor, CscanRecord>;
+using MemoryCscanPatchBuffer =
+    MemoryPatchBuffer<Aurelis::Ultrasound::CscanDataDescriptor, CscanRecord>;
 
 }  // namespace utdata

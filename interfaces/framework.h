@@ -1,8 +1,8 @@
-// The framework that the exported classes stand on: a root object class with run-time class records and diagnostics, an ordered
-// list with stable positions, and the plain debug assertion.
+// The framework that the exported classes stand on: a root object class with run-time class records
+// and diagnostics, an ordered list with stable positions, and the plain debug assertion.
 //
-// Objects and lists take no lock: an object may be used by one thread at a time unless its own class says more. The report
-// functions may be called from any thread.
+// Objects and lists take no lock: an object may be used by one thread at a time unless its own
+// class says more. The report functions may be called from any thread.
 #pragma once
 
 #include <cstddef>
@@ -19,17 +19,19 @@
 class CObject;
 class CArchive;
 
-/// What is known of a class at run time. One constant record per class; records are compared by address.
+/// What is known of a class at run time. One constant record per class; records are compared by
+/// address.
 struct CRuntimeClass {
-  const char* className;   ///< name as written in the source
-  std::size_t objectSize;  ///< bytes of one object
-  CObject* (
-      *createObject)();  ///< makes a default object on the heap, owned by the caller; null when the class offers none
+  const char* className;       ///< name as written in the source
+  std::size_t objectSize;      ///< bytes of one object
+  CObject* (*createObject)();  ///< makes a default object on the heap, owned by the caller; null
+                               ///< when the class offers none
   const CRuntimeClass* baseClass;  ///< record of the base class; null for CObject
 
   /// Whether this is `other`'s record or that of a class derived from it.
   [[nodiscard]] UTDATA_API bool IsDerivedFrom(const CRuntimeClass* other) const noexcept;
-  /// A new default object owned by the caller, or null when the class cannot be created at run time.
+  /// A new default object owned by the caller, or null when the class cannot be created at run
+  /// time.
   [[nodiscard]] UTDATA_API CObject* CreateObject() const;
 };
 
@@ -44,8 +46,8 @@ class UTDATA_API CDumpContext {
   std::wstring m_text;
 };
 
-/// Root of every class that carries a run-time class record. The order of the virtual operations is fixed: run-time class,
-/// destructor, serialisation, AssertValid, Dump.
+/// Root of every class that carries a run-time class record. The order of the virtual operations is
+/// fixed: run-time class, destructor, serialisation, AssertValid, Dump.
 class UTDATA_API CObject {
  public:
   static const CRuntimeClass classCObject;
@@ -53,9 +55,10 @@ class UTDATA_API CObject {
   virtual const CRuntimeClass* GetRuntimeClass() const;
   virtual ~CObject();
   virtual void Serialize(CArchive& archive);  ///< nothing here and in no class of this library
-  virtual void AssertValid() const;  ///< reports an assertion for every invariant that is broken; the root has none
-  virtual void Dump(
-      CDumpContext& context) const;  ///< writes the class and, in derived classes, the fields worth seeing
+  virtual void AssertValid()
+      const;  ///< reports an assertion for every invariant that is broken; the root has none
+  virtual void Dump(CDumpContext& context)
+      const;  ///< writes the class and, in derived classes, the fields worth seeing
 
   /// Whether the object's class is `runtimeClass` or derives from it.
   [[nodiscard]] bool IsKindOf(const CRuntimeClass* runtimeClass) const;
@@ -75,7 +78,8 @@ class UTDATA_API CObject {
   static const CRuntimeClass class##Class; \
   const CRuntimeClass* GetRuntimeClass() const override;
 
-/// In the class's source file: defines the record. DYNCREATE also lets the class be created through it.
+/// In the class's source file: defines the record. DYNCREATE also lets the class be created through
+/// it.
 #define IMPLEMENT_RUNTIMECLASS(Class, Base, create)                                               \
   const CRuntimeClass Class::class##Class = {#Class, sizeof(Class), create, RUNTIME_CLASS(Base)}; \
   const CRuntimeClass* Class::GetRuntimeClass() const { return RUNTIME_CLASS(Class); }
@@ -84,7 +88,8 @@ class UTDATA_API CObject {
   IMPLEMENT_RUNTIMECLASS(                \
       Class, Base, +[]() -> CObject* { return new Class; })
 
-// ---------------------------------------------------------------------------------------------------------------- reports
+// -------------------------------------------------------------------------------------------------
+// reports
 
 namespace utdata {
 
@@ -102,19 +107,24 @@ struct Report {
 
 enum class ReportAnswer {
   Continue,
-  Break  ///< stop in the debugger; without an attached debugger, or in a build without checks, the program goes on
+  Break  ///< stop in the debugger; without an attached debugger, or in a build without checks, the
+         ///< program goes on
 };
 
-/// Receives reports; called by the thread that reports, one call at a time. What is reported while a sink runs, by that same thread,
-/// goes to the default receiver, and so does a report whose sink throws.
+/// Receives reports; called by the thread that reports, one call at a time. What is reported while
+/// a sink runs, by that same thread, goes to the default receiver, and so does a report whose sink
+/// throws.
 using ReportSink = std::function<ReportAnswer(const Report&)>;
 
-/// Replaces the receiver of reports and returns the one before, which no other thread is in any more. An empty sink restores the
-/// default, which writes one line to the standard error stream in checked builds (UTDATA_CHECKED) and nothing otherwise.
+/// Replaces the receiver of reports and returns the one before, which no other thread is in any
+/// more. An empty sink restores the default, which writes one line to the standard error stream in
+/// checked builds (UTDATA_CHECKED) and nothing otherwise.
 UTDATA_API ReportSink SetReportSink(ReportSink sink);
 
 /// Raises a plain assertion report. Never throws, never stops the program.
-UTDATA_API void ReportAssertion(const char* file, unsigned line, std::wstring_view text = {}) noexcept;
+UTDATA_API void ReportAssertion(const char* file,
+                                unsigned line,
+                                std::wstring_view text = {}) noexcept;
 
 /// Sends a debug message to the receiver of reports.
 UTDATA_API void DebugTrace(std::wstring_view message) noexcept;
@@ -122,8 +132,8 @@ UTDATA_API void DebugTrace(std::wstring_view message) noexcept;
 /// Runs the object's self-check; a missing object is itself an assertion, at the caller's place.
 UTDATA_API void AssertValidObject(const CObject* object, const char* file, unsigned line);
 
-/// Wide text from narrow text that is meant to be UTF-8: each byte that is not part of a character becomes U+FFFD. Null gives an
-/// empty text.
+/// Wide text from narrow text that is meant to be UTF-8: each byte that is not part of a character
+/// becomes U+FFFD. Null gives an empty text.
 [[nodiscard]] UTDATA_API std::wstring WideFromNarrow(const char* text);
 /// UTF-8 of a wide text; what is not a character becomes U+FFFD.
 [[nodiscard]] UTDATA_API std::string NarrowFromWide(std::wstring_view text);
@@ -131,19 +141,21 @@ UTDATA_API void AssertValidObject(const CObject* object, const char* file, unsig
 }  // namespace utdata
 
 /// The plain debug assertion: reports the place of a condition that does not hold, then goes on.
-#define UTDATA_ASSERT(condition) ((condition) ? static_cast<void>(0) : ::utdata::ReportAssertion(__FILE__, __LINE__))
+#define UTDATA_ASSERT(condition) \
+  ((condition) ? static_cast<void>(0) : ::utdata::ReportAssertion(__FILE__, __LINE__))
 /// Checks an object through AssertValid.
 #define UTDATA_ASSERT_VALID(object) ::utdata::AssertValidObject(object, __FILE__, __LINE__)
 
-// ------------------------------------------------------------------------------------------------------------------- list
+// -------------------------------------------------------------------------------------------------
+// list
 
 /// A place in a CList; stays valid while other elements come and go. Null means "no place".
 struct CListPosition;
 using POSITION = CListPosition*;
 
-/// Ordered, doubly linked list of values, usually pointers it does not own. Nodes are allocated in blocks of `blockSize`; the
-/// blocks are kept for reuse until the list is destroyed or cleared. Copying a list is forbidden; moving is too, so that positions
-/// never change their list.
+/// Ordered, doubly linked list of values, usually pointers it does not own. Nodes are allocated in
+/// blocks of `blockSize`; the blocks are kept for reuse until the list is destroyed or cleared.
+/// Copying a list is forbidden; moving is too, so that positions never change their list.
 template <class Value>
 class CList {
   struct Node {
@@ -215,10 +227,12 @@ class CList {
   POSITION AddTail(Value value) { return Link(m_tail, nullptr, std::move(value)); }
   /// Inserts beside `position`; a null position means before the head, or after the tail.
   POSITION InsertBefore(POSITION position, Value value) {
-    return position ? Link(ToNode(position)->previous, ToNode(position), std::move(value)) : AddHead(std::move(value));
+    return position ? Link(ToNode(position)->previous, ToNode(position), std::move(value))
+                    : AddHead(std::move(value));
   }
   POSITION InsertAfter(POSITION position, Value value) {
-    return position ? Link(ToNode(position), ToNode(position)->next, std::move(value)) : AddTail(std::move(value));
+    return position ? Link(ToNode(position), ToNode(position)->next, std::move(value))
+                    : AddTail(std::move(value));
   }
 
   /// Removes one element. REQUIRES: `position` is a place of this list.
@@ -246,15 +260,23 @@ class CList {
 
   [[nodiscard]] POSITION GetHeadPosition() const noexcept { return ToPosition(m_head); }
   [[nodiscard]] POSITION GetTailPosition() const noexcept { return ToPosition(m_tail); }
-  /// The element at `position`, which moves on to the next (or previous) place. REQUIRES: `position` is not null.
+  /// The element at `position`, which moves on to the next (or previous) place. REQUIRES:
+  /// `position` is not null.
   [[nodiscard]] Value& GetNext(POSITION& position) { return Step(position, &Node::next)->value; }
-  [[nodiscard]] const Value& GetNext(POSITION& position) const { return Step(position, &Node::next)->value; }
-  [[nodiscard]] Value& GetPrev(POSITION& position) { return Step(position, &Node::previous)->value; }
-  [[nodiscard]] const Value& GetPrev(POSITION& position) const { return Step(position, &Node::previous)->value; }
+  [[nodiscard]] const Value& GetNext(POSITION& position) const {
+    return Step(position, &Node::next)->value;
+  }
+  [[nodiscard]] Value& GetPrev(POSITION& position) {
+    return Step(position, &Node::previous)->value;
+  }
+  [[nodiscard]] const Value& GetPrev(POSITION& position) const {
+    return Step(position, &Node::previous)->value;
+  }
   [[nodiscard]] Value& GetAt(POSITION position) { return ToNode(position)->value; }
   [[nodiscard]] const Value& GetAt(POSITION position) const { return ToNode(position)->value; }
 
-  /// The place of the first element equal to `value`, searched from the head or from after `startAfter`; null when there is none.
+  /// The place of the first element equal to `value`, searched from the head or from after
+  /// `startAfter`; null when there is none.
   [[nodiscard]] POSITION Find(const Value& value, POSITION startAfter = nullptr) const {
     for (Node* node = startAfter ? ToNode(startAfter)->next : m_head; node; node = node->next)
       if (node->value == value) return ToPosition(node);

@@ -1,11 +1,13 @@
-// The file-format layer: inspection files as trees of groups and items, and the families of group descriptors.
+// The file-format layer: inspection files as trees of groups and items, and the families of group
+// descriptors.
 //
-// A file is read-only in memory once it is open: groups and items of what was committed never change under their handles. Writing
-// gathers new top groups beside them and file_Commit makes those visible in one step, or not at all. Nothing written is ever
-// rewritten. A file handle and the groups under it may be used by one thread at a time; different file handles are independent.
+// A file is read-only in memory once it is open: groups and items of what was committed never
+// change under their handles. Writing gathers new top groups beside them and file_Commit makes
+// those visible in one step, or not at all. Nothing written is ever rewritten. A file handle and
+// the groups under it may be used by one thread at a time; different file handles are independent.
 //
-// Every function that returns int returns 0 (status_Ok) or one of the statuses below and never throws. What went wrong last is told
-// in words by file_LastError.
+// Every function that returns int returns 0 (status_Ok) or one of the statuses below and never
+// throws. What went wrong last is told in words by file_LastError.
 #pragma once
 
 #include <cstddef>
@@ -34,14 +36,16 @@ enum Status : int {
   status_ReadOnly,        ///< the file was opened for reading only
   status_BadText,         ///< a text holds something that is not a character
   status_BufferTooSmall,  ///< the caller's buffer does not hold the value
-  status_TooLarge,        ///< a limit of the format (depth, name, count, size), or more than the machine's memory
+  status_TooLarge,        ///< a limit of the format (depth, name, count, size), or more than the
+                          ///< machine's memory
   status_Stopped          ///< the caller's progress function asked to stop
 };
 
 /// A few English words for a status.
 [[nodiscard]] UTDATA_API const char* file_StatusText(int status) noexcept;
 
-/// What went wrong in the last call of this thread that failed: the file, what failed and why, in one line of UTF-8.
+/// What went wrong in the last call of this thread that failed: the file, what failed and why, in
+/// one line of UTF-8.
 [[nodiscard]] UTDATA_API std::string file_LastError();
 
 /// Value types of items.
@@ -63,7 +67,8 @@ enum ValueType : std::uint8_t {
 /// Kinds of items.
 enum ItemKind : std::uint32_t { kind_Group = 0, kind_Value = 1 };
 
-/// Called once per process before anything else. This layer needs no callbacks: all must be null, else status_BadArgument.
+/// Called once per process before anything else. This layer needs no callbacks: all must be null,
+/// else status_BadArgument.
 UTDATA_API int file_Init(LockCallback lock,
                          LockCallback unlock,
                          AllocCallback alloc,
@@ -71,44 +76,53 @@ UTDATA_API int file_Init(LockCallback lock,
                          ErrorCallback error,
                          ProgressCallback progress);
 
-/// Opens an existing file for reading and, where the file allows it, later writing. Reads and checks all metadata; sample blocks are
-/// not touched. `file` is set only on success and is closed with file_Close.
+/// Opens an existing file for reading and, where the file allows it, later writing. Reads and
+/// checks all metadata; sample blocks are not touched. `file` is set only on success and is closed
+/// with file_Close.
 UTDATA_API int file_Open(const wchar_t* path, FileHandle* file);
 /// As file_Open, but never for writing: takes no lock, and a write answers status_ReadOnly.
 UTDATA_API int file_OpenReadOnly(const wchar_t* path, FileHandle* file);
 
-/// A new empty file; status_Exists when the name is taken, now or when the first commit comes. The file is written beside its name
-/// (with ".part" added) and takes the name with its first commit; closed before that, it leaves nothing behind. A second creation
-/// of the same name before then answers status_Locked.
+/// A new empty file; status_Exists when the name is taken, now or when the first commit comes. The
+/// file is written beside its name (with ".part" added) and takes the name with its first commit;
+/// closed before that, it leaves nothing behind. A second creation of the same name before then
+/// answers status_Locked.
 UTDATA_API int file_Create(const wchar_t* path, FileHandle* file);
-/// As file_Create, but an existing file of that name is replaced, in one step, by the first commit; until then it is untouched.
+/// As file_Create, but an existing file of that name is replaced, in one step, by the first commit;
+/// until then it is untouched.
 UTDATA_API int file_CreateEx(const wchar_t* path, FileHandle* file);
 
-/// Makes everything written since the last commit part of the file: data first, then the commit record, each on the medium before
-/// the next, so that a crash leaves the file with all of it or none. Fails without changing the file when any write since the last
-/// commit failed; what was gathered is then dropped. Nothing to do is a success. Groups made before the commit stay readable.
+/// Makes everything written since the last commit part of the file: data first, then the commit
+/// record, each on the medium before the next, so that a crash leaves the file with all of it or
+/// none. Fails without changing the file when any write since the last commit failed; what was
+/// gathered is then dropped. Nothing to do is a success. Groups made before the commit stay
+/// readable.
 UTDATA_API int file_Commit(FileHandle file);
 
-/// Drops everything written since the last commit and gives the writer's lock up; the groups made since then are empty from now on.
-/// Nothing to drop is a success.
+/// Drops everything written since the last commit and gives the writer's lock up; the groups made
+/// since then are empty from now on. Nothing to drop is a success.
 UTDATA_API int file_Discard(FileHandle file);
 
-/// Closes the file, its groups and the views mapped from it. What was not committed is dropped. Null is status_BadArgument.
+/// Closes the file, its groups and the views mapped from it. What was not committed is dropped.
+/// Null is status_BadArgument.
 UTDATA_API int file_Close(FileHandle file);
 
-/// Text coding of the file: 1 (Unicode) is the only one, and the default. Others answer status_BadArgument.
+/// Text coding of the file: 1 (Unicode) is the only one, and the default. Others answer
+/// status_BadArgument.
 UTDATA_API int file_SetCharacterFormat(FileHandle file, int format);
 
-/// Number of items of a file (its top groups) or a group; 0 for a null handle. Uncommitted groups count in their parent from their
-/// creation on.
+/// Number of items of a file (its top groups) or a group; 0 for a null handle. Uncommitted groups
+/// count in their parent from their creation on.
 [[nodiscard]] UTDATA_API std::uint32_t file_ItemNbrGet(const Node* parent);
 
 /// One item of a file or group. Out pointers may be null.
 /// @param type   the item's code (of a child group: its type code)
 /// @param kind   kind_Group or kind_Value
-/// @param count  elements of a value (text: wide characters with terminator; block: bytes, at most 2^32-1); items of a child group
+/// @param count  elements of a value (text: wide characters with terminator; block: bytes, at most
+///   2^32-1); items of a child group
 /// @param key    what file_GroupOpen takes
-/// @param name   receives a child group's name, cut to length - 1 characters and terminated; empty for a value
+/// @param name   receives a child group's name, cut to length - 1 characters and terminated; empty
+///   for a value
 /// @param length wide characters that `name` holds
 UTDATA_API int file_ItemInfo(const Node* parent,
                              std::uint32_t index,
@@ -120,22 +134,29 @@ UTDATA_API int file_ItemInfo(const Node* parent,
                              std::uint32_t length);
 
 /// The value type of an item, 0 for a child group.
-UTDATA_API int file_ItemValueType(const Node* parent, std::uint32_t index, std::uint32_t* valueType);
+UTDATA_API int file_ItemValueType(const Node* parent,
+                                  std::uint32_t index,
+                                  std::uint32_t* valueType);
 
-/// Opens a child group; the same child gives the same handle. A group of a known type whose items do not fit that type is refused
-/// with status_Damaged.
+/// Opens a child group; the same child gives the same handle. A group of a known type whose items
+/// do not fit that type is refused with status_Damaged.
 UTDATA_API int file_GroupOpen(Node* parent, GroupHandle* group, std::uint32_t key);
 
-/// Appends a new child group to a file or to an uncommitted group. The first one after opening or a commit takes the writer's lock:
-/// status_Locked, status_MovedOn or status_ReadOnly when that cannot be.
+/// Appends a new child group to a file or to an uncommitted group. The first one after opening or a
+/// commit takes the writer's lock: status_Locked, status_MovedOn or status_ReadOnly when that
+/// cannot be.
 /// @param typeCode 16-bit group type code
 /// @param name     null or empty for no name
-UTDATA_API int file_GroupCreate(Node* parent, GroupHandle* group, std::uint32_t typeCode, const wchar_t* name);
+UTDATA_API int file_GroupCreate(Node* parent,
+                                GroupHandle* group,
+                                std::uint32_t typeCode,
+                                const wchar_t* name);
 /// Names an uncommitted group. @param length wide characters with the terminator
 UTDATA_API int file_GroupNameSet(GroupHandle group, const wchar_t* name, std::uint32_t length);
 
-/// Reads a value of a committed group. @param count in: elements that `buffer` holds; out: elements read (text: with terminator).
-/// The type must be the item's own; blocks are read with file_BlockRead.
+/// Reads a value of a committed group. @param count in: elements that `buffer` holds; out: elements
+/// read (text: with terminator). The type must be the item's own; blocks are read with
+/// file_BlockRead.
 UTDATA_API int file_IndexValueRead(const Node* group,
                                    std::uint32_t index,
                                    std::uint32_t valueType,
@@ -149,21 +170,28 @@ UTDATA_API int file_ItemValueWrite(GroupHandle group,
                                    std::uint32_t count,
                                    const void* data);
 
-/// Appends a block of any size to an uncommitted group. The bytes go to the disk at once, in chunks with a checksum each.
+/// Appends a block of any size to an uncommitted group. The bytes go to the disk at once, in chunks
+/// with a checksum each.
 /// @param data read during the call only; whole chunks of zeros become holes
-UTDATA_API int file_BlockWrite(GroupHandle group, std::uint32_t itemCode, std::uint64_t size, const void* data);
+UTDATA_API int file_BlockWrite(GroupHandle group,
+                               std::uint32_t itemCode,
+                               std::uint64_t size,
+                               const void* data);
 
 /// Where a block lies: bytes from the start of its file, and its size in bytes.
-UTDATA_API int file_BlockInfo(const Node* group, std::uint32_t index, std::uint64_t* offset, std::uint64_t* size);
-/// Reads part of a block into memory, without verifying checksums of the parts that are not read whole; chunks that are read whole
-/// are verified.
+UTDATA_API int file_BlockInfo(const Node* group,
+                              std::uint32_t index,
+                              std::uint64_t* offset,
+                              std::uint64_t* size);
+/// Reads part of a block into memory, without verifying checksums of the parts that are not read
+/// whole; chunks that are read whole are verified.
 UTDATA_API int file_BlockRead(const Node* group,
                               std::uint32_t index,
                               std::uint64_t from,
                               std::uint64_t size,
                               void* buffer);
-/// A private copy-on-write view of a whole block, valid until file_BlockUnmap or file_Close. Costs the same whatever the size; nothing
-/// is verified. The same block may be mapped several times.
+/// A private copy-on-write view of a whole block, valid until file_BlockUnmap or file_Close. Costs
+/// the same whatever the size; nothing is verified. The same block may be mapped several times.
 UTDATA_API int file_BlockMap(Node* group, std::uint32_t index, void** data);
 /// Ends a view. @param data as file_BlockMap gave it
 UTDATA_API int file_BlockUnmap(FileHandle file, void* data);
@@ -177,14 +205,16 @@ UTDATA_API int file_BlockUnmap(FileHandle file, void* data);
 
 /// What a group type is called ("channel", "modified channel"); empty for a type without a family.
 [[nodiscard]] UTDATA_API std::string file_TypeName(std::uint32_t typeCode);
-/// The record field that an item of a group type holds, as the descriptor names it; empty when the type has no such field.
+/// The record field that an item of a group type holds, as the descriptor names it; empty when the
+/// type has no such field.
 [[nodiscard]] UTDATA_API std::string file_FieldName(std::uint32_t typeCode, std::uint32_t itemCode);
 
-/// Told what file_Verify has read of the sample blocks: bytes done and in all. Returns false to stop.
+/// Told what file_Verify has read of the sample blocks: bytes done and in all. Returns false to
+/// stop.
 using VerifyProgress = bool (*)(void* context, std::uint64_t done, std::uint64_t total);
 
-/// Checks every byte of an inspection file: what file_Open checks, every known group's items against its type, and the checksums of
-/// all sample blocks.
+/// Checks every byte of an inspection file: what file_Open checks, every known group's items
+/// against its type, and the checksums of all sample blocks.
 /// @param problem receives one line per problem found, null if not wanted
 /// @return status_Ok when all is well, status_Stopped, else the status of the first problem
 UTDATA_API int file_Verify(const wchar_t* path,

@@ -1,4 +1,5 @@
-// The record of a data group: identity, layout, scaling and inspection parameters of one block of samples.
+// The record of a data group: identity, layout, scaling and inspection parameters of one block of
+// samples.
 #pragma once
 
 #include <cstddef>
@@ -12,21 +13,25 @@ template <class Record>
 struct FieldTable;
 }
 
-/// The same direction from 0 up to 360 degrees, 360 not included, also as a 32-bit float; 0 for what is not finite.
+/// The same direction from 0 up to 360 degrees, 360 not included, also as a 32-bit float; 0 for
+/// what is not finite.
 [[nodiscard]] UTDATA_API double NormalizeAngle(double degrees);
 
 /// Where a record's samples lie on disk.
 struct gdata_typeSampleRef {
   static constexpr std::uint64_t none = ~std::uint64_t{0};
 
-  std::uint64_t offset = none;  ///< bytes from the start of the file; all ones when the record has no samples on disk
-  std::uint64_t size = 0;       ///< bytes
-  SCFile::GroupHandle group = nullptr;  ///< open group that holds the block; valid until its file is closed
-  std::uint32_t item = 0;               ///< index of the block in that group
+  std::uint64_t offset =
+      none;  ///< bytes from the start of the file; all ones when the record has no samples on disk
+  std::uint64_t size = 0;  ///< bytes
+  SCFile::GroupHandle group =
+      nullptr;             ///< open group that holds the block; valid until its file is closed
+  std::uint32_t item = 0;  ///< index of the block in that group
 };
 
-/// Texts are terminated and hold at most 31 characters. The public fields are those that a data item reads and changes; the others are
-/// reached through accessors. Copying copies the data pointer and the group handle, not the samples. Never owns what it points at.
+/// Texts are terminated and hold at most 31 characters. The public fields are those that a data
+/// item reads and changes; the others are reached through accessors. Copying copies the data
+/// pointer and the group handle, not the samples. Never owns what it points at.
 class UTDATA_API CGDataTypeFDD {
  public:
   static constexpr std::size_t nameSize = 32;  ///< wide characters of a text with its terminator
@@ -76,10 +81,10 @@ class UTDATA_API CGDataTypeFDD {
   std::int32_t tofd = 0;       ///< 1: time-of-flight diffraction
   gdata_enumInspGeometry inspectionGeometry = gdata_GeometryFlat;
   std::uint32_t geometryKind = 0;  ///< 16 to 19 select the circular formulas
-  void* dataPointer = nullptr;     ///< samples in memory, not owned; null when they are on disk only
-  std::uint64_t dataSize = 0;      ///< bytes at dataPointer; 0: as the layout says (LayoutSize)
-  std::uint32_t cellSize = 0;      ///< bytes of one cell
-  std::uint32_t sampleSize = 0;    ///< bytes per sample
+  void* dataPointer = nullptr;   ///< samples in memory, not owned; null when they are on disk only
+  std::uint64_t dataSize = 0;    ///< bytes at dataPointer; 0: as the layout says (LayoutSize)
+  std::uint32_t cellSize = 0;    ///< bytes of one cell
+  std::uint32_t sampleSize = 0;  ///< bytes per sample
   gdata_bitmapFileOptions fileFormat = gdata_OptionNone;
   kvt_enumStorMode storageMode = kvt_StorCells;
   std::int32_t byteSwap = 0;  ///< non-zero: samples are stored most significant byte first
@@ -100,7 +105,8 @@ class UTDATA_API CGDataTypeFDD {
   void SetPatchID(std::uint32_t id) { m_patchId = id; }
   [[nodiscard]] std::uint32_t GetMaxPatchIDValue() const { return m_maxPatchId; }
   void SetMaxPatchIDValue(std::uint32_t id) { m_maxPatchId = id; }
-  /// The length of the patch's name; 0 when it has none and `name` is then left alone. The text lives as long as the record.
+  /// The length of the patch's name; 0 when it has none and `name` is then left alone. The text
+  /// lives as long as the record.
   std::uint64_t GetPatchIDName(const wchar_t** name) const;
   /// At most 31 characters are kept.
   void SetPatchIDName(const wchar_t* name);
@@ -109,8 +115,8 @@ class UTDATA_API CGDataTypeFDD {
   [[nodiscard]] SCFile::GroupHandle GetGroupHandle() const { return m_group; }
   void SetGroupHandle(SCFile::GroupHandle group) { m_group = group; }
 
-  /// Bytes of a sample block laid out cell by cell: sample size x samples x columns x rows, for storage by cells. False when the
-  /// product does not fit 64 bits or the storage mode is another.
+  /// Bytes of a sample block laid out cell by cell: sample size x samples x columns x rows, for
+  /// storage by cells. False when the product does not fit 64 bits or the storage mode is another.
   [[nodiscard]] bool LayoutSize(std::uint64_t& size) const;
 
  private:

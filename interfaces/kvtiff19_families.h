@@ -1,22 +1,31 @@
 // The group descriptors and their families of operations, one family per group type.
 //
-// A descriptor is a plain record. Equality compares the fields that a file stores, bit for bit (so a NaN equals itself and -0 differs
-// from 0); `group`, where a record was read from, is not compared. Texts are wide characters; lengths in metres, times in seconds,
-// angles in degrees, frequencies in hertz, levels in percent of full scale, gains in decibel, speeds in metres per second, where a
-// field does not say otherwise.
+// A descriptor is a plain record. Equality compares the fields that a file stores, bit for bit (so
+// a NaN equals itself and -0 differs from 0); `group`, where a record was read from, is not
+// compared. Texts are wide characters; lengths in metres, times in seconds, angles in degrees,
+// frequencies in hertz, levels in percent of full scale, gains in decibel, speeds in metres per
+// second, where a field does not say otherwise.
 //
 // Each family, told on `gchan`:
-//   gchan_Init(lock, unlock, alloc, free, error)   once per process; all null, else status_BadArgument (gdata_Init takes none)
-//   gchan_Allocate(mode, name)                     a new descriptor, owned by the caller, named `name` (may be null) where the record has
-//                                                  a name; null when there is no memory. `mode` has no effect.
-//   gchan_Delete(descriptor, whole)                whole 1: deletes the descriptor; 0: empties its texts and arrays. Null is allowed.
-//   gchan_ReadGroupInfo(group, descriptor)         overwrites the fields that the group holds, leaves the others, skips items it does not
-//                                                  know, and makes `group` the descriptor's own. An item of a wrong type: status_Damaged and
+//   gchan_Init(lock, unlock, alloc, free, error)   once per process; all null, else
+// status_BadArgument (gdata_Init takes none)
+//   gchan_Allocate(mode, name)                     a new descriptor, owned by the caller, named
+// `name` (may be null) where the record has
+//                                                  a name; null when there is no memory. `mode` has
+// no effect.
+//   gchan_Delete(descriptor, whole)                whole 1: deletes the descriptor; 0: empties its
+// texts and arrays. Null is allowed.
+//   gchan_ReadGroupInfo(group, descriptor)         overwrites the fields that the group holds,
+// leaves the others, skips items it does not
+//                                                  know, and makes `group` the descriptor's own. An
+// item of a wrong type: status_Damaged and
 //                                                  the descriptor is left as it was.
-//   gchan_WriteGroupInfo(group, base, descriptor)  into an uncommitted group; base null: every field; else the key fields and those that
-//                                                  differ from the base, so that reading the group over a copy of the base gives the descriptor
-//   gchan_Duplicate(target, source)                makes target equal to source, `group` included (families that have it)
-// None takes a lock; a descriptor is used by one thread at a time.
+//   gchan_WriteGroupInfo(group, base, descriptor)  into an uncommitted group; base null: every
+// field; else the key fields and those that
+//                                                  differ from the base, so that reading the group
+// over a copy of the base gives the descriptor
+//   gchan_Duplicate(target, source)                makes target equal to source, `group` included
+// (families that have it) None takes a lock; a descriptor is used by one thread at a time.
 #pragma once
 
 #include <array>
@@ -239,11 +248,11 @@ struct CGWeldTypeDescr {
 /// Contour: a line on the part, as points in its own plane.
 struct CGContourTypeDescr {
   SCFile::GroupHandle group = nullptr;
-  std::uint32_t kind = 0;                       ///< 0 entry surface, 1 back wall, 2 weld preparation, 3 defect outline
-  std::uint32_t surface = 0;                    ///< number of the surface it lies on
-  std::uint32_t contourId = 0;                  ///< key
-  kvt_enumUnits units = kvt_UnitMetre;          ///< of the points
-  float originX = 0, originY = 0, originZ = 0;  ///< m
+  std::uint32_t kind = 0;  ///< 0 entry surface, 1 back wall, 2 weld preparation, 3 defect outline
+  std::uint32_t surface = 0;                          ///< number of the surface it lies on
+  std::uint32_t contourId = 0;                        ///< key
+  kvt_enumUnits units = kvt_UnitMetre;                ///< of the points
+  float originX = 0, originY = 0, originZ = 0;        ///< m
   float rotationX = 0, rotationY = 0, rotationZ = 0;  ///< degrees
   float columnResolution = 0, rowResolution = 0;      ///< m
   float columnStart = 0, columnEnd = 0;               ///< m
@@ -367,7 +376,8 @@ struct CGWeldFillDescr {
 
 // Families whose records are copied by the items of a file set.
 #define UTDATA_ITEM_FAMILY(prefix, Descriptor) \
-  UTDATA_FAMILY(prefix, Descriptor) UTDATA_FAMILY_READ(prefix, Descriptor) UTDATA_FAMILY_DUPLICATE(prefix, Descriptor)
+  UTDATA_FAMILY(prefix, Descriptor)            \
+  UTDATA_FAMILY_READ(prefix, Descriptor) UTDATA_FAMILY_DUPLICATE(prefix, Descriptor)
 UTDATA_ITEM_FAMILY(gchan, CGChanTypeDescr)
 UTDATA_ITEM_FAMILY(gsubchan, CGSubchanTypeDescr)
 UTDATA_ITEM_FAMILY(gpatch, CGPatchTypeDescr)
@@ -377,7 +387,8 @@ UTDATA_ITEM_FAMILY(gspecmat, CGSpecmatTypeDescr)
 #undef UTDATA_ITEM_FAMILY
 
 // Families without a duplicate operation.
-#define UTDATA_PLAIN_FAMILY(prefix, Descriptor) UTDATA_FAMILY(prefix, Descriptor) UTDATA_FAMILY_READ(prefix, Descriptor)
+#define UTDATA_PLAIN_FAMILY(prefix, Descriptor) \
+  UTDATA_FAMILY(prefix, Descriptor) UTDATA_FAMILY_READ(prefix, Descriptor)
 UTDATA_PLAIN_FAMILY(gspecdim, CGSpecdimTypeDescr)
 UTDATA_PLAIN_FAMILY(gspecinf, CGSpecinfTypeDescr)
 UTDATA_PLAIN_FAMILY(gweld, CGWeldTypeDescr)
@@ -395,10 +406,14 @@ UTDATA_FAMILY_DUPLICATE(ggate, CGGateTypeDescr)
 #undef UTDATA_FAMILY
 #undef UTDATA_FAMILY_READ
 #undef UTDATA_FAMILY_DUPLICATE
-/// @param modifier false on load: fields that the group does not hold get their defaults; true when a modifier is applied: they stay
-UTDATA_API int ggate_ReadGroupInfo(SCFile::GroupHandle group, CGGateTypeDescr* descriptor, bool modifier);
+/// @param modifier false on load: fields that the group does not hold get their defaults; true when
+///   a modifier is applied: they stay
+UTDATA_API int ggate_ReadGroupInfo(SCFile::GroupHandle group,
+                                   CGGateTypeDescr* descriptor,
+                                   bool modifier);
 
-/// Enumeration tables: made ready like a family, and not used by any group type. All null, else status_BadArgument.
+/// Enumeration tables: made ready like a family, and not used by any group type. All null, else
+/// status_BadArgument.
 UTDATA_API int genumtable_Init(SCFile::LockCallback lock,
                                SCFile::LockCallback unlock,
                                SCFile::AllocCallback alloc,
@@ -410,10 +425,12 @@ UTDATA_API int gdata_Init();
 [[nodiscard]] UTDATA_API CGDataTypeFDD* gdata_Allocate(int mode, const wchar_t* name);
 /// Nulls the pointer. The sample block is never freed. whole 0: only empties the texts.
 UTDATA_API void gdata_Delete(CGDataTypeFDD*& descriptor, int whole);
-/// As for the other families. A group that holds samples sets the record's sample reference; the data pointer stays as it is.
+/// As for the other families. A group that holds samples sets the record's sample reference; the
+/// data pointer stays as it is.
 UTDATA_API int gdata_ReadGroupInfo(SCFile::GroupHandle group, CGDataTypeFDD* descriptor);
-/// As for the other families, and writes the samples: from the data pointer when there is one (with a base: when it is not the
-/// base's pointer), else, with a null base, from the block that the sample reference names (a record without either has none).
+/// As for the other families, and writes the samples: from the data pointer when there is one (with
+/// a base: when it is not the base's pointer), else, with a null base, from the block that the
+/// sample reference names (a record without either has none).
 /// @param flag handed through by the caller; has no effect on what is written
 UTDATA_API int gdata_WriteGroupInfo(SCFile::GroupHandle group,
                                     const CGDataTypeFDD* base,
@@ -422,9 +439,12 @@ UTDATA_API int gdata_WriteGroupInfo(SCFile::GroupHandle group,
 UTDATA_API int gdata_Duplicate(CGDataTypeFDD* target, const CGDataTypeFDD* source);
 UTDATA_API bool operator==(const CGDataTypeFDD& a, const CGDataTypeFDD& b);
 
-/// The samples that a record's reference names, as a private copy-on-write view; valid until SCFile::file_BlockUnmap or until their
-/// file is closed. status_NotFound when the record has none.
+/// The samples that a record's reference names, as a private copy-on-write view; valid until
+/// SCFile::file_BlockUnmap or until their file is closed. status_NotFound when the record has none.
 /// @param size bytes of the view
 UTDATA_API int gdata_SamplesMap(const CGDataTypeFDD* descriptor, void** data, std::uint64_t* size);
-/// The same bytes read and verified into memory that the caller frees with delete[]. status_NotFound when the record has none.
-UTDATA_API int gdata_SamplesRead(const CGDataTypeFDD* descriptor, std::byte** data, std::uint64_t* size);
+/// The same bytes read and verified into memory that the caller frees with delete[].
+/// status_NotFound when the record has none.
+UTDATA_API int gdata_SamplesRead(const CGDataTypeFDD* descriptor,
+                                 std::byte** data,
+                                 std::uint64_t* size);

@@ -1,5 +1,6 @@
-// What the file functions and the group descriptors share: handles, callbacks, and the enumerations of the inspection file. The
-// enumerations are 32-bit; a file may hold values that are not named here.
+// What the file functions and the group descriptors share: handles, callbacks, and the enumerations
+// of the inspection file. The enumerations are 32-bit; a file may hold values that are not named
+// here.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +21,8 @@ using ProgressCallback = void (*)(std::uint64_t done, std::uint64_t total);
 
 }  // namespace SCFile
 
-/// Class of a data group. Bit 15 marks a multi-channel master, which gathers the per-sub-channel groups of one channel.
+/// Class of a data group. Bit 15 marks a multi-channel master, which gathers the per-sub-channel
+/// groups of one channel.
 enum gdata_enumDataClass : std::uint32_t {
   gdata_AScan = 1,           ///< A-scans
   gdata_CScanAmplitude = 2,  ///< one amplitude per cell
@@ -63,7 +65,12 @@ enum kvt_enumAxis : std::uint32_t {
 };
 
 /// Sample types.
-enum kvt_enumDataType : std::uint32_t { kvt_Int8 = 2, kvt_UInt8 = 3, kvt_Int16 = 4, kvt_UInt16 = 5 };
+enum kvt_enumDataType : std::uint32_t {
+  kvt_Int8 = 2,
+  kvt_UInt8 = 3,
+  kvt_Int16 = 4,
+  kvt_UInt16 = 5
+};
 
 /// Base unit of the values on an axis.
 enum kvt_enumUnits : std::uint32_t {
@@ -78,7 +85,8 @@ enum kvt_enumUnits : std::uint32_t {
 
 /// How a sample block is laid out.
 enum kvt_enumStorMode : std::uint32_t {
-  kvt_StorCells = 0,   ///< cells in row-major order (row outer, column inner), each one vector of samples
+  kvt_StorCells =
+      0,  ///< cells in row-major order (row outer, column inner), each one vector of samples
   kvt_StorIndexed = 1  ///< one 32-bit offset per cell, then the vectors
 };
 
@@ -106,7 +114,11 @@ enum gdata_bitmapFileOptions : std::uint32_t {
   gdata_OptionCompressed = 0x100   ///< the low four bits of 16-bit samples carry no amplitude
 };
 
-enum gdata_enumWaveMode : std::uint32_t { gdata_WaveLongitudinal = 0, gdata_WaveShear = 1, gdata_WaveSurface = 2 };
+enum gdata_enumWaveMode : std::uint32_t {
+  gdata_WaveLongitudinal = 0,
+  gdata_WaveShear = 1,
+  gdata_WaveSurface = 2
+};
 
 /// What a gate's start is counted from.
 enum ggate_EnumGateRef : std::uint32_t {

@@ -1,7 +1,9 @@
-// What the library asks of the operating system: files, mapped memory, paths, and a debugger to stop in.
+// What the library asks of the operating system: files, mapped memory, paths, and a debugger to
+// stop in.
 //
-// All file access goes through FileSystem and File, so that a test can put a faulty disk in their place. A File may be used by one
-// thread at a time; a Mapping is plain memory. No operation throws; a failed one returns an Error other than None.
+// All file access goes through FileSystem and File, so that a test can put a faulty disk in their
+// place. A File may be used by one thread at a time; a Mapping is plain memory. No operation
+// throws; a failed one returns an Error other than None.
 #pragma once
 
 #include <cstddef>
@@ -33,9 +35,11 @@ enum class Error : std::uint8_t {
 /// A few English words, without a full stop ("no such file").
 [[nodiscard]] UTDATA_API std::string_view ErrorText(Error error) noexcept;
 
-/// The platform's own number (errno) of the calling thread's last failure behind this interface; 0 before the first.
+/// The platform's own number (errno) of the calling thread's last failure behind this interface; 0
+/// before the first.
 [[nodiscard]] UTDATA_API int LastErrorNumber() noexcept;
-/// For whoever stands in for the operating system: makes the platform's number of `error` the last one, and returns `error`.
+/// For whoever stands in for the operating system: makes the platform's number of `error` the last
+/// one, and returns `error`.
 UTDATA_API Error Fail(Error error) noexcept;
 
 enum class OpenMode : std::uint8_t {
@@ -45,8 +49,9 @@ enum class OpenMode : std::uint8_t {
   OpenOrCreate  ///< for reading and writing, made when missing, content kept
 };
 
-/// A private copy-on-write view of part of a file. Unmapped by the destructor; outlives the File it came from. Writing to it changes
-/// this process's memory only. The file must not shrink while a view of it is read.
+/// A private copy-on-write view of part of a file. Unmapped by the destructor; outlives the File it
+/// came from. Writing to it changes this process's memory only. The file must not shrink while a
+/// view of it is read.
 class Mapping {
  public:
   virtual ~Mapping() = default;
@@ -54,8 +59,9 @@ class Mapping {
   [[nodiscard]] virtual std::size_t Size() const noexcept = 0;
 };
 
-/// Addresses that the process keeps for itself, with no memory behind them: touching one ends the process. Given up, with what is
-/// mapped into them, by the destructor. Different places may be mapped and cleared by several threads at once.
+/// Addresses that the process keeps for itself, with no memory behind them: touching one ends the
+/// process. Given up, with what is mapped into them, by the destructor. Different places may be
+/// mapped and cleared by several threads at once.
 class AddressRange {
  public:
   virtual ~AddressRange() = default;
@@ -66,15 +72,17 @@ class AddressRange {
   [[nodiscard]] virtual Error Clear(std::size_t offset, std::size_t size) = 0;
 };
 
-/// A file made long enough to be mapped, shared with everyone who reads the file. Outlives neither its File nor that file's size.
+/// A file made long enough to be mapped, shared with everyone who reads the file. Outlives neither
+/// its File nor that file's size.
 class FileMapping {
  public:
   virtual ~FileMapping() = default;
   [[nodiscard]] virtual std::uint64_t Size() const noexcept = 0;
-  /// Maps the first `size` bytes for reading and writing at a place of a range. What is stored there is in the file, though not yet
-  /// on the medium, even when the process is killed; storing where neither Allocate nor a write made room ends the process when the
-  /// disk is full. After a failure the place holds nothing.
-  /// REQUIRES: the place is inside the range and free; offset is a multiple of 65536; 0 < size <= Size().
+  /// Maps the first `size` bytes for reading and writing at a place of a range. What is stored
+  /// there is in the file, though not yet on the medium, even when the process is killed; storing
+  /// where neither Allocate nor a write made room ends the process when the disk is full. After a
+  /// failure the place holds nothing. REQUIRES: the place is inside the range and free; offset is a
+  /// multiple of 65536; 0 < size <= Size().
   [[nodiscard]] virtual Error MapAt(AddressRange& range, std::size_t offset, std::size_t size) = 0;
 };
 
@@ -82,8 +90,11 @@ class FileMapping {
 class File {
  public:
   virtual ~File() = default;
-  /// Reads up to buffer.size() bytes at `offset`; `done` receives how many there were (fewer only at the end of the file).
-  [[nodiscard]] virtual Error ReadAt(std::uint64_t offset, std::span<std::byte> buffer, std::size_t& done) = 0;
+  /// Reads up to buffer.size() bytes at `offset`; `done` receives how many there were (fewer only
+  /// at the end of the file).
+  [[nodiscard]] virtual Error ReadAt(std::uint64_t offset,
+                                     std::span<std::byte> buffer,
+                                     std::size_t& done) = 0;
   /// Writes all bytes at `offset`, growing the file (with a hole where needed), or fails.
   [[nodiscard]] virtual Error WriteAt(std::uint64_t offset, std::span<const std::byte> bytes) = 0;
   /// Everything written so far is on the medium when this returns None.
@@ -93,14 +104,20 @@ class File {
   [[nodiscard]] virtual Error Truncate(std::uint64_t size) = 0;
   /// Moves the file's own position, which no operation here reads or changes.
   [[nodiscard]] virtual Error Seek(std::uint64_t position) = 0;
-  /// Makes room on the medium for bytes that read as before, growing the file to hold them: storing into them cannot meet a full
-  /// disk any more. NotSupported where the file system cannot promise that.
+  /// Makes room on the medium for bytes that read as before, growing the file to hold them: storing
+  /// into them cannot meet a full disk any more. NotSupported where the file system cannot promise
+  /// that.
   [[nodiscard]] virtual Error Allocate(std::uint64_t offset, std::uint64_t size) = 0;
   /// REQUIRES: offset is a multiple of 4096, size > 0, offset + size within the file.
-  [[nodiscard]] virtual Error Map(std::uint64_t offset, std::size_t size, std::unique_ptr<Mapping>& mapping) = 0;
-  /// Prepares the first `size` bytes for mapping: a shorter file grows with a hole. REQUIRES: size > 0.
-  [[nodiscard]] virtual Error CreateMapping(std::uint64_t size, std::unique_ptr<FileMapping>& mapping) = 0;
-  /// Takes the advisory exclusive lock without waiting; Busy when another open file has it. Readers need none.
+  [[nodiscard]] virtual Error Map(std::uint64_t offset,
+                                  std::size_t size,
+                                  std::unique_ptr<Mapping>& mapping) = 0;
+  /// Prepares the first `size` bytes for mapping: a shorter file grows with a hole. REQUIRES: size
+  /// > 0.
+  [[nodiscard]] virtual Error CreateMapping(std::uint64_t size,
+                                            std::unique_ptr<FileMapping>& mapping) = 0;
+  /// Takes the advisory exclusive lock without waiting; Busy when another open file has it. Readers
+  /// need none.
   [[nodiscard]] virtual Error TryLock() = 0;
   virtual void Unlock() noexcept = 0;
   /// Whether `path` still names this very file.
@@ -110,14 +127,21 @@ class File {
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
-  [[nodiscard]] virtual Error Open(const std::wstring& path, OpenMode mode, std::unique_ptr<File>& file) = 0;
+  [[nodiscard]] virtual Error Open(const std::wstring& path,
+                                   OpenMode mode,
+                                   std::unique_ptr<File>& file) = 0;
   [[nodiscard]] virtual bool Exists(const std::wstring& path) = 0;
-  /// Gives a file a new name in the same directory, in one step. With replace false an existing `to` makes it fail with Exists.
-  [[nodiscard]] virtual Error Rename(const std::wstring& from, const std::wstring& to, bool replace) = 0;
+  /// Gives a file a new name in the same directory, in one step. With replace false an existing
+  /// `to` makes it fail with Exists.
+  [[nodiscard]] virtual Error Rename(const std::wstring& from,
+                                     const std::wstring& to,
+                                     bool replace) = 0;
   [[nodiscard]] virtual Error Remove(const std::wstring& path) = 0;
-  /// Names made, changed or removed in the directory of `path` are on the medium when this returns None.
+  /// Names made, changed or removed in the directory of `path` are on the medium when this returns
+  /// None.
   [[nodiscard]] virtual Error SyncDirectoryOf(const std::wstring& path) = 0;
-  /// Bytes that an ordinary user may still fill on the file system of `path`: that of the nearest directory above it which exists.
+  /// Bytes that an ordinary user may still fill on the file system of `path`: that of the nearest
+  /// directory above it which exists.
   [[nodiscard]] virtual Error FreeSpace(const std::wstring& path, std::uint64_t& bytes) = 0;
   /// Keeps addresses for mappings. REQUIRES: size > 0, a multiple of 65536.
   [[nodiscard]] virtual Error Reserve(std::size_t size, std::unique_ptr<AddressRange>& range) = 0;
@@ -125,12 +149,13 @@ class FileSystem {
 
 /// The file system in use: the machine's own unless a test put another in its place.
 [[nodiscard]] UTDATA_API FileSystem& CurrentFileSystem() noexcept;
-/// Puts `fileSystem` (not owned; null restores the machine's own) in place for files opened from then on; returns the one before,
-/// null for the machine's own. For tests, while no other thread opens files.
+/// Puts `fileSystem` (not owned; null restores the machine's own) in place for files opened from
+/// then on; returns the one before, null for the machine's own. For tests, while no other thread
+/// opens files.
 UTDATA_API FileSystem* SetFileSystem(FileSystem* fileSystem) noexcept;
 
-/// A path split as drive ("C:" where the system has drives, else empty), directory with its closing separator, name without
-/// extension, extension with its dot.
+/// A path split as drive ("C:" where the system has drives, else empty), directory with its closing
+/// separator, name without extension, extension with its dot.
 struct PathParts {
   std::wstring drive;
   std::wstring directory;

@@ -1,6 +1,7 @@
 // The parameter database: acquisition parameters of an inspection, asked for by variable and index.
 //
-// A request is a plain record; whoever supplies parameters answers it by writing into the caller's buffer.
+// A request is a plain record; whoever supplies parameters answers it by writing into the caller's
+// buffer.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +23,8 @@ enum enumElectronicScanning : std::uint32_t {
   escan_Unknown = 11  ///< nobody answered
 };
 
-/// One request. It owns nothing: the buffer stays the asker's and must live until the request has been handled.
+/// One request. It owns nothing: the buffer stays the asker's and must live until the request has
+/// been handled.
 class UTDATA_API PellamServiceParam {
  public:
   PellamServiceParam(std::uint32_t requestedService,
@@ -38,7 +40,8 @@ class UTDATA_API PellamServiceParam {
                      std::int32_t requestFlags,
                      bool write);
 
-  /// Answers a read: copies `bytes` bytes into the buffer when that is the size asked for. False, and nothing is copied, otherwise.
+  /// Answers a read: copies `bytes` bytes into the buffer when that is the size asked for. False,
+  /// and nothing is copied, otherwise.
   bool Answer(const void* value, std::uint32_t bytes);
 
   std::uint32_t service;   ///< PellamScandoraService::service_Read once prepared

@@ -1,4 +1,5 @@
-// Annotations for clang's thread-safety analysis and the mutexes that carry them; other compilers see plain mutexes.
+// Annotations for clang's thread-safety analysis and the mutexes that carry them; other compilers
+// see plain mutexes.
 #pragma once
 
 #include <mutex>
@@ -14,15 +15,19 @@
 #define UTDATA_GUARDED_BY(lock) UTDATA_THREAD_ANNOTATION(guarded_by(lock))
 #define UTDATA_ACQUIRED_BEFORE(...) UTDATA_THREAD_ANNOTATION(acquired_before(__VA_ARGS__))
 #define UTDATA_REQUIRES(...) UTDATA_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
-#define UTDATA_REQUIRES_SHARED(...) UTDATA_THREAD_ANNOTATION(requires_shared_capability(__VA_ARGS__))
+#define UTDATA_REQUIRES_SHARED(...) \
+  UTDATA_THREAD_ANNOTATION(requires_shared_capability(__VA_ARGS__))
 #define UTDATA_ACQUIRE(...) UTDATA_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define UTDATA_ACQUIRE_SHARED(...) UTDATA_THREAD_ANNOTATION(acquire_shared_capability(__VA_ARGS__))
 #define UTDATA_TRY_ACQUIRE(...) UTDATA_THREAD_ANNOTATION(try_acquire_capability(__VA_ARGS__))
-#define UTDATA_TRY_ACQUIRE_SHARED(...) UTDATA_THREAD_ANNOTATION(try_acquire_shared_capability(__VA_ARGS__))
+#define UTDATA_TRY_ACQUIRE_SHARED(...) \
+  UTDATA_THREAD_ANNOTATION(try_acquire_shared_capability(__VA_ARGS__))
 #define UTDATA_RELEASE(...) UTDATA_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
 #define UTDATA_RELEASE_SHARED(...) UTDATA_THREAD_ANNOTATION(release_shared_capability(__VA_ARGS__))
-#define UTDATA_RELEASE_GENERIC(...) UTDATA_THREAD_ANNOTATION(release_generic_capability(__VA_ARGS__))
-/// On a function whose locking the analysis cannot follow; a comment beside it says why it is right.
+#define UTDATA_RELEASE_GENERIC(...) \
+  UTDATA_THREAD_ANNOTATION(release_generic_capability(__VA_ARGS__))
+/// On a function whose locking the analysis cannot follow; a comment beside it says why it is
+/// right.
 #define UTDATA_NO_THREAD_SAFETY_ANALYSIS UTDATA_THREAD_ANNOTATION(no_thread_safety_analysis)
 
 namespace utdata {

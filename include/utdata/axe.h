@@ -1,4 +1,5 @@
-// An axis of the inspection volume: a name, a unit tag, and limits as a start and a range. A value; not shared between threads.
+// An axis of the inspection volume: a name, a unit tag, and limits as a start and a range. A value;
+// not shared between threads.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +16,8 @@ class UTDATA_API CAxe {
 
   CAxe() = default;  ///< no limits, start and range 0, no name
 
-  /// Names the axis; limits stay. A name of more than 31 characters raises an assertion and is cut. Null counts as empty.
+  /// Names the axis; limits stay. A name of more than 31 characters raises an assertion and is cut.
+  /// Null counts as empty.
   void Create(const wchar_t* name, std_enumUnits units);
   /// The same, and sets and enables the limits.
   void Create(const wchar_t* name, std_enumUnits units, double start, double range);
@@ -27,11 +29,14 @@ class UTDATA_API CAxe {
   [[nodiscard]] double GetStart() const { return m_start; }
   [[nodiscard]] double GetRange() const { return m_range; }
   [[nodiscard]] double GetEnd() const { return m_start + m_range; }
-  [[nodiscard]] const wchar_t* GetName() const { return m_name; }  ///< valid until the axis changes or ends
+  [[nodiscard]] const wchar_t* GetName() const {
+    return m_name;
+  }  ///< valid until the axis changes or ends
   [[nodiscard]] std_enumUnits GetUnits() const { return m_units; }
   [[nodiscard]] int LimitsEnabled() const { return m_limitsEnabled; }
 
-  /// 1 when `value` lies within the limits, both ends included, else 0 (always 0 with a negative range, and for NaN).
+  /// 1 when `value` lies within the limits, both ends included, else 0 (always 0 with a negative
+  /// range, and for NaN).
   [[nodiscard]] int IsValueInAxe(double value) const;
 
   /// 1 when both axes have a name and names and units are equal, else 0. Limits are not compared.

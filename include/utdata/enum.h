@@ -1,5 +1,6 @@
-// Values that every lookup shares: status filters, the wildcard id, the gate-number rule, and the id and name records that items fill.
-// Data classes, bookmark types, axes and sample types are those of the file-format layer.
+// Values that every lookup shares: status filters, the wildcard id, the gate-number rule, and the
+// id and name records that items fill. Data classes, bookmark types, axes and sample types are
+// those of the file-format layer.
 #pragma once
 
 #include <cstdint>
@@ -54,7 +55,8 @@ class CIPatchTypeId {
   std::uint32_t patchId = 0;
 };
 
-// Name records point at the terminated text inside an item's working copy: valid while the item lives and until that copy is replaced.
+// Name records point at the terminated text inside an item's working copy: valid while the item
+// lives and until that copy is replaced.
 
 struct ichan_name {
   const wchar_t* name = nullptr;
@@ -68,7 +70,8 @@ struct ischa_name {
   const wchar_t* name = nullptr;
 };
 
-/// Non-zero for a class of A-scans. The multi-channel-master bit is not cleared first: a master is none.
+/// Non-zero for a class of A-scans. The multi-channel-master bit is not cleared first: a master is
+/// none.
 [[nodiscard]] UTDATA_API std::int32_t enum_IsAscanData(gdata_enumDataClass dataClass);
 /// Non-zero for a class of C-scans, tested as by enum_IsAscanData.
 [[nodiscard]] UTDATA_API std::int32_t enum_IsCscanData(gdata_enumDataClass dataClass);

@@ -1,4 +1,5 @@
-// Relocates sample tables: turns what a list of descriptors holds from absolute addresses into offsets from a base address, and back.
+// Relocates sample tables: turns what a list of descriptors holds from absolute addresses into
+// offsets from a base address, and back.
 #pragma once
 
 #include "interfaces/framework.h"
@@ -7,10 +8,12 @@
 /// Keeps no state and takes no lock; the descriptors and their tables are changed.
 class UTDATA_API CFileAdjuster {
  public:
-  /// For each descriptor with a table, in order: its data pointer becomes the distance of the table from `base`, and with storage mode 1
-  /// the low 32 bits of `base` are subtracted from every cell's offset that is not 0, modulo 2^32. Cells beyond what the record knows of
-  /// the table's size are left alone, and so are descriptors without a table.
+  /// For each descriptor with a table, in order: its data pointer becomes the distance of the table
+  /// from `base`, and with storage mode 1 the low 32 bits of `base` are subtracted from every
+  /// cell's offset that is not 0, modulo 2^32. Cells beyond what the record knows of the table's
+  /// size are left alone, and so are descriptors without a table.
   void FileAdjust(CList<CRDataTypeDD*>& descriptors, void* base);
-  /// The way back: the data pointer becomes the table's address, and the low 32 bits of `base` are added to every offset that is not 0.
+  /// The way back: the data pointer becomes the table's address, and the low 32 bits of `base` are
+  /// added to every offset that is not 0.
   void FileUnadjust(CList<CRDataTypeDD*>& descriptors, void* base);
 };

@@ -1,19 +1,24 @@
-// The file set: one opened inspection in memory, as items that are added, found, edited, replaced and removed.
+// The file set: one opened inspection in memory, as items that are added, found, edited, replaced
+// and removed.
 //
-// The set owns its items and lists; an item lives until it is removed or the set is destroyed. Descriptors that are added with isNew 0
-// stay the caller's and have to outlive their items; utdata/item.h tells what an item keeps of them.
+// The set owns its items and lists; an item lives until it is removed or the set is destroyed.
+// Descriptors that are added with isNew 0 stay the caller's and have to outlive their items;
+// utdata/item.h tells what an item keeps of them.
 //
-// Locks. One reader-writer lock guards all lists. Queries take the reader side, wait 500 ms for it at most and then answer as if nothing
-// matched; additions, removals, replacements and the clearing of flags take the writer side and wait as long as it takes. Order of
-// locks: the file set's before an item's. A host called back from inside a change may query and change the set on the same thread.
-// Operations that take no lock say so.
+// Locks. One reader-writer lock guards all lists. Queries take the reader side, wait 500 ms for it
+// at most and then answer as if nothing matched; additions, removals, replacements and the clearing
+// of flags take the writer side and wait as long as it takes. Order of locks: the file set's before
+// an item's. A host called back from inside a change may query and change the set on the same
+// thread. Operations that take no lock say so.
 //
-// Status filters and ids are those of utdata/enum.h: fset_AnyId matches every id; gate ids are compared exactly, those of data items by
-// gate number. A lookup that names an id costs as much as it finds, however many items there are. An unknown filter value is reported as
-// an assertion and passes every item (but not the single general-information item).
+// Status filters and ids are those of utdata/enum.h: fset_AnyId matches every id; gate ids are
+// compared exactly, those of data items by gate number. A lookup that names an id costs as much as
+// it finds, however many items there are. An unknown filter value is reported as an assertion and
+// passes every item (but not the single general-information item).
 //
-// Data groups become data items; those of one channel's sub-channels are gathered under multi-channel masters, data items that the set
-// makes and takes away itself. The data list holds the one, the master list the other.
+// Data groups become data items; those of one channel's sub-channels are gathered under
+// multi-channel masters, data items that the set makes and takes away itself. The data list holds
+// the one, the master list the other.
 #pragma once
 
 #include <array>
@@ -38,7 +43,8 @@
 class CDocument;
 class CVolumeSet;
 
-/// Copies of a data group and of the groups that belong to it, independent of the file set; all owned by the record.
+/// Copies of a data group and of the groups that belong to it, independent of the file set; all
+/// owned by the record.
 struct fset_typeDataInfoDescr {
   std::int32_t complete = 0;  ///< 1 when everything but the sub-channel is there
   CGPatchTypeDescr* patch = nullptr;
@@ -56,7 +62,9 @@ struct fset_typeDataInfoDescr {
 class UTDATA_API IFSet {
  public:
   [[nodiscard]] virtual CIChan* fset_GetIChan(fset_enumFilters filter, std::uint32_t chanId) = 0;
-  [[nodiscard]] virtual CIGate* fset_GetIGate(fset_enumFilters filter, std::uint32_t gateId, std::uint32_t chanId) = 0;
+  [[nodiscard]] virtual CIGate* fset_GetIGate(fset_enumFilters filter,
+                                              std::uint32_t gateId,
+                                              std::uint32_t chanId) = 0;
   virtual std::uint32_t fset_GetIDataLst(CIDataLst* out,
                                          fset_enumFilters filter,
                                          std::uint32_t bookmarkType,
@@ -87,7 +95,8 @@ class UTDATA_API CFSet final : public IFSet {
   explicit CFSet(CDocument* document);
   CFSet(const CFSet&) = delete;
   CFSet& operator=(const CFSet&) = delete;
-  /// Destroys every item and weld descriptor. Takes no lock: no other thread may use the set any more.
+  /// Destroys every item and weld descriptor. Takes no lock: no other thread may use the set any
+  /// more.
   ~CFSet();
 
   /// Takes no lock.
@@ -97,8 +106,10 @@ class UTDATA_API CFSet final : public IFSet {
 
   // One family of operations for each of six types, told on channels.
 
-  /// Makes an item of a descriptor and appends it. Null when the descriptor is null or an item with its ids is there already.
-  /// @param isNew 0 for a group of the file: the item then refers to the descriptor; else the host's own: only its content is taken
+  /// Makes an item of a descriptor and appends it. Null when the descriptor is null or an item with
+  /// its ids is there already.
+  /// @param isNew 0 for a group of the file: the item then refers to the descriptor; else the
+  ///   host's own: only its content is taken
   CIChan* fset_AddGChan(CGChanTypeDescr* descriptor, int isNew);
   /// The first match, or null.
   [[nodiscard]] CIChan* fset_GetIChan(fset_enumFilters filter, std::uint32_t chanId) override;
@@ -106,13 +117,21 @@ class UTDATA_API CFSet final : public IFSet {
   std::uint32_t fset_GetIChanLst(CIChanLst* out, fset_enumFilters filter, std::uint32_t chanId);
   /// Destroys every match. 0, or 1 when there was none.
   std::uint32_t fset_RemoveGChan(fset_enumFilters filter, std::uint32_t chanId);
-  /// Gives the first item with the descriptor's ids its content (ReplaceGInfo); null when the descriptor is null or there is none.
+  /// Gives the first item with the descriptor's ids its content (ReplaceGInfo); null when the
+  /// descriptor is null or there is none.
   CIChan* fset_ReplaceGChan(CGChanTypeDescr* descriptor);
 
   CIGate* fset_AddGGate(CGGateTypeDescr* descriptor, int isNew);
-  [[nodiscard]] CIGate* fset_GetIGate(fset_enumFilters filter, std::uint32_t gateId, std::uint32_t chanId) override;
-  std::uint32_t fset_GetIGateLst(CIGateLst* out, fset_enumFilters filter, std::uint32_t gateId, std::uint32_t chanId);
-  std::uint32_t fset_RemoveGGate(fset_enumFilters filter, std::uint32_t gateId, std::uint32_t chanId);
+  [[nodiscard]] CIGate* fset_GetIGate(fset_enumFilters filter,
+                                      std::uint32_t gateId,
+                                      std::uint32_t chanId) override;
+  std::uint32_t fset_GetIGateLst(CIGateLst* out,
+                                 fset_enumFilters filter,
+                                 std::uint32_t gateId,
+                                 std::uint32_t chanId);
+  std::uint32_t fset_RemoveGGate(fset_enumFilters filter,
+                                 std::uint32_t gateId,
+                                 std::uint32_t chanId);
   CIGate* fset_ReplaceGGate(CGGateTypeDescr* descriptor);
 
   CIPatch* fset_AddGPatch(CGPatchTypeDescr* descriptor, int isNew);
@@ -128,12 +147,16 @@ class UTDATA_API CFSet final : public IFSet {
   CIProbe* fset_ReplaceGProbe(CGProbeTypeDescr* descriptor);
 
   CISubChan* fset_AddGSubChan(CGSubchanTypeDescr* descriptor, int isNew);
-  [[nodiscard]] CISubChan* fset_GetISubChan(fset_enumFilters filter, std::uint32_t subChanId, std::uint32_t chanId);
+  [[nodiscard]] CISubChan* fset_GetISubChan(fset_enumFilters filter,
+                                            std::uint32_t subChanId,
+                                            std::uint32_t chanId);
   std::uint32_t fset_GetISubChanLst(CISubChanLst* out,
                                     fset_enumFilters filter,
                                     std::uint32_t subChanId,
                                     std::uint32_t chanId);
-  std::uint32_t fset_RemoveGSubChan(fset_enumFilters filter, std::uint32_t subChanId, std::uint32_t chanId);
+  std::uint32_t fset_RemoveGSubChan(fset_enumFilters filter,
+                                    std::uint32_t subChanId,
+                                    std::uint32_t chanId);
   CISubChan* fset_ReplaceGSubChan(CGSubchanTypeDescr* descriptor);
 
   // There is one general-information item at most.
@@ -143,22 +166,28 @@ class UTDATA_API CFSet final : public IFSet {
   std::uint32_t fset_RemoveGInfo(fset_enumFilters filter);
   CIInfo* fset_ReplaceGInfo(CGInfoTypeDescr* descriptor);
 
-  // Data items. Lookups that name a data class with its master bit set are of the masters, all others of the data list.
+  // Data items. Lookups that name a data class with its master bit set are of the masters, all
+  // others of the data list.
 
-  /// Makes a data item of a data group and appends it, gathers it under its master when it is a sub-channel of a class that is gathered
-  /// (1, 2, 3, 10, 11), and tells the document through OnDataGroupAdded. A master is found, or made, by bookmark type, patch and channel,
-  /// for classes 2 and 3 by gate number too; with bookmark type 10 it takes the group's gate name.
+  /// Makes a data item of a data group and appends it, gathers it under its master when it is a
+  /// sub-channel of a class that is gathered (1, 2, 3, 10, 11), and tells the document through
+  /// OnDataGroupAdded. A master is found, or made, by bookmark type, patch and channel, for classes
+  /// 2 and 3 by gate number too; with bookmark type 10 it takes the group's gate name.
   ///
-  /// The writer side is held throughout: the host's answers to the item's requests and OnDataGroupAdded run inside, and may query the
-  /// set. An id of the descriptor that is fset_AnyId, and a bookmark type of 0, mean any when the descriptor's ids are looked for.
-  /// @param descriptor normalised in place, and given a bookmark type when it has none; only its content is taken
+  /// The writer side is held throughout: the host's answers to the item's requests and
+  /// OnDataGroupAdded run inside, and may query the set. An id of the descriptor that is
+  /// fset_AnyId, and a bookmark type of 0, mean any when the descriptor's ids are looked for.
+  /// @param descriptor normalised in place, and given a bookmark type when it has none; only its
+  ///   content is taken
   /// @param context    kept in the item, the host's
   /// @param volumeSet  gives the item its units and its document; not owned, outlives the set
   /// @param isNew      not 0: the descriptor's data pointer is a table of the host's, see CIData
-  /// @return the item, owned by the set. For ids that are there already null, but for classes 17 and 2000 the item that has them. Null
-  ///         when an argument is missing or the class has the master bit
+  /// @return the item, owned by the set. For ids that are there already null, but for classes 17
+  ///         and 2000 the item that has them. Null when an argument is missing or the class has the
+  ///         master bit
   CIData* fset_AddGData(CGDataTypeFDD* descriptor, void* context, CVolumeSet* volumeSet, int isNew);
-  /// Destroys every match in the data list, and each master with its last sub-channel. 0, or 1 when there was no match.
+  /// Destroys every match in the data list, and each master with its last sub-channel. 0, or 1 when
+  /// there was no match.
   std::uint32_t fset_RemoveGData(fset_enumFilters filter,
                                  std::uint32_t bookmarkType,
                                  std::uint32_t patchId,
@@ -178,7 +207,8 @@ class UTDATA_API CFSet final : public IFSet {
   /// The same by a record of ids; null for null.
   [[nodiscard]] CIData* fset_GetIData(const idata_typeId* id);
 
-  // Each of these appends to `out` and returns the number of items in it then; a null `out` is answered with 0.
+  // Each of these appends to `out` and returns the number of items in it then; a null `out` is
+  // answered with 0.
 
   /// Every data item.
   std::uint32_t fset_GetIDataLst(CIDataLst* out);
@@ -195,7 +225,8 @@ class UTDATA_API CFSet final : public IFSet {
                                  std::uint32_t dataClass,
                                  unsigned,
                                  unsigned) override;
-  /// Every match of any bookmark type whose gate number is `gateId` itself. A null `out` is reported.
+  /// Every match of any bookmark type whose gate number is `gateId` itself. A null `out` is
+  /// reported.
   std::uint32_t fset_GetGateSpecificIDataList(CIDataLst* out,
                                               fset_enumFilters filter,
                                               std::uint32_t patchId,
@@ -205,10 +236,11 @@ class UTDATA_API CFSet final : public IFSet {
                                               std::uint32_t dataClass);
   /// Every master.
   std::uint32_t fset_GetMSCIDataLst(CIDataLst* out);
-  /// Every data item that is neither A-scans nor a C-scan of the ordinary kinds: classes 5, 7, 8, 9, 2000 and 2001. A null `out` is
-  /// reported.
+  /// Every data item that is neither A-scans nor a C-scan of the ordinary kinds: classes 5, 7, 8,
+  /// 9, 2000 and 2001. A null `out` is reported.
   std::uint32_t fset_GetSpecialIDataList(CIDataLst* out);
-  /// The data items of one channel (fset_AnyId is an id like others here) by sub-channel id, then by the display order of their gates.
+  /// The data items of one channel (fset_AnyId is an id like others here) by sub-channel id, then
+  /// by the display order of their gates.
   std::uint32_t fset_GetSpecificChannelSortedIDataList(std::uint32_t chanId, CIDataLst* out);
 
   [[nodiscard]] bool fset_HasAdvancedViewData() const;
@@ -216,27 +248,32 @@ class UTDATA_API CFSet final : public IFSet {
   [[nodiscard]] bool fset_HasBeamSimulationData() const;
   [[nodiscard]] bool fset_HasEddyCurrentData() const;  ///< class 5; class 6 alone does not count
 
-  /// Copies a data item's group, its TOFD parameters, and its patch, channel, sub-channel, gate (by its exact id) and probes, as far as
-  /// they are there. Takes no lock: the set must not be changed meanwhile. Null for null, which is reported.
+  /// Copies a data item's group, its TOFD parameters, and its patch, channel, sub-channel, gate (by
+  /// its exact id) and probes, as far as they are there. Takes no lock: the set must not be changed
+  /// meanwhile. Null for null, which is reported.
   /// @return owned by the caller, released with fset_DataInfoReleaseCopy
   [[nodiscard]] fset_typeDataInfoDescr* fset_DataInfoRequestCopy(CIData* item);
   /// Null is reported and changes nothing. Takes no lock.
   void fset_DataInfoReleaseCopy(fset_typeDataInfoDescr* info);
 
-  // Weld fills and weld scan plans are kept as descriptors, known by two ids: the weld's, and the fill's or plan's.
+  // Weld fills and weld scan plans are kept as descriptors, known by two ids: the weld's, and the
+  // fill's or plan's.
 
-  /// Stores a copy of the record at the end and returns the caller's own pointer; when one with its ids is stored already, returns that
-  /// one and stores nothing. Null for null.
+  /// Stores a copy of the record at the end and returns the caller's own pointer; when one with its
+  /// ids is stored already, returns that one and stores nothing. Null for null.
   CGWeldFillDescr* fset_AddGWeldFill(CGWeldFillDescr* descriptor);
   CGWeldScanPlanDescr* fset_AddGWeldScanPlan(CGWeldScanPlanDescr* descriptor);
   /// The first stored one with these ids, or null. Owned by the set, for its life.
-  [[nodiscard]] CGWeldFillDescr* fset_GetGWeldFill(std::uint32_t weldId, std::uint32_t fillId) const;
-  [[nodiscard]] CGWeldScanPlanDescr* fset_GetGWeldScanPlan(std::uint32_t weldId, std::uint32_t planId) const;
+  [[nodiscard]] CGWeldFillDescr* fset_GetGWeldFill(std::uint32_t weldId,
+                                                   std::uint32_t fillId) const;
+  [[nodiscard]] CGWeldScanPlanDescr* fset_GetGWeldScanPlan(std::uint32_t weldId,
+                                                           std::uint32_t planId) const;
   /// Everything stored so far, in order. Does not take the set's lock.
   [[nodiscard]] std::vector<CGWeldFillDescr*> fset_GetGWeldFillList() const;
   [[nodiscard]] std::vector<CGWeldScanPlanDescr*> fset_GetGWeldScanPlanList() const;
 
-  /// 1 when an item is modified or a data item is new, else 0. A new item of another type counts once it is modified too.
+  /// 1 when an item is modified or a data item is new, else 0. A new item of another type counts
+  /// once it is modified too.
   [[nodiscard]] int fset_IsModified() const;
   /// Clears the modified flag of every item.
   void fset_ClearModified();
@@ -252,7 +289,8 @@ class UTDATA_API CFSet final : public IFSet {
     float maximum = std::numeric_limits<float>::lowest();
   };
 
-  /// Display order of a gate, by gate number; 0 for one that is not here. Filled once, then only read.
+  /// Display order of a gate, by gate number; 0 for one that is not here. Filled once, then only
+  /// read.
   static std::map<std::uint32_t, std::int32_t> mapGateIDOrdering;
 
   static void FillGateOrdering();
@@ -260,10 +298,15 @@ class UTDATA_API CFSet final : public IFSet {
 
   [[nodiscard]] bool HasDataOfClass(std::initializer_list<gdata_enumDataClass> classes) const;
   /// The list that lookups of a data class go to.
-  [[nodiscard]] const utdata::DataList& ListOf(std::uint32_t dataClass) const UTDATA_REQUIRES_SHARED(m_lock);
-  CIData* MasterFor(CGDataTypeFDD& element, void* context, CVolumeSet* volumeSet, int isNew) UTDATA_REQUIRES(m_lock);
-  CIData* AddMaster(CGDataTypeFDD& element, std::uint32_t gateId, void* context, CVolumeSet* volumeSet, int isNew)
+  [[nodiscard]] const utdata::DataList& ListOf(std::uint32_t dataClass) const
+      UTDATA_REQUIRES_SHARED(m_lock);
+  CIData* MasterFor(CGDataTypeFDD& element, void* context, CVolumeSet* volumeSet, int isNew)
       UTDATA_REQUIRES(m_lock);
+  CIData* AddMaster(CGDataTypeFDD& element,
+                    std::uint32_t gateId,
+                    void* context,
+                    CVolumeSet* volumeSet,
+                    int isNew) UTDATA_REQUIRES(m_lock);
   void DestroyDataItem(CIData* item) UTDATA_REQUIRES(m_lock);
 
   CDocument* const m_document;
@@ -273,7 +316,8 @@ class UTDATA_API CFSet final : public IFSet {
   utdata::IndexedItemList<CIChanLst> m_channels UTDATA_GUARDED_BY(m_lock){m_lock};
   utdata::IndexedItemList<CISubChanLst> m_subChannels UTDATA_GUARDED_BY(m_lock){m_lock};
   utdata::IndexedItemList<CIGateLst> m_gates UTDATA_GUARDED_BY(m_lock){m_lock};
-  mutable utdata::Mutex m_weldLock;  ///< lets the weld lists be copied while the set is being changed
+  mutable utdata::Mutex
+      m_weldLock;  ///< lets the weld lists be copied while the set is being changed
   std::vector<CGWeldScanPlanDescr*> m_weldScanPlans UTDATA_GUARDED_BY(m_weldLock);
   std::vector<CGWeldFillDescr*> m_weldFills UTDATA_GUARDED_BY(m_weldLock);
   utdata::DataList m_data UTDATA_GUARDED_BY(m_lock){m_lock};

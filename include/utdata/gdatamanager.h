@@ -1,7 +1,9 @@
-// Writes a new acquisition file: blocks of A-scans and C-scans, stored straight into a mapping of the file.
+// Writes a new acquisition file: blocks of A-scans and C-scans, stored straight into a mapping of
+// the file.
 //
-// docs/acquisition-file.md draws the file; docs/hosting.md says how a host finds its blocks again and recovers a file after a crash.
-// No lock: a writer is used by one thread. Several writers may be at work in several threads.
+// docs/acquisition-file.md draws the file; docs/hosting.md says how a host finds its blocks again
+// and recovers a file after a crash. No lock: a writer is used by one thread. Several writers may
+// be at work in several threads.
 #pragma once
 
 #include <cstddef>
@@ -15,10 +17,12 @@
 
 class UTDATA_API GDataManager {
  public:
-  static constexpr std::uint64_t headerSize = Aurelis::MemoryData::fileHeaderSize;  ///< zeros before the first block
+  static constexpr std::uint64_t headerSize =
+      Aurelis::MemoryData::fileHeaderSize;  ///< zeros before the first block
   // Statuses of FileCreate; any other but 0 is the platform's own number of an error (errno).
-  static constexpr std::uint32_t status_TooLarge = 8;               ///< the estimate is above GetMaxAcqFileSize
-  static constexpr std::uint32_t status_DiskTooSmall = 0xC0380013;  ///< the estimate is above what is free on the disk
+  static constexpr std::uint32_t status_TooLarge = 8;  ///< the estimate is above GetMaxAcqFileSize
+  static constexpr std::uint32_t status_DiskTooSmall =
+      0xC0380013;  ///< the estimate is above what is free on the disk
   // Results of the save operations for a block that was not saved.
   static constexpr std::uint32_t ascan_Refused = 0;
   static constexpr std::int64_t cscan_Refused = -1;
@@ -30,44 +34,51 @@ class UTDATA_API GDataManager {
   /// FileClose.
   ~GDataManager();
 
-  /// Creates the file, after closing the one before: it must not exist yet. Room for the estimated size is really made on the disk,
-  /// and the advisory lock is taken, which tells others that a writer is at work. Until FileClose the file is GetMaxAcqFileSize bytes
-  /// long, most of them a hole.
+  /// Creates the file, after closing the one before: it must not exist yet. Room for the estimated
+  /// size is really made on the disk, and the advisory lock is taken, which tells others that a
+  /// writer is at work. Until FileClose the file is GetMaxAcqFileSize bytes long, most of them a
+  /// hole.
   /// @param memory what will be saved; asked once for EstimateDataFileSize
-  /// @return 0, or why there is no file. status_TooLarge and status_DiskTooSmall come before anything is created. Of the platform's
-  ///         errors, one of creating the file leaves whatever is at the path as it is; a later one leaves an empty file. Every failure
-  ///         but that of creating the file sends a memory report to the debug trace, nine lines.
+  /// @return 0, or why there is no file. status_TooLarge and status_DiskTooSmall come before
+  ///         anything is created. Of the platform's errors, one of creating the file leaves
+  ///         whatever is at the path as it is; a later one leaves an empty file. Every failure but
+  ///         that of creating the file sends a memory report to the debug trace, nine lines.
   [[nodiscard]] std::uint32_t FileCreate(const Aurelis::MemoryData& memory);
 
-  /// Cuts the file to what was written and closes it. Nothing happens without a file. What is in the file survives this process;
-  /// whether it survives the machine is up to the system, which writes it to the medium in its own time.
-  /// @return 0, or the platform's error of positioning or cutting the file, which is closed all the same. A file that could not be
-  ///         cut still has the length it had while it was open.
+  /// Cuts the file to what was written and closes it. Nothing happens without a file. What is in
+  /// the file survives this process; whether it survives the machine is up to the system, which
+  /// writes it to the medium in its own time.
+  /// @return 0, or the platform's error of positioning or cutting the file, which is closed all the
+  ///         same. A file that could not be cut still has the length it had while it was open.
   std::uint32_t FileClose();
 
   /// Bytes of the largest acquisition file: the reserved size of the view manager.
   [[nodiscard]] std::uint64_t GetMaxAcqFileSize() const;
-  /// Where the file is mapped: its first byte, GetMaxAcqFileSize of them; valid until FileClose. Null without a file.
+  /// Where the file is mapped: its first byte, GetMaxAcqFileSize of them; valid until FileClose.
+  /// Null without a file.
   [[nodiscard]] const std::byte* GetMapViewOfFile() const { return m_view; }
-  /// Bytes from the start of the file that hold the header area and all saved blocks: FileClose cuts here. Keeps its value after
-  /// FileClose; 0 before the first creation and after a failed one. A host that notes it after each save can recover the file when the
-  /// process is killed.
+  /// Bytes from the start of the file that hold the header area and all saved blocks: FileClose
+  /// cuts here. Keeps its value after FileClose; 0 before the first creation and after a failed
+  /// one. A host that notes it after each save can recover the file when the process is killed.
   [[nodiscard]] std::uint64_t GetWrittenSize() const { return m_writePosition; }
 
-  /// Appends an A-scan block: a table of the A-scans' offsets, then their samples, each the low 8 or 16 bits of its element.
-  /// @param buffer read during the call only; its operations must not throw. A cell without an A-scan, or with one that has no
-  ///               samples to point to, gets the offset 0.
-  /// @return offset of the table in the file; ascan_Refused, and nothing is written, when there is no file, the grid has no cell, the
-  ///         block does not fit the mapped size or the disk has no room for it
-  /// @throws std::runtime_error "Pas les bons bits." for a storage that is neither 1 nor 2 bytes. The table, all zero, has been appended
-  ///         then; the writer can be used on.
+  /// Appends an A-scan block: a table of the A-scans' offsets, then their samples, each the low 8
+  /// or 16 bits of its element.
+  /// @param buffer read during the call only; its operations must not throw. A cell without an
+  ///               A-scan, or with one that has no samples to point to, gets the offset 0.
+  /// @return offset of the table in the file; ascan_Refused, and nothing is written, when there is
+  ///         no file, the grid has no cell, the block does not fit the mapped size or the disk has
+  ///         no room for it
+  /// @throws std::runtime_error "Pas les bons bits." for a storage that is neither 1 nor 2 bytes.
+  ///         The table, all zero, has been appended then; the writer can be used on.
   [[nodiscard]] std::uint32_t SavePatchBuffer(const utdata::AscanPatchBuffer& buffer);
   /// Appends a C-scan block, at the next multiple of 4: one field of every cell, its low 16 bits.
   /// @param buffer read during the call only; its operations must not throw
   /// @param field  of the record, as &utdata::CscanRecord::amplitude
-  /// @return offset of the first value in the file; cscan_Refused, and nothing is written, for a null field and when SavePatchBuffer
-  ///         would refuse
-  [[nodiscard]] std::int64_t SaveCscanBuffer(const utdata::CscanPatchBuffer& buffer, int utdata::CscanRecord::*field);
+  /// @return offset of the first value in the file; cscan_Refused, and nothing is written, for a
+  ///         null field and when SavePatchBuffer would refuse
+  [[nodiscard]] std::int64_t SaveCscanBuffer(const utdata::CscanPatchBuffer& buffer,
+                                             int utdata::CscanRecord::*field);
 
  private:
   [[nodiscard]] static std::uint64_t GetFreeSpaceDiskAvailable(const std::wstring& path);
@@ -82,5 +93,6 @@ class UTDATA_API GDataManager {
   std::wstring m_path;
   std::uint64_t m_writePosition = 0;  ///< offset where the next block goes
   std::uint64_t m_mappedSize = 0;
-  std::uint64_t m_allocated = 0;  ///< the disk has room for the file up to here, at least to the write position
+  std::uint64_t m_allocated =
+      0;  ///< the disk has room for the file up to here, at least to the write position
 };

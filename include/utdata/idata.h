@@ -1,15 +1,18 @@
-// The data item: one data group of an inspection, with its identity, its place under a multi-channel master, its inspection
-// parameters, its units on every axis and the way to its samples.
+// The data item: one data group of an inspection, with its identity, its place under a
+// multi-channel master, its inspection parameters, its units on every axis and the way to its
+// samples.
 //
-// A file set makes, owns and destroys its data items. An item owns a working copy of its group record and the run-time descriptor that
-// is built from it; it refers to the volume set, which outlives it, and gives its unit set back to that.
+// A file set makes, owns and destroys its data items. An item owns a working copy of its group
+// record and the run-time descriptor that is built from it; it refers to the volume set, which
+// outlives it, and gives its unit set back to that.
 //
-// Locks. Each item has a re-entrant lock of its own; operations say whether they take it. Of two items' locks a master's is taken
-// before its element's. A change of what queries of the file set read also takes that set's writer side, before the item's own lock.
-// Units take no lock: the host serialises their use. Reads that take no lock rely on the file set's queries.
+// Locks. Each item has a re-entrant lock of its own; operations say whether they take it. Of two
+// items' locks a master's is taken before its element's. A change of what queries of the file set
+// read also takes that set's writer side, before the item's own lock. Units take no lock: the host
+// serialises their use. Reads that take no lock rely on the file set's queries.
 //
-// Axes are those of kvt_enumAxis. A multi-channel master is a data item that gathers the data groups of one channel's sub-channels,
-// its elements.
+// Axes are those of kvt_enumAxis. A multi-channel master is a data item that gathers the data
+// groups of one channel's sub-channels, its elements.
 #pragma once
 
 #include <array>
@@ -37,32 +40,42 @@ class IGDataSupplier;
 /// One data group of a file set.
 class UTDATA_API CIData : public utdata::PlacedItem {
  public:
-  /// Makes the item of a group record. The parameter database is asked for the channel's electronic scanning through the document.
+  /// Makes the item of a group record. The parameter database is asked for the channel's electronic
+  /// scanning through the document.
   ///
   /// The record is normalised first, so that whoever reads it may count, divide and walk by it:
-  /// - sound speed not above 0, or not finite: reported, 5890 m/s; inspection radius and probe separation likewise, without a report:
-  ///   0.0573 m and 0.001 m; probe angle of 90 degrees or more: a debug trace, 89.999 degrees
-  /// - columns, rows and samples 0 or above 2^31 - 1: 1; a layout of 2^63 bytes or more: one column, row and sample; sample size below
-  ///   that of the sample type: the type's
-  /// - one column or row: its step is 0.001 and its units are metres when they are neither metres nor degrees
-  /// - a step that is 0 or not finite: 0.001 of columns and rows, 2e-8 s of samples and of position C-scans' values; a negative step of
-  ///   samples: its size (scan axes may run backwards)
-  /// - data range that is reversed: turned; minimum not finite: 0; maximum not finite: the largest value of the sample type
-  /// - any other float not finite: 0, of the data resolution 1; texts without a terminator: cut after 31 characters
-  /// - sample types follow the rectification and the range: unrectified unsigned samples from 0 on become signed ones around 0, with
-  ///   gdata_OptionOffsetBinary set (not positions, not angle C-scans, not 16-bit scaled analog data); rectified signed samples from 0
-  ///   on become unsigned ones when their range fits (not angle C-scans). A type that is not known is reported and stays
-  /// @param record   normalised in place, and given a bookmark type when it has none; then copied. Null is reported and makes a bare item
+  /// - sound speed not above 0, or not finite: reported, 5890 m/s; inspection radius and probe
+  ///   separation likewise, without a report: 0.0573 m and 0.001 m; probe angle of 90 degrees or
+  ///   more: a debug trace, 89.999 degrees
+  /// - columns, rows and samples 0 or above 2^31 - 1: 1; a layout of 2^63 bytes or more: one
+  ///   column, row and sample; sample size below that of the sample type: the type's
+  /// - one column or row: its step is 0.001 and its units are metres when they are neither metres
+  ///   nor degrees
+  /// - a step that is 0 or not finite: 0.001 of columns and rows, 2e-8 s of samples and of position
+  ///   C-scans' values; a negative step of samples: its size (scan axes may run backwards)
+  /// - data range that is reversed: turned; minimum not finite: 0; maximum not finite: the largest
+  ///   value of the sample type
+  /// - any other float not finite: 0, of the data resolution 1; texts without a terminator: cut
+  ///   after 31 characters
+  /// - sample types follow the rectification and the range: unrectified unsigned samples from 0 on
+  ///   become signed ones around 0, with gdata_OptionOffsetBinary set (not positions, not angle
+  ///   C-scans, not 16-bit scaled analog data); rectified signed samples from 0 on become unsigned
+  ///   ones when their range fits (not angle C-scans). A type that is not known is reported and
+  ///   stays
+  /// @param record   normalised in place, and given a bookmark type when it has none; then copied.
+  ///   Null is reported and makes a bare item
   /// @param data     kept, not interpreted
   /// @param volumes  gives the document and the units; not owned, outlives the item
-  /// @param external not 0: the record's data pointer is a table of the caller's, which is attached and never freed by the item
+  /// @param external not 0: the record's data pointer is a table of the caller's, which is attached
+  ///   and never freed by the item
   /// @param reserved not used
   CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int external, long* reserved);
   /// A bare item: no record, no descriptor, no units.
   CIData(void* data, CVolumeSet* volumes);
   CIData(const CIData&) = delete;
   CIData& operator=(const CIData&) = delete;
-  /// Detaches an external table, leaves its master and lets its elements go; no link follows the item any more.
+  /// Detaches an external table, leaves its master and lets its elements go; no link follows the
+  /// item any more.
   ~CIData() override;
 
   /// Destroys the item, which must have left its file set.
@@ -78,10 +91,12 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   void idata1_GetId(idata_typeId& id) const;
   /// A missing record is reported; a bare item leaves it alone.
   void idata1_GetName(idata_typeName* names) const;
-  /// The record copy, owned by the item; null in a bare item. Its ids may not be changed through the pointer.
+  /// The record copy, owned by the item; null in a bare item. Its ids may not be changed through
+  /// the pointer.
   [[nodiscard]] CGDataTypeFDD* idata1_GetGInfoRef() { return m_record.get(); }
   [[nodiscard]] const CGDataTypeFDD* idata1_GetGInfoRef() const { return m_record.get(); }
-  /// The descriptor, owned by the item; null in a bare item. Its ids may not be changed through the pointer.
+  /// The descriptor, owned by the item; null in a bare item. Its ids may not be changed through the
+  /// pointer.
   [[nodiscard]] CRDataTypeDD* idata1_GetInfoRef() const { return m_descriptor.get(); }
 
   /// The modified and the new flag, under the lock. A bare item is not modified and is new.
@@ -105,104 +120,127 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// @param withPatch not 0: the patch is part of both
   /// A bare item or a missing output is reported, and nothing is written.
   void idata3_GetChannelIdName(std::wstring* label, std::wstring* idLabel, int withPatch) const;
-  /// The channel, and the sub-channel of a sub-channel group that is no master: "C05 : [2]" without names. Under the lock.
+  /// The channel, and the sub-channel of a sub-channel group that is no master: "C05 : [2]" without
+  /// names. Under the lock.
   void idata3_GetChannelName(std::wstring* out) const;
 
   // ---- masters and elements
 
   /// Whether the data class has the multi-channel-master bit.
   [[nodiscard]] bool idata1_IsMultiChannelMaster() const;
-  /// Whether the item is a sub-channel's data group, of a class that is gathered, with a master; which is the
-  /// item itself when linear merging made it one and nobody has added it to another.
+  /// Whether the item is a sub-channel's data group, of a class that is gathered, with a master;
+  /// which is the item itself when linear merging made it one and nobody has added it to another.
   [[nodiscard]] bool idata1_IsMultiChannelElement() const;
-  /// Appends an element, whose master this item becomes, under the lock. The master takes the element's data type, and its sub-channel id
-  /// when that is larger. An element that differs in layout is reported and added all the same. Null, the item itself, an item that
-  /// is an element already or has elements, and a call on an item that gathers none are reported and change nothing. Always true.
+  /// Appends an element, whose master this item becomes, under the lock. The master takes the
+  /// element's data type, and its sub-channel id when that is larger. An element that differs in
+  /// layout is reported and added all the same. Null, the item itself, an item that is an element
+  /// already or has elements, and a call on an item that gathers none are reported and change
+  /// nothing. Always true.
   bool idata1_SubChannelAdd(CIData* element);
-  /// Takes an element out of this master's list, under the lock; the element goes on naming its master. One that is not in the list is
-  /// reported. Always true.
+  /// Takes an element out of this master's list, under the lock; the element goes on naming its
+  /// master. One that is not in the list is reported. Always true.
   bool idata1_SubChannelRemove(CIData* element);
-  /// The first element with a sub-channel id; the first element of all when `n` exceeds the number of elements or none has that id; null
-  /// without elements. An item that has no list of elements answers with itself.
+  /// The first element with a sub-channel id; the first element of all when `n` exceeds the number
+  /// of elements or none has that id; null without elements. An item that has no list of elements
+  /// answers with itself.
   [[nodiscard]] CIData* idata1_SubChannelGet(long n);
   [[nodiscard]] std::uint32_t idata1_SubChannelQty() const;
-  /// The elements in the order of their adding, owned by the item, to be read only; null for an item that gathers none.
+  /// The elements in the order of their adding, owned by the item, to be read only; null for an
+  /// item that gathers none.
   [[nodiscard]] CIDataLst* idata1_SubChannelGetList() const { return m_elements.get(); }
   /// The master while it lives, which is the item itself for a master; null for an item without.
   [[nodiscard]] CIData* idata1_SubChannelMaster() const { return m_master.Get(); }
   [[nodiscard]] CIData* idata1_SubChannelLastModifiedGet() const { return nullptr; }
-  /// Replaces `out` with the elements ordered by bookmark type, channel, sub-channel and gate id; equal ones keep their order.
+  /// Replaces `out` with the elements ordered by bookmark type, channel, sub-channel and gate id;
+  /// equal ones keep their order.
   void GetOrderedSubChannelList(CIDataLst* out) const;
-  /// Makes the master's descriptor that of its first element, whose table it then shares without owning it. Identity as a master, links
-  /// to C-scans and units stay the master's. Under the lock; nothing for an item that is no master or has no element.
+  /// Makes the master's descriptor that of its first element, whose table it then shares without
+  /// owning it. Identity as a master, links to C-scans and units stay the master's. Under the lock;
+  /// nothing for an item that is no master or has no element.
   void idata1_UpdateMasterChannel();
   void NotifyChangeToConsList() {}  ///< no effect
-  /// Gives a bookmark type to the item's master and to the elements that SubChannelGet finds for the numbers 1 to their quantity.
-  /// Nothing for an item without a master.
+  /// Gives a bookmark type to the item's master and to the elements that SubChannelGet finds for
+  /// the numbers 1 to their quantity. Nothing for an item without a master.
   void SetDataBookmarkTypeofAssociatedChannel(const eDataBookmarkType& type);
 
   // ---- inspection parameters: of the descriptor; a bare item has none, answers 0 and takes none
 
-  /// Fills in the parameters, skew and fourth value from 0 up to 360 degrees. Under the lock. Null is reported. Always 0.
+  /// Fills in the parameters, skew and fourth value from 0 up to 360 degrees. Under the lock. Null
+  /// is reported. Always 0.
   int idata3_GetInspParam(idata_typeInspParams* params) const;
-  /// Gives descriptor and record copy all parameters but the resolutions; skew and fourth value are normalised. The record copy of an
-  /// amplitude C-scan keeps its sample offset; position C-scans take it for their data offset too. Then the item is modified and its
-  /// units follow. Under the lock. Null, or a value that is not finite, is reported and changes nothing. The integer is not used.
-  /// Always 0.
+  /// Gives descriptor and record copy all parameters but the resolutions; skew and fourth value are
+  /// normalised. The record copy of an amplitude C-scan keeps its sample offset; position C-scans
+  /// take it for their data offset too. Then the item is modified and its units follow. Under the
+  /// lock. Null, or a value that is not finite, is reported and changes nothing. The integer is not
+  /// used. Always 0.
   int idata1_ModifyInspParam(idata_typeInspParams* params, int);
   /// Under the lock. Null is reported.
   void idata3_GetTOFDParam(idata_typeTOFD* tofd) const;
-  /// As idata1_ModifyInspParam, and gives descriptor and record copy the resolutions of columns and rows and what `tofd` holds, whose
-  /// thickness and sound speed count; the sample offsets become smaller by its correction. Under the lock.
+  /// As idata1_ModifyInspParam, and gives descriptor and record copy the resolutions of columns and
+  /// rows and what `tofd` holds, whose thickness and sound speed count; the sample offsets become
+  /// smaller by its correction. Under the lock.
   void idata3_ModifyTOFDParam(idata_typeTOFD* tofd, idata_typeInspParams* params);
-  [[nodiscard]] int idata3_IsTOFD() const;              ///< 1 or 0
-  [[nodiscard]] float idata3_GetProbeAngle() const;     ///< degrees
-  [[nodiscard]] float idata3_GetProbeSkew() const;      ///< from 0 up to 360 degrees; under the lock
+  [[nodiscard]] int idata3_IsTOFD() const;           ///< 1 or 0
+  [[nodiscard]] float idata3_GetProbeAngle() const;  ///< degrees
+  [[nodiscard]] float idata3_GetProbeSkew() const;   ///< from 0 up to 360 degrees; under the lock
   [[nodiscard]] float idata3_GetPartThickness() const;  ///< m
-  /// In metres, finite: else reported and nothing. The descriptor's alone, under the lock; units follow with the next change.
+  /// In metres, finite: else reported and nothing. The descriptor's alone, under the lock; units
+  /// follow with the next change.
   void idata3_SetPartThickness(float thickness);
-  void idata3_SetPartOutsideDiameter(double diameter);  ///< likewise the inspection radius, which is half of it
-  /// Where the chord between the two probes lies on a curved surface: on the outer one for geometry kinds 16 and 17, else on the inner.
+  void idata3_SetPartOutsideDiameter(
+      double diameter);  ///< likewise the inspection radius, which is half of it
+  /// Where the chord between the two probes lies on a curved surface: on the outer one for geometry
+  /// kinds 16 and 17, else on the inner.
   /// @param sagitta   m, of the surface above the chord; negative on the inner surface
   /// @param halfChord m
-  /// @return 1; 0 with nothing written for a flat part, a missing output, and a part without an inner surface
+  /// @return 1; 0 with nothing written for a flat part, a missing output, and a part without an
+  ///   inner surface
   int GetCircularParameter(double* sagitta, double* halfChord) const;
 
   // ---- units: none takes a lock unless told; a bare item has none
 
-  /// The item's units, made with it and destroyed with it. Each axis converts to the base of the volume set's axis: columns and rows to
-  /// what the record has them in, samples to the one-way path in metres, amplitudes to percent of full scale.
+  /// The item's units, made with it and destroyed with it. Each axis converts to the base of the
+  /// volume set's axis: columns and rows to what the record has them in, samples to the one-way
+  /// path in metres, amplitudes to percent of full scale.
   [[nodiscard]] CUnitSet* idata3_UnitsGet() const { return m_pUnitInfo; }
   [[nodiscard]] CVolumeSet* idata3_GetVSet() const { return m_volumes; }
   [[nodiscard]] kvt_enumUnitSystems idata3_GetUnitSystem() const;  ///< under the lock
-  /// The item's unit of an axis; of family unit_Point whatever the data unit. Null where there is none. Lives as long as the item.
-  [[nodiscard]] CUnit* idata3_GetUnit(kvt_enumAxis axis, unit_enumUnits family, unit_enumDataUnit unit) const;
-  /// The unit chosen for an axis, null where none is. At first one is chosen for amplitudes, and for the samples of TOFD (mm of depth)
-  /// and of angle C-scans in degrees.
-  /// @param alternative not 0: the second choice that the sample axis has; without effect on other axes
+  /// The item's unit of an axis; of family unit_Point whatever the data unit. Null where there is
+  /// none. Lives as long as the item.
+  [[nodiscard]] CUnit* idata3_GetUnit(kvt_enumAxis axis,
+                                      unit_enumUnits family,
+                                      unit_enumDataUnit unit) const;
+  /// The unit chosen for an axis, null where none is. At first one is chosen for amplitudes, and
+  /// for the samples of TOFD (mm of depth) and of angle C-scans in degrees.
+  /// @param alternative not 0: the second choice that the sample axis has; without effect on other
+  ///   axes
   [[nodiscard]] CUnit* idata3_GetCurrentUnit(kvt_enumAxis axis, int alternative) const;
-  /// Chooses for this item alone. A unit that the axis does not have leaves the choice as it is. The last argument has no effect.
+  /// Chooses for this item alone. A unit that the axis does not have leaves the choice as it is.
+  /// The last argument has no effect.
   void SetCurrentUnitType(kvt_enumAxis axis,
                           unit_enumUnits family,
                           unit_enumDataUnit unit,
                           int alternative,
                           int notify);
-  /// Chooses for an element's master and all its elements; for any other item alone. Under the master's lock.
+  /// Chooses for an element's master and all its elements; for any other item alone. Under the
+  /// master's lock.
   void SetMasterCurrentUnitType(kvt_enumAxis axis,
                                 unit_enumUnits family,
                                 unit_enumDataUnit unit,
                                 int alternative,
                                 int notify);
-  /// Chooses a unit of this type in the item and what is gathered with it, then in every multi-channel master of the channel. Null is
-  /// reported. Queries the file set.
+  /// Chooses a unit of this type in the item and what is gathered with it, then in every
+  /// multi-channel master of the channel. Null is reported. Queries the file set.
   void idata3_SetCurrentUnit(kvt_enumAxis axis, CUnit* unit, int alternative);
   void idata3_SetCurrentUnitWithoutNotification(kvt_enumAxis axis,
                                                 CUnit* unit,
                                                 int alternative);  ///< without the second step
-  /// Digits after the decimal point of the chosen unit, if any: of the item, and of all that it is gathered with.
+  /// Digits after the decimal point of the chosen unit, if any: of the item, and of all that it is
+  /// gathered with.
   void SetUnitPrecision(kvt_enumAxis axis, int alternative, long precision);
   void SetMasterUnitPrecision(kvt_enumAxis axis, int alternative, long precision);
-  /// Applies a saved choice with its precision to the item and what it is gathered with, and notes that.
+  /// Applies a saved choice with its precision to the item and what it is gathered with, and notes
+  /// that.
   void idata3_RestoreUnit(kvt_enumAxis axis,
                           unit_enumUnits family,
                           unit_enumDataUnit unit,
@@ -214,8 +252,9 @@ class UTDATA_API CIData : public utdata::PlacedItem {
 
   // ---- dimensions and data: 0 in a bare item
 
-  /// Of columns, rows, samples and values (their range, cut to an integer), as the record copy has them: C-scans have the file's sample
-  /// quantity here. Other axes are reported and have 0. Under the lock.
+  /// Of columns, rows, samples and values (their range, cut to an integer), as the record copy has
+  /// them: C-scans have the file's sample quantity here. Other axes are reported and have 0. Under
+  /// the lock.
   [[nodiscard]] std::uint32_t idata3_GetDimQty(kvt_enumAxis axis) const;
   /// As the descriptor has them. Other axes are reported and have 0. Under the lock.
   [[nodiscard]] double idata3_GetDimResol(kvt_enumAxis axis) const;
@@ -240,20 +279,26 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   [[nodiscard]] double idata3_GetDataMax() const;
   [[nodiscard]] gdata_enumDataClass idata3_GetDataId() const;  ///< data class, with the master bit
   [[nodiscard]] kvt_enumDataType idata3_GetDataType() const;   ///< under the lock
-  /// The descriptor's data minimum and maximum, under the lock. A missing output is reported, and nothing is written.
+  /// The descriptor's data minimum and maximum, under the lock. A missing output is reported, and
+  /// nothing is written.
   void idata3_GetAbsoluteMinMax(float* minimum, float* maximum) const;
-  /// Tells a master to load its elements, once; under its lock and each element's. An item that is no master loads nothing: its host
-  /// attaches the table.
-  /// @return 0; -1 for a bare item, when the volume is loaded, and when the data are loaded and `volume` is not 0 or they are no volume
+  /// Tells a master to load its elements, once; under its lock and each element's. An item that is
+  /// no master loads nothing: its host attaches the table.
+  /// @return 0; -1 for a bare item, when the volume is loaded, and when the data are loaded and
+  ///   `volume` is not 0 or they are no volume
   int idata1_DataLoad(int volume);
-  /// Copies the record copy, with the table in place of the data pointer (null for a master); loads first. Null is reported.
+  /// Copies the record copy, with the table in place of the data pointer (null for a master); loads
+  /// first. Null is reported.
   void idata1_GetGInfoCopy(CGDataTypeFDD* out);
-  /// The sample table, as soon as there is one: waits without limit, looking every 50 ms, until another thread attaches it. Takes no
-  /// lock; the item has to outlive the call. A bare item is reported and has none.
-  /// So as not to wait for ever, a host attaches every table before it asks, or asks idata1_GetInfoRef()->GetDiskTable() first, which
-  /// never waits. A table that was refused because it is shorter than its layout never comes.
+  /// The sample table, as soon as there is one: waits without limit, looking every 50 ms, until
+  /// another thread attaches it. Takes no lock; the item has to outlive the call. A bare item is
+  /// reported and has none. So as not to wait for ever, a host attaches every table before it asks,
+  /// or asks idata1_GetInfoRef()->GetDiskTable() first, which never waits. A table that was refused
+  /// because it is shorter than its layout never comes.
   [[nodiscard]] void* idata3_GetDataTablePtr() const;
-  [[nodiscard]] int IsDiskOrigin() const { return m_diskOrigin.load(std::memory_order_relaxed) == 1; }
+  [[nodiscard]] int IsDiskOrigin() const {
+    return m_diskOrigin.load(std::memory_order_relaxed) == 1;
+  }
   void SetDiskOrigin() { m_diskOrigin.store(1, std::memory_order_relaxed); }
 
   // By the descriptor's data class; only the amplitude test passes over the master bit.
@@ -265,7 +310,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   [[nodiscard]] bool idata3_IsLABEnabled() const { return false; }
 
  private:
-  /// Holds an item's lock for a scope. A checked build reports a master's lock that is asked for while one of its element's is held.
+  /// Holds an item's lock for a scope. A checked build reports a master's lock that is asked for
+  /// while one of its element's is held.
   class UTDATA_SCOPED_CAPABILITY LockScope {
    public:
     explicit LockScope(const CIData& item) UTDATA_ACQUIRE(item.m_lock);
@@ -292,7 +338,9 @@ class UTDATA_API CIData : public utdata::PlacedItem {
 
   [[nodiscard]] ChannelScanning ReadChannelScanning(std::uint32_t channelId) const;
   static void UpdateBookmarkType(const enumElectronicScanning& mode, CGDataTypeFDD* record);
-  [[nodiscard]] CIData* MatchAmpPosCScans(CGDataTypeFDD* record, CVolumeSet* volumes, bool& meridio);
+  [[nodiscard]] CIData* MatchAmpPosCScans(CGDataTypeFDD* record,
+                                          CVolumeSet* volumes,
+                                          bool& meridio);
   [[nodiscard]] CIData* MatchAmplitude(const CGDataTypeFDD& record, CFSet& set);
   [[nodiscard]] CIData* MatchPosition(const CGDataTypeFDD& record, CFSet& set, bool& meridio);
   [[nodiscard]] CIData* MatchEddyCurrent(const CGDataTypeFDD& record, CFSet& set);
@@ -302,14 +350,17 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   void ReturnTableOf(const CIData& element);
   void GiveBookmarkType(eDataBookmarkType type);
 
-  /// Makes the unit set with all its units and the point units. The descriptor must be there. Construction only.
+  /// Makes the unit set with all its units and the point units. The descriptor must be there.
+  /// Construction only.
   void InitializeUnits();
-  /// Chooses the units of the data axis, and of the sample axis where the class or TOFD asks for it. Construction only.
+  /// Chooses the units of the data axis, and of the sample axis where the class or TOFD asks for
+  /// it. Construction only.
   void ChooseInitialUnits();
   /// Brings every unit in line with the descriptor. Nothing for a bare item.
   void UpdateUnits() UTDATA_REQUIRES(m_lock);
-  /// Hands an operation to whom it concerns: from an element to its master; from there to the elements in order, then to the master
-  /// itself. An item without either gets it alone. Under the lock of the master.
+  /// Hands an operation to whom it concerns: from an element to its master; from there to the
+  /// elements in order, then to the master itself. An item without either gets it alone. Under the
+  /// lock of the master.
   template <class Operation>
   void ForMasterAndElements(Operation operation);
   /// Makes a unit choice in every multi-channel master of the item's channel.
@@ -319,7 +370,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
                              int alternative,
                              int notify);
 
-  utdata::LiveDataItem m_live{this};  ///< first of all, so that links to an item under construction hold
+  utdata::LiveDataItem m_live{
+      this};  ///< first of all, so that links to an item under construction hold
   mutable utdata::RecursiveMutex m_lock;
   std::atomic<std::int32_t> m_unitRestored{0};
   const std::int32_t m_external;
@@ -330,11 +382,11 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   void* const m_data;                          ///< the host's, not interpreted
   CVolumeSet* const m_volumes;
   IGDataSupplier* const m_document;
-  std::unique_ptr<CGDataTypeFDD> m_record;                        ///< working copy; null in a bare item
+  std::unique_ptr<CGDataTypeFDD> m_record;  ///< working copy; null in a bare item
   std::unique_ptr<CRDataTypeDD, DestroyDescriptor> m_descriptor;  ///< null in a bare item
   CUnitSet* m_pUnitInfo = nullptr;                                ///< owned through the volume set
   std::array<CUnit*, alternativeSample + 1>
-      m_currentUnits{};                     ///< by axis, then the alternative sample-axis unit; not owned
+      m_currentUnits{};  ///< by axis, then the alternative sample-axis unit; not owned
   std::array<CUnit*, 6> m_pointUnits{};     ///< by axis, not owned
   utdata::DataItemLink m_master;            ///< of an element its master, of a master itself
   POSITION m_placeAmongElements = nullptr;  ///< in the master's list; null: in none

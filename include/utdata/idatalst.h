@@ -25,8 +25,8 @@ struct DataListTraits {
 
 }  // namespace utdata
 
-/// utdata/itemlist.h tells the lookups. A bookmark type of 0 matches every bookmark type, a data class of fset_AnyId every class, and
-/// gate ids are compared by gate number.
+/// utdata/itemlist.h tells the lookups. A bookmark type of 0 matches every bookmark type, a data
+/// class of fset_AnyId every class, and gate ids are compared by gate number.
 class UTDATA_API CIDataLst : public utdata::ItemList<utdata::DataListTraits> {
   DECLARE_DYNAMIC(CIDataLst)
 
@@ -56,7 +56,8 @@ class UTDATA_API CIDataLst : public utdata::ItemList<utdata::DataListTraits> {
                    std::uint32_t subChanId,
                    std::uint32_t gateId,
                    std::uint32_t dataClass);
-  /// As GetIDataLst for every bookmark type, but `gateId` itself has to be the item's gate number: 2000 or more matches nothing.
+  /// As GetIDataLst for every bookmark type, but `gateId` itself has to be the item's gate number:
+  /// 2000 or more matches nothing.
   void GetGateIDataList(fset_enumFilters filter,
                         CIDataLst* out,
                         std::uint32_t patchId,

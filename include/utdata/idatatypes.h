@@ -5,7 +5,8 @@
 
 #include "interfaces/kvtiff19_types.h"
 
-/// Names of a data item: terminated texts, empty ones where there is no name. They live as long as the item.
+/// Names of a data item: terminated texts, empty ones where there is no name. They live as long as
+/// the item.
 struct idata_typeName {
   const wchar_t* patchName = L"";
   const wchar_t* channelName = L"";

@@ -8,8 +8,9 @@
 
 /// One gate of a file set; utdata/item.h tells the pattern, ownership and locks.
 ///
-/// The single values may be read and set from several threads at once, but not read while the whole record is replaced. A setter that is
-/// given the stored value changes nothing, else it marks the gate as modified.
+/// The single values may be read and set from several threads at once, but not read while the whole
+/// record is replaced. A setter that is given the stored value changes nothing, else it marks the
+/// gate as modified.
 class UTDATA_API CIGate : public utdata::Item<CGGateTypeDescr, ggate_Duplicate, nullptr> {
  public:
   CIGate(CGGateTypeDescr* descriptor, int isNew) : Item(descriptor, isNew) {}
@@ -26,7 +27,8 @@ class UTDATA_API CIGate : public utdata::Item<CGGateTypeDescr, ggate_Duplicate, 
   void igate1_ModifClear() { SetModifiedLocked(false); }
   [[nodiscard]] bool igate1_NewGetStatus() const { return IsNew(); }
 
-  /// Replaces the record as igate1_ReplaceGInfo does and marks the gate as modified. @param flags no effect
+  /// Replaces the record as igate1_ReplaceGInfo does and marks the gate as modified. @param flags
+  /// no effect
   void igate9_OnLineUpdate(const CGGateTypeDescr* source, std::uint32_t flags);
 
   [[nodiscard]] float Start() const;  ///< seconds after its reference
@@ -37,7 +39,8 @@ class UTDATA_API CIGate : public utdata::Item<CGGateTypeDescr, ggate_Duplicate, 
   void PLevel(float percent);
   [[nodiscard]] float NLevel() const;  ///< level of negative half waves, percent of full scale
   void NLevel(float percent);
-  [[nodiscard]] std::int32_t GetReferenceGate() const;  ///< gate id that the start is counted from, -1 none
+  [[nodiscard]] std::int32_t GetReferenceGate()
+      const;  ///< gate id that the start is counted from, -1 none
   [[nodiscard]] ggate_EnumGateRef Ref() const;
   [[nodiscard]] ggate_EnumPeakSelection PeakSelection() const;
 

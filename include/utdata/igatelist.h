@@ -25,7 +25,15 @@ class UTDATA_API CIGateLst : public utdata::ItemList<utdata::GateListTraits> {
   DECLARE_DYNAMIC(CIGateLst)
 
  public:
-  [[nodiscard]] CIGate* GetIGate(fset_enumFilters filter, std::uint32_t gateId, std::uint32_t chanId) const;
-  void GetIGateLst(fset_enumFilters filter, CIGateLst* out, std::uint32_t gateId, std::uint32_t chanId) const;
-  void RemoveIGate(fset_enumFilters filter, CIGateLst* out, std::uint32_t gateId, std::uint32_t chanId);
+  [[nodiscard]] CIGate* GetIGate(fset_enumFilters filter,
+                                 std::uint32_t gateId,
+                                 std::uint32_t chanId) const;
+  void GetIGateLst(fset_enumFilters filter,
+                   CIGateLst* out,
+                   std::uint32_t gateId,
+                   std::uint32_t chanId) const;
+  void RemoveIGate(fset_enumFilters filter,
+                   CIGateLst* out,
+                   std::uint32_t gateId,
+                   std::uint32_t chanId);
 };

@@ -7,7 +7,8 @@
 using ischa_typeDescr = CGSubchanTypeDescr;
 
 /// One sub-channel of a file set; utdata/item.h tells the pattern, ownership and locks.
-class UTDATA_API CISubChan : public utdata::Item<CGSubchanTypeDescr, gsubchan_Duplicate, gsubchan_Delete> {
+class UTDATA_API CISubChan
+    : public utdata::Item<CGSubchanTypeDescr, gsubchan_Duplicate, gsubchan_Delete> {
  public:
   CISubChan(CGSubchanTypeDescr* descriptor, int isNew) : Item(descriptor, isNew) {}
   void Dump(CDumpContext& context) const override;

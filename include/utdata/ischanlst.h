@@ -27,7 +27,15 @@ class UTDATA_API CISubChanLst : public utdata::ItemList<utdata::SubChanListTrait
  public:
   void Dump(CDumpContext& context) const override;
 
-  [[nodiscard]] CISubChan* GetISubChan(fset_enumFilters filter, std::uint32_t subChanId, std::uint32_t chanId) const;
-  void GetISubChanLst(fset_enumFilters filter, CISubChanLst* out, std::uint32_t subChanId, std::uint32_t chanId) const;
-  void RemoveISubChan(fset_enumFilters filter, CISubChanLst* out, std::uint32_t subChanId, std::uint32_t chanId);
+  [[nodiscard]] CISubChan* GetISubChan(fset_enumFilters filter,
+                                       std::uint32_t subChanId,
+                                       std::uint32_t chanId) const;
+  void GetISubChanLst(fset_enumFilters filter,
+                      CISubChanLst* out,
+                      std::uint32_t subChanId,
+                      std::uint32_t chanId) const;
+  void RemoveISubChan(fset_enumFilters filter,
+                      CISubChanLst* out,
+                      std::uint32_t subChanId,
+                      std::uint32_t chanId);
 };

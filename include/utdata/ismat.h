@@ -6,7 +6,8 @@
 using ismat_typeDescr = CGSpecmatTypeDescr;
 
 /// The material of a specimen; utdata/item.h tells the pattern, ownership and locks.
-class UTDATA_API CISpecMat : public utdata::Item<CGSpecmatTypeDescr, gspecmat_Duplicate, gspecmat_Delete> {
+class UTDATA_API CISpecMat
+    : public utdata::Item<CGSpecmatTypeDescr, gspecmat_Duplicate, gspecmat_Delete> {
  public:
   CISpecMat(CGSpecmatTypeDescr* descriptor, int isNew) : Item(descriptor, isNew) {}
   void Dump(CDumpContext& context) const override;  ///< writes nothing
@@ -17,8 +18,8 @@ class UTDATA_API CISpecMat : public utdata::Item<CGSpecmatTypeDescr, gspecmat_Du
   [[nodiscard]] CGSpecmatTypeDescr* ismat1_GetGInfoRef() const { return FileSide(); }
   /// A new item leaves `copy` alone.
   void ismat1_GetGInfoCopy(CGSpecmatTypeDescr* copy) const { CopyFileSide(copy); }
-  /// Makes the caller's record itself the file side (it has to outlive the item, which is no longer new) and the working copy equal to
-  /// it. The modified flag stays as it is.
+  /// Makes the caller's record itself the file side (it has to outlive the item, which is no longer
+  /// new) and the working copy equal to it. The modified flag stays as it is.
   void ismat1_ReplaceGInfo(CGSpecmatTypeDescr* fileSide) { Adopt(fileSide); }
   /// Always 0. The file side is null for a new item.
   std::uint32_t ismat1_ModifGet(CGSpecmatTypeDescr** working, CGSpecmatTypeDescr** fileSide) const {

@@ -1,15 +1,18 @@
 // The item pattern, told once: what a file set keeps of one descriptor group.
 //
-// An item refers to the descriptor it was made from (its file side, not owned), owns a working copy that callers read and edit, and
-// carries a modified flag. An item without a file side is new. The pair of both tells what changed.
+// An item refers to the descriptor it was made from (its file side, not owned), owns a working copy
+// that callers read and edit, and carries a modified flag. An item without a file side is new. The
+// pair of both tells what changed.
 //
-// Locks. Each item has a recursive lock of its own; it orders the item's changes and status operations among each other. A change of
-// the whole working copy (SetInfoCopy, ReplaceGInfo, OnLineUpdate) of an item in a file set also holds that set's writer side, taken
-// before the item's own lock, so that no query meets half a change. Reads of the working copy take no lock: who reads while others
-// change relies on the file set's queries. A pointer handed out is not guarded once the call has returned.
+// Locks. Each item has a recursive lock of its own; it orders the item's changes and status
+// operations among each other. A change of the whole working copy (SetInfoCopy, ReplaceGInfo,
+// OnLineUpdate) of an item in a file set also holds that set's writer side, taken before the item's
+// own lock, so that no query meets half a change. Reads of the working copy take no lock: who reads
+// while others change relies on the file set's queries. A pointer handed out is not guarded once
+// the call has returned.
 //
-// What a host may not do: change the ids in a working copy through the pointers that GetInfoRef and ModifGet return. The file set
-// finds items by their ids; SetInfoCopy is the way to change them.
+// What a host may not do: change the ids in a working copy through the pointers that GetInfoRef and
+// ModifGet return. The file set finds items by their ids; SetInfoCopy is the way to change them.
 #pragma once
 
 #include <array>
@@ -40,10 +43,11 @@ class ItemHome {
 
 /// Where an item stands in a file set. Written by its home alone, under the writer side.
 struct ItemPlace {
-  ItemHome* home = nullptr;            ///< null: in no file set
-  POSITION position = nullptr;         ///< in the home's list
-  std::uint64_t order = 0;             ///< grows along the home's list
-  std::array<std::uint32_t, 6> ids{};  ///< that it is filed under, in the order of the list's lookups
+  ItemHome* home = nullptr;     ///< null: in no file set
+  POSITION position = nullptr;  ///< in the home's list
+  std::uint64_t order = 0;      ///< grows along the home's list
+  std::array<std::uint32_t, 6>
+      ids{};  ///< that it is filed under, in the order of the list's lookups
 };
 
 /// An object that a file set can hold and find.
@@ -76,9 +80,11 @@ class UTDATA_API PlacedItem : public CObject {
   ItemPlace m_place;
 };
 
-/// The pattern. An item class gives its exported names to these operations and adds what it does differently.
+/// The pattern. An item class gives its exported names to these operations and adds what it does
+/// differently.
 /// @tparam duplicate the file layer's operation that makes one descriptor equal to another
-/// @tparam release   the file layer's operation that empties a descriptor; null where the pattern leaves it to the destructor
+/// @tparam release   the file layer's operation that empties a descriptor; null where the pattern
+///   leaves it to the destructor
 template <class Descriptor, int (*duplicate)(Descriptor*, const Descriptor*), auto release>
 class Item : public PlacedItem {
  public:
@@ -87,8 +93,9 @@ class Item : public PlacedItem {
   ~Item() override { EmptyWorkingCopy(); }
 
  protected:
-  /// @param descriptor content of the working copy. With isNew 0 it becomes the file side and has to outlive the item, else nothing
-  ///                   refers to it afterwards. Null is reported and makes a new item with an empty working copy.
+  /// @param descriptor content of the working copy. With isNew 0 it becomes the file side and has
+  ///                   to outlive the item, else nothing refers to it afterwards. Null is reported
+  ///                   and makes a new item with an empty working copy.
   Item(Descriptor* descriptor, int isNew)
       : m_fileSide(isNew ? nullptr : descriptor), m_working(std::make_unique<Descriptor>()) {
     if (Given(descriptor)) duplicate(m_working.get(), descriptor);
@@ -101,7 +108,8 @@ class Item : public PlacedItem {
     if (Given(out)) *out = *m_working;
   }
 
-  /// Assigns a record that differs to the working copy and marks the item as modified; an equal one changes nothing.
+  /// Assigns a record that differs to the working copy and marks the item as modified; an equal one
+  /// changes nothing.
   void SetInfo(const Descriptor* in) {
     if (!Given(in)) return;
     const HomeScope home(*this);
@@ -122,8 +130,9 @@ class Item : public PlacedItem {
     return true;
   }
 
-  /// Copies a record into the file side and from there into the working copy; of a new item into the working copy alone, and the item
-  /// stays new. The modified flag stays as it is. Null is reported and changes nothing.
+  /// Copies a record into the file side and from there into the working copy; of a new item into
+  /// the working copy alone, and the item stays new. The modified flag stays as it is. Null is
+  /// reported and changes nothing.
   void Replace(const Descriptor* source) {
     if (!Given(source)) return;
     const HomeScope home(*this);

@@ -1,12 +1,14 @@
 // The item index, told once: a file set's list with hash tables beside it.
 //
-// Lookups answer as the list's walk does. A combination of ids that is asked for gets a table of its own, so that any lookup that
-// names an id costs as much as it finds, however many items there are and whatever their ids. An item is filed under the ids it has
-// when it is added, and filed anew by each change that goes through its own operations; a candidate is compared with its item's
-// present ids before it counts, so that an id changed behind the library's back can hide an item from a lookup by ids, but never
-// yields a wrong one.
+// Lookups answer as the list's walk does. A combination of ids that is asked for gets a table of
+// its own, so that any lookup that names an id costs as much as it finds, however many items there
+// are and whatever their ids. An item is filed under the ids it has when it is added, and filed
+// anew by each change that goes through its own operations; a candidate is compared with its item's
+// present ids before it counts, so that an id changed behind the library's back can hide an item
+// from a lookup by ids, but never yields a wrong one.
 //
-// The file set's lock guards all but Count: the writer side for Add, Move, Remove and edits, the reader side for the rest.
+// The file set's lock guards all but Count: the writer side for Add, Move, Remove and edits, the
+// reader side for the rest.
 #pragma once
 
 #include <algorithm>
@@ -25,8 +27,9 @@
 
 namespace utdata {
 
-/// Items by a hash, those of one hash in the order of their list. Open addressing in one array, at most half full, so that a look-up
-/// reads one place of it; a place holds the first item of its hash and, seldom, a set of others.
+/// Items by a hash, those of one hash in the order of their list. Open addressing in one array, at
+/// most half full, so that a look-up reads one place of it; a place holds the first item of its
+/// hash and, seldom, a set of others.
 class ItemTable {
  public:
   void Insert(std::uint64_t hash, std::uint64_t order, PlacedItem* item) {
@@ -92,7 +95,8 @@ class ItemTable {
 
   void Empty(std::size_t hole) {
     // Whoever was pushed past the hole moves back, so that every run stays without a gap.
-    for (std::size_t next = (hole + 1) & Mask(); m_slots[next].first.item; next = (next + 1) & Mask()) {
+    for (std::size_t next = (hole + 1) & Mask(); m_slots[next].first.item;
+         next = (next + 1) & Mask()) {
       const std::size_t pushed = (next - m_slots[next].hash) & Mask();
       if (pushed < ((next - hole) & Mask())) continue;
       m_slots[hole] = std::move(m_slots[next]);
@@ -119,7 +123,8 @@ class IndexedItemList final : private ItemHome {
   using Item = typename List::Item;
   using Ids = typename List::Ids;
 
-  explicit IndexedItemList(CReaderWriterLock& lock) : m_lock(lock), m_seed(reinterpret_cast<std::uintptr_t>(this)) {}
+  explicit IndexedItemList(CReaderWriterLock& lock)
+      : m_lock(lock), m_seed(reinterpret_cast<std::uintptr_t>(this)) {}
   IndexedItemList(const IndexedItemList&) = delete;
   IndexedItemList& operator=(const IndexedItemList&) = delete;
 
@@ -196,8 +201,8 @@ class IndexedItemList final : private ItemHome {
     return given;
   }
 
-  /// Of the given ids; what a lookup takes for equal has one hash. The seed differs from list to list, so that no file can aim at one
-  /// place.
+  /// Of the given ids; what a lookup takes for equal has one hash. The seed differs from list to
+  /// list, so that no file can aim at one place.
   template <class AnyIds>
   std::uint64_t HashOf(unsigned given, const AnyIds& ids) const {
     std::uint64_t hash = m_seed;
@@ -210,8 +215,8 @@ class IndexedItemList final : private ItemHome {
     return hash;
   }
 
-  /// The table for a lookup, made when it is asked for the first time; null when the lookup has to walk. An unknown filter walks, since
-  /// it is reported once for each item on the way.
+  /// The table for a lookup, made when it is asked for the first time; null when the lookup has to
+  /// walk. An unknown filter walks, since it is reported once for each item on the way.
   const ItemTable* TableFor(fset_enumFilters filter, const Ids& ids) const {
     const unsigned given = GivenIds(ids);
     if (given == 0 || filter > fset_New) return nullptr;
@@ -220,7 +225,8 @@ class IndexedItemList final : private ItemHome {
     const MutexScope scope(m_making);  // readers may ask for one table at a time
     if (const ItemTable* table = m_byIds[given].load(std::memory_order_relaxed)) return table;
     auto made = std::make_unique<TableOfIds>(TableOfIds{given, {}});
-    for (Item* item : m_items) made->items.Insert(HashOf(given, PlaceOf(*item).ids), PlaceOf(*item).order, item);
+    for (Item* item : m_items)
+      made->items.Insert(HashOf(given, PlaceOf(*item).ids), PlaceOf(*item).order, item);
     m_tables.push_back(std::move(made));
     m_byIds[given].store(&m_tables.back()->items, std::memory_order_release);
     return &m_tables.back()->items;
@@ -231,13 +237,15 @@ class IndexedItemList final : private ItemHome {
     const Ids ids = List::IdsOf(item);
     std::copy(ids.begin(), ids.end(), place.ids.begin());
     const MutexScope scope(m_making);
-    for (const auto& table : m_tables) table->items.Insert(HashOf(table->given, ids), place.order, &item);
+    for (const auto& table : m_tables)
+      table->items.Insert(HashOf(table->given, ids), place.order, &item);
   }
 
   void Unfile(Item& item) {
     const ItemPlace& place = PlaceOf(item);
     const MutexScope scope(m_making);
-    for (const auto& table : m_tables) table->items.Erase(HashOf(table->given, place.ids), place.order);
+    for (const auto& table : m_tables)
+      table->items.Erase(HashOf(table->given, place.ids), place.order);
   }
 
   void Leave(Item& item) {
@@ -248,7 +256,9 @@ class IndexedItemList final : private ItemHome {
   }
 
   // The writer side spans two calls, which is beyond the analysis.
-  void BeginEdit() override UTDATA_NO_THREAD_SAFETY_ANALYSIS { m_lock.LockBufferWriter(CReaderWriterLock::forEver); }
+  void BeginEdit() override UTDATA_NO_THREAD_SAFETY_ANALYSIS {
+    m_lock.LockBufferWriter(CReaderWriterLock::forEver);
+  }
 
   void EndEdit(PlacedItem& placed) override UTDATA_NO_THREAD_SAFETY_ANALYSIS {
     Item& item = static_cast<Item&>(placed);
@@ -267,7 +277,8 @@ class IndexedItemList final : private ItemHome {
   std::atomic<std::ptrdiff_t> m_count{0};
   mutable Mutex m_making;  ///< taken last
   mutable std::vector<std::unique_ptr<TableOfIds>> m_tables UTDATA_GUARDED_BY(m_making);
-  mutable std::array<std::atomic<const ItemTable*>, std::size_t{1} << List::idCount> m_byIds{};  ///< by the ids given
+  mutable std::array<std::atomic<const ItemTable*>, std::size_t{1} << List::idCount>
+      m_byIds{};  ///< by the ids given
 };
 
 }  // namespace utdata

@@ -1,8 +1,10 @@
 // A link from one data item to another that never follows an item that has gone.
 //
-// Every live data item is known to the process by its address and a serial number that is given once. A link keeps both: it answers
-// null once its item is destroyed, whatever stands at the address then. Links own nothing. Following, copying and assigning a link is
-// free of data races whatever other threads do to it; who follows one sees to it that the item outlives the use (a file set's lock).
+// Every live data item is known to the process by its address and a serial number that is given
+// once. A link keeps both: it answers null once its item is destroyed, whatever stands at the
+// address then. Links own nothing. Following, copying and assigning a link is free of data races
+// whatever other threads do to it; who follows one sees to it that the item outlives the use (a
+// file set's lock).
 #pragma once
 
 #include <atomic>
@@ -45,7 +47,8 @@ class UTDATA_API DataItemLink {
   [[nodiscard]] CIData* Get() const;
 
  private:
-  // A reader that meets a link between its two halves finds a serial number that is not the address's, and answers null.
+  // A reader that meets a link between its two halves finds a serial number that is not the
+  // address's, and answers null.
   std::atomic<CIData*> m_item{nullptr};
   std::atomic<std::uint64_t> m_serial{0};  ///< 0: none
 };

@@ -1,14 +1,17 @@
-// The item lists, told once: an ordered list of items it does not own, and three lookups by status filter and ids.
+// The item lists, told once: an ordered list of items it does not own, and three lookups by status
+// filter and ids.
 //
-// Every lookup walks the list from head to tail and takes the items that match: status filter first, then each id in the list's order.
-// GetI<Type> returns the first match or null; GetI<Type>Lst appends every match to `out`, which is not cleared; RemoveI<Type> moves
-// every match from this list to the end of `out`. Matches keep their order, and so do the items that stay.
+// Every lookup walks the list from head to tail and takes the items that match: status filter
+// first, then each id in the list's order. GetI<Type> returns the first match or null;
+// GetI<Type>Lst appends every match to `out`, which is not cleared; RemoveI<Type> moves every match
+// from this list to the end of `out`. Matches keep their order, and so do the items that stay.
 //
-// Ids are compared exactly where a list does not say otherwise; fset_AnyId matches every id. An unknown filter value is reported as an
-// assertion and lets the item pass. A lookup does not fail; `out` must not be null.
+// Ids are compared exactly where a list does not say otherwise; fset_AnyId matches every id. An
+// unknown filter value is reported as an assertion and lets the item pass. A lookup does not fail;
+// `out` must not be null.
 //
-// Lists take no lock: those of a file set are guarded by it, the others belong to their caller. Destroying a list or taking an item out
-// of it does not destroy the item.
+// Lists take no lock: those of a file set are guarded by it, the others belong to their caller.
+// Destroying a list or taking an item out of it does not destroy the item.
 #pragma once
 
 #include <array>
@@ -20,7 +23,8 @@
 
 namespace utdata {
 
-/// Whether an item passes a status filter. Modified and New are asked only when the filter needs them.
+/// Whether an item passes a status filter. Modified and New are asked only when the filter needs
+/// them.
 /// @param unknownPasses the answer for an unknown filter value, which is reported
 template <class Filter, class Modified, class New>
 bool PassesFilter(Filter filter, Modified isModified, New isNew, bool unknownPasses) {
@@ -97,7 +101,10 @@ class ItemList : public CObject, public CList<typename Traits::Item*> {
     return first;
   }
 
-  void Append(fset_enumFilters filter, ItemList& out, const Ids& ids, const Rules& by = rules) const {
+  void Append(fset_enumFilters filter,
+              ItemList& out,
+              const Ids& ids,
+              const Rules& by = rules) const {
     Walk(filter, ids, by, [&out](POSITION, Item* item) {
       out.AddTail(item);
       return true;

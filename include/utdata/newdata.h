@@ -1,7 +1,7 @@
 // Which data groups arrived through modifier groups, and from which file each came.
 //
-// A record never owns its group, and is dead once the group is deleted. No lock: one thread at a time. Nothing here throws but
-// std::bad_alloc, before anything has changed.
+// A record never owns its group, and is dead once the group is deleted. No lock: one thread at a
+// time. Nothing here throws but std::bad_alloc, before anything has changed.
 #pragma once
 
 #include <string>
@@ -17,9 +17,10 @@ struct CNewData {
 
 /// Records of data groups in the order in which they arrived.
 ///
-/// Files are numbered by their first appearance: each record whose file name differs from the one before starts a new file. With the
-/// base file (a name that ends in ".fpd", in upper or lower case) first, it is number 0 and the others follow from 1; files met
-/// before any base file count from 1 too.
+/// Files are numbered by their first appearance: each record whose file name differs from the one
+/// before starts a new file. With the base file (a name that ends in ".fpd", in upper or lower
+/// case) first, it is number 0 and the others follow from 1; files met before any base file count
+/// from 1 too.
 class UTDATA_API CDataNewGroup {
  public:
   CDataNewGroup() = default;
@@ -28,11 +29,12 @@ class UTDATA_API CDataNewGroup {
 
   /// Records one group, at the end.
   void AddGData(CGDataTypeFDD* group, const std::wstring& fileName);
-  /// Records the groups of a list (which stays the caller's) in order; a group that is already recorded moves to the end and gets
-  /// the new name. Null is an empty list.
+  /// Records the groups of a list (which stays the caller's) in order; a group that is already
+  /// recorded moves to the end and gets the new name. Null is an empty list.
   void AddGData(CList<CGDataTypeFDD*>* groups, const std::wstring& fileName);
 
-  /// The name of file number `n`; without such a file that of the last file met, and an empty text without any record.
+  /// The name of file number `n`; without such a file that of the last file met, and an empty text
+  /// without any record.
   [[nodiscard]] std::wstring GetFileName(int n) const;
   /// Number of files, the base file not counted.
   [[nodiscard]] int GetNbFile() const;

@@ -1,5 +1,5 @@
-// Specimen and information fields: two small values that the host keeps beside a file set. Neither takes a lock; the host serialises
-// the use of one object.
+// Specimen and information fields: two small values that the host keeps beside a file set. Neither
+// takes a lock; the host serialises the use of one object.
 #pragma once
 
 #include <cstdint>
@@ -17,16 +17,21 @@ class UTDATA_API CSpec : public CObject {
   CSpec& operator=(const CSpec&) = delete;
   void Dump(CDumpContext& context) const override;  ///< writes nothing
 
-  /// Makes the material item; null, and nothing is changed, when there is one or when the descriptor is null. The item belongs to the
-  /// specimen; with isNew 0 the descriptor stays the caller's and has to outlive it.
+  /// Makes the material item; null, and nothing is changed, when there is one or when the
+  /// descriptor is null. The item belongs to the specimen; with isNew 0 the descriptor stays the
+  /// caller's and has to outlive it.
   CISpecMat* spec_SpecMatAdd(CGSpecmatTypeDescr* descriptor, int isNew);
-  /// The material when there is one that passes the filter, else null. An unknown filter value is reported and passes nothing.
+  /// The material when there is one that passes the filter, else null. An unknown filter value is
+  /// reported and passes nothing.
   [[nodiscard]] CISpecMat* spec_SpecMatGet(spec_enumFilters filter) const;
   /// Destroys the material that spec_SpecMatGet would give. 0, or 1 when there is none.
   std::uint32_t spec_SpecMatRemove(spec_enumFilters filter);
-  /// Makes the caller's record the material's file side (CISpecMat::ismat1_ReplaceGInfo); null when there is no material.
+  /// Makes the caller's record the material's file side (CISpecMat::ismat1_ReplaceGInfo); null when
+  /// there is no material.
   CISpecMat* spec_SpecMatReplace(CGSpecmatTypeDescr* descriptor);
-  [[nodiscard]] kvt_enumUnitSystems spec_GetPreferredUnitSystem() const { return m_values.preferredUnitSystem; }
+  [[nodiscard]] kvt_enumUnitSystems spec_GetPreferredUnitSystem() const {
+    return m_values.preferredUnitSystem;
+  }
 
  private:
   struct Values {

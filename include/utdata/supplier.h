@@ -1,5 +1,6 @@
-// What a host implements so that library objects reach back into its document. The library never creates, owns or deletes an
-// implementation: it stores and calls the pointers it is given. Calls come from whichever thread drives the library.
+// What a host implements so that library objects reach back into its document. The library never
+// creates, owns or deletes an implementation: it stores and calls the pointers it is given. Calls
+// come from whichever thread drives the library.
 #pragma once
 
 #include <cstdint>
@@ -36,13 +37,15 @@ class UTDATA_API IGDataSupplier : public virtual IPellamSupplier {
   virtual CVolumeSet* GetVolumeSet() = 0;
   /// The document's loaded file, or null. The library never calls it.
   virtual CFContTypeFileDescr* GetFileDescriptor() = 0;
-  /// A data item was added to the file set. Called while that file set's writer lock is held, which must not be taken again.
+  /// A data item was added to the file set. Called while that file set's writer lock is held, which
+  /// must not be taken again.
   /// @param hasPatch 1 when the data group's patch id is not 0, else 0
   virtual void OnDataGroupAdded(std::int32_t hasPatch) = 0;
 };
 
-/// A host's defect table, for other parts of the host: the library calls none of it. Indices count from 0; records stay the table's;
-/// operations that return int return 0 on success and -1 on failure.
+/// A host's defect table, for other parts of the host: the library calls none of it. Indices count
+/// from 0; records stay the table's; operations that return int return 0 on success and -1 on
+/// failure.
 class UTDATA_API IDefectTableService {
  public:
   IDefectTableService() = default;

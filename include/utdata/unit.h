@@ -1,8 +1,9 @@
-// One way of showing the values of one axis: a unit family, a data unit, how a displayed value converts to the axis's base value and
-// back, and how it is printed.
+// One way of showing the values of one axis: a unit family, a data unit, how a displayed value
+// converts to the axis's base value and back, and how it is printed.
 //
-// A unit without a parent is a base unit and converts every value to itself. Units belong to a unit set. No lock: the host serialises
-// use. Broken invariants raise debug assertions and the operation goes on with the values given.
+// A unit without a parent is a base unit and converts every value to itself. Units belong to a unit
+// set. No lock: the host serialises use. Broken invariants raise debug assertions and the operation
+// goes on with the values given.
 #pragma once
 
 #include <cstdint>
@@ -52,13 +53,15 @@ enum unit_enumDataUnit : std::uint32_t {
 
 /// What conversion to the base value computes from a displayed value v.
 enum unit_enumConversionType : std::int32_t {
-  unit_ConversionNone = -1,   ///< of a default-constructed unit: (v - offset) / positive slope
-  unit_ConversionLinear = 0,  ///< (v - offset) / slope, the positive slope for v >= 0, the negative one below
-  unit_ConversionTofd =
-      1,  ///< (path offset + sqrt|s|) / positive slope, s = offset +- (v - depth offset)^2 by the sign of v - depth offset
+  unit_ConversionNone = -1,  ///< of a default-constructed unit: (v - offset) / positive slope
+  unit_ConversionLinear =
+      0,  ///< (v - offset) / slope, the positive slope for v >= 0, the negative one below
+  unit_ConversionTofd = 1,  ///< (path offset + sqrt|s|) / positive slope, s = offset +- (v - depth
+                            ///< offset)^2 by the sign of v - depth offset
   unit_ConversionFactors = 2,  ///< as linear
   unit_ConversionDecibel = 3,  ///< 100 * 10^(-|v| / 20)
-  unit_ConversionPercent = 4   ///< 0 for 0, else 100 + d / 80 * 100 with d = 20 log10(|v| / 100), at least -80
+  unit_ConversionPercent =
+      4  ///< 0 for 0, else 100 + d / 80 * 100 with d = 20 log10(|v| / 100), at least -80
 };
 
 class UTDATA_API CUnit : public CObject {
@@ -67,14 +70,16 @@ class UTDATA_API CUnit : public CObject {
  public:
   /// A unit that is not valid until it is updated: family 0, conversion -1, slopes 1, no parent.
   CUnit();
-  /// Both slopes equal; one digit after the decimal point. @param parent base unit of the axis, not owned; null for a base unit
+  /// Both slopes equal; one digit after the decimal point. @param parent base unit of the axis, not
+  /// owned; null for a base unit
   CUnit(unit_enumUnits family,
         unit_enumDataUnit dataUnit,
         unit_enumConversionType conversion,
         double slope,
         double offset,
         CUnit* parent);
-  /// The same with conversion type 2. @param auxiliary stored and copied, not used by any conversion
+  /// The same with conversion type 2. @param auxiliary stored and copied, not used by any
+  /// conversion
   CUnit(unit_enumUnits family,
         unit_enumDataUnit dataUnit,
         double slope,
@@ -85,7 +90,8 @@ class UTDATA_API CUnit : public CObject {
   CUnit& operator=(const CUnit&) = delete;
   ~CUnit() override;
 
-  /// As the constructors, but keep precision, TOFD factors and display format (the first one the auxiliary factor too).
+  /// As the constructors, but keep precision, TOFD factors and display format (the first one the
+  /// auxiliary factor too).
   void CUpdateUnit(unit_enumUnits family,
                    unit_enumDataUnit dataUnit,
                    unit_enumConversionType conversion,
@@ -99,7 +105,8 @@ class UTDATA_API CUnit : public CObject {
                    double auxiliary,
                    CUnit* parent);
 
-  /// Slopes must be greater than 0. The conversion type is not changed. Equal factors leave the object untouched.
+  /// Slopes must be greater than 0. The conversion type is not changed. Equal factors leave the
+  /// object untouched.
   void SetLinearFactors(double slope, double offset);
   void SetLinearFactors(double positiveSlope, double negativeSlope, double offset);
   /// The slope must be greater than 0. The conversion type is not changed.
@@ -111,30 +118,36 @@ class UTDATA_API CUnit : public CObject {
 
   void GetUnitType(unit_enumUnits& family, unit_enumDataUnit& dataUnit) const;
   [[nodiscard]] int GetDisplayPrecision() const { return m_precision; }
-  /// printf format of one value: "%.1f" until the precision changes, then "%-12.Nf"; empty while the unit is not valid.
+  /// printf format of one value: "%.1f" until the precision changes, then "%-12.Nf"; empty while
+  /// the unit is not valid.
   [[nodiscard]] std::wstring GetDisplayFormat() const;
   [[nodiscard]] CUnit* GetParent() const { return m_parent; }
 
-  /// Base value of a displayed value. A TOFD or unknown conversion with a slope of 0 raises an assertion and gives 0; the linear ones
-  /// divide by it.
+  /// Base value of a displayed value. A TOFD or unknown conversion with a slope of 0 raises an
+  /// assertion and gives 0; the linear ones divide by it.
   [[nodiscard]] double ConvertToBase(const double& displayed) const;
 
-  /// Displayed value of a base value: ConvertToBase of it gives the base value back, within rounding.
-  /// Where several displayed values share a base value: of two slopes the value at or above 0; of TOFD the one on the branch on which
-  /// the base grows with the displayed value; of dB (type 3) the one at or below 0; of type 4 the one at or above 0, and 0 for base 0.
-  /// Where none has it: 0 in the gap that two slopes with a negative offset leave around 0; NaN for a TOFD path shorter than the path
-  /// offset, for a type 3 base below 0 or above 100, for a type 4 base below 0. A type 3 base of 0 gives minus infinity.
-  /// NaN stays NaN; a TOFD or unknown conversion with a slope of 0 raises an assertion and gives 0, as ConvertToBase does.
+  /// Displayed value of a base value: ConvertToBase of it gives the base value back, within
+  /// rounding. Where several displayed values share a base value: of two slopes the value at or
+  /// above 0; of TOFD the one on the branch on which the base grows with the displayed value; of dB
+  /// (type 3) the one at or below 0; of type 4 the one at or above 0, and 0 for base 0. Where none
+  /// has it: 0 in the gap that two slopes with a negative offset leave around 0; NaN for a TOFD
+  /// path shorter than the path offset, for a type 3 base below 0 or above 100, for a type 4 base
+  /// below 0. A type 3 base of 0 gives minus infinity. NaN stays NaN; a TOFD or unknown conversion
+  /// with a slope of 0 raises an assertion and gives 0, as ConvertToBase does.
   [[nodiscard]] double ConvertFromBase(const double& base) const;
 
-  /// The data unit's symbol ("mm", L"\u00b5s", "%"); empty for generic values, points and scaled data.
+  /// The data unit's symbol ("mm", L"\u00b5s", "%"); empty for generic values, points and scaled
+  /// data.
   [[nodiscard]] const wchar_t* GetSymbol() const;
 
-  /// A displayed value with the unit's precision and symbol ("12.3 mm", L"45.0\u00b0"): point as decimal separator whatever the locale,
-  /// no sign on a value that rounds to zero, "---" for NaN and "inf" or "-inf" for infinities.
+  /// A displayed value with the unit's precision and symbol ("12.3 mm", L"45.0\u00b0"): point as
+  /// decimal separator whatever the locale, no sign on a value that rounds to zero, "---" for NaN
+  /// and "inf" or "-inf" for infinities.
   [[nodiscard]] std::wstring FormatValue(double displayed) const;
 
-  /// Raises an assertion for each invariant that does not hold: the tag, the precision, the slopes, the three enumerations.
+  /// Raises an assertion for each invariant that does not hold: the tag, the precision, the slopes,
+  /// the three enumerations.
   void ValidateObjectState() const;
 
  private:
@@ -158,8 +171,8 @@ class UTDATA_API CUnit : public CObject {
   [[nodiscard]] double LinearFromBase(double base) const;
 
   std::int32_t m_precision = 0;
-  std::uint32_t m_tag =
-      0;  ///< low 32 bits of the object's own address: a copied or stale object does not pass for a unit
+  std::uint32_t m_tag = 0;  ///< low 32 bits of the object's own address: a copied or stale object
+                            ///< does not pass for a unit
   double m_positiveSlope = 1;
   double m_negativeSlope = 1;
   double m_offset = 0;       ///< of the linear conversions; for TOFD the constant under the root

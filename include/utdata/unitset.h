@@ -1,6 +1,8 @@
-// The units of one group: for each of six axes an ordered list of the units in which its values can be shown.
+// The units of one group: for each of six axes an ordered list of the units in which its values can
+// be shown.
 //
-// Unit sets are made and shared by the volume set, which owns them. No lock: the host serialises use.
+// Unit sets are made and shared by the volume set, which owns them. No lock: the host serialises
+// use.
 #pragma once
 
 #include <array>
@@ -25,12 +27,17 @@ class UTDATA_API vset_groupId {
                std::uint32_t secondValue,
                std::uint32_t thirdValue,
                std::uint32_t fourthValue)
-      : kind(newKind), first(firstValue), second(secondValue), third(thirdValue), fourth(fourthValue) {}
+      : kind(newKind),
+        first(firstValue),
+        second(secondValue),
+        third(thirdValue),
+        fourth(fourthValue) {}
   vset_groupId(const vset_groupId&) = default;
   vset_groupId& operator=(const vset_groupId&) = default;
   virtual ~vset_groupId();  ///< leaves all zeros
 
-  std::uint32_t kind = 0;    ///< 5: a data group's look-up table; 6: a private unit set; 1 and 3: other look-up tables
+  std::uint32_t kind =
+      0;  ///< 5: a data group's look-up table; 6: a private unit set; 1 and 3: other look-up tables
   std::uint32_t first = 0;   ///< kind 5: channel id; kind 6: low 32 bits of the owner's address
   std::uint32_t second = 0;  ///< kind 5: gate id
   std::uint32_t third = 0;
@@ -53,31 +60,42 @@ class UTDATA_API CUnitSet : public CObject {
   CUnitSet& operator=(const CUnitSet&) = delete;
   ~CUnitSet() override;  ///< destroys the units
 
-  /// Adds the units of a family to an axis, in order, each with the volume set's base unit of that axis as parent.
-  /// Times: s, us. Lengths: m, mm, in, mil. Angles: degrees, radians. Each slope and offset is `slope` and `offset` scaled to its unit.
-  /// TOFD depth: the same four lengths with slope 13, offset `slope` and auxiliary factor `offset` scaled.
+  /// Adds the units of a family to an axis, in order, each with the volume set's base unit of that
+  /// axis as parent. Times: s, us. Lengths: m, mm, in, mil. Angles: degrees, radians. Each slope
+  /// and offset is `slope` and `offset` scaled to its unit. TOFD depth: the same four lengths with
+  /// slope 13, offset `slope` and auxiliary factor `offset` scaled.
   /// @param auxiliary third factor of family 5
-  /// @return the first unit created; null, with an assertion, for an axis outside 0 to 5 and for a family without units. Families 4 and
-  ///         5 belong to AddAmplitudeSubUnit: here they raise an assertion, and are added
-  CUnit* AddSubUnit(kvt_enumAxis axis, unit_enumUnits family, double slope, double offset, double auxiliary);
+  /// @return the first unit created; null, with an assertion, for an axis outside 0 to 5 and for a
+  ///         family without units. Families 4 and 5 belong to AddAmplitudeSubUnit: here they raise
+  ///         an assertion, and are added
+  CUnit* AddSubUnit(kvt_enumAxis axis,
+                    unit_enumUnits family,
+                    double slope,
+                    double offset,
+                    double auxiliary);
 
   /// Adds the percent unit and the dB unit to the amplitude axis.
-  /// @param linear not 0: amplitudes are linear, percent is the reference; 0: they are logarithmic, dB is
+  /// @param linear not 0: amplitudes are linear, percent is the reference; 0: they are logarithmic,
+  ///   dB is
   /// @return the reference
   CUnit* AddAmplitudeSubUnit(int linear);
-  /// As AddAmplitudeSubUnit, but the last percent and dB units that are there are changed instead, keeping precision and format.
+  /// As AddAmplitudeSubUnit, but the last percent and dB units that are there are changed instead,
+  /// keeping precision and format.
   CUnit* ModifyAmplitudeSubUnit(int linear);
 
-  /// Sets the factors of the units of a family that are there: AdjustSubUnit2 with both slopes equal.
+  /// Sets the factors of the units of a family that are there: AdjustSubUnit2 with both slopes
+  /// equal.
   void AdjustSubUnit(kvt_enumAxis axis,
                      unit_enumUnits family,
                      double slope,
                      double offset,
                      double third,
                      double fourth);
-  /// Sets the factors of the units of a family that are there, each scaled to its unit. Inches get three digits.
+  /// Sets the factors of the units of a family that are there, each scaled to its unit. Inches get
+  /// three digits.
   /// @param negativeSlope used by family 8 only
-  /// @param offset        of TOFD depth the constant under the root, which scales with the square of the unit
+  /// @param offset        of TOFD depth the constant under the root, which scales with the square
+  ///   of the unit
   /// @param fourth        of TOFD depth the depth offset; of dB the auxiliary factor
   /// @param fifth         of TOFD depth the path offset
   /// An axis outside 0 to 5 or a family outside 1 to 13 raises an assertion and changes nothing.
@@ -90,10 +108,13 @@ class UTDATA_API CUnitSet : public CObject {
                       double fifth);
 
   /// The first unit of an axis with this family and data unit; null when there is none.
-  [[nodiscard]] CUnit* GetUnit(kvt_enumAxis axis, unit_enumUnits family, unit_enumDataUnit dataUnit) const;
+  [[nodiscard]] CUnit* GetUnit(kvt_enumAxis axis,
+                               unit_enumUnits family,
+                               unit_enumDataUnit dataUnit) const;
 
   /// Appends a unit to an axis and takes it over; what is returned stays the set's.
-  /// @return the unit; null, with an assertion, for an axis that the set does not have: the unit is then destroyed
+  /// @return the unit; null, with an assertion, for an axis that the set does not have: the unit is
+  ///   then destroyed
   CUnit* AppendUnit(kvt_enumAxis axis, std::unique_ptr<CUnit> unit);
 
   /// The units of an axis in order; null for an axis that the set does not have.
@@ -114,8 +135,8 @@ class UTDATA_API CUnitSet : public CObject {
   vset_groupId m_identity;
   std::int32_t m_referenceCount = 1;
   CVolumeSet* m_volumeSet = nullptr;
-  POSITION m_place = nullptr;                   ///< among the volume set's
-  std::deque<CUnit> m_made;                     ///< by the set itself: a data item has dozens of units
-  std::vector<std::unique_ptr<CUnit>> m_given;  ///< by AppendUnit
+  POSITION m_place = nullptr;  ///< among the volume set's
+  std::deque<CUnit> m_made;    ///< by the set itself: a data item has dozens of units
+  std::vector<std::unique_ptr<CUnit>> m_given;                       ///< by AppendUnit
   std::array<std::unique_ptr<CList<CUnit*>>, axisQuantity> m_units;  ///< all of them
 };

@@ -1,7 +1,7 @@
 // The volume of an inspection: its six axes with their limits, the base units, and every unit set.
 //
-// One volume set per document, owned by the host. Axes are numbered as kvt_enumAxis, 0 to 5. Data items that hold a unit set must be
-// destroyed before it. No lock: the host serialises use.
+// One volume set per document, owned by the host. Axes are numbered as kvt_enumAxis, 0 to 5. Data
+// items that hold a unit set must be destroyed before it. No lock: the host serialises use.
 #pragma once
 
 #include <array>
@@ -28,30 +28,32 @@ class UTDATA_API CVolumeSet {
   /// Destroys every unit set with its units, whatever its reference count.
   virtual ~CVolumeSet();
 
-  /// The unit set of an identity: an existing one with equal kind and first three values, its count raised, or a new one with count 1.
-  /// Identities of kind 6 are never shared.
+  /// The unit set of an identity: an existing one with equal kind and first three values, its count
+  /// raised, or a new one with count 1. Identities of kind 6 are never shared.
   /// @param created receives 1 for a new set, 0 for a shared one; may be null
   /// @return owned here; given back with vol_DeleteUnitSet
   [[nodiscard]] CUnitSet* vol_CreateUnitSet(const vset_groupId& identity, int* created);
-  /// Gives back one reference; the set is destroyed with its last one. Clears the caller's pointer. A count that is already 0 raises an
-  /// assertion.
+  /// Gives back one reference; the set is destroyed with its last one. Clears the caller's pointer.
+  /// A count that is already 0 raises an assertion.
   void vol_DeleteUnitSet(CUnitSet** set);
 
   /// The axis, or null outside 0 to 5.
   [[nodiscard]] CAxe* vol_GetAxis(kvt_enumAxis axis);
   /// The first base unit of an axis, or null when it has none (or outside 0 to 5).
   [[nodiscard]] CUnit* vol_GetBaseUnit(kvt_enumAxis axis) const;
-  /// Sets the limits of an axis, when both lie strictly between -1e15 and 1e15 and the axis within 0 to 5; else changes nothing.
+  /// Sets the limits of an axis, when both lie strictly between -1e15 and 1e15 and the axis within
+  /// 0 to 5; else changes nothing.
   void vol_SetLimits(kvt_enumAxis axis, double start, double end);
   /// The limits last accepted as (start, end); (0, 0) before, and outside 0 to 5.
   [[nodiscard]] std::pair<double, double> vol_GetLimits(kvt_enumAxis axis) const;
   [[nodiscard]] IGDataSupplier* vol_GetDocument() const { return m_document; }
 
-  /// Fills the base units of the axes that have none: degrees on the axes named, metres on the other length axes (0, 1, 4, 5), metres of
-  /// half path on the sample axis, percent on the amplitude axis.
+  /// Fills the base units of the axes that have none: degrees on the axes named, metres on the
+  /// other length axes (0, 1, 4, 5), metres of half path on the sample axis, percent on the
+  /// amplitude axis.
   ///
-  /// Until this is called there are no base units, and every unit converts each value to itself. A unit takes its parent when it is
-  /// created: call this before the first data item is made.
+  /// Until this is called there are no base units, and every unit converts each value to itself. A
+  /// unit takes its parent when it is created: call this before the first data item is made.
   /// @param angleAxes those of 0, 1, 4 and 5 that are angles; others have no effect
   /// @return how many base units were added
   int vol_FillBaseUnits(std::span<const kvt_enumAxis> angleAxes = {});

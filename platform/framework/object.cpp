@@ -23,7 +23,9 @@ void CObject::Serialize(CArchive&) {}
 
 void CObject::AssertValid() const {}
 
-void CObject::Dump(CDumpContext& context) const { context << "a " << GetRuntimeClass()->className << "\n"; }
+void CObject::Dump(CDumpContext& context) const {
+  context << "a " << GetRuntimeClass()->className << "\n";
+}
 
 CDumpContext& CDumpContext::operator<<(std::wstring_view text) {
   m_text += text;

@@ -1,5 +1,6 @@
-// Where assertions and traces go. One lock is held while a sink runs, so that reports of several threads arrive one after the other
-// and a replaced sink is never still in use; a thread that is inside a sink holds it already.
+// Where assertions and traces go. One lock is held while a sink runs, so that reports of several
+// threads arrive one after the other and a replaced sink is never still in use; a thread that is
+// inside a sink holds it already.
 #include <cstdio>
 #include <memory>
 #include <mutex>
@@ -31,8 +32,12 @@ ReportAnswer DefaultSink([[maybe_unused]] const Report& report) {
   for (char& letter : text)
     if (letter == '\n' || letter == '\r') letter = ' ';
   if (report.kind == ReportKind::Assertion)
-    std::fprintf(
-        stderr, "%s:%u: assertion failed%s%s\n", report.file, report.line, text.empty() ? "" : ": ", text.c_str());
+    std::fprintf(stderr,
+                 "%s:%u: assertion failed%s%s\n",
+                 report.file,
+                 report.line,
+                 text.empty() ? "" : ": ",
+                 text.c_str());
   else
     std::fprintf(stderr, "%s\n", text.c_str());
 #endif
@@ -76,13 +81,16 @@ ReportSink SetReportSink(ReportSink sink) {
 }
 
 void ReportAssertion(const char* file, unsigned line, std::wstring_view text) noexcept {
-  [[maybe_unused]] const ReportAnswer answer = Deliver({ReportKind::Assertion, file ? file : "", line, text});
+  [[maybe_unused]] const ReportAnswer answer =
+      Deliver({ReportKind::Assertion, file ? file : "", line, text});
 #if defined(UTDATA_CHECKED)
   if (answer == ReportAnswer::Break && os::DebuggerAttached()) os::DebuggerBreak();
 #endif
 }
 
-void DebugTrace(std::wstring_view message) noexcept { Deliver({ReportKind::Trace, "", 0, message}); }
+void DebugTrace(std::wstring_view message) noexcept {
+  Deliver({ReportKind::Trace, "", 0, message});
+}
 
 void AssertValidObject(const CObject* object, const char* file, unsigned line) {
   if (object)

@@ -46,7 +46,8 @@ int WriteBlock(OpenFile& file, Bytes data, BlockRef& block) {
   for (std::size_t index = 0; index < checksums.size(); ++index) {
     const std::size_t from = index * static_cast<std::size_t>(chunkSize);
     const Bytes chunk = data.subspan(from, std::min<std::size_t>(chunkSize, data.size() - from));
-    if (const Error error = WriteChunk(file, block.offset + from, chunk, checksums[index]); error != Error::None)
+    if (const Error error = WriteChunk(file, block.offset + from, chunk, checksums[index]);
+        error != Error::None)
       return FailWrite(file, error, "a block cannot be written");
   }
   const std::vector<std::byte> table = EncodeTable(checksums);
@@ -58,12 +59,14 @@ int WriteBlock(OpenFile& file, Bytes data, BlockRef& block) {
   return SCFile::status_Ok;
 }
 
-int ReadBlockTable(const OpenFile& file, const BlockRef& block, std::vector<std::uint64_t>& checksums) {
+int ReadBlockTable(const OpenFile& file,
+                   const BlockRef& block,
+                   std::vector<std::uint64_t>& checksums) {
   std::vector<std::byte> table(static_cast<std::size_t>(block.TableSize()));
   if (const int status = ReadWhole(file, block.tableOffset, table)) return status;
   if (Checksum(table) != block.tableChecksum) {
-    const std::string what =
-        "block at byte " + std::to_string(block.offset) + ": the checksum of its table does not match";
+    const std::string what = "block at byte " + std::to_string(block.offset) +
+                             ": the checksum of its table does not match";
     return FailAt(file, SCFile::status_Damaged, what);
   }
   checksums.resize(table.size() / sizeof(std::uint64_t));
@@ -72,7 +75,10 @@ int ReadBlockTable(const OpenFile& file, const BlockRef& block, std::vector<std:
   return SCFile::status_Ok;
 }
 
-int ReadBlock(const OpenFile& file, const BlockRef& block, std::uint64_t from, std::span<std::byte> buffer) {
+int ReadBlock(const OpenFile& file,
+              const BlockRef& block,
+              std::uint64_t from,
+              std::span<std::byte> buffer) {
   if (const int status = ReadWhole(file, block.offset + from, buffer)) return status;
   const std::uint64_t to = from + buffer.size();
   const std::uint64_t firstWhole = from / block.chunk + (from % block.chunk != 0);
@@ -82,10 +88,12 @@ int ReadBlock(const OpenFile& file, const BlockRef& block, std::uint64_t from, s
   if (const int status = ReadBlockTable(file, block, checksums)) return status;
   for (std::uint64_t chunk = firstWhole; chunk < endWhole; ++chunk) {
     const std::uint64_t start = chunk * block.chunk;
-    const Bytes bytes = Bytes(buffer).subspan(static_cast<std::size_t>(start - from),
-                                              static_cast<std::size_t>(std::min(block.chunk, block.size - start)));
+    const Bytes bytes =
+        Bytes(buffer).subspan(static_cast<std::size_t>(start - from),
+                              static_cast<std::size_t>(std::min(block.chunk, block.size - start)));
     if (Checksum(bytes) == checksums[static_cast<std::size_t>(chunk)]) continue;
-    const std::string what = "block at byte " + std::to_string(block.offset) + ": the checksum of the chunk at byte " +
+    const std::string what = "block at byte " + std::to_string(block.offset) +
+                             ": the checksum of the chunk at byte " +
                              std::to_string(block.offset + start) + " does not match";
     return FailAt(file, SCFile::status_Damaged, what);
   }
@@ -98,7 +106,8 @@ int MapBlock(OpenFile& file, const BlockRef& block, void** data) {
   std::unique_ptr<os::Mapping> mapping;
   if (block.size == 0) {
     mapping = std::make_unique<EmptyMapping>();
-  } else if (const Error error = file.handle->Map(block.offset, static_cast<std::size_t>(block.size), mapping);
+  } else if (const Error error =
+                 file.handle->Map(block.offset, static_cast<std::size_t>(block.size), mapping);
              error != Error::None) {
     return FailOs(file.path, error, "a block cannot be mapped");
   }

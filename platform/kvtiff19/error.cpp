@@ -57,11 +57,14 @@ int FailAt(const std::wstring& path, int status, std::string_view what) {
   }
 }
 
-int FailAt(const OpenFile& file, int status, std::string_view what) { return FailAt(file.path, status, what); }
+int FailAt(const OpenFile& file, int status, std::string_view what) {
+  return FailAt(file.path, status, what);
+}
 
 int FailOs(const std::wstring& path, os::Error error, std::string_view what) {
   try {
-    return FailAt(path, StatusOf(error), std::string(what).append(": ").append(os::ErrorText(error)));
+    return FailAt(
+        path, StatusOf(error), std::string(what).append(": ").append(os::ErrorText(error)));
   } catch (const std::bad_alloc&) {
     return Fail(StatusOf(error), {});
   }

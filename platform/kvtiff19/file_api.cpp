@@ -21,7 +21,8 @@ int OpenExisting(const wchar_t* path, Node** file, bool readOnly) {
   if (const int status = StartFile(path, file, opened)) return status;
   opened->readOnly = readOnly;
   os::Error error = os::Error::AccessDenied;
-  if (!readOnly) error = opened->fileSystem->Open(opened->path, os::OpenMode::ReadWrite, opened->handle);
+  if (!readOnly)
+    error = opened->fileSystem->Open(opened->path, os::OpenMode::ReadWrite, opened->handle);
   if (error == os::Error::AccessDenied) {
     opened->readOnly = true;
     error = opened->fileSystem->Open(opened->path, os::OpenMode::Read, opened->handle);
@@ -32,13 +33,15 @@ int OpenExisting(const wchar_t* path, Node** file, bool readOnly) {
   return SCFile::status_Ok;
 }
 
-/// What stands at `path` refuses a new file there: anything where nothing may be replaced, else what is not a file.
+/// What stands at `path` refuses a new file there: anything where nothing may be replaced, else
+/// what is not a file.
 int CheckPlace(const OpenFile& created) {
   if (!created.fileSystem->Exists(created.path)) return SCFile::status_Ok;
   std::unique_ptr<os::File> there;
   if (!created.replace) return FailOs(created.path, os::Error::Exists, "cannot be created");
   const os::Error error = created.fileSystem->Open(created.path, os::OpenMode::Read, there);
-  return error == os::Error::NotAFile ? FailOs(created.path, error, "cannot be replaced") : SCFile::status_Ok;
+  return error == os::Error::NotAFile ? FailOs(created.path, error, "cannot be replaced")
+                                      : SCFile::status_Ok;
 }
 
 int CreateNew(const wchar_t* path, Node** file, bool replace) {
@@ -67,7 +70,8 @@ int file_Init(LockCallback lock,
               FreeCallback free,
               ErrorCallback error,
               ProgressCallback progress) {
-  return lock || unlock || alloc || free || error || progress ? BadCall("callbacks are not used") : status_Ok;
+  return lock || unlock || alloc || free || error || progress ? BadCall("callbacks are not used")
+                                                              : status_Ok;
 }
 
 int file_Open(const wchar_t* path, FileHandle* file) {
@@ -111,7 +115,8 @@ int file_Close(FileHandle file) {
 
 int file_SetCharacterFormat(FileHandle file, int format) {
   if (!IsFile(file)) return BadCall("not a file");
-  return format == 1 ? status_Ok : FailAt(*file->file, status_BadArgument, "only character format 1 is known");
+  return format == 1 ? status_Ok
+                     : FailAt(*file->file, status_BadArgument, "only character format 1 is known");
 }
 
 FileHandle file_OfGroup(Node* group) { return group ? group->file : nullptr; }

@@ -6,7 +6,8 @@
 namespace utdata::kvtiff19 {
 namespace {
 
-// A byte past 127, a line end of each kind: a transfer that treats the file as text shows in its first bytes.
+// A byte past 127, a line end of each kind: a transfer that treats the file as text shows in its
+// first bytes.
 constexpr std::array<unsigned char, 8> fileMagic = {0xD5, 'U', 'T', 'D', 0x0D, 0x0A, 0x1A, 0x0A};
 constexpr std::array<unsigned char, 8> slotMagic = {'u', 't', 'c', 'o', 'm', 'm', 'i', 't'};
 constexpr std::array<unsigned char, 8> segmentMagic = {'u', 't', 'g', 'r', 'o', 'u', 'p', 0x0A};
@@ -27,7 +28,10 @@ Link LoadLink(const std::byte* at) {
 
 }  // namespace
 
-void CopyNumbers(std::byte* target, const std::byte* source, std::uint64_t count, std::size_t size) noexcept {
+void CopyNumbers(std::byte* target,
+                 const std::byte* source,
+                 std::uint64_t count,
+                 std::size_t size) noexcept {
   const auto bytes = static_cast<std::size_t>(count * size);
   if (bytes == 0) return;
   std::memcpy(target, source, bytes);
@@ -39,8 +43,8 @@ std::uint64_t Checksum(Bytes bytes) noexcept { return XXH3_64bits(bytes.data(), 
 
 bool AllZero(Bytes bytes) noexcept {
   // Every byte equals the one before it, and the first is zero.
-  return bytes.empty() ||
-         (bytes.front() == std::byte{0} && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
+  return bytes.empty() || (bytes.front() == std::byte{0} &&
+                           std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
 }
 
 std::array<std::byte, pageSize> EncodeHeader() noexcept {
@@ -57,7 +61,8 @@ int CheckHeader(Bytes page) noexcept {
   // A newer major version may lay out everything behind it in another way, its checksum included.
   const auto major = Load<std::uint16_t>(page.data() + 8);
   if (major > majorVersion) return SCFile::status_NewerVersion;
-  const bool sound = major == majorVersion && page.size() == pageSize && AllZero(page.subspan(12, 4)) &&
+  const bool sound = major == majorVersion && page.size() == pageSize &&
+                     AllZero(page.subspan(12, 4)) &&
                      Load<std::uint64_t>(page.data() + 16) == Checksum(page.first(16)) &&
                      AllZero(page.subspan(headerSize));
   return sound ? SCFile::status_Ok : SCFile::status_Damaged;
@@ -75,7 +80,8 @@ std::array<std::byte, slotSize> EncodeSlot(const CommitRecord& record) noexcept 
 }
 
 std::optional<CommitRecord> DecodeSlot(Bytes page) noexcept {
-  if (!CanBeTornSlot(page) || Load<std::uint64_t>(page.data() + 56) != Checksum(page.first(56))) return std::nullopt;
+  if (!CanBeTornSlot(page) || Load<std::uint64_t>(page.data() + 56) != Checksum(page.first(56)))
+    return std::nullopt;
   return CommitRecord{Load<std::uint64_t>(page.data() + 8),
                       Load<std::uint64_t>(page.data() + 16),
                       Load<std::uint64_t>(page.data() + 24),
@@ -116,10 +122,11 @@ BlockRef DecodeBlockRef(const std::byte* at) noexcept {
 }
 
 bool IsBlockRefSound(const BlockRef& block, std::uint64_t end) noexcept {
-  return block.chunk >= pageSize && block.chunk <= maxChunkSize && std::has_single_bit(block.chunk) &&  //
-         block.offset >= dataStart && block.offset % pageSize == 0 && block.offset <= end &&            //
-         block.size <= end - block.offset && block.tableOffset % 8 == 0 &&                              //
-         block.tableOffset >= block.offset + block.size && block.tableOffset <= end &&                  //
+  return block.chunk >= pageSize && block.chunk <= maxChunkSize &&
+         std::has_single_bit(block.chunk) &&                                                  //
+         block.offset >= dataStart && block.offset % pageSize == 0 && block.offset <= end &&  //
+         block.size <= end - block.offset && block.tableOffset % 8 == 0 &&                    //
+         block.tableOffset >= block.offset + block.size && block.tableOffset <= end &&        //
          block.TableSize() <= end - block.tableOffset;
 }
 

@@ -1,4 +1,5 @@
-// The byte layout of an inspection file, as docs/file-format.md draws it: its constants, its fixed records, and their coding.
+// The byte layout of an inspection file, as docs/file-format.md draws it: its constants, its fixed
+// records, and their coding.
 //
 // Everything here is a value or a pure function; any thread may use it.
 #pragma once
@@ -27,11 +28,12 @@ inline constexpr std::uint64_t dataStart = 3 * pageSize;
 inline constexpr std::uint16_t majorVersion = 1;
 inline constexpr std::uint16_t minorVersion = 0;
 
-inline constexpr unsigned maxDepth = 16;                       ///< groups inside each other, the top group counted
+inline constexpr unsigned maxDepth = 16;  ///< groups inside each other, the top group counted
 inline constexpr std::size_t maxNameLength = 32767;            ///< characters of a group's name
 inline constexpr std::size_t maxNameSize = 4 * maxNameLength;  ///< its UTF-8 bytes
 inline constexpr std::uint64_t maxBodySize = 0xFFFFFFF0;
-inline constexpr std::uint64_t chunkSize = 1u << 20;  ///< bytes of a block under one checksum, as written
+inline constexpr std::uint64_t chunkSize =
+    1u << 20;  ///< bytes of a block under one checksum, as written
 inline constexpr std::uint64_t maxChunkSize = 1u << 26;
 
 inline constexpr std::size_t headerSize = 24;
@@ -58,7 +60,10 @@ void Store(std::byte* at, Number value) noexcept {
 }
 
 /// Copies numbers of `size` bytes each between the machine's order and the file's.
-void CopyNumbers(std::byte* target, const std::byte* source, std::uint64_t count, std::size_t size) noexcept;
+void CopyNumbers(std::byte* target,
+                 const std::byte* source,
+                 std::uint64_t count,
+                 std::size_t size) noexcept;
 
 /// XXH3 of 64 bits with seed 0.
 [[nodiscard]] std::uint64_t Checksum(Bytes bytes) noexcept;
@@ -71,7 +76,8 @@ void CopyNumbers(std::byte* target, const std::byte* source, std::uint64_t count
   return (value + unit - 1) & ~(unit - 1);
 }
 
-/// Bytes of one stored element of a value type; 0 for no type. Of a text a UTF-8 byte, of a block its whole reference.
+/// Bytes of one stored element of a value type; 0 for no type. Of a text a UTF-8 byte, of a block
+/// its whole reference.
 [[nodiscard]] constexpr std::size_t ElementSize(std::uint32_t type) {
   constexpr std::uint8_t sizes[] = {0, 0, 1, 1, 2, 2, 4, 4, 8, 8, 4, 8, 1, blockRefSize};
   return type < std::size(sizes) ? sizes[type] : 0;
@@ -79,7 +85,8 @@ void CopyNumbers(std::byte* target, const std::byte* source, std::uint64_t count
 
 /// The first page of a file.
 [[nodiscard]] std::array<std::byte, pageSize> EncodeHeader() noexcept;
-/// status_Ok, status_NotInspection, status_NewerVersion or status_Damaged. `page` may be shorter when the file is.
+/// status_Ok, status_NotInspection, status_NewerVersion or status_Damaged. `page` may be shorter
+/// when the file is.
 [[nodiscard]] int CheckHeader(Bytes page) noexcept;
 
 /// Names a stretch of the file with what it must hold; all zero names nothing.
@@ -123,30 +130,40 @@ struct ItemHeader {
   std::uint32_t count = 0;
 };
 
-inline void EncodeItemHeader(std::byte* at, std::uint16_t code, std::uint8_t type, std::uint32_t count) noexcept {
+inline void EncodeItemHeader(std::byte* at,
+                             std::uint16_t code,
+                             std::uint8_t type,
+                             std::uint32_t count) noexcept {
   Store(at, code);
   Store(at + 2, type);
   Store(at + 3, std::uint8_t{0});
   Store(at + 4, count);
 }
 [[nodiscard]] inline ItemHeader DecodeItemHeader(const std::byte* at) noexcept {
-  return {Load<std::uint16_t>(at), Load<std::uint8_t>(at + 2), Load<std::uint8_t>(at + 3), Load<std::uint32_t>(at + 4)};
+  return {Load<std::uint16_t>(at),
+          Load<std::uint8_t>(at + 2),
+          Load<std::uint8_t>(at + 3),
+          Load<std::uint32_t>(at + 4)};
 }
 /// Whether a type is that of a value or a child group.
-[[nodiscard]] constexpr bool IsItemType(std::uint8_t type) { return type != 1 && type <= SCFile::value_Block; }
+[[nodiscard]] constexpr bool IsItemType(std::uint8_t type) {
+  return type != 1 && type <= SCFile::value_Block;
+}
 
-/// Bytes of an item's data without its padding to 4; at most 40 * 2^32. REQUIRES: IsItemType(type). Walking a group waits for this
-/// result at every item, hence no table in memory.
+/// Bytes of an item's data without its padding to 4; at most 40 * 2^32. REQUIRES: IsItemType(type).
+/// Walking a group waits for this result at every item, hence no table in memory.
 [[nodiscard]] constexpr std::uint64_t DataSize(std::uint8_t type, std::uint32_t count) {
   constexpr std::uint64_t shifts =
       0x0323322110000;  // a digit per type, from the right: the element's size as a power of two
   if (type == SCFile::value_Block) return std::uint64_t{count} * blockRefSize;
   return std::uint64_t{count} << ((shifts >> (4 * type)) & 0xF);
 }
-/// Whether an item is one number of four bytes, as most are. A walk asks this first and by a branch: a processor that guesses the answer
-/// goes on to the next item without waiting for this one's size.
+/// Whether an item is one number of four bytes, as most are. A walk asks this first and by a
+/// branch: a processor that guesses the answer goes on to the next item without waiting for this
+/// one's size.
 [[nodiscard]] inline bool IsOneNumber(const ItemHeader& header) {
-  constexpr std::uint32_t types = 1u << SCFile::value_Int32 | 1u << SCFile::value_UInt32 | 1u << SCFile::value_Float;
+  constexpr std::uint32_t types =
+      1u << SCFile::value_Int32 | 1u << SCFile::value_UInt32 | 1u << SCFile::value_Float;
   return header.count == 1 && header.type < 32 && (types >> header.type & 1u) != 0;
 }
 inline constexpr std::size_t oneNumberSize = 4;
@@ -166,7 +183,8 @@ struct BlockRef {
 [[nodiscard]] std::array<std::byte, blockRefSize> EncodeBlockRef(const BlockRef& block) noexcept;
 /// REQUIRES: blockRefSize bytes.
 [[nodiscard]] BlockRef DecodeBlockRef(const std::byte* at) noexcept;
-/// Whether a block and its table lie between the start of the data and `end`, in that order and aligned.
+/// Whether a block and its table lie between the start of the data and `end`, in that order and
+/// aligned.
 [[nodiscard]] bool IsBlockRefSound(const BlockRef& block, std::uint64_t end) noexcept;
 
 }  // namespace utdata::kvtiff19

@@ -9,7 +9,8 @@
 
 namespace utdata::kvtiff19 {
 
-/// Runs an operation and turns lack of memory into status_TooLarge. With a file, the failure is that of a write: the next commit fails.
+/// Runs an operation and turns lack of memory into status_TooLarge. With a file, the failure is
+/// that of a write: the next commit fails.
 template <class Operation>
 int Guarded(Operation operation, OpenFile* written = nullptr) noexcept {
   constexpr const char* what = "not enough memory";
@@ -17,9 +18,12 @@ int Guarded(Operation operation, OpenFile* written = nullptr) noexcept {
     try {
       return operation();
     } catch (const std::bad_alloc&) {
-      return written ? FailWrite(*written, SCFile::status_TooLarge, what) : Fail(SCFile::status_TooLarge, what);
-    } catch (const std::exception&) {  // std::length_error of a container: more than an address space
-      return written ? FailWrite(*written, SCFile::status_TooLarge, what) : Fail(SCFile::status_TooLarge, what);
+      return written ? FailWrite(*written, SCFile::status_TooLarge, what)
+                     : Fail(SCFile::status_TooLarge, what);
+    } catch (
+        const std::exception&) {  // std::length_error of a container: more than an address space
+      return written ? FailWrite(*written, SCFile::status_TooLarge, what)
+                     : Fail(SCFile::status_TooLarge, what);
     }
   } catch (...) {
     return SCFile::status_TooLarge;
@@ -29,8 +33,12 @@ int Guarded(Operation operation, OpenFile* written = nullptr) noexcept {
 /// status_BadArgument of a call that names no file.
 inline int BadCall(const char* what) { return Fail(SCFile::status_BadArgument, what); }
 
-[[nodiscard]] inline bool IsFile(const Node* node) { return node && node->state == NodeState::File; }
-[[nodiscard]] inline bool IsGroup(const Node* node) { return node && node->state != NodeState::File; }
+[[nodiscard]] inline bool IsFile(const Node* node) {
+  return node && node->state == NodeState::File;
+}
+[[nodiscard]] inline bool IsGroup(const Node* node) {
+  return node && node->state != NodeState::File;
+}
 
 /// Sets what a caller wants to know.
 template <class Value>

@@ -16,12 +16,14 @@ namespace utdata::kvtiff19 {
 /// One item of a committed group, in place in the file's metadata.
 struct StoredItem {
   std::uint16_t code;
-  std::uint8_t type;                ///< SCFile::ValueType; 0 for a child group
-  std::uint32_t count;              ///< elements as stored; of a text its UTF-8 bytes, without terminator
-  std::span<const std::byte> data;  ///< the value's bytes, little-endian, not aligned; of a child group its body
+  std::uint8_t type;    ///< SCFile::ValueType; 0 for a child group
+  std::uint32_t count;  ///< elements as stored; of a text its UTF-8 bytes, without terminator
+  std::span<const std::byte>
+      data;  ///< the value's bytes, little-endian, not aligned; of a child group its body
 };
 
-/// Walks the items of a committed group from the first to the last; the structure was checked when the file was opened.
+/// Walks the items of a committed group from the first to the last; the structure was checked when
+/// the file was opened.
 class ItemWalk {
  public:
   explicit ItemWalk(const SCFile::Node& group);
@@ -46,7 +48,8 @@ class ItemWalk {
   std::uint32_t m_left;
 };
 
-/// Appends a value in its stored form to an uncommitted group. A failure also makes the next commit of the file fail.
+/// Appends a value in its stored form to an uncommitted group. A failure also makes the next commit
+/// of the file fail.
 /// @param count elements as stored (of a text its UTF-8 bytes)
 [[nodiscard]] int AppendItem(SCFile::Node& group,
                              std::uint16_t code,
@@ -54,11 +57,12 @@ class ItemWalk {
                              std::uint32_t count,
                              std::span<const std::byte> data);
 
-/// Makes the next commit of the file that `group` belongs to fail with `status`, as a failed write does.
+/// Makes the next commit of the file that `group` belongs to fail with `status`, as a failed write
+/// does.
 void MarkFailed(SCFile::Node& group, int status);
 
-/// Appends the UTF-8 form of a text; false when it holds something that is not a character (nothing is then appended). Surrogate
-/// pairs are joined where wchar_t has two bytes.
+/// Appends the UTF-8 form of a text; false when it holds something that is not a character (nothing
+/// is then appended). Surrogate pairs are joined where wchar_t has two bytes.
 [[nodiscard]] bool AppendUtf8(std::string& utf8, std::wstring_view text);
 /// The text of well-formed UTF-8; nothing when it is malformed.
 [[nodiscard]] std::optional<std::wstring> FromUtf8(std::string_view utf8);
@@ -69,16 +73,17 @@ struct ItemRule {
   std::uint8_t type;       ///< SCFile::ValueType
   std::uint32_t minCount;  ///< elements as stored
   std::uint32_t maxCount;
-  std::uint32_t multipleOf;     ///< of the elements; 1 for no rule
-  std::uint32_t maxCharacters;  ///< of a text for a fixed place, which holds no null character; 0 for no rule
+  std::uint32_t multipleOf;  ///< of the elements; 1 for no rule
+  std::uint32_t
+      maxCharacters;  ///< of a text for a fixed place, which holds no null character; 0 for no rule
 };
 
 /// No group type has more rules than this.
 inline constexpr std::size_t maxRules = 64;
 
-/// The rules of a group type, ordered as its fields are stored; empty for a type without a family. An item of a known code comes once at
-/// most; items of other codes are free.
-/// For text fields maxCount bounds the UTF-8 bytes.
+/// The rules of a group type, ordered as its fields are stored; empty for a type without a family.
+/// An item of a known code comes once at most; items of other codes are free. For text fields
+/// maxCount bounds the UTF-8 bytes.
 [[nodiscard]] std::span<const ItemRule> RulesOfGroupType(std::uint32_t typeCode);
 
 /// Records what went wrong for SCFile::file_LastError of this thread, and returns the status.

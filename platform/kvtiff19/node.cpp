@@ -26,7 +26,9 @@ void ViewBody(Node& node, Bytes body) noexcept {
   node.items = body.subspan(groupHeaderSize + RoundUp(nameSize, 4));
 }
 
-Bytes ItemBytes(const Node& node) noexcept { return node.pending ? Bytes(node.pending->items) : node.items; }
+Bytes ItemBytes(const Node& node) noexcept {
+  return node.pending ? Bytes(node.pending->items) : node.items;
+}
 
 std::size_t ItemExtent(const Node& node, const ItemHeader& header) noexcept {
   if (header.type == 0 && node.pending) return itemHeaderSize;
@@ -40,7 +42,8 @@ const std::byte* ItemAt(const Node& node, std::uint32_t index) {
   offsets.reserve(node.itemCount);
   while (offsets.size() <= index) {
     const std::size_t last = offsets.back();
-    offsets.push_back(static_cast<std::uint32_t>(last + ItemExtent(node, DecodeItemHeader(base + last))));
+    offsets.push_back(
+        static_cast<std::uint32_t>(last + ItemExtent(node, DecodeItemHeader(base + last))));
   }
   return base + offsets[index];
 }

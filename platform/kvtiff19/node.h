@@ -1,7 +1,8 @@
 // Files and groups in memory, behind the handles of the interface.
 //
-// A file owns every node below it until it is closed. Committed groups are views of the metadata bytes that were read or written;
-// pending ones gather items until the next commit. One thread at a time per file.
+// A file owns every node below it until it is closed. Committed groups are views of the metadata
+// bytes that were read or written; pending ones gather items until the next commit. One thread at a
+// time per file.
 #pragma once
 
 #include <cstddef>
@@ -29,15 +30,17 @@ enum class NodeState : std::uint8_t {
 
 /// A child group of a pending group.
 struct PendingChild {
-  std::size_t headerAt;  ///< where its header stands in the parent's items; its body joins them when they are committed
+  std::size_t headerAt;  ///< where its header stands in the parent's items; its body joins them
+                         ///< when they are committed
   std::uint32_t index;   ///< among the parent's items
   SCFile::Node* node;
 };
 
 /// What a pending group has gathered.
 struct PendingGroup {
-  std::string name;              ///< UTF-8
-  std::vector<std::byte> items;  ///< as stored, except that child groups have a header without a body
+  std::string name;  ///< UTF-8
+  std::vector<std::byte>
+      items;  ///< as stored, except that child groups have a header without a body
   std::vector<PendingChild> children;
 };
 
@@ -54,8 +57,10 @@ struct SCFile::Node {
   std::string_view name;             ///< UTF-8; of a committed group
   std::span<const std::byte> items;  ///< of a committed group
   std::unique_ptr<utdata::kvtiff19::PendingGroup> pending;
-  mutable std::vector<std::uint32_t> itemOffsets;  ///< of items by index, as far as they were asked for
-  std::vector<SCFile::Node*> children;             ///< opened child groups by item index; of a file its top groups
+  mutable std::vector<std::uint32_t>
+      itemOffsets;  ///< of items by index, as far as they were asked for
+  std::vector<SCFile::Node*>
+      children;  ///< opened child groups by item index; of a file its top groups
 };
 
 namespace utdata::kvtiff19 {
@@ -73,12 +78,12 @@ struct OpenFile : Node {
   CommitRecord current;  ///< what is committed
   std::size_t committedTops = 0;
   std::uint64_t writeEnd = dataStart;  ///< where the next bytes are written while `writing`
-  int failure = 0;                     ///< status of the first write that failed since the last commit
+  int failure = 0;  ///< status of the first write that failed since the last commit
   std::string failureText;
   std::deque<Node> groups;
   std::vector<std::unique_ptr<std::byte[]>> metadata;  ///< segments, each whole
   std::vector<const std::byte*>
-      misfits;                     ///< first items of groups read at opening that do not fit their type, in order
+      misfits;  ///< first items of groups read at opening that do not fit their type, in order
   std::vector<Link> segmentsRead;  ///< where the top groups found at opening stand, in any order
   std::vector<std::unique_ptr<os::Mapping>> mappings;
 
@@ -101,7 +106,8 @@ void ViewBody(Node& node, Bytes body) noexcept;
 /// A failure of one file: its path, then `what`. Returns the status.
 int FailAt(const OpenFile& file, int status, std::string_view what);
 int FailAt(const std::wstring& path, int status, std::string_view what);
-/// A failure that the operating system told: "`what`: its words". Returns the status that answers to `error`.
+/// A failure that the operating system told: "`what`: its words". Returns the status that answers
+/// to `error`.
 int FailOs(const std::wstring& path, os::Error error, std::string_view what);
 
 }  // namespace utdata::kvtiff19

@@ -23,7 +23,9 @@ int Remember(OpenFile& file, int status) noexcept {
 
 }  // namespace
 
-int FailWrite(OpenFile& file, int status, std::string_view what) { return Remember(file, FailAt(file, status, what)); }
+int FailWrite(OpenFile& file, int status, std::string_view what) {
+  return Remember(file, FailAt(file, status, what));
+}
 
 int FailWrite(OpenFile& file, os::Error error, std::string_view what) {
   return Remember(file, FailOs(file.path, error, what));
@@ -35,7 +37,8 @@ void MarkFailed(Node& group, int status) {
 
 int AddPending(Node& parent, std::uint16_t typeCode, std::string name, Node*& group) {
   OpenFile& file = *parent.file;
-  if (parent.depth >= maxDepth) return FailWrite(file, SCFile::status_TooLarge, "groups are nested too deep");
+  if (parent.depth >= maxDepth)
+    return FailWrite(file, SCFile::status_TooLarge, "groups are nested too deep");
   if (parent.state == NodeState::File) {
     if (const int status = BeginWrite(file)) return Remember(file, status);
   }
@@ -54,13 +57,19 @@ int AddPending(Node& parent, std::uint16_t typeCode, std::string name, Node*& gr
   return SCFile::status_Ok;
 }
 
-int AppendStored(Node& group, std::uint16_t code, std::uint8_t type, std::uint32_t count, Bytes data) {
+int AppendStored(Node& group,
+                 std::uint16_t code,
+                 std::uint8_t type,
+                 std::uint32_t count,
+                 Bytes data) {
   std::vector<std::byte>& items = group.pending->items;
   const std::size_t start = items.size();
   const std::uint64_t end = start + itemHeaderSize + RoundUp(data.size(), 4);
   if (end > maxBodySize)
-    return FailWrite(*group.file, SCFile::status_TooLarge, "a group is larger than the format allows");
-  if (end > items.capacity()) items.reserve(std::max(static_cast<std::size_t>(end), 2 * items.capacity()));
+    return FailWrite(
+        *group.file, SCFile::status_TooLarge, "a group is larger than the format allows");
+  if (end > items.capacity())
+    items.reserve(std::max(static_cast<std::size_t>(end), 2 * items.capacity()));
   items.resize(static_cast<std::size_t>(end));
   EncodeItemHeader(items.data() + start, code, type, count);
   if (!data.empty()) std::memcpy(items.data() + start + itemHeaderSize, data.data(), data.size());
@@ -95,7 +104,8 @@ void Drop(OpenFile& file) noexcept {
 void Abandon(OpenFile& file) noexcept {
   const bool leavesNothing = file.isNew && file.handle;
   // Removed while the lock is held, so that it cannot be another writer's.
-  if (leavesNothing && file.handle->IsAt(file.PartPath())) static_cast<void>(file.fileSystem->Remove(file.PartPath()));
+  if (leavesNothing && file.handle->IsAt(file.PartPath()))
+    static_cast<void>(file.fileSystem->Remove(file.PartPath()));
   Drop(file);
 }
 

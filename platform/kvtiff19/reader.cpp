@@ -25,14 +25,16 @@ struct Front {
 os::Error ReadFront(os::File& handle, Front& front) {
   front.pages.resize(dataStart);
   std::size_t done = 0;
-  if (const os::Error error = handle.ReadAt(0, front.pages, done); error != os::Error::None) return error;
+  if (const os::Error error = handle.ReadAt(0, front.pages, done); error != os::Error::None)
+    return error;
   front.pages.resize(done);
   return handle.Size(front.fileSize);
 }
 
-/// Settles which record counts; null, or what is wrong. A file that ends at its committed end is at rest, and then both slots must
-/// be whole and equal: anything else is damage, not the trace of a commit. A longer file was left by a writer, or has one at work:
-/// one slot may then be half written, or be one commit behind.
+/// Settles which record counts; null, or what is wrong. A file that ends at its committed end is at
+/// rest, and then both slots must be whole and equal: anything else is damage, not the trace of a
+/// commit. A longer file was left by a writer, or has one at work: one slot may then be half
+/// written, or be one commit behind.
 const char* Settle(const Front& front, SlotState& state) {
   std::optional<CommitRecord> slots[] = {DecodeSlot(front.Page(slotOffsets[0])),
                                          DecodeSlot(front.Page(slotOffsets[1]))};
@@ -45,19 +47,21 @@ const char* Settle(const Front& front, SlotState& state) {
     state.record = *slots[index];
     return front.fileSize > state.record.end ? nullptr : "a commit record is damaged";
   }
-  const auto [older, newer] =
-      std::minmax(*slots[0], *slots[1], [](const auto& a, const auto& b) { return a.number < b.number; });
+  const auto [older, newer] = std::minmax(
+      *slots[0], *slots[1], [](const auto& a, const auto& b) { return a.number < b.number; });
   state.record = newer;
   if (front.fileSize < newer.end) return "the file is cut short";
   state.atRest = front.fileSize == newer.end && older == newer;
   if (older == newer) return nullptr;
-  return front.fileSize > newer.end && newer.number - older.number == 1 ? nullptr
-                                                                        : "the commit records contradict each other";
+  return front.fileSize > newer.end && newer.number - older.number == 1
+             ? nullptr
+             : "the commit records contradict each other";
 }
 
 const char* CheckRecord(const CommitRecord& record) {
   const bool emptyChain = record.newest == Link{};
-  const bool sound = record.number > 0 && record.end >= dataStart && (record.segmentCount == 0) == emptyChain;
+  const bool sound =
+      record.number > 0 && record.end >= dataStart && (record.segmentCount == 0) == emptyChain;
   return sound ? nullptr : "the commit record contradicts itself";
 }
 
@@ -93,15 +97,21 @@ class ChainReader {
 
  private:
   int Refuse(std::uint64_t ordinal, std::uint64_t offset, std::string_view what) {
-    std::string text = "top group " + std::to_string(ordinal) + " at byte " + std::to_string(offset) + ": ";
+    std::string text =
+        "top group " + std::to_string(ordinal) + " at byte " + std::to_string(offset) + ": ";
     return FailAt(m_file, SCFile::status_Damaged, text.append(what));
   }
 
   /// `end` bounds the segment: segments before it lie at smaller offsets, so that the walk ends.
-  int ReadSegment(const Link& link, std::uint64_t end, std::uint64_t ordinal, SegmentHeader& header) {
+  int ReadSegment(const Link& link,
+                  std::uint64_t end,
+                  std::uint64_t ordinal,
+                  SegmentHeader& header) {
     constexpr std::size_t headSize = segmentHeaderSize + itemHeaderSize;
-    const bool inside = link.offset >= dataStart && link.offset <= end && link.size <= end - link.offset;
-    if (!inside || link.offset % 4 != 0) return Refuse(ordinal, link.offset, "it lies outside the data");
+    const bool inside =
+        link.offset >= dataStart && link.offset <= end && link.size <= end - link.offset;
+    if (!inside || link.offset % 4 != 0)
+      return Refuse(ordinal, link.offset, "it lies outside the data");
     if (link.size < headSize || link.size > headSize + maxBodySize ||
         link.size > std::numeric_limits<std::size_t>::max())
       return Refuse(ordinal, link.offset, "its size is impossible");
@@ -109,7 +119,8 @@ class ChainReader {
     auto buffer = std::make_unique_for_overwrite<std::byte[]>(size);
     const std::span<std::byte> segment(buffer.get(), size);
     if (const int status = ReadWhole(m_file, link.offset, segment)) return status;
-    if (Checksum(segment) != link.checksum) return Refuse(ordinal, link.offset, "its checksum does not match");
+    if (Checksum(segment) != link.checksum)
+      return Refuse(ordinal, link.offset, "its checksum does not match");
     const auto decoded = DecodeSegmentHeader(segment);
     if (!decoded || decoded->ordinal != ordinal)
       return Refuse(ordinal, link.offset, "another group stands in its place");
@@ -157,7 +168,8 @@ int ReadSlots(const OpenFile& file, SlotState& state) {
     Front front;
     if (const os::Error error = ReadFront(*file.handle, front); error != os::Error::None)
       return FailOs(file.path, error, "cannot be read");
-    if (const int status = CheckHeader(front.Page(headerOffset))) return RefuseHeader(file, status, front.fileSize);
+    if (const int status = CheckHeader(front.Page(headerOffset)))
+      return RefuseHeader(file, status, front.fileSize);
     problem = Settle(front, state);
     if (!problem) problem = CheckRecord(state.record);
     if (!problem) return SCFile::status_Ok;

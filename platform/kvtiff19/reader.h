@@ -8,8 +8,8 @@ namespace utdata::kvtiff19 {
 /// What the two commit slots say.
 struct SlotState {
   CommitRecord record;  ///< the newest one
-  bool atRest =
-      false;  ///< the file ends where the record says, and both slots say the same; else a writer is or was at work
+  bool atRest = false;  ///< the file ends where the record says, and both slots say the same; else
+                        ///< a writer is or was at work
 };
 
 /// Reads header and commit slots. A writer may commit at the same time.
@@ -19,6 +19,8 @@ struct SlotState {
 [[nodiscard]] int ReadCommitted(OpenFile& file);
 
 /// Reads `buffer` whole; the end of the file before it is damage.
-[[nodiscard]] int ReadWhole(const OpenFile& file, std::uint64_t offset, std::span<std::byte> buffer);
+[[nodiscard]] int ReadWhole(const OpenFile& file,
+                            std::uint64_t offset,
+                            std::span<std::byte> buffer);
 
 }  // namespace utdata::kvtiff19

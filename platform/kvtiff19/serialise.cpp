@@ -3,9 +3,11 @@
 namespace utdata::kvtiff19 {
 namespace {
 
-/// Bytes of a pending group's body with all groups inside it; past maxBodySize when any of them is too large.
+/// Bytes of a pending group's body with all groups inside it; past maxBodySize when any of them is
+/// too large.
 std::uint64_t BodySize(const Node& group) {
-  std::uint64_t size = groupHeaderSize + RoundUp(group.pending->name.size(), 4) + group.pending->items.size();
+  std::uint64_t size =
+      groupHeaderSize + RoundUp(group.pending->name.size(), 4) + group.pending->items.size();
   for (const PendingChild& child : group.pending->children) size += BodySize(*child.node);
   return size;
 }
@@ -22,7 +24,9 @@ class SegmentWriter {
     WriteGroup(itemHeader, top);
   }
 
-  [[nodiscard]] std::size_t Done() const { return static_cast<std::size_t>(m_at - m_segments.bytes.get()); }
+  [[nodiscard]] std::size_t Done() const {
+    return static_cast<std::size_t>(m_at - m_segments.bytes.get());
+  }
 
  private:
   /// Writes a group's body here and its header to `itemHeader`.
@@ -34,7 +38,8 @@ class SegmentWriter {
     Store(m_at + 4, group.itemCount);
     m_at += groupHeaderSize;
     Put(std::as_bytes(std::span(pending.name)));
-    const std::size_t padding = static_cast<std::size_t>(RoundUp(pending.name.size(), 4)) - pending.name.size();
+    const std::size_t padding =
+        static_cast<std::size_t>(RoundUp(pending.name.size(), 4)) - pending.name.size();
     std::memset(m_at, 0, padding);
     m_at += padding;
     const Bytes items(pending.items);
@@ -59,7 +64,10 @@ class SegmentWriter {
 
 }  // namespace
 
-bool Serialise(std::span<Node* const> tops, std::uint64_t offset, const CommitRecord& before, Segments& segments) {
+bool Serialise(std::span<Node* const> tops,
+               std::uint64_t offset,
+               const CommitRecord& before,
+               Segments& segments) {
   for (const Node* top : tops) {
     const std::uint64_t body = BodySize(*top);
     if (body > maxBodySize) return false;

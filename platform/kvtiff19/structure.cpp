@@ -8,9 +8,12 @@
 namespace utdata::kvtiff19 {
 namespace {
 
-std::string_view AsText(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
+std::string_view AsText(Bytes bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
 
-/// Holds the items of one group against the rules of its type. Items mostly follow each other as the rules do.
+/// Holds the items of one group against the rules of its type. Items mostly follow each other as
+/// the rules do.
 class RuleCheck {
  public:
   explicit RuleCheck(std::uint32_t typeCode) : m_rules(RulesOfGroupType(typeCode)) {}
@@ -57,7 +60,8 @@ class RuleCheck {
 /// One pass over a segment; `m_problem` is null while all is well.
 class StructureCheck {
  public:
-  StructureCheck(std::uint64_t blockEnd, StructureFindings& findings) : m_blockEnd(blockEnd), m_findings(findings) {}
+  StructureCheck(std::uint64_t blockEnd, StructureFindings& findings)
+      : m_blockEnd(blockEnd), m_findings(findings) {}
 
   bool CheckBody(Bytes body, std::uint16_t typeCode, unsigned depth) {
     if (depth > maxDepth) return Refuse("groups are nested too deep");
@@ -66,7 +70,8 @@ class StructureCheck {
     const auto itemCount = Load<std::uint32_t>(body.data() + 4);
     if (!CheckName(body.subspan(groupHeaderSize), nameSize)) return false;
     Bytes left = body.subspan(groupHeaderSize + static_cast<std::size_t>(RoundUp(nameSize, 4)));
-    if (itemCount > left.size() / itemHeaderSize) return Refuse("a group counts more items than it has bytes for");
+    if (itemCount > left.size() / itemHeaderSize)
+      return Refuse("a group counts more items than it has bytes for");
     const std::byte* first = left.data();
     const bool indexed = depth == 1;
     if (indexed) m_findings.itemOffsets.reserve(itemCount);
@@ -74,7 +79,8 @@ class StructureCheck {
     bool fits = true;
     const bool known = rules.Any();
     for (std::uint32_t index = 0; index < itemCount; ++index) {
-      if (indexed) m_findings.itemOffsets.push_back(static_cast<std::uint32_t>(left.data() - first));
+      if (indexed)
+        m_findings.itemOffsets.push_back(static_cast<std::uint32_t>(left.data() - first));
       StoredItem item;
       if (!TakeItem(left, depth, item)) return false;
       if (known) fits = rules.Fits(item) && fits;
@@ -92,16 +98,19 @@ class StructureCheck {
   }
 
   bool CheckName(Bytes left, std::uint32_t size) {
-    if (RoundUp(std::uint64_t{size}, 4) > left.size()) return Refuse("a group's name is longer than the group");
+    if (RoundUp(std::uint64_t{size}, 4) > left.size())
+      return Refuse("a group's name is longer than the group");
     if (size > maxNameSize) return Refuse("a group's name is too long");
     if (!IsUtf8(AsText(left.first(size)))) return Refuse("a group's name is not UTF-8");
     return CheckPadding(left, size);
   }
 
-  /// REQUIRES: `left` holds the padding. All of it is in the word of four bytes that the value's end lies in.
+  /// REQUIRES: `left` holds the padding. All of it is in the word of four bytes that the value's
+  /// end lies in.
   bool CheckPadding(Bytes left, std::uint64_t size) {
     if (size % 4 == 0) return true;
-    const auto word = Load<std::uint32_t>(left.data() + static_cast<std::size_t>(size & ~std::uint64_t{3}));
+    const auto word =
+        Load<std::uint32_t>(left.data() + static_cast<std::size_t>(size & ~std::uint64_t{3}));
     return (word >> (8 * (size % 4))) == 0 || Refuse("padding is not zero");
   }
 
@@ -111,7 +120,8 @@ class StructureCheck {
     const ItemHeader header = DecodeItemHeader(left.data());
     if (header.reserved != 0) return Refuse("a reserved byte of an item is not zero");
     if (IsOneNumber(header)) [[likely]] {
-      if (left.size() < itemHeaderSize + oneNumberSize) return Refuse("an item is longer than its group");
+      if (left.size() < itemHeaderSize + oneNumberSize)
+        return Refuse("an item is longer than its group");
       item = {header.code, header.type, 1, left.subspan(itemHeaderSize, oneNumberSize)};
       left = left.subspan(itemHeaderSize + oneNumberSize);
       return true;
@@ -135,7 +145,8 @@ class StructureCheck {
   }
 
   bool CheckContent(const ItemHeader& header, Bytes data, unsigned depth) {
-    if (header.type == SCFile::value_Text) return IsUtf8(AsText(data)) || Refuse("a text is not UTF-8");
+    if (header.type == SCFile::value_Text)
+      return IsUtf8(AsText(data)) || Refuse("a text is not UTF-8");
     if (header.type == SCFile::value_Block) return CheckBlock(data, header.count);
     if (data.size() % 4 != 0) return Refuse("a group's size is not a multiple of 4");
     return CheckBody(data, header.code, depth + 1);
@@ -154,7 +165,10 @@ class StructureCheck {
 
 }  // namespace
 
-const char* CheckStructure(Bytes body, std::uint16_t typeCode, std::uint64_t blockEnd, StructureFindings& findings) {
+const char* CheckStructure(Bytes body,
+                           std::uint16_t typeCode,
+                           std::uint64_t blockEnd,
+                           StructureFindings& findings) {
   StructureCheck check(blockEnd, findings);
   return check.CheckBody(body, typeCode, 1) ? nullptr : check.Problem();
 }
@@ -164,8 +178,8 @@ bool CheckRules(const Node& group, std::string& problem) {
   StoredItem item;
   for (ItemWalk walk(group); walk.Next(item);) {
     if (rules.Fits(item)) continue;
-    problem = "item " + std::to_string(item.code) + " of a group of type " + std::to_string(group.typeCode) +
-              " does not fit that type";
+    problem = "item " + std::to_string(item.code) + " of a group of type " +
+              std::to_string(group.typeCode) + " does not fit that type";
     return false;
   }
   return true;

@@ -14,8 +14,8 @@ namespace utdata::kvtiff19 {
 /// Wide characters of a text without terminator; nothing when the UTF-8 is malformed.
 [[nodiscard]] std::optional<std::size_t> WideLength(std::string_view utf8) noexcept;
 
-/// Fills `buffer` with as many whole characters as fit before a terminator; returns the wide characters before it.
-/// REQUIRES: well-formed UTF-8, a buffer that is not empty.
+/// Fills `buffer` with as many whole characters as fit before a terminator; returns the wide
+/// characters before it. REQUIRES: well-formed UTF-8, a buffer that is not empty.
 std::size_t CopyWide(std::string_view utf8, std::span<wchar_t> buffer) noexcept;
 
 }  // namespace utdata::kvtiff19

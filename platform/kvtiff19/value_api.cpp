@@ -10,13 +10,18 @@ namespace {
 
 int ReadText(const Node& group, std::string_view utf8, wchar_t* buffer, std::uint32_t& count) {
   const std::size_t length = WideLength(utf8).value_or(0) + 1;
-  if (length > count) return FailAt(*group.file, SCFile::status_BufferTooSmall, "the buffer does not hold the text");
+  if (length > count)
+    return FailAt(*group.file, SCFile::status_BufferTooSmall, "the buffer does not hold the text");
   CopyWide(utf8, {buffer, length});
   count = static_cast<std::uint32_t>(length);
   return SCFile::status_Ok;
 }
 
-int ReadValue(const Node& group, std::uint32_t index, std::uint32_t valueType, void* buffer, std::uint32_t& count) {
+int ReadValue(const Node& group,
+              std::uint32_t index,
+              std::uint32_t valueType,
+              void* buffer,
+              std::uint32_t& count) {
   if (group.state != NodeState::Committed || index >= group.itemCount)
     return FailAt(*group.file, SCFile::status_BadArgument, "no committed item has that index");
   const std::byte* item = ItemAt(group, index);
@@ -25,7 +30,10 @@ int ReadValue(const Node& group, std::uint32_t index, std::uint32_t valueType, v
     return FailAt(*group.file, SCFile::status_BadArgument, "the item has another value type");
   const std::byte* data = item + itemHeaderSize;
   if (valueType == SCFile::value_Text)
-    return ReadText(group, {reinterpret_cast<const char*>(data), header.count}, static_cast<wchar_t*>(buffer), count);
+    return ReadText(group,
+                    {reinterpret_cast<const char*>(data), header.count},
+                    static_cast<wchar_t*>(buffer),
+                    count);
   if (header.count > count)
     return FailAt(*group.file, SCFile::status_BufferTooSmall, "the buffer does not hold the value");
   CopyNumbers(static_cast<std::byte*>(buffer), data, header.count, ElementSize(valueType));
@@ -39,21 +47,31 @@ int WriteText(Node& group, std::uint16_t code, std::wstring_view text) {
   text.remove_suffix(1);
   std::string utf8;
   if (!AppendUtf8(utf8, text))
-    return FailWrite(*group.file, SCFile::status_BadText, "a text holds something that is not a character");
+    return FailWrite(
+        *group.file, SCFile::status_BadText, "a text holds something that is not a character");
   if (utf8.size() > maxBodySize)
-    return FailWrite(*group.file, SCFile::status_TooLarge, "a text is larger than the format allows");
-  return AppendStored(
-      group, code, SCFile::value_Text, static_cast<std::uint32_t>(utf8.size()), std::as_bytes(std::span(utf8)));
+    return FailWrite(
+        *group.file, SCFile::status_TooLarge, "a text is larger than the format allows");
+  return AppendStored(group,
+                      code,
+                      SCFile::value_Text,
+                      static_cast<std::uint32_t>(utf8.size()),
+                      std::as_bytes(std::span(utf8)));
 }
 
-int WriteValue(Node& group, std::uint32_t code, std::uint32_t valueType, std::uint32_t count, const void* data) {
+int WriteValue(Node& group,
+               std::uint32_t code,
+               std::uint32_t valueType,
+               std::uint32_t count,
+               const void* data) {
   OpenFile& file = *group.file;
   const std::size_t size = ElementSize(valueType);
-  if (group.state != NodeState::Pending || code > 0xFFFF || size == 0 || valueType == SCFile::value_Block ||
-      (!data && count > 0))
+  if (group.state != NodeState::Pending || code > 0xFFFF || size == 0 ||
+      valueType == SCFile::value_Block || (!data && count > 0))
     return FailWrite(file, SCFile::status_BadArgument, "a value cannot be written like this");
   const auto itemCode = static_cast<std::uint16_t>(code);
-  if (valueType == SCFile::value_Text) return WriteText(group, itemCode, {static_cast<const wchar_t*>(data), count});
+  if (valueType == SCFile::value_Text)
+    return WriteText(group, itemCode, {static_cast<const wchar_t*>(data), count});
   const Bytes bytes(static_cast<const std::byte*>(data), count * size);
   if constexpr (std::endian::native == std::endian::little)
     return AppendStored(group, itemCode, static_cast<std::uint8_t>(valueType), count, bytes);
@@ -99,22 +117,30 @@ int file_ItemValueWrite(GroupHandle group,
   return Guarded([&] { return WriteValue(*group, itemCode, valueType, count, data); }, group->file);
 }
 
-int file_BlockWrite(GroupHandle group, std::uint32_t itemCode, std::uint64_t size, const void* data) {
+int file_BlockWrite(GroupHandle group,
+                    std::uint32_t itemCode,
+                    std::uint64_t size,
+                    const void* data) {
   if (!IsGroup(group)) return BadCall("not a group");
   OpenFile& file = *group->file;
   const auto write = [&] {
-    if (!group->pending || itemCode > 0xFFFF || (!data && size > 0) || size > std::numeric_limits<std::size_t>::max())
+    if (!group->pending || itemCode > 0xFFFF || (!data && size > 0) ||
+        size > std::numeric_limits<std::size_t>::max())
       return FailWrite(file, status_BadArgument, "a block cannot be written like this");
     BlockRef block;
-    if (const int status =
-            WriteBlock(file, {static_cast<const std::byte*>(data), static_cast<std::size_t>(size)}, block))
+    if (const int status = WriteBlock(
+            file, {static_cast<const std::byte*>(data), static_cast<std::size_t>(size)}, block))
       return status;
-    return AppendStored(*group, static_cast<std::uint16_t>(itemCode), value_Block, 1, EncodeBlockRef(block));
+    return AppendStored(
+        *group, static_cast<std::uint16_t>(itemCode), value_Block, 1, EncodeBlockRef(block));
   };
   return Guarded(write, &file);
 }
 
-int file_BlockInfo(const Node* group, std::uint32_t index, std::uint64_t* offset, std::uint64_t* size) {
+int file_BlockInfo(const Node* group,
+                   std::uint32_t index,
+                   std::uint64_t* offset,
+                   std::uint64_t* size) {
   return Guarded([&] {
     BlockRef block;
     if (const int status = FindBlock(group, index, block)) return status;
@@ -124,13 +150,20 @@ int file_BlockInfo(const Node* group, std::uint32_t index, std::uint64_t* offset
   });
 }
 
-int file_BlockRead(const Node* group, std::uint32_t index, std::uint64_t from, std::uint64_t size, void* buffer) {
+int file_BlockRead(const Node* group,
+                   std::uint32_t index,
+                   std::uint64_t from,
+                   std::uint64_t size,
+                   void* buffer) {
   return Guarded([&] {
     BlockRef block;
     if (const int status = FindBlock(group, index, block)) return status;
     if (from > block.size || size > block.size - from || (!buffer && size > 0))
       return FailAt(*group->file, status_BadArgument, "the part lies outside the block");
-    return ReadBlock(*group->file, block, from, {static_cast<std::byte*>(buffer), static_cast<std::size_t>(size)});
+    return ReadBlock(*group->file,
+                     block,
+                     from,
+                     {static_cast<std::byte*>(buffer), static_cast<std::size_t>(size)});
   });
 }
 
@@ -146,7 +179,9 @@ int file_BlockMap(Node* group, std::uint32_t index, void** data) {
 
 int file_BlockUnmap(FileHandle file, void* data) {
   if (!IsFile(file)) return BadCall("not a file");
-  return UnmapBlock(*file->file, data) ? status_Ok : FailAt(*file->file, status_BadArgument, "no view starts there");
+  return UnmapBlock(*file->file, data)
+             ? status_Ok
+             : FailAt(*file->file, status_BadArgument, "no view starts there");
 }
 
 }  // namespace SCFile

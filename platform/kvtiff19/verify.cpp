@@ -57,10 +57,12 @@ class Verifier {
     std::uint64_t to;
   };
 
-  /// Everything in the data has one owner, and alignment alone leaves gaps: shorter than a page and a table's alignment, all zeros.
+  /// Everything in the data has one owner, and alignment alone leaves gaps: shorter than a page and
+  /// a table's alignment, all zeros.
   void CheckLayout() {
     std::vector<Extent> extents;
-    for (const Link& link : m_file.segmentsRead) extents.push_back({link.offset, link.offset + link.size});
+    for (const Link& link : m_file.segmentsRead)
+      extents.push_back({link.offset, link.offset + link.size});
     for (const BlockRef& block : m_blocks) {
       extents.push_back({block.offset, block.offset + block.size});
       extents.push_back({block.tableOffset, block.tableOffset + block.TableSize()});
@@ -80,7 +82,8 @@ class Verifier {
     const std::string where =
         "bytes " + std::to_string(std::min(from, to)) + " to " + std::to_string(std::max(from, to));
     if (from > to) return Tell(SCFile::status_Damaged, where + " belong to two owners");
-    if (to - from >= pageSize + 8) return Tell(SCFile::status_Damaged, where + " belong to nothing");
+    if (to - from >= pageSize + 8)
+      return Tell(SCFile::status_Damaged, where + " belong to nothing");
     std::vector<std::byte> gap(static_cast<std::size_t>(to - from));
     if (const int status = ReadWhole(m_file, from, gap)) return TellLast(status);
     if (!AllZero(gap)) Tell(SCFile::status_Damaged, where + " are padding and not zero");
@@ -102,15 +105,16 @@ class Verifier {
         TellLast(status);
         return Advance(block.size - from);
       }
-      if (Checksum(chunk) != checksums[static_cast<std::size_t>(from / block.chunk)] && badChunks++ == 0)
+      if (Checksum(chunk) != checksums[static_cast<std::size_t>(from / block.chunk)] &&
+          badChunks++ == 0)
         firstBad = block.offset + from;
       if (!Advance(chunk.size())) return false;
     }
     if (badChunks > 0)
       Tell(SCFile::status_Damaged,
-           "block at byte " + std::to_string(block.offset) + ": the checksums of " + std::to_string(badChunks) +
-               " of " + std::to_string(block.ChunkCount()) + " chunks do not match, the first at byte " +
-               std::to_string(firstBad));
+           "block at byte " + std::to_string(block.offset) + ": the checksums of " +
+               std::to_string(badChunks) + " of " + std::to_string(block.ChunkCount()) +
+               " chunks do not match, the first at byte " + std::to_string(firstBad));
     return true;
   }
 

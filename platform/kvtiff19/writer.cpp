@@ -20,13 +20,16 @@ Error WriteSlot(OpenFile& file, std::size_t slot, const CommitRecord& record) {
 }
 
 /// Writes the record to one slot, or both, and has it on the medium.
-Error WriteSlotsAndSync(OpenFile& file, std::initializer_list<std::size_t> slots, const CommitRecord& record) {
+Error WriteSlotsAndSync(OpenFile& file,
+                        std::initializer_list<std::size_t> slots,
+                        const CommitRecord& record) {
   for (const std::size_t slot : slots)
     if (const Error error = WriteSlot(file, slot, record); error != Error::None) return error;
   return file.handle->Sync();
 }
 
-/// Brings a file that a writer left behind to rest. While the slots are written its size tells that it is not.
+/// Brings a file that a writer left behind to rest. While the slots are written its size tells that
+/// it is not.
 Error BringToRest(OpenFile& file) {
   Error error = WriteSlotsAndSync(file, {0, 1}, file.current);
   if (error == Error::None) error = file.handle->Truncate(file.current.end);
@@ -35,20 +38,25 @@ Error BringToRest(OpenFile& file) {
 
 /// REQUIRES: the lock is held.
 int CheckUnmoved(OpenFile& file) {
-  if (!file.handle->IsAt(file.path)) return FailAt(file, SCFile::status_MovedOn, "another file has taken its name");
+  if (!file.handle->IsAt(file.path))
+    return FailAt(file, SCFile::status_MovedOn, "another file has taken its name");
   SlotState state;
   if (const int status = ReadSlots(file, state)) return status;
-  if (state.record != file.current) return FailAt(file, SCFile::status_MovedOn, "it was changed since it was opened");
+  if (state.record != file.current)
+    return FailAt(file, SCFile::status_MovedOn, "it was changed since it was opened");
   if (state.atRest) return SCFile::status_Ok;
   std::uint64_t size = 0;
   Error error = file.handle->Size(size);
   if (error == Error::None) error = size > file.current.end ? BringToRest(file) : Error::Other;
-  return error == Error::None ? SCFile::status_Ok : FailOs(file.path, error, "cannot be made ready for writing");
+  return error == Error::None ? SCFile::status_Ok
+                              : FailOs(file.path, error, "cannot be made ready for writing");
 }
 
 /// First commit of a new file: all of it on the medium, then the name.
 int CommitNew(OpenFile& file, const CommitRecord& record) {
-  const auto failed = [&](Error error, std::string_view what) { return FailOs(file.path, error, what); };
+  const auto failed = [&](Error error, std::string_view what) {
+    return FailOs(file.path, error, what);
+  };
   if (const Error error = file.handle->WriteAt(headerOffset, EncodeHeader()); error != Error::None)
     return failed(error, "cannot be written");
   for (const std::size_t slot : {0u, 1u})
@@ -61,14 +69,15 @@ int CommitNew(OpenFile& file, const CommitRecord& record) {
     return failed(error, "cannot be brought to the disk");
   if (!file.handle->IsAt(file.PartPath()))
     return FailAt(file, SCFile::status_MovedOn, "the file being written was taken away");
-  if (const Error error = file.fileSystem->Rename(file.PartPath(), file.path, file.replace); error != Error::None)
+  if (const Error error = file.fileSystem->Rename(file.PartPath(), file.path, file.replace);
+      error != Error::None)
     return failed(error, "cannot take its name");
   file.isNew = false;
   return SCFile::status_Ok;
 }
 
-/// Puts the old record back after the new one could not be made durable; what stands behind the committed end stays unless that
-/// worked, since the new record may still be on the medium.
+/// Puts the old record back after the new one could not be made durable; what stands behind the
+/// committed end stays unless that worked, since the new record may still be on the medium.
 void Revert(OpenFile& file) {
   if (WriteSlotsAndSync(file, {0}, file.current) == Error::None) return;
   file.handle->Unlock();
@@ -84,8 +93,10 @@ int CommitAppend(OpenFile& file, const CommitRecord& record) {
     Revert(file);
     return FailOs(file.path, error, "the commit record cannot be brought to the disk");
   }
-  // The commit holds from here on. A second slot that could not be written leaves the mark behind for the next writer to see.
-  if (WriteSlotsAndSync(file, {1}, record) == Error::None) static_cast<void>(file.handle->Truncate(record.end));
+  // The commit holds from here on. A second slot that could not be written leaves the mark behind
+  // for the next writer to see.
+  if (WriteSlotsAndSync(file, {1}, record) == Error::None)
+    static_cast<void>(file.handle->Truncate(record.end));
   return SCFile::status_Ok;
 }
 
@@ -94,7 +105,8 @@ void LinkChildren(const Segments& segments) {
   for (const auto& [node, start] : segments.bodies) {
     if (node->pending->children.empty()) continue;
     node->children.assign(node->itemCount, nullptr);
-    for (const PendingChild& child : node->pending->children) node->children[child.index] = child.node;
+    for (const PendingChild& child : node->pending->children)
+      node->children[child.index] = child.node;
   }
 }
 
@@ -132,9 +144,11 @@ int WriteGathered(OpenFile& file, Segments& segments) {
 
 int BeginWrite(OpenFile& file) {
   if (file.writing) return SCFile::status_Ok;
-  if (file.readOnly) return FailAt(file, SCFile::status_ReadOnly, "the file was opened for reading only");
+  if (file.readOnly)
+    return FailAt(file, SCFile::status_ReadOnly, "the file was opened for reading only");
   const Error error = file.handle->TryLock();
-  if (error == Error::Busy) return FailAt(file, SCFile::status_Locked, "another writer has the file");
+  if (error == Error::Busy)
+    return FailAt(file, SCFile::status_Locked, "another writer has the file");
   if (error != Error::None) return FailOs(file.path, error, "cannot be locked");
   if (const int status = CheckUnmoved(file)) {
     file.handle->Unlock();
@@ -146,14 +160,17 @@ int BeginWrite(OpenFile& file) {
 }
 
 int BeginNewFile(OpenFile& file) {
-  // Another writer's file may take its name between our opening and our lock; then the name is free again.
+  // Another writer's file may take its name between our opening and our lock; then the name is free
+  // again.
   constexpr int attempts = 64;
   const std::wstring path = file.PartPath();
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    if (const Error error = file.fileSystem->Open(path, os::OpenMode::OpenOrCreate, file.handle); error != Error::None)
+    if (const Error error = file.fileSystem->Open(path, os::OpenMode::OpenOrCreate, file.handle);
+        error != Error::None)
       return FailOs(file.path, error, "cannot be created");
     const Error error = file.handle->TryLock();
-    if (error == Error::Busy) return FailAt(file, SCFile::status_Locked, "another writer is creating it");
+    if (error == Error::Busy)
+      return FailAt(file, SCFile::status_Locked, "another writer is creating it");
     if (error != Error::None) return FailOs(file.path, error, "cannot be locked");
     if (!file.handle->IsAt(path)) continue;
     file.isNew = file.writing = true;
@@ -180,8 +197,9 @@ int Commit(OpenFile& file) {
   Adopt(file, segments);
   if (!wasNew) return SCFile::status_Ok;
   const Error error = file.fileSystem->SyncDirectoryOf(file.path);
-  return error == Error::None ? SCFile::status_Ok
-                              : FailOs(file.path, error, "the file's name cannot be brought to the disk");
+  return error == Error::None
+             ? SCFile::status_Ok
+             : FailOs(file.path, error, "the file's name cannot be brought to the disk");
 }
 
 }  // namespace utdata::kvtiff19

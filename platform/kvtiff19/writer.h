@@ -1,5 +1,6 @@
-// Writing: pending groups gather their items in memory, blocks go to the file at once, and a commit makes both visible in one step.
-// docs/file-format.md tells the protocol. One thread at a time per file.
+// Writing: pending groups gather their items in memory, blocks go to the file at once, and a commit
+// makes both visible in one step. docs/file-format.md tells the protocol. One thread at a time per
+// file.
 #pragma once
 
 #include "platform/kvtiff19/node.h"
@@ -10,7 +11,8 @@ namespace utdata::kvtiff19 {
 int FailWrite(OpenFile& file, int status, std::string_view what);
 int FailWrite(OpenFile& file, os::Error error, std::string_view what);
 
-/// Takes the writer's lock unless this file has it; status_ReadOnly, status_Locked or status_MovedOn when that cannot be.
+/// Takes the writer's lock unless this file has it; status_ReadOnly, status_Locked or
+/// status_MovedOn when that cannot be.
 [[nodiscard]] int BeginWrite(OpenFile& file);
 
 /// Opens NAME.part of a new file, empty and locked.
@@ -20,11 +22,16 @@ int FailWrite(OpenFile& file, os::Error error, std::string_view what);
 [[nodiscard]] int AddPending(Node& parent, std::uint16_t typeCode, std::string name, Node*& group);
 
 /// Appends a stored value whose form is right to a pending group.
-[[nodiscard]] int AppendStored(Node& group, std::uint16_t code, std::uint8_t type, std::uint32_t count, Bytes data);
+[[nodiscard]] int AppendStored(Node& group,
+                               std::uint16_t code,
+                               std::uint8_t type,
+                               std::uint32_t count,
+                               Bytes data);
 
 [[nodiscard]] int Commit(OpenFile& file);
 
-/// Forgets what was gathered since the last commit, cuts the file back and gives the lock up. A new file stays empty and locked.
+/// Forgets what was gathered since the last commit, cuts the file back and gives the lock up. A new
+/// file stays empty and locked.
 void Drop(OpenFile& file) noexcept;
 
 /// Drop, and a new file that was never committed leaves nothing behind.

@@ -18,7 +18,8 @@ std::map<std::string, std::uint64_t> ReadRows(const char* page) {
   std::ifstream stream(page);
   for (std::string line; std::getline(stream, line);) {
     const std::size_t colon = line.find(':');
-    if (colon == std::string::npos || line.size() < 3 || line.substr(line.size() - 3) != " kB") continue;
+    if (colon == std::string::npos || line.size() < 3 || line.substr(line.size() - 3) != " kB")
+      continue;
     rows[line.substr(0, colon)] = 1024 * std::strtoull(line.c_str() + colon + 1, nullptr, 10);
   }
   return rows;
@@ -37,8 +38,8 @@ MemoryStatus QueryMemoryStatus() noexcept {
     status.totalPhysical = machine["MemTotal"];
     status.availablePhysical = std::min(machine["MemAvailable"], status.totalPhysical);
     if (status.totalPhysical > 0)
-      status.loadPercent =
-          static_cast<std::uint32_t>((status.totalPhysical - status.availablePhysical) * 100 / status.totalPhysical);
+      status.loadPercent = static_cast<std::uint32_t>(
+          (status.totalPhysical - status.availablePhysical) * 100 / status.totalPhysical);
     status.totalPaged = status.totalPhysical + machine["SwapTotal"];
     status.availablePaged = status.availablePhysical + machine["SwapFree"];
     rlimit limit{};
@@ -46,7 +47,8 @@ MemoryStatus QueryMemoryStatus() noexcept {
     if (::getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
       status.totalVirtual = std::min<std::uint64_t>(addressSpace, limit.rlim_cur);
     status.availableVirtual =
-        status.totalVirtual - std::min(status.totalVirtual, ReadRows("/proc/self/status")["VmSize"]);
+        status.totalVirtual -
+        std::min(status.totalVirtual, ReadRows("/proc/self/status")["VmSize"]);
   } catch (...) {
     // Short of memory, of all things: what is known so far is told.
   }

@@ -42,7 +42,8 @@ PathParts SplitPath(std::wstring_view path) {
   parts.directory = path.substr(0, nameStart);
   const std::wstring_view file = path.substr(nameStart);
   const std::size_t dot = file == L".." ? 0 : file.find_last_of(L'.');
-  const bool hasExtension = dot != std::wstring_view::npos && dot != 0;  // a leading dot only hides the file
+  const bool hasExtension =
+      dot != std::wstring_view::npos && dot != 0;  // a leading dot only hides the file
   parts.name = file.substr(0, hasExtension ? dot : file.size());
   parts.extension = hasExtension ? file.substr(dot) : std::wstring_view();
   return parts;

@@ -9,13 +9,26 @@ namespace {
 
 /// The first number of an error stands for it when nobody knows a closer one.
 constexpr std::pair<int, Error> table[] = {
-    {ENOENT, Error::NotFound},     {ENOTDIR, Error::NotFound},    {EEXIST, Error::Exists},
-    {ENOTEMPTY, Error::Exists},    {EACCES, Error::AccessDenied}, {EPERM, Error::AccessDenied},
-    {EROFS, Error::AccessDenied},  {EISDIR, Error::NotAFile},     {ENXIO, Error::NotAFile},
-    {ENODEV, Error::NotAFile},     {ENOSPC, Error::DiskFull},     {EDQUOT, Error::DiskFull},
-    {EFBIG, Error::DiskFull},      {EWOULDBLOCK, Error::Busy},    {ENAMETOOLONG, Error::PathTooLong},
-    {EINVAL, Error::BadArgument},  {ENOMEM, Error::NoMemory},     {EOPNOTSUPP, Error::NotSupported},
-    {ENOSYS, Error::NotSupported}, {EIO, Error::Other},
+    {ENOENT, Error::NotFound},
+    {ENOTDIR, Error::NotFound},
+    {EEXIST, Error::Exists},
+    {ENOTEMPTY, Error::Exists},
+    {EACCES, Error::AccessDenied},
+    {EPERM, Error::AccessDenied},
+    {EROFS, Error::AccessDenied},
+    {EISDIR, Error::NotAFile},
+    {ENXIO, Error::NotAFile},
+    {ENODEV, Error::NotAFile},
+    {ENOSPC, Error::DiskFull},
+    {EDQUOT, Error::DiskFull},
+    {EFBIG, Error::DiskFull},
+    {EWOULDBLOCK, Error::Busy},
+    {ENAMETOOLONG, Error::PathTooLong},
+    {EINVAL, Error::BadArgument},
+    {ENOMEM, Error::NoMemory},
+    {EOPNOTSUPP, Error::NotSupported},
+    {ENOSYS, Error::NotSupported},
+    {EIO, Error::Other},
 };
 
 thread_local int lastNumber = 0;
@@ -24,16 +37,16 @@ thread_local int lastNumber = 0;
 
 Error LastError() noexcept {
   lastNumber = errno;
-  const auto* found =
-      std::find_if(std::begin(table), std::end(table), [](const auto& row) { return row.first == lastNumber; });
+  const auto* found = std::find_if(
+      std::begin(table), std::end(table), [](const auto& row) { return row.first == lastNumber; });
   return found == std::end(table) ? Error::Other : found->second;
 }
 
 int LastErrorNumber() noexcept { return lastNumber; }
 
 Error Fail(Error error) noexcept {
-  const auto* found =
-      std::find_if(std::begin(table), std::end(table), [&](const auto& row) { return row.second == error; });
+  const auto* found = std::find_if(
+      std::begin(table), std::end(table), [&](const auto& row) { return row.second == error; });
   if (found != std::end(table)) lastNumber = found->first;
   return error;
 }

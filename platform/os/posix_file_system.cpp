@@ -31,7 +31,10 @@ class PosixFile final : public File {
     while (done < buffer.size()) {
       if (!FitsOffset(offset + done)) return Error::None;
       const auto got = Uninterrupted([&] {
-        return ::pread(m_descriptor, buffer.data() + done, buffer.size() - done, static_cast<off_t>(offset + done));
+        return ::pread(m_descriptor,
+                       buffer.data() + done,
+                       buffer.size() - done,
+                       static_cast<off_t>(offset + done));
       });
       if (got < 0) return LastError();
       if (got == 0) return Error::None;
@@ -43,8 +46,9 @@ class PosixFile final : public File {
   Error WriteAt(std::uint64_t offset, std::span<const std::byte> bytes) override {
     while (!bytes.empty()) {
       if (!FitsOffset(offset) || !FitsOffset(offset + bytes.size())) return Fail(Error::DiskFull);
-      const auto put =
-          Uninterrupted([&] { return ::pwrite(m_descriptor, bytes.data(), bytes.size(), static_cast<off_t>(offset)); });
+      const auto put = Uninterrupted([&] {
+        return ::pwrite(m_descriptor, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+      });
       if (put <= 0) return put < 0 ? LastError() : Fail(Error::Other);
       bytes = bytes.subspan(static_cast<std::size_t>(put));
       offset += static_cast<std::uint64_t>(put);
@@ -53,7 +57,8 @@ class PosixFile final : public File {
   }
 
   Error Sync() override {
-    return Uninterrupted([&] { return ::fdatasync(m_descriptor); }) == 0 ? Error::None : LastError();
+    return Uninterrupted([&] { return ::fdatasync(m_descriptor); }) == 0 ? Error::None
+                                                                         : LastError();
   }
 
   Error Size(std::uint64_t& size) override {
@@ -71,13 +76,16 @@ class PosixFile final : public File {
 
   Error Seek(std::uint64_t position) override {
     if (!FitsOffset(position)) return Fail(Error::Other);
-    return ::lseek(m_descriptor, static_cast<off_t>(position), SEEK_SET) >= 0 ? Error::None : LastError();
+    return ::lseek(m_descriptor, static_cast<off_t>(position), SEEK_SET) >= 0 ? Error::None
+                                                                              : LastError();
   }
 
   Error Allocate(std::uint64_t offset, std::uint64_t size) override {
     if (size == 0) return Error::None;
-    if (!FitsOffset(offset) || !FitsOffset(size) || !FitsOffset(offset + size)) return Fail(Error::DiskFull);
-    // The system call and not posix_fallocate, which where the file system cannot allocate touches each block and says nothing.
+    if (!FitsOffset(offset) || !FitsOffset(size) || !FitsOffset(offset + size))
+      return Fail(Error::DiskFull);
+    // The system call and not posix_fallocate, which where the file system cannot allocate touches
+    // each block and says nothing.
     const auto allocate = [&] {
       return ::fallocate(m_descriptor, 0, static_cast<off_t>(offset), static_cast<off_t>(size));
     };
@@ -98,7 +106,9 @@ class PosixFile final : public File {
   }
 
   Error TryLock() override {
-    return Uninterrupted([&] { return ::flock(m_descriptor, LOCK_EX | LOCK_NB); }) == 0 ? Error::None : LastError();
+    return Uninterrupted([&] { return ::flock(m_descriptor, LOCK_EX | LOCK_NB); }) == 0
+               ? Error::None
+               : LastError();
   }
 
   void Unlock() noexcept override { ::flock(m_descriptor, LOCK_UN); }
@@ -117,7 +127,8 @@ class PosixFile final : public File {
 class PosixFileSystem final : public FileSystem {
  public:
   Error Open(const std::wstring& path, OpenMode mode, std::unique_ptr<File>& file) override {
-    static constexpr int flagsOf[] = {O_RDONLY, O_RDWR, O_RDWR | O_CREAT | O_EXCL, O_RDWR | O_CREAT};
+    static constexpr int flagsOf[] = {
+        O_RDONLY, O_RDWR, O_RDWR | O_CREAT | O_EXCL, O_RDWR | O_CREAT};
     // Without O_NONBLOCK, opening a pipe would wait for its other end.
     const int flags = flagsOf[static_cast<std::size_t>(mode)] | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
     const std::string narrow = NarrowPath(path);
@@ -141,7 +152,8 @@ class PosixFileSystem final : public FileSystem {
     const std::string source = NarrowPath(from);
     const std::string target = NarrowPath(to);
     if (replace) return ::rename(source.c_str(), target.c_str()) == 0 ? Error::None : LastError();
-    if (::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return Error::None;
+    if (::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0)
+      return Error::None;
     if (errno != EINVAL && errno != ENOSYS) return LastError();
     // A file system without that call: a second name is refused when it is taken.
     if (::link(source.c_str(), target.c_str()) != 0) return LastError();
@@ -157,12 +169,15 @@ class PosixFileSystem final : public FileSystem {
 
   Error SyncDirectoryOf(const std::wstring& path) override {
     const std::string directory = NarrowPath(SplitPath(path).directory);
-    const int descriptor = Uninterrupted(
-        [&] { return ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    const int descriptor = Uninterrupted([&] {
+      return ::open(directory.empty() ? "." : directory.c_str(),
+                    O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    });
     if (descriptor < 0) return LastError();
     const int result = Uninterrupted([&] { return ::fsync(descriptor); });
-    const Error error =
-        result == 0 || errno == EINVAL ? Error::None : LastError();  // EINVAL: directories need no sync here
+    const Error error = result == 0 || errno == EINVAL
+                            ? Error::None
+                            : LastError();  // EINVAL: directories need no sync here
     ::close(descriptor);
     return error;
   }
@@ -179,7 +194,9 @@ class PosixFileSystem final : public FileSystem {
     return Error::None;
   }
 
-  Error Reserve(std::size_t size, std::unique_ptr<AddressRange>& range) override { return ReserveRange(size, range); }
+  Error Reserve(std::size_t size, std::unique_ptr<AddressRange>& range) override {
+    return ReserveRange(size, range);
+  }
 
  private:
   static std::string ParentOf(std::string directory) {

@@ -13,7 +13,8 @@ namespace {
 class PosixMapping final : public Mapping {
  public:
   /// `base` and `length` are what was mapped; the view starts `skip` bytes into it.
-  PosixMapping(void* base, std::size_t length, std::size_t skip) : m_base(base), m_length(length), m_skip(skip) {}
+  PosixMapping(void* base, std::size_t length, std::size_t skip)
+      : m_base(base), m_length(length), m_skip(skip) {}
   PosixMapping(const PosixMapping&) = delete;
   PosixMapping& operator=(const PosixMapping&) = delete;
   ~PosixMapping() override { ::munmap(m_base, m_length); }
@@ -33,7 +34,8 @@ void* MapNothing(void* place, std::size_t size, int fixed) {
 
 class PosixAddressRange final : public AddressRange {
  public:
-  PosixAddressRange(void* base, std::size_t size) : m_base(static_cast<std::byte*>(base)), m_size(size) {}
+  PosixAddressRange(void* base, std::size_t size)
+      : m_base(static_cast<std::byte*>(base)), m_size(size) {}
   PosixAddressRange(const PosixAddressRange&) = delete;
   PosixAddressRange& operator=(const PosixAddressRange&) = delete;
   ~PosixAddressRange() override { ::munmap(m_base, m_size); }
@@ -54,7 +56,8 @@ class PosixFileMapping final : public FileMapping {
   std::uint64_t Size() const noexcept override { return m_size; }
   Error MapAt(AddressRange& range, std::size_t offset, std::size_t size) override {
     void* place = range.Data() + offset;
-    if (::mmap(place, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, m_descriptor, 0) != MAP_FAILED)
+    if (::mmap(place, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, m_descriptor, 0) !=
+        MAP_FAILED)
       return Error::None;
     const Error error = LastError();
     // The system may have taken away what was there before it failed; nobody else may move in.
@@ -69,11 +72,15 @@ class PosixFileMapping final : public FileMapping {
 
 }  // namespace
 
-Error MapPrivately(int descriptor, std::uint64_t offset, std::size_t size, std::unique_ptr<Mapping>& mapping) {
+Error MapPrivately(int descriptor,
+                   std::uint64_t offset,
+                   std::size_t size,
+                   std::unique_ptr<Mapping>& mapping) {
   // Pages of the machine may be larger than those of a file.
   const auto page = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
   const auto skip = static_cast<std::size_t>(offset % page);
-  if (!FitsOffset(offset) || size > std::numeric_limits<std::size_t>::max() - skip) return Fail(Error::Other);
+  if (!FitsOffset(offset) || size > std::numeric_limits<std::size_t>::max() - skip)
+    return Fail(Error::Other);
   void* base = ::mmap(nullptr,
                       size + skip,
                       PROT_READ | PROT_WRITE,

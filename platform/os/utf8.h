@@ -1,4 +1,5 @@
-// UTF-8 and wide characters, one character at a time. Wide characters are UTF-32, or UTF-16 where wchar_t has two bytes.
+// UTF-8 and wide characters, one character at a time. Wide characters are UTF-32, or UTF-16 where
+// wchar_t has two bytes.
 #pragma once
 
 #include <string>
@@ -14,7 +15,9 @@ inline constexpr char32_t notACharacter = 0xFFFFFFFF;
 
 /// REQUIRES: IsCharacter(character).
 inline void PutUtf8(std::string& utf8, char32_t character) {
-  const auto tail = [&](unsigned shift) { return static_cast<char>(0x80 | ((character >> shift) & 0x3F)); };
+  const auto tail = [&](unsigned shift) {
+    return static_cast<char>(0x80 | ((character >> shift) & 0x3F));
+  };
   if (character < 0x80) {
     utf8.push_back(static_cast<char>(character));
   } else if (character < 0x800) {
@@ -26,11 +29,17 @@ inline void PutUtf8(std::string& utf8, char32_t character) {
   }
 }
 
-/// Takes the first character off well-formed UTF-8; otherwise takes one byte off and returns notACharacter. Overlong forms,
-/// surrogates and values past U+10FFFF are malformed. REQUIRES: not empty.
+/// Takes the first character off well-formed UTF-8; otherwise takes one byte off and returns
+/// notACharacter. Overlong forms, surrogates and values past U+10FFFF are malformed. REQUIRES: not
+/// empty.
 [[nodiscard]] constexpr char32_t TakeUtf8(std::string_view& utf8) {
   const auto lead = static_cast<unsigned char>(utf8.front());
-  const std::size_t tails = lead < 0x80 ? 0 : lead < 0xC2 ? 4 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : lead < 0xF5 ? 3 : 4;
+  const std::size_t tails = lead < 0x80   ? 0
+                            : lead < 0xC2 ? 4
+                            : lead < 0xE0 ? 1
+                            : lead < 0xF0 ? 2
+                            : lead < 0xF5 ? 3
+                                          : 4;
   constexpr char32_t smallest[] = {0, 0x80, 0x800, 0x10000};
   char32_t character = tails == 0 ? lead : lead & (0x3Fu >> tails);
   bool good = tails < 4 && utf8.size() > tails;
@@ -54,7 +63,8 @@ inline void PutWide(std::wstring& text, char32_t character) {
   }
 }
 
-/// Takes the first character off a wide text; one unit and notACharacter when there is none. REQUIRES: not empty.
+/// Takes the first character off a wide text; one unit and notACharacter when there is none.
+/// REQUIRES: not empty.
 [[nodiscard]] constexpr char32_t TakeWide(std::wstring_view& text) {
   const auto first = static_cast<char32_t>(text.front());
   text.remove_prefix(1);

@@ -1,6 +1,8 @@
-// The reader-writer lock: readers come and go on one atomic word while no writer is about; everything else happens under a mutex.
+// The reader-writer lock: readers come and go on one atomic word while no writer is about;
+// everything else happens under a mutex.
 //
-// A grant is handed over, never raced for: who waits is made an owner by whoever made room, and only then woken.
+// A grant is handed over, never raced for: who waits is made an owner by whoever made room, and
+// only then woken.
 #include <chrono>
 
 #include "interfaces/framework.h"
@@ -23,19 +25,24 @@ bool WaitFor(std::condition_variable& signal,
              std::uint32_t timeoutMs,
              Condition done) {
   if (timeoutMs != CReaderWriterLock::forEver)
-    return signal.wait_until(lock, std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs), done);
+    return signal.wait_until(
+        lock, std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs), done);
   signal.wait(lock, done);
   return true;
 }
 
 }  // namespace
 
-bool CReaderWriterLock::HasReaders() const { return (m_state.load(std::memory_order_acquire) & ~closed) != 0; }
+bool CReaderWriterLock::HasReaders() const {
+  return (m_state.load(std::memory_order_acquire) & ~closed) != 0;
+}
 
 int CReaderWriterLock::LockBufferReader(std::uint32_t timeoutMs) {
   std::uint32_t state = m_state.load(std::memory_order_relaxed);
   while (!(state & closed))
-    if (m_state.compare_exchange_weak(state, state + 1, std::memory_order_acquire, std::memory_order_relaxed)) return 1;
+    if (m_state.compare_exchange_weak(
+            state, state + 1, std::memory_order_acquire, std::memory_order_relaxed))
+      return 1;
   return WaitAsReader(timeoutMs);
 }
 
@@ -48,7 +55,9 @@ int CReaderWriterLock::WaitAsReader(std::uint32_t timeoutMs) {
     return 1;
   }
   ++m_waitingReaders;
-  if (WaitFor(m_readersAdmitted, lock, timeoutMs, [this, phase = m_readerPhase] { return m_readerPhase != phase; }))
+  if (WaitFor(m_readersAdmitted, lock, timeoutMs, [this, phase = m_readerPhase] {
+        return m_readerPhase != phase;
+      }))
     return 1;
   --m_waitingReaders;
   return 0;
@@ -61,7 +70,8 @@ void CReaderWriterLock::UnlockBufferReader() {
       utdata::ReportAssertion(__FILE__, __LINE__, L"reader side released without being held");
       return;
     }
-  } while (!m_state.compare_exchange_weak(state, state - 1, std::memory_order_acq_rel, std::memory_order_relaxed));
+  } while (!m_state.compare_exchange_weak(
+      state, state - 1, std::memory_order_acq_rel, std::memory_order_relaxed));
   if (state == (closed | 1)) {  // the last reader, and a writer is about
     const std::lock_guard lock(m_mutex);
     HandOver();
@@ -92,7 +102,8 @@ int CReaderWriterLock::LockBufferWriter(std::uint32_t timeoutMs) {
 void CReaderWriterLock::UnlockBufferWriter() {
   const std::lock_guard lock(m_mutex);
   if (m_depth == 0 || m_owner != std::this_thread::get_id()) {
-    utdata::ReportAssertion(__FILE__, __LINE__, L"writer side released by a thread that does not hold it");
+    utdata::ReportAssertion(
+        __FILE__, __LINE__, L"writer side released by a thread that does not hold it");
     return;
   }
   if (--m_depth > 0) return;
@@ -123,7 +134,8 @@ void CReaderWriterLock::AdmitReaders() {
   m_readersAdmitted.notify_all();
 }
 
-/// Passes the lock on as far as its present holders allow: to the next writer, or, when none waits, to whoever comes.
+/// Passes the lock on as far as its present holders allow: to the next writer, or, when none waits,
+/// to whoever comes.
 void CReaderWriterLock::HandOver() {
   if (m_depth > 0) return;
   if (!m_firstWriter) {

@@ -32,14 +32,15 @@ bool CViewMapManager::SetReservedSize(std::uint64_t bytes) {
 
 bool CViewMapManager::IsReserved() {
   if (m_range) return true;
-  const std::size_t size =
-      PlaceFor(m_reservedSize) * viewQuantity + placeAlignment;  // the system aligns to its pages only
+  const std::size_t size = PlaceFor(m_reservedSize) * viewQuantity +
+                           placeAlignment;  // the system aligns to its pages only
   return utdata::os::CurrentFileSystem().Reserve(size, m_range) == Error::None;
 }
 
 /// The first gap that is large enough; noRoom when there is none.
 std::size_t CViewMapManager::FindRoom(std::size_t size) const {
-  const auto misaligned = static_cast<std::size_t>(reinterpret_cast<std::uintptr_t>(m_range->Data()) % placeAlignment);
+  const auto misaligned =
+      static_cast<std::size_t>(reinterpret_cast<std::uintptr_t>(m_range->Data()) % placeAlignment);
   std::size_t end = misaligned == 0 ? 0 : placeAlignment - misaligned;
   for (const auto& [offset, length] : m_views) {
     if (offset - end >= size) return end;
@@ -48,9 +49,12 @@ std::size_t CViewMapManager::FindRoom(std::size_t size) const {
   return m_range->Size() - end >= size ? end : noRoom;
 }
 
-void* CViewMapManager::MapViewForData(utdata::os::FileMapping* mapping, std::uint64_t size, std::uint32_t access) {
+void* CViewMapManager::MapViewForData(utdata::os::FileMapping* mapping,
+                                      std::uint64_t size,
+                                      std::uint32_t access) {
   const utdata::MutexScope held(m_mutex);
-  if (!mapping || access != view_ReadWrite || size == 0 || size > mapping->Size() || size > m_reservedSize) {
+  if (!mapping || access != view_ReadWrite || size == 0 || size > mapping->Size() ||
+      size > m_reservedSize) {
     utdata::os::Fail(Error::BadArgument);
     return nullptr;
   }
@@ -62,7 +66,8 @@ void* CViewMapManager::MapViewForData(utdata::os::FileMapping* mapping, std::uin
     return nullptr;
   }
   const auto entry = m_views.emplace(offset, place).first;
-  if (mapping->MapAt(*m_range, offset, static_cast<std::size_t>(size)) == Error::None) return m_range->Data() + offset;
+  if (mapping->MapAt(*m_range, offset, static_cast<std::size_t>(size)) == Error::None)
+    return m_range->Data() + offset;
   m_views.erase(entry);
   return nullptr;
 }
@@ -71,7 +76,9 @@ void CViewMapManager::UnmapViewOfFileToReservedSpace(void* view, std::uint64_t) 
   if (!view) return;
   const utdata::MutexScope held(m_mutex);
   const auto entry =
-      m_range ? m_views.find(static_cast<std::size_t>(static_cast<std::byte*>(view) - m_range->Data())) : m_views.end();
+      m_range
+          ? m_views.find(static_cast<std::size_t>(static_cast<std::byte*>(view) - m_range->Data()))
+          : m_views.end();
   UTDATA_ASSERT(entry != m_views.end());
   if (entry == m_views.end()) return;
   // A place that cannot be cleared is not handed out again.

@@ -53,11 +53,13 @@ std::optional<Cells> CellsOf(const Aurelis::Patch& patch) {
 std::uint64_t CountAscans(const utdata::AscanPatchBuffer& buffer, const Cells& cells) {
   std::uint64_t count = 0;
   for (std::uint32_t row = 0; row < cells.rows; ++row)
-    for (std::uint32_t column = 0; column < cells.columns; ++column) count += buffer.GetCell(column, row) != nullptr;
+    for (std::uint32_t column = 0; column < cells.columns; ++column)
+      count += buffer.GetCell(column, row) != nullptr;
   return count;
 }
 
-/// Stores table and samples of an A-scan block into the file at `view`, from the offset `table` on. @return the offset of its end
+/// Stores table and samples of an A-scan block into the file at `view`, from the offset `table` on.
+/// @return the offset of its end
 std::uint64_t StoreAscans(const utdata::AscanPatchBuffer& buffer,
                           const Cells& cells,
                           std::uint64_t ascanBytes,
@@ -65,7 +67,8 @@ std::uint64_t StoreAscans(const utdata::AscanPatchBuffer& buffer,
                           std::uint64_t table) {
   const auto& descriptor = buffer.GetDescriptor();
   const auto samples = static_cast<std::size_t>(descriptor.UltrasoundAxis().DiscreteSize());
-  const auto narrow = descriptor.AscanStorageDataBytes() == 1 ? utdata::NarrowToBytes : utdata::NarrowToWords;
+  const auto narrow =
+      descriptor.AscanStorageDataBytes() == 1 ? utdata::NarrowToBytes : utdata::NarrowToWords;
   const utdata::VectorPath path = utdata::FastestPath();
   std::byte* entry = view + table;
   std::uint64_t next = table + cells.Quantity() * entrySize;
@@ -112,7 +115,9 @@ GDataManager::GDataManager(std::wstring path) : m_path(std::move(path)) {}
 
 GDataManager::~GDataManager() { FileClose(); }
 
-std::uint64_t GDataManager::GetMaxAcqFileSize() const { return GetMapViewManager().GetReservedSize(); }
+std::uint64_t GDataManager::GetMaxAcqFileSize() const {
+  return GetMapViewManager().GetReservedSize();
+}
 
 /// 0 when unknown.
 std::uint64_t GDataManager::GetFreeSpaceDiskAvailable(const std::wstring& path) {
@@ -143,17 +148,20 @@ std::uint32_t GDataManager::FileCreate(const Aurelis::MemoryData& memory) {
 
 /// @param isOpen receives whether the file could be created
 std::uint32_t GDataManager::OpenAndMap(std::uint64_t size, bool& isOpen) try {
-  isOpen = utdata::os::CurrentFileSystem().Open(m_path, utdata::os::OpenMode::Create, m_file) == Error::None;
+  isOpen = utdata::os::CurrentFileSystem().Open(m_path, utdata::os::OpenMode::Create, m_file) ==
+           Error::None;
   if (!isOpen) return PlatformStatus();
   // Only advice to others, which a file system without locks cannot give.
   static_cast<void>(m_file->TryLock());
   static constexpr std::byte header[headerSize] = {};
   if (m_file->WriteAt(0, header) != Error::None) return PlatformStatus();
   m_allocated = headerSize;
-  // Before room is made: a file that is longer than its header and not of full length is a finished one.
+  // Before room is made: a file that is longer than its header and not of full length is a finished
+  // one.
   if (m_file->CreateMapping(size, m_mapping) != Error::None) return PlatformStatus();
   if (Allocate(m_fileSize) != Error::None) return PlatformStatus();
-  m_view = static_cast<std::byte*>(GetMapViewManager().MapViewForData(m_mapping.get(), size, view_ReadWrite));
+  m_view = static_cast<std::byte*>(
+      GetMapViewManager().MapViewForData(m_mapping.get(), size, view_ReadWrite));
   if (!m_view) return PlatformStatus();
   m_mappedSize = size;
   m_writePosition = headerSize;
@@ -166,7 +174,8 @@ std::uint32_t GDataManager::OpenAndMap(std::uint64_t size, bool& isOpen) try {
 std::uint32_t GDataManager::FileClose() {
   std::uint32_t status = 0;
   const std::uint64_t written = m_view ? m_writePosition : 0;
-  GetMapViewManager().UnmapViewOfFileToReservedSpace(m_view, static_cast<std::uint32_t>(m_fileSize));
+  GetMapViewManager().UnmapViewOfFileToReservedSpace(m_view,
+                                                     static_cast<std::uint32_t>(m_fileSize));
   m_view = nullptr;
   m_mapping.reset();
   if (!m_file) return status;
@@ -185,13 +194,15 @@ Error GDataManager::Allocate(std::uint64_t end) {
     static constexpr std::byte zeros[1 << 16] = {};
     error = Error::None;
     for (std::uint64_t at = m_allocated; at < end && error == Error::None; at += sizeof zeros)
-      error = m_file->WriteAt(at, std::span(zeros, std::min<std::uint64_t>(end - at, sizeof zeros)));
+      error =
+          m_file->WriteAt(at, std::span(zeros, std::min<std::uint64_t>(end - at, sizeof zeros)));
   }
   if (error == Error::None) m_allocated = end;
   return error;
 }
 
-/// Whether `bytes` more fit the mapping and the disk. Storing into a mapping where the disk has no room would end the process.
+/// Whether `bytes` more fit the mapping and the disk. Storing into a mapping where the disk has no
+/// room would end the process.
 bool GDataManager::MakeRoom(std::uint64_t bytes) {
   if (!m_view || bytes > m_mappedSize - m_writePosition) return false;
   const std::uint64_t end = m_writePosition + bytes;
@@ -211,11 +222,13 @@ std::uint32_t GDataManager::SavePatchBuffer(const utdata::AscanPatchBuffer& buff
     m_writePosition += tableBytes;
     throw std::runtime_error("Pas les bons bits.");
   }
-  const auto samples = static_cast<std::size_t>(buffer.GetDescriptor().UltrasoundAxis().DiscreteSize());
+  const auto samples =
+      static_cast<std::size_t>(buffer.GetDescriptor().UltrasoundAxis().DiscreteSize());
   const std::uint64_t ascanBytes = RoundUp(samples * static_cast<std::uint64_t>(storageBytes));
   // Counting costs a pass over the cells, needed only when not all of them may have an A-scan.
   std::uint64_t blockBytes = tableBytes + cells->Quantity() * ascanBytes;
-  if (blockBytes > m_allocated - m_writePosition) blockBytes = tableBytes + CountAscans(buffer, *cells) * ascanBytes;
+  if (blockBytes > m_allocated - m_writePosition)
+    blockBytes = tableBytes + CountAscans(buffer, *cells) * ascanBytes;
   if (!MakeRoom(blockBytes)) return ascan_Refused;
 
   const std::uint64_t table = m_writePosition;
@@ -223,7 +236,8 @@ std::uint32_t GDataManager::SavePatchBuffer(const utdata::AscanPatchBuffer& buff
   return static_cast<std::uint32_t>(table);
 }
 
-std::int64_t GDataManager::SaveCscanBuffer(const utdata::CscanPatchBuffer& buffer, int utdata::CscanRecord::*field) {
+std::int64_t GDataManager::SaveCscanBuffer(const utdata::CscanPatchBuffer& buffer,
+                                           int utdata::CscanRecord::*field) {
   const std::optional<Cells> cells = CellsOf(buffer.GetPatch());
   if (!cells || !field) return cscan_Refused;
   const std::uint64_t start = RoundUp(m_writePosition);

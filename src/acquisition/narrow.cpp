@@ -15,7 +15,10 @@ constexpr std::size_t blockSize = 32;
 
 /// Elements from `done` on.
 template <class Stored>
-void NarrowPortably(const std::int32_t* elements, std::size_t done, std::size_t count, std::byte* stored) {
+void NarrowPortably(const std::int32_t* elements,
+                    std::size_t done,
+                    std::size_t count,
+                    std::byte* stored) {
   for (; done + blockSize <= count; done += blockSize) {
     Stored block[blockSize];
     for (std::size_t i = 0; i < blockSize; ++i) block[i] = static_cast<Stored>(elements[done + i]);
@@ -35,9 +38,12 @@ UTDATA_TARGET_AVX2 inline __m256i Load(const std::int32_t* elements, __m256i mas
 }
 
 /// @return the elements done, whole blocks
-UTDATA_TARGET_AVX2 std::size_t BytesOfBlocks(const std::int32_t* elements, std::size_t count, std::byte* stored) {
+UTDATA_TARGET_AVX2 std::size_t BytesOfBlocks(const std::int32_t* elements,
+                                             std::size_t count,
+                                             std::byte* stored) {
   const __m256i mask = _mm256_set1_epi32(0xFF);
-  const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);  // packing works in halves of a vector
+  const __m256i order =
+      _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);  // packing works in halves of a vector
   std::size_t done = 0;
   for (; done + 32 <= count; done += 32) {
     const std::int32_t* from = elements + done;
@@ -50,12 +56,16 @@ UTDATA_TARGET_AVX2 std::size_t BytesOfBlocks(const std::int32_t* elements, std::
 }
 
 /// @return the elements done, whole blocks
-UTDATA_TARGET_AVX2 std::size_t WordsOfBlocks(const std::int32_t* elements, std::size_t count, std::byte* stored) {
+UTDATA_TARGET_AVX2 std::size_t WordsOfBlocks(const std::int32_t* elements,
+                                             std::size_t count,
+                                             std::byte* stored) {
   const __m256i mask = _mm256_set1_epi32(0xFFFF);
   std::size_t done = 0;
   for (; done + 16 <= count; done += 16) {
-    const __m256i packed = _mm256_packus_epi32(Load(elements + done, mask), Load(elements + done + 8, mask));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(stored + 2 * done), _mm256_permute4x64_epi64(packed, 0xD8));
+    const __m256i packed =
+        _mm256_packus_epi32(Load(elements + done, mask), Load(elements + done + 8, mask));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(stored + 2 * done),
+                        _mm256_permute4x64_epi64(packed, 0xD8));
   }
   return done;
 }

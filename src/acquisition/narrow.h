@@ -8,9 +8,17 @@
 
 namespace utdata {
 
-/// Stores the low 8 bits of each element. REQUIRES: the path is available; `stored` has `count` bytes, apart from the elements
-void NarrowToBytes(VectorPath path, const std::int32_t* elements, std::size_t count, std::byte* stored) noexcept;
-/// Stores the low 16 bits of each element in the machine's byte order. REQUIRES: as NarrowToBytes, with 2 * count bytes, at any address
-void NarrowToWords(VectorPath path, const std::int32_t* elements, std::size_t count, std::byte* stored) noexcept;
+/// Stores the low 8 bits of each element. REQUIRES: the path is available; `stored` has `count`
+/// bytes, apart from the elements
+void NarrowToBytes(VectorPath path,
+                   const std::int32_t* elements,
+                   std::size_t count,
+                   std::byte* stored) noexcept;
+/// Stores the low 16 bits of each element in the machine's byte order. REQUIRES: as NarrowToBytes,
+/// with 2 * count bytes, at any address
+void NarrowToWords(VectorPath path,
+                   const std::int32_t* elements,
+                   std::size_t count,
+                   std::byte* stored) noexcept;
 
 }  // namespace utdata

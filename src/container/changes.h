@@ -10,12 +10,14 @@
 
 namespace utdata::container {
 
-/// Writes descriptors as modifications of the loaded ones that they match, or whole where they match none. A data group without a match
-/// may leave a copy in the loaded descriptor, the base of later writes; the copies are taken back unless the changes are settled.
+/// Writes descriptors as modifications of the loaded ones that they match, or whole where they
+/// match none. A data group without a match may leave a copy in the loaded descriptor, the base of
+/// later writes; the copies are taken back unless the changes are settled.
 class Changes {
  public:
   /// @param writeFlag handed to the data groups' writer; 0 leaves copies
-  Changes(CFContTypeFileDescr& loadedDescriptor, int flag) : m_loaded(loadedDescriptor), m_writeFlag(flag) {}
+  Changes(CFContTypeFileDescr& loadedDescriptor, int flag)
+      : m_loaded(loadedDescriptor), m_writeFlag(flag) {}
   Changes(const Changes&) = delete;
   Changes& operator=(const Changes&) = delete;
   ~Changes() {
@@ -28,12 +30,15 @@ class Changes {
 
   /// Writes the descriptors of one type into a top group, in order.
   template <class Descriptor>
-  void Write(SCFile::GroupHandle top, const GroupType<Descriptor>& type, const CList<Descriptor*>& descriptors) {
+  void Write(SCFile::GroupHandle top,
+             const GroupType<Descriptor>& type,
+             const CList<Descriptor*>& descriptors) {
     if (descriptors.IsEmpty()) return;
     Matching<Descriptor> matching(type, m_loaded.*type.list);
     for (Descriptor* descriptor : descriptors) {
       Descriptor* const base = matching.Find(*descriptor);
-      const SCFile::GroupHandle group = CreateGroup(top, type.ModificationCode(), type.modifierName);
+      const SCFile::GroupHandle group =
+          CreateGroup(top, type.ModificationCode(), type.modifierName);
       if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
         if (base) descriptor->cellSize = base->cellSize;
       type.write(group, type.HasModifierCode() ? base : nullptr, descriptor, m_writeFlag);
@@ -45,15 +50,16 @@ class Changes {
     }
   }
 
-  /// Once the changes are on the medium: the loaded descriptors take over what their modifications say, so that the next changes are
-  /// told against the file as it now is, and the copies stay.
+  /// Once the changes are on the medium: the loaded descriptors take over what their modifications
+  /// say, so that the next changes are told against the file as it now is, and the copies stay.
   void Settle() {
     m_copies.clear();
     for (const auto& settle : m_settling) settle();
   }
 
  private:
-  /// The copy refers to its samples in the file, not in memory that is the host's and may be gone by the next write.
+  /// The copy refers to its samples in the file, not in memory that is the host's and may be gone
+  /// by the next write.
   CGDataTypeFDD* LeaveCopy(SCFile::GroupHandle group, const CGDataTypeFDD& data);
 
   CFContTypeFileDescr& m_loaded;

@@ -20,7 +20,9 @@ std::wstring Name(const os::PathParts& parts, int number) {
 
 }  // namespace
 
-std::wstring CompanionName(const std::wstring& path, int number) { return Name(os::SplitPath(path), number); }
+std::wstring CompanionName(const std::wstring& path, int number) {
+  return Name(os::SplitPath(path), number);
+}
 
 Companions ListCompanions(const std::wstring& path) {
   const os::PathParts parts = os::SplitPath(path);
@@ -38,8 +40,8 @@ Companions ListCompanions(const std::wstring& path) {
 
 bool CompanionNameFits(const std::wstring& path) {
   const os::PathParts parts = os::SplitPath(path);
-  return parts.drive.size() < driveSize && parts.directory.size() < partSize && parts.name.size() < partSize &&
-         Name(parts, 1).size() < partSize;
+  return parts.drive.size() < driveSize && parts.directory.size() < partSize &&
+         parts.name.size() < partSize && Name(parts, 1).size() < partSize;
 }
 
 }  // namespace utdata::container

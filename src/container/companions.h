@@ -17,8 +17,8 @@ struct Companions {
 /// The companion of number `number` (1 to 99).
 [[nodiscard]] std::wstring CompanionName(const std::wstring& path, int number);
 
-/// Whether a companion's name can be built from the path when one is written: a directory, a name and the whole of at most 260 wide
-/// characters, a drive of 3, terminators included.
+/// Whether a companion's name can be built from the path when one is written: a directory, a name
+/// and the whole of at most 260 wide characters, a drive of 3, terminators included.
 [[nodiscard]] bool CompanionNameFits(const std::wstring& path);
 
 }  // namespace utdata::container

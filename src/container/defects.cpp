@@ -61,7 +61,8 @@ const Field<Record>* FindField(const Field<Record> (&fields)[Count], std::uint32
   return nullptr;
 }
 
-// Reading and writing of one value, mirrored; the counts are elements, of a text with its terminator.
+// Reading and writing of one value, mirrored; the counts are elements, of a text with its
+// terminator.
 
 int ReadValue(SCFile::GroupHandle group, std::uint32_t index, std::uint32_t, double& value) {
   std::uint32_t count = 1;
@@ -71,10 +72,14 @@ int ReadValue(SCFile::GroupHandle group, std::uint32_t index, std::uint32_t, std
   std::uint32_t count = 1;
   return SCFile::file_IndexValueRead(group, index, SCFile::value_UInt32, &value, &count);
 }
-int ReadValue(SCFile::GroupHandle group, std::uint32_t index, std::uint32_t storedCount, std::wstring& value) {
+int ReadValue(SCFile::GroupHandle group,
+              std::uint32_t index,
+              std::uint32_t storedCount,
+              std::wstring& value) {
   std::wstring buffer(std::size_t{storedCount} + 1, L'\0');
   std::uint32_t count = storedCount + 1;
-  const int status = SCFile::file_IndexValueRead(group, index, SCFile::value_Text, buffer.data(), &count);
+  const int status =
+      SCFile::file_IndexValueRead(group, index, SCFile::value_Text, buffer.data(), &count);
   if (status == SCFile::status_Ok) value = buffer.c_str();
   return status;
 }
@@ -96,7 +101,8 @@ int ReadField(SCFile::GroupHandle group,
               std::uint32_t count,
               const Field<Record>& field,
               Record& record) {
-  return std::visit([&](auto place) { return ReadValue(group, index, count, place(record)); }, field.place);
+  return std::visit([&](auto place) { return ReadValue(group, index, count, place(record)); },
+                    field.place);
 }
 
 template <class Record, std::size_t Count>
@@ -121,7 +127,8 @@ void ReadDefect(SCFile::GroupHandle group, stDefectExtern& record) {
         status = ReadField(group, index, count, *subField, *subEntry);
     }
     if (status != SCFile::status_Ok) return;
-    if (code == codeSubEntryEnds && subEntry) record.subEntries.push_back(*std::exchange(subEntry, std::nullopt));
+    if (code == codeSubEntryEnds && subEntry)
+      record.subEntries.push_back(*std::exchange(subEntry, std::nullopt));
   }
 }
 
@@ -130,7 +137,8 @@ void WriteDefectTable(SCFile::GroupHandle top, const CList<stDefectExtern*>& def
   for (stDefectExtern* record : defects) {
     const SCFile::GroupHandle group = CreateGroup(table, codeDefect, L"Defect");
     WriteFields(group, recordFields, *record);
-    for (stDefectSubEntry& subEntry : record->subEntries) WriteFields(group, subEntryFields, subEntry);
+    for (stDefectSubEntry& subEntry : record->subEntries)
+      WriteFields(group, subEntryFields, subEntry);
   }
 }
 

@@ -36,7 +36,8 @@ constexpr int (*initOrder[])() = {
 
 std::mutex initLock;  // guards CFCont::m_init
 
-/// Moves every element to the tail of another list. Each stays in exactly one of them, also when memory runs out.
+/// Moves every element to the tail of another list. Each stays in exactly one of them, also when
+/// memory runs out.
 template <class Element>
 void MoveAll(CList<Element>& from, CList<Element>& to) {
   while (!from.IsEmpty()) {
@@ -45,7 +46,8 @@ void MoveAll(CList<Element>& from, CList<Element>& to) {
   }
 }
 
-/// The first two companions are read on request only. Their names are those built here, with a capital letter.
+/// The first two companions are read on request only. Their names are those built here, with a
+/// capital letter.
 bool IsLeftOut(const std::wstring& name, const int options[8]) {
   const std::wstring extension = utdata::os::SplitPath(name).extension;
   return (extension == L".A01" && options[4] == 0) || (extension == L".A02" && options[5] == 0);
@@ -79,12 +81,15 @@ CFCont::CFCont() {
   m_init = 1;
 }
 
-CFContTypeFileDescr* CFCont::FileLoad(const wchar_t* path, IGDataSupplier*, CDataNewGroup* newGroups) {
+CFContTypeFileDescr* CFCont::FileLoad(const wchar_t* path,
+                                      IGDataSupplier*,
+                                      CDataNewGroup* newGroups) {
   auto* const descriptor = new (std::nothrow) CFContTypeFileDescr;
   if (!descriptor) return nullptr;
   CFContKVTiff reader;
   fcontsec_typeFileDescriptor work;
-  if (path && descriptor->SetPath(path) && ReadInto(descriptor, path, &reader, &work, newGroups)) return descriptor;
+  if (path && descriptor->SetPath(path) && ReadInto(descriptor, path, &reader, &work, newGroups))
+    return descriptor;
   FcontClose(descriptor);
   return nullptr;
 }
@@ -108,10 +113,12 @@ bool CFCont::ReadInto(CFContTypeFileDescr* descriptor,
   }
 }
 
-void CFCont::UpdateFileDescriptor(CFContTypeFileDescr* descriptor, fcontsec_typeFileDescriptor* work) {
+void CFCont::UpdateFileDescriptor(CFContTypeFileDescr* descriptor,
+                                  fcontsec_typeFileDescriptor* work) {
   descriptor->files.AddTail(work->file);
   work->file = nullptr;
-  ForEach(allTypes, [&](const auto& type) { MoveAll(work->*type.primaries, descriptor->*type.list); });
+  ForEach(allTypes,
+          [&](const auto& type) { MoveAll(work->*type.primaries, descriptor->*type.list); });
   MoveAll(work->defects, descriptor->defects);
 }
 
@@ -128,7 +135,8 @@ int CFCont::FileUpdate(const wchar_t* path,
                        const int options[8],
                        IGDataSupplier*,
                        CDataNewGroup* newGroups) {
-  if (path && descriptor && options && ReadCompanions(descriptor, path, options, newGroups)) return 0;
+  if (path && descriptor && options && ReadCompanions(descriptor, path, options, newGroups))
+    return 0;
   if (descriptor) FcontClose(descriptor);
   return 1;
 }
@@ -142,7 +150,8 @@ bool CFCont::ReadCompanions(CFContTypeFileDescr* descriptor,
     fcontsec_typeFileDescriptor work;
     const Companions companions = ListCompanions(path);
     return std::ranges::all_of(companions.names, [&](const std::wstring& name) {
-      return IsLeftOut(name, options) || ReadInto(descriptor, name.c_str(), &reader, &work, newGroups);
+      return IsLeftOut(name, options) ||
+             ReadInto(descriptor, name.c_str(), &reader, &work, newGroups);
     });
   } catch (const std::bad_alloc&) {
     return false;

@@ -11,14 +11,15 @@ IMPLEMENT_DYNAMIC(CFContKVTiff, CObject)
 namespace utdata::container {
 namespace {
 
-/// Calls `visit(type, kind, key)` for each item of a file or group until one answers false, which is then the result; false too
-/// when the item's info cannot be read.
+/// Calls `visit(type, kind, key)` for each item of a file or group until one answers false, which
+/// is then the result; false too when the item's info cannot be read.
 template <class Visit>
 bool ForEachItem(SCFile::Node* parent, Visit visit) {
   const std::uint32_t itemCount = SCFile::file_ItemNbrGet(parent);
   for (std::uint32_t index = 0; index < itemCount; ++index) {
     std::uint32_t type = 0, kind = 0, key = 0;
-    if (SCFile::file_ItemInfo(parent, index, &type, &kind, nullptr, &key, nullptr, 0) != SCFile::status_Ok)
+    if (SCFile::file_ItemInfo(parent, index, &type, &kind, nullptr, &key, nullptr, 0) !=
+        SCFile::status_Ok)
       return false;
     if (!visit(type, kind, key)) return false;
   }
@@ -26,7 +27,9 @@ bool ForEachItem(SCFile::Node* parent, Visit visit) {
 }
 
 template <class Descriptor>
-void ReadInto(const GroupType<Descriptor>& type, SCFile::GroupHandle group, CList<Descriptor*>& list) {
+void ReadInto(const GroupType<Descriptor>& type,
+              SCFile::GroupHandle group,
+              CList<Descriptor*>& list) {
   auto descriptor = Hold(type, type.allocate(1, L"no name"));
   if (!descriptor) throw std::bad_alloc();
   type.read(group, descriptor.get(), false);
@@ -64,16 +67,19 @@ bool ReadTopGroup(SCFile::GroupHandle top, fcontsec_typeFileDescriptor& work) {
   return ForEachItem(top, [&](std::uint32_t code, std::uint32_t kind, std::uint32_t key) {
     if (kind != SCFile::kind_Group) return true;
     SCFile::GroupHandle group = nullptr;
-    return SCFile::file_GroupOpen(top, &group, key) == SCFile::status_Ok && ReadGroup(code, group, work);
+    return SCFile::file_GroupOpen(top, &group, key) == SCFile::status_Ok &&
+           ReadGroup(code, group, work);
   });
 }
 
 bool ReadFile(const wchar_t* path, fcontsec_typeFileDescriptor& work) {
   if (SCFile::file_Open(path, &work.file) != SCFile::status_Ok) return false;
-  return ForEachItem(work.file, [&](std::uint32_t /*code*/, std::uint32_t /*kind*/, std::uint32_t key) {
-    SCFile::GroupHandle top = nullptr;
-    return SCFile::file_GroupOpen(work.file, &top, key) == SCFile::status_Ok && ReadTopGroup(top, work);
-  });
+  return ForEachItem(work.file,
+                     [&](std::uint32_t /*code*/, std::uint32_t /*kind*/, std::uint32_t key) {
+                       SCFile::GroupHandle top = nullptr;
+                       return SCFile::file_GroupOpen(work.file, &top, key) == SCFile::status_Ok &&
+                              ReadTopGroup(top, work);
+                     });
 }
 
 }  // namespace
@@ -98,4 +104,6 @@ int CFContKVTiff::fcontOpen(const wchar_t* path, fcontsec_typeFileDescriptor* wo
   return -1;
 }
 
-void CFContKVTiff::fcontFree(fcontsec_typeFileDescriptor* work) noexcept { utdata::container::ReleaseAll(*work); }
+void CFContKVTiff::fcontFree(fcontsec_typeFileDescriptor* work) noexcept {
+  utdata::container::ReleaseAll(*work);
+}

@@ -12,8 +12,8 @@
 namespace utdata::container {
 namespace {
 
-/// Applies the modifiers of one type in order and empties their list. One that matches nothing joins the descriptor's list and is
-/// handed to `joined`; the others are deleted.
+/// Applies the modifiers of one type in order and empties their list. One that matches nothing
+/// joins the descriptor's list and is handed to `joined`; the others are deleted.
 template <class Descriptor, class Joined>
 void ApplyModifiers(const GroupType<Descriptor>& type,
                     CList<Descriptor*>& list,
@@ -23,7 +23,9 @@ void ApplyModifiers(const GroupType<Descriptor>& type,
   Matching<Descriptor> matching(type, list);
   while (!modifiers.IsEmpty()) {
     auto modifier = Hold(type, modifiers.RemoveHead());
-    const auto apply = [&](Descriptor* match) { ReadModification(type, GetGroupHandle(*modifier), match); };
+    const auto apply = [&](Descriptor* match) {
+      ReadModification(type, GetGroupHandle(*modifier), match);
+    };
     if (matching.ChangeMatch(*modifier, apply)) continue;
     list.AddTail(modifier.get());
     Descriptor* const added = modifier.release();
@@ -32,7 +34,8 @@ void ApplyModifiers(const GroupType<Descriptor>& type,
   }
 }
 
-/// Whether a data group is one beam of its channel. Where groups carry sub-channel names, one without name and id is the channel's own.
+/// Whether a data group is one beam of its channel. Where groups carry sub-channel names, one
+/// without name and id is the channel's own.
 bool IsBeam(const CGDataTypeFDD& data, bool namesSeen) {
   return !namesSeen || data.subChannelId != 0 || data.subChannelName[0] != L'\0';
 }
@@ -58,9 +61,12 @@ std::size_t CountLinks(const CFContTypeFileDescr& descriptor, const SubChannelId
   return links;
 }
 
-/// Whether the beams of the data list are numbered from 0, as their descriptors are: one has id 0, and each names a descriptor. One
-/// that names none shows that the data groups already count from 1.
-bool BeamsCountFromZero(const CFContTypeFileDescr& descriptor, const SubChannelIds& ids, bool namesSeen) {
+/// Whether the beams of the data list are numbered from 0, as their descriptors are: one has id 0,
+/// and each names a descriptor. One that names none shows that the data groups already count from
+/// 1.
+bool BeamsCountFromZero(const CFContTypeFileDescr& descriptor,
+                        const SubChannelIds& ids,
+                        bool namesSeen) {
   bool zeroSeen = false;
   for (const CGDataTypeFDD* data : descriptor.data) {
     const auto channel = ids.find(data->channelId);
@@ -98,7 +104,8 @@ void NormaliseSubChannels(CFContTypeFileDescr& descriptor) {
     NumberFromZero(descriptor);
     return;
   }
-  const bool fromZero = std::ranges::any_of(ids, [](const auto& channel) { return channel.second.contains(0); });
+  const bool fromZero =
+      std::ranges::any_of(ids, [](const auto& channel) { return channel.second.contains(0); });
   if (fromZero) NumberFromOne(descriptor, ids, namesSeen);
 }
 
@@ -112,10 +119,11 @@ void CFCont::UpdateModifierGroup(CFContTypeFileDescr* descriptor,
                                  const wchar_t* path,
                                  CDataNewGroup* newGroups) {
   const auto apply = [&](const auto& type) {
-    ApplyModifiers(type, descriptor->*type.list, work->*type.modifiers, [&]([[maybe_unused]] auto* added) {
-      if constexpr (std::is_same_v<decltype(added), CGDataTypeFDD*>)
-        if (newGroups) newGroups->AddGData(added, path);
-    });
+    ApplyModifiers(
+        type, descriptor->*type.list, work->*type.modifiers, [&]([[maybe_unused]] auto* added) {
+          if constexpr (std::is_same_v<decltype(added), CGDataTypeFDD*>)
+            if (newGroups) newGroups->AddGData(added, path);
+        });
   };
   ForEach(appliedBeforeInfo, apply);
   Release(infoType, work->modifiedInfos);

@@ -36,7 +36,8 @@ void WriteWhole(SCFile::GroupHandle top,
                 int writeFlag) {
   const wchar_t* const nameAtCreation = type.HasModifierCode() ? L"" : type.primaryName;
   for (const Descriptor* descriptor : descriptors) {
-    const SCFile::GroupHandle group = CreateGroup(top, type.primaryCode, type.primaryName, nameAtCreation);
+    const SCFile::GroupHandle group =
+        CreateGroup(top, type.primaryCode, type.primaryName, nameAtCreation);
     type.write(group, nullptr, descriptor, writeFlag);
   }
 }
@@ -67,8 +68,8 @@ int CFCont::WriteNewFile(CFContTypeFileDescr* descriptor,
                          SCFile::FileHandle* file,
                          int writeFlag) {
   SCFile::FileHandle created = nullptr;
-  int status =
-      newFile ? SCFile::file_Create(descriptor->path, &created) : SCFile::file_CreateEx(descriptor->path, &created);
+  int status = newFile ? SCFile::file_Create(descriptor->path, &created)
+                       : SCFile::file_CreateEx(descriptor->path, &created);
   if (status != SCFile::status_Ok) return status;
   OwnedFile owned(created);
   SCFile::file_SetCharacterFormat(created, 1);
@@ -81,7 +82,9 @@ int CFCont::WriteNewFile(CFContTypeFileDescr* descriptor,
   return SCFile::status_Ok;
 }
 
-int CFCont::WriteCompanion(CFContTypeFileDescr* loaded, CFContTypeFileDescr* descriptor, int writeFlag) {
+int CFCont::WriteCompanion(CFContTypeFileDescr* loaded,
+                           CFContTypeFileDescr* descriptor,
+                           int writeFlag) {
   const std::wstring path = loaded->path;
   if (!CompanionNameFits(path)) return SCFile::status_TooLarge;
   const Companions companions = ListCompanions(path);
@@ -127,18 +130,24 @@ int CFCont::WriteNewFileDescriptor(SCFile::FileHandle file,
                                    int writeFlag) {
   const int status = SCFile::file_GroupCreate(file, topGroup, codeTop, nameTop);
   if (status != SCFile::status_Ok) return status;
-  const auto writeWhole = [&](const auto& type) { WriteWhole(*topGroup, type, descriptor->*type.list, writeFlag); };
+  const auto writeWhole = [&](const auto& type) {
+    WriteWhole(*topGroup, type, descriptor->*type.list, writeFlag);
+  };
   ForEach(writtenBeforeDefects, writeWhole);
   if (descriptor->defectTableFlag != 0) WriteDefectTable(*topGroup, descriptor->defects);
   ForEach(writtenAfterDefects, writeWhole);
   return SCFile::status_Ok;
 }
 
-int CFCont::WriteExistingFileDescriptor(SCFile::FileHandle file, CFContTypeFileDescr* descriptor, Changes* changes) {
+int CFCont::WriteExistingFileDescriptor(SCFile::FileHandle file,
+                                        CFContTypeFileDescr* descriptor,
+                                        Changes* changes) {
   SCFile::GroupHandle top = nullptr;
   const int status = SCFile::file_GroupCreate(file, &top, codeTop, nameTop);
   if (status != SCFile::status_Ok) return status;
-  const auto writeChanges = [&](const auto& type) { changes->Write(top, type, descriptor->*type.list); };
+  const auto writeChanges = [&](const auto& type) {
+    changes->Write(top, type, descriptor->*type.list);
+  };
   ForEach(changesBeforeDefects, writeChanges);
   if (descriptor->defectTableFlag != 0) WriteDefectTable(top, descriptor->defects);
   ForEach(writtenAfterDefects, writeChanges);

@@ -1,5 +1,5 @@
-// The group types, told once: codes, names, lists, keys and operations of each, and the orders in which loading, writing and
-// applying modifications go through them.
+// The group types, told once: codes, names, lists, keys and operations of each, and the orders in
+// which loading, writing and applying modifications go through them.
 //
 // The defect table is no row: its records are not a family's (see defects.h).
 #pragma once
@@ -16,8 +16,8 @@ namespace utdata::container {
 inline constexpr std::uint32_t codeTop = 0;
 inline constexpr const wchar_t* nameTop = L"FC";
 
-/// The ids that tell which primary group a modification belongs to; unused places are 0. A type without ids has the same key
-/// everywhere, so that its first group is meant.
+/// The ids that tell which primary group a modification belongs to; unused places are 0. A type
+/// without ids has the same key everywhere, so that its first group is meant.
 using Key = std::array<std::uint32_t, 5>;
 
 template <class Descriptor>
@@ -34,11 +34,14 @@ struct GroupType {
   Descriptor* (*allocate)(int mode, const wchar_t* name);
   void (*remove)(Descriptor* descriptor, int whole);
   int (*read)(SCFile::GroupHandle group, Descriptor* descriptor, bool modifier);
-  int (*write)(SCFile::GroupHandle group, const Descriptor* base, const Descriptor* descriptor, int writeFlag);
+  int (*write)(SCFile::GroupHandle group,
+               const Descriptor* base,
+               const Descriptor* descriptor,
+               int writeFlag);
   Key (*key)(const Descriptor& descriptor);
 
-  /// A type without one stores its modifications whole, under the primary code. Loading does not apply them: they follow, in the list,
-  /// what they modify.
+  /// A type without one stores its modifications whole, under the primary code. Loading does not
+  /// apply them: they follow, in the list, what they modify.
   [[nodiscard]] constexpr bool HasModifierCode() const { return modifierCode != 0; }
   [[nodiscard]] constexpr std::uint32_t ModificationCode() const {
     return HasModifierCode() ? modifierCode : primaryCode;
@@ -53,8 +56,12 @@ template <class Descriptor>
 SCFile::GroupHandle GetGroupHandle(const Descriptor& descriptor) {
   return descriptor.group;
 }
-inline void SetGroupHandle(CGDataTypeFDD& descriptor, SCFile::GroupHandle group) { descriptor.SetGroupHandle(group); }
-inline SCFile::GroupHandle GetGroupHandle(const CGDataTypeFDD& descriptor) { return descriptor.GetGroupHandle(); }
+inline void SetGroupHandle(CGDataTypeFDD& descriptor, SCFile::GroupHandle group) {
+  descriptor.SetGroupHandle(group);
+}
+inline SCFile::GroupHandle GetGroupHandle(const CGDataTypeFDD& descriptor) {
+  return descriptor.GetGroupHandle();
+}
 
 namespace row {
 
@@ -64,7 +71,10 @@ int ReadAs(SCFile::GroupHandle group, Descriptor* descriptor, bool /*modifier*/)
   return Read(group, descriptor);
 }
 template <class Descriptor, int (*Write)(SCFile::GroupHandle, const Descriptor*, const Descriptor*)>
-int WriteAs(SCFile::GroupHandle group, const Descriptor* base, const Descriptor* descriptor, int /*writeFlag*/) {
+int WriteAs(SCFile::GroupHandle group,
+            const Descriptor* base,
+            const Descriptor* descriptor,
+            int /*writeFlag*/) {
   return Write(group, base, descriptor);
 }
 inline void RemoveData(CGDataTypeFDD* descriptor, int whole) { gdata_Delete(descriptor, whole); }
@@ -86,7 +96,9 @@ inline Key GateKey(const CGGateTypeDescr& gate) { return {gate.gateId, gate.chan
 inline Key PatchKey(const CGPatchTypeDescr& patch) { return {patch.patchId}; }
 inline Key ProbeKey(const CGProbeTypeDescr& probe) { return {probe.probeId}; }
 inline Key WeldKey(const CGWeldTypeDescr& weld) { return {weld.weldId}; }
-inline Key ContourKey(const CGContourTypeDescr& contour) { return {contour.contourId, contour.channelId}; }
+inline Key ContourKey(const CGContourTypeDescr& contour) {
+  return {contour.contourId, contour.channelId};
+}
 inline Key AdjustmentKey(const CGRefadjTypeDescr& adjustment) { return {adjustment.adjustmentId}; }
 inline Key DacKey(const CGDacTypeDescr& dac) { return {dac.dacId}; }
 inline Key ScanPlanKey(const CGWeldScanPlanDescr& plan) { return {plan.weldId}; }
@@ -157,7 +169,8 @@ inline constexpr GroupType<CGWeldFillDescr> weldFillType = {
   UTDATA_OPERATIONS(gweldFill, CGWeldFillDescr), row::FillKey};
 #undef UTDATA_OPERATIONS
 
-// The orders. The lists of both records follow allTypes, with the defect records before the weld scan plans.
+// The orders. The lists of both records follow allTypes, with the defect records before the weld
+// scan plans.
 inline constexpr auto allTypes = std::tie(
   dataType, channelType, subChannelType, gateType, patchType, probeType, specimenDimensionsType, specimenInformationType,
   specimenMaterialType, weldType, infoType, contourType, referenceAdjustmentType, meshType, specimenDefinitionType, dacType,

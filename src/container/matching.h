@@ -11,32 +11,36 @@
 
 namespace utdata::container {
 
-/// What keeps two data groups of one key apart; 0 for the other types, and for a data group that is not assigned yet.
+/// What keeps two data groups of one key apart; 0 for the other types, and for a data group that is
+/// not assigned yet.
 template <class Descriptor>
 std::uint32_t BookmarkOf(const Descriptor&) {
   return bookmark_None;
 }
 inline std::uint32_t BookmarkOf(const CGDataTypeFDD& data) { return data.GetDataBookmarkType(); }
 
-/// The descriptors of a list by key, so that a file of many modifications is read in little more than one pass.
+/// The descriptors of a list by key, so that a file of many modifications is read in little more
+/// than one pass.
 template <class Descriptor>
 class Matching {
  public:
-  Matching(const GroupType<Descriptor>& groupType, const CList<Descriptor*>& list) : m_type(groupType) {
+  Matching(const GroupType<Descriptor>& groupType, const CList<Descriptor*>& list)
+      : m_type(groupType) {
     for (Descriptor* descriptor : list) Add(descriptor);
   }
 
   /// Tells of a descriptor that was appended to the list.
   void Add(Descriptor* descriptor) { m_entries.insert(EntryOf(descriptor, m_count++)); }
 
-  /// The first descriptor in list order whose key is the modification's and whose bookmark is the same or not assigned; null when
-  /// there is none.
+  /// The first descriptor in list order whose key is the modification's and whose bookmark is the
+  /// same or not assigned; null when there is none.
   [[nodiscard]] Descriptor* Find(const Descriptor& modification) const {
     const auto found = FindEntry(modification);
     return found == m_entries.end() ? nullptr : found->descriptor;
   }
 
-  /// Calls `change(descriptor)` on what Find gives; the bookmark may change by it. Returns what Find gave.
+  /// Calls `change(descriptor)` on what Find gives; the bookmark may change by it. Returns what
+  /// Find gave.
   template <class Change>
   Descriptor* ChangeMatch(const Descriptor& modification, Change change) {
     const auto found = FindEntry(modification);
@@ -70,7 +74,9 @@ class Matching {
     const Key key = m_type.key(modification);
     const auto first = [&](std::uint32_t bookmark) {
       const auto found = m_entries.lower_bound({key, bookmark, 0, nullptr});
-      return found != m_entries.end() && found->key == key && found->bookmark == bookmark ? found : m_entries.end();
+      return found != m_entries.end() && found->key == key && found->bookmark == bookmark
+                 ? found
+                 : m_entries.end();
     };
     const auto same = first(BookmarkOf(modification));
     const auto unassigned = first(bookmark_None);
@@ -84,10 +90,12 @@ class Matching {
   std::size_t m_count = 0;
 };
 
-/// Reads a modification's group into the descriptor that it belongs to, which goes on referring to its own group. A group that cannot
-/// be read leaves the descriptor as the file layer left it.
+/// Reads a modification's group into the descriptor that it belongs to, which goes on referring to
+/// its own group. A group that cannot be read leaves the descriptor as the file layer left it.
 template <class Descriptor>
-void ReadModification(const GroupType<Descriptor>& type, SCFile::GroupHandle group, Descriptor* descriptor) {
+void ReadModification(const GroupType<Descriptor>& type,
+                      SCFile::GroupHandle group,
+                      Descriptor* descriptor) {
   const SCFile::GroupHandle own = GetGroupHandle(*descriptor);
   type.read(group, descriptor, true);
   SetGroupHandle(*descriptor, own);

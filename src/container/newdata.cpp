@@ -24,7 +24,8 @@ class FileWalk {
     ++m_position;
     m_baseMet = m_baseMet || EndsInBaseExtension(m_name);
   }
-  /// The number of the file met last; after all records, how many files there are beside the base file.
+  /// The number of the file met last; after all records, how many files there are beside the base
+  /// file.
   [[nodiscard]] int Number() const { return m_baseMet ? m_position : m_position + 1; }
   [[nodiscard]] std::wstring_view Name() const { return m_name; }
 

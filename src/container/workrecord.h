@@ -1,10 +1,11 @@
-// What one load gathers before it reaches the file descriptor: the open file and one list per group type code.
+// What one load gathers before it reaches the file descriptor: the open file and one list per group
+// type code.
 #pragma once
 
 #include "utdata/fcont.h"
 
-/// Holds raw pointers and owns them only by convention: whoever fills it empties it, by handing the descriptors on or by
-/// utdata::container::ReleaseAll.
+/// Holds raw pointers and owns them only by convention: whoever fills it empties it, by handing the
+/// descriptors on or by utdata::container::ReleaseAll.
 struct fcontsec_typeFileDescriptor {
   SCFile::FileHandle file = nullptr;
   CList<CGDataTypeFDD*> data, modifiedData;

@@ -65,7 +65,8 @@ std::vector<Tread> TreadsOf(const WordPlan& plan, const std::uint8_t* table) {
   return treads;
 }
 
-/// Finds the offsets for a slope that is given by `scale`: one for all keys or, for folded codes, one up to a knee and one from there.
+/// Finds the offsets for a slope that is given by `scale`: one for all keys or, for folded codes,
+/// one up to a knee and one from there.
 template <class Scale>
 std::optional<Offsets> FindOffsets(const WordPlan& plan,
                                    const std::vector<Tread>& treads,
@@ -123,8 +124,10 @@ bool FitNarrow(WordPlan& plan, const std::vector<Tread>& treads, double codesPer
   if (slope < 1 || slope > 65535) return false;
   Levels levels;
   for (std::size_t level = 0; level < levels.size(); ++level)
-    levels[level] = std::min<std::int64_t>(((static_cast<std::int64_t>(level) << bits) + slope - 1) / slope, 65536);
-  const auto offsets = FindOffsets(plan, treads, levels, [](std::int32_t key) { return std::int64_t{key}; });
+    levels[level] = std::min<std::int64_t>(
+        ((static_cast<std::int64_t>(level) << bits) + slope - 1) / slope, 65536);
+  const auto offsets =
+      FindOffsets(plan, treads, levels, [](std::int32_t key) { return std::int64_t{key}; });
   if (!offsets) return false;
   plan.method = WordPlan::Method::Narrow;
   plan.slope = static_cast<std::uint16_t>(slope);
@@ -141,10 +144,12 @@ bool FitWide(WordPlan& plan, const std::vector<Tread>& treads, double codesPerSa
   const std::int64_t slopeHigh = slope >> 16;
   const std::int64_t slopeLow = slope & 0xFFFF;
   Levels levels;
-  for (std::size_t level = 0; level < levels.size(); ++level) levels[level] = static_cast<std::int64_t>(level) << bits;
-  const auto offsets = FindOffsets(plan, treads, levels, [&, low = std::int64_t{plan.low}](std::int32_t key) {
-    return (key - low) * slopeHigh + (((key - low) * slopeLow) >> 16);
-  });
+  for (std::size_t level = 0; level < levels.size(); ++level)
+    levels[level] = static_cast<std::int64_t>(level) << bits;
+  const auto offsets =
+      FindOffsets(plan, treads, levels, [&, low = std::int64_t{plan.low}](std::int32_t key) {
+        return (key - low) * slopeHigh + (((key - low) * slopeLow) >> 16);
+      });
   if (!offsets) return false;
   plan.method = WordPlan::Method::Wide;
   plan.slope = static_cast<std::uint16_t>(slopeHigh);
@@ -187,7 +192,8 @@ WordPlan FindWordPlan(VectorPath path,
   correction.isFolded = isFolded;
   correction.isSwapped = (conversion & lut_SwapData) != 0;
   correction.mask = (conversion & lut_RemoveSVcompression) != 0 ? 0xFFF0 : 0xFFFF;
-  // Keys are signed: unsigned samples are turned by half their range, and so are signed ones that are stored offset.
+  // Keys are signed: unsigned samples are turned by half their range, and so are signed ones that
+  // are stored offset.
   const bool isOffset = !isFolded || (conversion & lut_RemoveOffset) != 0;
   correction.flip = isOffset ? 0x8000 : 0;
   correction.isPlain = !correction.isSwapped && correction.mask == 0xFFFF;
@@ -198,8 +204,10 @@ WordPlan FindWordPlan(VectorPath path,
     WordPlan plan = correction;
     if (isClamped) ClampOuterTreads(plan, treads);
     for (const int nudge : {0, 1, -1})
-      if (FitNarrow(plan, treads, codesPerSample, nudge) && IsProven(path, plan, table)) return plan;
-    if (isClamped && FitWide(plan, treads, codesPerSample) && IsProven(path, plan, table)) return plan;
+      if (FitNarrow(plan, treads, codesPerSample, nudge) && IsProven(path, plan, table))
+        return plan;
+    if (isClamped && FitWide(plan, treads, codesPerSample) && IsProven(path, plan, table))
+      return plan;
   }
   return correction;
 }
@@ -234,13 +242,15 @@ void BlockCoder::Bytes(const std::uint8_t* samples, std::size_t count, std::uint
   else if (m_byteMethod == ByteMethod::Fold)
     FoldBytes(samples, count, m_byteFlip, codes);
   else
-    std::transform(samples, samples + count, codes, [this](std::uint8_t sample) { return m_table[sample]; });
+    std::transform(
+        samples, samples + count, codes, [this](std::uint8_t sample) { return m_table[sample]; });
 }
 
 void BlockCoder::Words(const std::uint16_t* samples, std::size_t count, std::uint8_t* codes) const {
   const std::size_t done = CodeWords(FastestPath(), m_plan, samples, count, codes);
-  std::transform(
-      samples + done, samples + count, codes + done, [this](std::uint16_t sample) { return m_table[sample]; });
+  std::transform(samples + done, samples + count, codes + done, [this](std::uint16_t sample) {
+    return m_table[sample];
+  });
 }
 
 }  // namespace utdata

@@ -10,10 +10,13 @@ namespace utdata {
 
 namespace {
 
-/// Samples of one block. A fixed count lets a compiler turn the loops below into vector code by itself.
+/// Samples of one block. A fixed count lets a compiler turn the loops below into vector code by
+/// itself.
 constexpr std::size_t blockSize = 32;
 
-std::uint8_t Fold(std::uint8_t level) { return static_cast<std::uint8_t>((level + level) ^ (level < 128 ? 0xFF : 0)); }
+std::uint8_t Fold(std::uint8_t level) {
+  return static_cast<std::uint8_t>((level + level) ^ (level < 128 ? 0xFF : 0));
+}
 
 struct Portable {
   template <bool isFolded, bool isPlain>
@@ -26,7 +29,8 @@ struct Portable {
     for (; done + blockSize <= count; done += blockSize)
       for (std::size_t i = done; i < done + blockSize; ++i) {
         const std::int16_t key = Key<isPlain>(p, samples[i]);
-        const auto u = static_cast<std::uint16_t>(key + static_cast<std::int32_t>(Offset<isFolded>(p, key)));
+        const auto u =
+            static_cast<std::uint16_t>(key + static_cast<std::int32_t>(Offset<isFolded>(p, key)));
         const auto scaled = static_cast<std::uint16_t>((std::uint32_t{u} * p.slope) >> 16);
         codes[i] = Code<isFolded>(static_cast<std::uint8_t>(scaled >> p.shift));
       }
@@ -34,7 +38,10 @@ struct Portable {
   }
 
   template <bool isFolded>
-  static std::size_t Wide(const WordPlan& plan, const std::uint16_t* samples, std::size_t count, std::uint8_t* codes) {
+  static std::size_t Wide(const WordPlan& plan,
+                          const std::uint16_t* samples,
+                          std::size_t count,
+                          std::uint8_t* codes) {
     const WordPlan p = plan;
     std::size_t done = 0;
     for (; done + blockSize <= count; done += blockSize)
@@ -79,14 +86,16 @@ struct Avx2 {
     const Words offset = Spread(plan.offset[1]);
     const Words kneeOffset = Spread(plan.offset[0] - plan.offset[1]);
     const Words slope = Spread(plan.slope);
-    const Words downShift = Spread(1u << (16 - plan.shift));  // a shift by a variable costs twice a multiplication
+    const Words downShift =
+        Spread(1u << (16 - plan.shift));  // a shift by a variable costs twice a multiplication
     std::size_t done = 0;
     for (; done + blockSize <= count; done += blockSize) {
       Words halves[2];
       for (int half = 0; half < 2; ++half) {
         const Words key = keys.Load(samples + done + 16 * half);
         Words u = _mm256_add_epi16(key, offset);
-        if constexpr (isFolded) u = _mm256_add_epi16(u, _mm256_and_si256(keys.BelowKnee(key), kneeOffset));
+        if constexpr (isFolded)
+          u = _mm256_add_epi16(u, _mm256_and_si256(keys.BelowKnee(key), kneeOffset));
         halves[half] = _mm256_mulhi_epu16(_mm256_mulhi_epu16(u, slope), downShift);
       }
       Store<isFolded>(halves[0], halves[1], codes + done);
@@ -121,10 +130,13 @@ struct Avx2 {
         second = _mm256_add_epi32(second, _mm256_unpackhi_epi16(rest, _mm256_setzero_si256()));
         if constexpr (isFolded) {
           const Words below = keys.BelowKnee(key);
-          first = _mm256_add_epi32(first, _mm256_and_si256(_mm256_unpacklo_epi16(below, below), kneeOffset));
-          second = _mm256_add_epi32(second, _mm256_and_si256(_mm256_unpackhi_epi16(below, below), kneeOffset));
+          first = _mm256_add_epi32(
+              first, _mm256_and_si256(_mm256_unpacklo_epi16(below, below), kneeOffset));
+          second = _mm256_add_epi32(
+              second, _mm256_and_si256(_mm256_unpackhi_epi16(below, below), kneeOffset));
         }
-        halves[half] = _mm256_packus_epi32(_mm256_srlv_epi32(first, shift), _mm256_srlv_epi32(second, shift));
+        halves[half] =
+            _mm256_packus_epi32(_mm256_srlv_epi32(first, shift), _mm256_srlv_epi32(second, shift));
       }
       Store<isFolded>(halves[0], halves[1], codes + done);
     }
@@ -141,7 +153,8 @@ struct Avx2 {
   struct Keys {
     UTDATA_TARGET_AVX2 explicit inline Keys(const WordPlan& plan)
         : order(_mm256_xor_si256(
-              _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)),
+              _mm256_broadcastsi128_si256(
+                  _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)),
               _mm256_set1_epi8(plan.isSwapped ? 1 : 0))),
           mask(Spread(plan.mask)),
           flip(Spread(plan.flip)),
@@ -155,7 +168,9 @@ struct Avx2 {
       words = _mm256_xor_si256(_mm256_and_si256(_mm256_shuffle_epi8(words, order), mask), flip);
       return _mm256_min_epi16(_mm256_max_epi16(words, low), high);
     }
-    UTDATA_TARGET_AVX2 inline Words BelowKnee(Words key) const { return _mm256_cmpgt_epi16(knee, key); }
+    UTDATA_TARGET_AVX2 inline Words BelowKnee(Words key) const {
+      return _mm256_cmpgt_epi16(knee, key);
+    }
 
     Words order, mask, flip, low, high, knee;
   };
@@ -175,7 +190,10 @@ struct Avx2 {
 #endif
 
 template <class Path>
-std::size_t Run(const WordPlan& plan, const std::uint16_t* samples, std::size_t count, std::uint8_t* codes) {
+std::size_t Run(const WordPlan& plan,
+                const std::uint16_t* samples,
+                std::size_t count,
+                std::uint8_t* codes) {
   switch (plan.method) {
     case WordPlan::Method::Narrow:
       if (plan.isFolded)
@@ -207,7 +225,10 @@ std::size_t CodeWords(VectorPath path,
   return Run<Portable>(plan, samples, count, codes);
 }
 
-void FoldBytes(const std::uint8_t* samples, std::size_t count, std::uint8_t flip, std::uint8_t* codes) noexcept {
+void FoldBytes(const std::uint8_t* samples,
+               std::size_t count,
+               std::uint8_t flip,
+               std::uint8_t* codes) noexcept {
   const auto toLevel = static_cast<std::uint8_t>(flip ^ 0x80u);
   std::size_t done = 0;
   for (; done + blockSize <= count; done += blockSize)

@@ -11,11 +11,13 @@ namespace utdata {
 namespace {
 
 std::uint64_t HashOf(const CIData* item) {
-  const std::uint64_t spread = std::uint64_t{reinterpret_cast<std::uintptr_t>(item)} * 0x9E3779B97F4A7C15U;
+  const std::uint64_t spread =
+      std::uint64_t{reinterpret_cast<std::uintptr_t>(item)} * 0x9E3779B97F4A7C15U;
   return spread ^ spread >> 32;
 }
 
-/// Serial numbers by address, with open addressing: one array, at most half full, so that a look-up reads one place of it.
+/// Serial numbers by address, with open addressing: one array, at most half full, so that a look-up
+/// reads one place of it.
 class SerialTable {
  public:
   void Insert(const CIData* item, std::uint64_t serial) {
@@ -72,7 +74,8 @@ class SerialTable {
   std::size_t m_used = 0;
 };
 
-/// The items that live. Addresses are spread over parts with a lock each, so that threads seldom meet.
+/// The items that live. Addresses are spread over parts with a lock each, so that threads seldom
+/// meet.
 class Registry {
  public:
   void Add(const CIData* item) {

@@ -15,12 +15,16 @@ constexpr std::uint32_t byteCodes = 256;
 constexpr std::uint32_t wordCodes = 65536;
 
 bool Has(lut_enumConversion conversion, std::uint32_t flag) { return (conversion & flag) != 0; }
-bool HasAll(lut_enumConversion conversion, std::uint32_t flags) { return (conversion & flags) == flags; }
+bool HasAll(lut_enumConversion conversion, std::uint32_t flags) {
+  return (conversion & flags) == flags;
+}
 
 signed char RemoveByteOffset(signed char sample) {
   return static_cast<signed char>(static_cast<unsigned char>(sample) ^ 0x80u);
 }
-short RemoveWordOffset(short sample) { return static_cast<short>(static_cast<std::uint16_t>(sample) ^ 0x8000u); }
+short RemoveWordOffset(short sample) {
+  return static_cast<short>(static_cast<std::uint16_t>(sample) ^ 0x8000u);
+}
 
 /// Whether a sample reaches the maximum, which is first cut to a 16-bit integer.
 bool Reaches(short sample, double maximum) {
@@ -29,7 +33,9 @@ bool Reaches(short sample, double maximum) {
 }
 
 /// Clamped; NaN gives the lower end.
-double Clamp(double value, double low, double high) { return value >= low ? std::min(value, high) : low; }
+double Clamp(double value, double low, double high) {
+  return value >= low ? std::min(value, high) : low;
+}
 
 }  // namespace
 
@@ -55,7 +61,8 @@ lut_enumConversion CLookUpTable::GetConversionStyle(const CRDataTypeDD* descript
         (dataClass == gdata_AScan || dataClass == gdata_AScanMerged))
       style |= lut_RemoveSVcompression;
   }
-  if ((options & gdata_OptionOffsetBinary) != 0 && descriptor->GetDataRectification() == gdata_RectifNone)
+  if ((options & gdata_OptionOffsetBinary) != 0 &&
+      descriptor->GetDataRectification() == gdata_RectifNone)
     style |= lut_RemoveOffset;
   return static_cast<lut_enumConversion>(style);
 }
@@ -71,8 +78,9 @@ void CLookUpTable::CreateLookUpTable(const CRDataTypeDD* descriptor) {
     m_codeQuantity = byteCodes;
     m_table = std::make_unique<unsigned char[]>(byteCodes);
     for (std::uint32_t raw = 0; raw < byteCodes; ++raw)
-      m_table[raw] = m_dataType == kvt_Int8 ? GetCorrectedValue(static_cast<char>(raw), conversion)
-                                            : GetCorrectedValue(static_cast<unsigned char>(raw), conversion);
+      m_table[raw] = m_dataType == kvt_Int8
+                         ? GetCorrectedValue(static_cast<char>(raw), conversion)
+                         : GetCorrectedValue(static_cast<unsigned char>(raw), conversion);
     m_block = std::make_unique<utdata::BlockCoder>(m_dataType, conversion, m_table.get(), 0);
   } else if (m_dataType == kvt_Int16 || m_dataType == kvt_UInt16) {
     m_codeQuantity = wordCodes;
@@ -87,10 +95,15 @@ void CLookUpTable::FillWords(bool isCentred) {
     m_table[raw] =
         m_dataType == kvt_Int16
             ? GetCorrectedValue(static_cast<short>(raw), m_minimum, m_maximum, LAB, conversion)
-            : GetCorrectedValue(
-                  static_cast<unsigned short>(raw), m_minimum, m_maximum, LAB, conversion, isCentred ? 1 : 0);
+            : GetCorrectedValue(static_cast<unsigned short>(raw),
+                                m_minimum,
+                                m_maximum,
+                                LAB,
+                                conversion,
+                                isCentred ? 1 : 0);
   const double codesPerSample = 255 * static_cast<double>(LAB) / (m_maximum - m_minimum);
-  m_block = std::make_unique<utdata::BlockCoder>(m_dataType, conversion, m_table.get(), codesPerSample);
+  m_block =
+      std::make_unique<utdata::BlockCoder>(m_dataType, conversion, m_table.get(), codesPerSample);
 }
 
 const unsigned char* CLookUpTable::RemapLUT(const CRDataTypeDD* descriptor, std::uint32_t lab) {
@@ -130,11 +143,13 @@ int CLookUpTable::Compare(const CRDataTypeDD* descriptor, const vset_groupId* id
   }
 }
 
-// ------------------------------------------------------------------------------------------------------------ raw sample to code
+// -------------------------------------------------------------------------------------------------
+// raw sample to code
 
 unsigned char CLookUpTable::GetCorrectedValue(char sample, lut_enumConversion conv) {
   if (!((conv & lut_SwapData) == 0 && (conv & lut_RemoveSVcompression) == 0))
-    err_Assert("(conv & lut_SwapData) == 0 &&(conv & lut_RemoveSVcompression) == 0", __FILE__, __LINE__);
+    err_Assert(
+        "(conv & lut_SwapData) == 0 &&(conv & lut_RemoveSVcompression) == 0", __FILE__, __LINE__);
   auto value = static_cast<signed char>(sample);
   if (Has(conv, lut_RemoveOffset)) value = RemoveByteOffset(value);
   if (Has(conv, lut_IgnoreErrorCodes)) value = IgnoreErrorCodes(value);
@@ -144,7 +159,8 @@ unsigned char CLookUpTable::GetCorrectedValue(char sample, lut_enumConversion co
 unsigned char CLookUpTable::GetCorrectedValue(unsigned char sample, lut_enumConversion conv) {
   if (Has(conv, lut_RectifyBipolar | lut_SwapData | lut_RemoveSVcompression))
     err_Assert(
-        "(conv & lut_RectifyBipolar ) == 0 && (conv & lut_RectifyPos ) == 0 && (conv & lut_RectifyNeg ) == 0 && "
+        "(conv & lut_RectifyBipolar ) == 0 && (conv & lut_RectifyPos ) == 0 && (conv & "
+        "lut_RectifyNeg ) == 0 && "
         "(conv & lut_SwapData ) == 0 && (conv & lut_RemoveSVcompression) == 0",
         __FILE__,
         __LINE__);
@@ -156,7 +172,8 @@ unsigned char CLookUpTable::GetCorrectedValue(short sample,
                                               double maximum,
                                               std::uint32_t factor,
                                               lut_enumConversion conv) {
-  if (Has(conv, lut_SwapData)) sample = static_cast<short>(SwapData(static_cast<std::uint16_t>(sample)));
+  if (Has(conv, lut_SwapData))
+    sample = static_cast<short>(SwapData(static_cast<std::uint16_t>(sample)));
   if (Has(conv, lut_RemoveSVcompression)) sample = RemoveSVcompression(sample);
   if (Has(conv, lut_RemoveOffset)) sample = RemoveWordOffset(sample);
   if (Has(conv, lut_IgnoreErrorCodes)) sample = IgnoreErrorCodes(sample);
@@ -175,12 +192,16 @@ unsigned char CLookUpTable::GetCorrectedValue(unsigned short sample,
   return CompressData(sample, minimum, maximum, factor, isCentred);
 }
 
-signed char CLookUpTable::CompressData(short sample, double minimum, double maximum, std::uint32_t factor) {
+signed char CLookUpTable::CompressData(short sample,
+                                       double minimum,
+                                       double maximum,
+                                       std::uint32_t factor) {
   if (Reaches(sample, maximum)) return 127;
   const double x = static_cast<double>(sample) * factor;
   if (x > maximum) return 127;
   if (minimum > x) return -128;
-  return static_cast<signed char>(Clamp(255 * (x - minimum) / (maximum - minimum) - 128, -128.0, 127.0));
+  return static_cast<signed char>(
+      Clamp(255 * (x - minimum) / (maximum - minimum) - 128, -128.0, 127.0));
 }
 
 unsigned char CLookUpTable::CompressData(unsigned short sample,
@@ -196,10 +217,18 @@ unsigned char CLookUpTable::CompressData(unsigned short sample,
   return static_cast<unsigned char>(Clamp(255 * (x - minimum) / (maximum - minimum), 0.0, 255.0));
 }
 
-signed char CLookUpTable::IgnoreErrorCodes(signed char sample) { return sample >= 0 && sample < 3 ? 3 : sample; }
-unsigned char CLookUpTable::IgnoreErrorCodes(unsigned char sample) { return std::max<unsigned char>(sample, 3); }
-short CLookUpTable::IgnoreErrorCodes(short sample) { return sample >= 0 && sample < 3 ? 3 : sample; }
-unsigned short CLookUpTable::IgnoreErrorCodes(unsigned short sample) { return std::max<unsigned short>(sample, 3); }
+signed char CLookUpTable::IgnoreErrorCodes(signed char sample) {
+  return sample >= 0 && sample < 3 ? 3 : sample;
+}
+unsigned char CLookUpTable::IgnoreErrorCodes(unsigned char sample) {
+  return std::max<unsigned char>(sample, 3);
+}
+short CLookUpTable::IgnoreErrorCodes(short sample) {
+  return sample >= 0 && sample < 3 ? 3 : sample;
+}
+unsigned short CLookUpTable::IgnoreErrorCodes(unsigned short sample) {
+  return std::max<unsigned short>(sample, 3);
+}
 
 unsigned char CLookUpTable::Rectify(signed char amplitude, lut_enumConversion conversion) {
   if (HasAll(conversion, lut_RectifyBipolar)) return RectifyBipolar(amplitude);
@@ -240,11 +269,13 @@ std::int16_t CLookUpTable::RemoveSVcompression(std::int16_t sample) {
 }
 std::uint16_t CLookUpTable::RemoveSVcompression(std::uint16_t sample) { return sample & 0xFFF0u; }
 
-std::int32_t CLookUpTable::CorrectAmplitudeData(std::int32_t sample, lut_enumConversion conversion) {
+std::int32_t CLookUpTable::CorrectAmplitudeData(std::int32_t sample,
+                                                lut_enumConversion conversion) {
   constexpr std::uint32_t wordFlags = lut_SwapData | lut_RemoveSVcompression;
   if (Has(conversion, lut_SignedByte)) {
     UTDATA_ASSERT(!Has(conversion, wordFlags));
-    return Has(conversion, lut_RemoveOffset) ? RemoveByteOffset(static_cast<signed char>(sample)) : sample;
+    return Has(conversion, lut_RemoveOffset) ? RemoveByteOffset(static_cast<signed char>(sample))
+                                             : sample;
   }
   if (Has(conversion, lut_UnsignedByte)) {
     UTDATA_ASSERT(!Has(conversion, wordFlags | lut_RectifyBipolar));
@@ -256,32 +287,42 @@ std::int32_t CLookUpTable::CorrectAmplitudeData(std::int32_t sample, lut_enumCon
     if (Has(conversion, lut_RemoveSVcompression))
       sample = isSigned ? std::int32_t{RemoveSVcompression(static_cast<std::int16_t>(sample))}
                         : std::int32_t{RemoveSVcompression(static_cast<std::uint16_t>(sample))};
-    if (isSigned && Has(conversion, lut_RemoveOffset)) sample = RemoveWordOffset(static_cast<short>(sample));
+    if (isSigned && Has(conversion, lut_RemoveOffset))
+      sample = RemoveWordOffset(static_cast<short>(sample));
   }
   return sample;
 }
 
-// ------------------------------------------------------------------------------------------------------------------ many samples
+// -------------------------------------------------------------------------------------------------
+// many samples
 
-bool CLookUpTable::ConvertBlock(const char* samples, std::size_t count, unsigned char* codes) const {
+bool CLookUpTable::ConvertBlock(const char* samples,
+                                std::size_t count,
+                                unsigned char* codes) const {
   if (m_dataType != kvt_Int8) return false;
   m_block->Bytes(reinterpret_cast<const std::uint8_t*>(samples), count, codes);
   return true;
 }
 
-bool CLookUpTable::ConvertBlock(const unsigned char* samples, std::size_t count, unsigned char* codes) const {
+bool CLookUpTable::ConvertBlock(const unsigned char* samples,
+                                std::size_t count,
+                                unsigned char* codes) const {
   if (m_dataType != kvt_UInt8) return false;
   m_block->Bytes(samples, count, codes);
   return true;
 }
 
-bool CLookUpTable::ConvertBlock(const short* samples, std::size_t count, unsigned char* codes) const {
+bool CLookUpTable::ConvertBlock(const short* samples,
+                                std::size_t count,
+                                unsigned char* codes) const {
   if (m_dataType != kvt_Int16) return false;
   m_block->Words(reinterpret_cast<const std::uint16_t*>(samples), count, codes);
   return true;
 }
 
-bool CLookUpTable::ConvertBlock(const unsigned short* samples, std::size_t count, unsigned char* codes) const {
+bool CLookUpTable::ConvertBlock(const unsigned short* samples,
+                                std::size_t count,
+                                unsigned char* codes) const {
   if (m_dataType != kvt_UInt16) return false;
   m_block->Words(samples, count, codes);
   return true;

@@ -13,7 +13,8 @@ namespace {
 
 constexpr double largestSampleQuantity = 100'000'000;
 
-constexpr std::size_t headerSize = 36;  ///< bytes of the header that older writers leave at the start of a table
+constexpr std::size_t headerSize =
+    36;  ///< bytes of the header that older writers leave at the start of a table
 constexpr std::uint16_t headerFirst = 0x3344;
 constexpr std::uint16_t headerSecond = 0x5553;
 
@@ -24,9 +25,12 @@ bool IsPositionCScan(gdata_enumDataClass c) {
   return c == gdata_CScanPosition || c == gdata_CScanPositionFirst || c == gdata_CScanPositionLast;
 }
 
-/// The quantity of samples that a data range stands for; 1 when it is out of bounds or not a number.
+/// The quantity of samples that a data range stands for; 1 when it is out of bounds or not a
+/// number.
 std::uint32_t QuantityOfRange(double range) {
-  return range > -1 && range < largestSampleQuantity + 1 ? static_cast<std::uint32_t>(std::max(range, 0.0)) : 1;
+  return range > -1 && range < largestSampleQuantity + 1
+             ? static_cast<std::uint32_t>(std::max(range, 0.0))
+             : 1;
 }
 
 /// The descriptor of a linked item that lives and has one, else null.
@@ -35,8 +39,11 @@ CRDataTypeDD* DescriptorOf(const utdata::DataItemLink& link) {
   return item ? item->idata1_GetInfoRef() : nullptr;
 }
 
-/// Whether a table is memory that may be read: the all-ones pointer stands for one that is not here.
-bool IsBlock(const char* table) { return table && reinterpret_cast<std::uintptr_t>(table) != ~std::uintptr_t{0}; }
+/// Whether a table is memory that may be read: the all-ones pointer stands for one that is not
+/// here.
+bool IsBlock(const char* table) {
+  return table && reinterpret_cast<std::uintptr_t>(table) != ~std::uintptr_t{0};
+}
 
 std::uint16_t LowHalf(const char* word) {
   std::uint32_t value;
@@ -69,7 +76,8 @@ CRDataTypeDD::CRDataTypeDD(const CRDataTypeDD& other) : CGDataTypeFDD() {
 
 CRDataTypeDD::~CRDataTypeDD() { initializeData(); }
 
-/// A C-scan's cells hold one value each; its sample axis is the axis on which those values are positions, or on which the partner's are.
+/// A C-scan's cells hold one value each; its sample axis is the axis on which those values are
+/// positions, or on which the partner's are.
 void CRDataTypeDD::DeriveSampleAxis() {
   if (IsPositionCScan(dataClass)) {
     // In double precision: a difference of two floats need not be one.
@@ -103,12 +111,14 @@ CRDataTypeDD& CRDataTypeDD::DuplicateDD_From(const CRDataTypeDD& source) {
   m_meridioAmpCScan = source.m_meridioAmpCScan;
   SetDataLoaded(source.IsDataLoaded() != 0);
   SetVolumeLoaded(source.IsVolumeLoaded() != 0);
-  SetDiskTable(reinterpret_cast<char*>(source.GetDiskTable()), source.GetUseMemoryMappedFilePointer());
+  SetDiskTable(reinterpret_cast<char*>(source.GetDiskTable()),
+               source.GetUseMemoryMappedFilePointer());
   m_reservedValue = source.m_reservedValue;
   m_sampleAxisScale = source.m_sampleAxisScale;
   m_tableAllocationSize = source.sampleQuantity * 4;
   std::copy(std::begin(source.m_pointUnits), std::end(source.m_pointUnits), m_pointUnits);
-  std::copy(std::begin(source.m_reservedFloats), std::end(source.m_reservedFloats), m_reservedFloats);
+  std::copy(
+      std::begin(source.m_reservedFloats), std::end(source.m_reservedFloats), m_reservedFloats);
   m_sampleStart = source.m_sampleStart;
   m_sampleStop = source.m_sampleStop;
   std::copy(std::begin(source.m_trailingWords), std::end(source.m_trailingWords), m_trailingWords);
@@ -169,16 +179,21 @@ std::uint64_t CRDataTypeDD::KnownTableSize() const {
   const std::uint64_t stated = StatedTableSize();
   if (stated != 0 || samples.offset != gdata_typeSampleRef::none) return stated;
   const std::uint64_t needed = NeededTableSize();
-  return storageMode == kvt_StorIndexed && needed < UINT64_MAX && needed != 0 ? needed + m_vectorSize : needed;
+  return storageMode == kvt_StorIndexed && needed < UINT64_MAX && needed != 0
+             ? needed + m_vectorSize
+             : needed;
 }
 
 std::uint64_t CRDataTypeDD::NeededTableSize() const {
   const std::uint64_t cells = std::uint64_t{columnQuantity} * rowQuantity;
   // The derived sample axis of a C-scan says nothing of its table, which has one value a cell.
-  const auto elementClass = static_cast<gdata_enumDataClass>(dataClass & ~std::uint32_t{gdata_MultiChannelMaster});
-  const std::uint64_t vector = std::uint64_t{sampleSize} * (enum_IsCscanData(elementClass) ? 1 : sampleQuantity);
-  const std::uint64_t cell =
-      storageMode == kvt_StorIndexed ? sizeof(std::uint32_t) : std::max<std::uint64_t>(cellSize, vector);
+  const auto elementClass =
+      static_cast<gdata_enumDataClass>(dataClass & ~std::uint32_t{gdata_MultiChannelMaster});
+  const std::uint64_t vector =
+      std::uint64_t{sampleSize} * (enum_IsCscanData(elementClass) ? 1 : sampleQuantity);
+  const std::uint64_t cell = storageMode == kvt_StorIndexed
+                                 ? sizeof(std::uint32_t)
+                                 : std::max<std::uint64_t>(cellSize, vector);
   return cells != 0 && cell > UINT64_MAX / cells ? UINT64_MAX : cells * cell;
 }
 
@@ -186,7 +201,8 @@ void CRDataTypeDD::ValidateDiskTable(char* table) const {
   if (!IsBlock(table)) return;
   const std::uint64_t size = KnownTableSize();
   if (size != 0 && size < headerSize) return;
-  if (LowHalf(table) == headerFirst && LowHalf(table + 4) == headerSecond) std::memset(table, 0, headerSize);
+  if (LowHalf(table) == headerFirst && LowHalf(table + 4) == headerSecond)
+    std::memset(table, 0, headerSize);
 }
 
 void CRDataTypeDD::Flush(int) {

@@ -12,7 +12,9 @@ CTableFactory::~CTableFactory() {
   m_tables.RemoveAll();
 }
 
-CLookUpTable* CTableFactory::ObtainLUT(const CRDataTypeDD* descriptor, int* created, const vset_groupId* identity) {
+CLookUpTable* CTableFactory::ObtainLUT(const CRDataTypeDD* descriptor,
+                                       int* created,
+                                       const vset_groupId* identity) {
   UTDATA_ASSERT(descriptor != nullptr);
   if (!descriptor) return nullptr;
   const auto found = std::find_if(m_tables.begin(), m_tables.end(), [&](const CLookUpTable* table) {

@@ -15,16 +15,18 @@ inline constexpr CIDataLst::Ids everyDataItem{bookmark_None,
                                               fset_AnyId,
                                               fset_AnyId};
 
-/// Takes a sub-channel out of its master's list. Returns the master; null for an item that has none or is its own.
+/// Takes a sub-channel out of its master's list. Returns the master; null for an item that has none
+/// or is its own.
 inline CIData* TakeFromMaster(CIData* item) {
-  CIData* const master = item->idata1_IsMultiChannelElement() ? item->idata1_SubChannelMaster() : nullptr;
+  CIData* const master =
+      item->idata1_IsMultiChannelElement() ? item->idata1_SubChannelMaster() : nullptr;
   if (!master || master == item) return nullptr;
   master->idata1_SubChannelRemove(item);
   return master;
 }
 
-/// Destroys every item of an indexed list; a sub-channel is taken out of its master's list first. Masters have to outlive their
-/// sub-channels: the data list goes before the masters'.
+/// Destroys every item of an indexed list; a sub-channel is taken out of its master's list first.
+/// Masters have to outlive their sub-channels: the data list goes before the masters'.
 template <class IndexedList>
 void DeleteDataItems(IndexedList& items) {
   CIDataLst all;
@@ -37,7 +39,10 @@ void DeleteDataItems(IndexedList& items) {
 
 /// Calls an operation of each item of an indexed list that passes the filter.
 template <class IndexedList, class Ids, class Item>
-void ClearEach(IndexedList& items, fset_enumFilters filter, const Ids& every, void (Item::*clear)()) {
+void ClearEach(IndexedList& items,
+               fset_enumFilters filter,
+               const Ids& every,
+               void (Item::*clear)()) {
   typename std::remove_cvref_t<decltype(items.Items())> found;
   items.Append(filter, found, every);
   for (auto* item : found) (item->*clear)();

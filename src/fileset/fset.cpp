@@ -16,7 +16,9 @@ std::array<std::uint32_t, 1> IdsOf(const CGChanTypeDescr& d) { return {d.channel
 std::array<std::uint32_t, 1> IdsOf(const CGPatchTypeDescr& d) { return {d.patchId}; }
 std::array<std::uint32_t, 1> IdsOf(const CGProbeTypeDescr& d) { return {d.probeId}; }
 std::array<std::uint32_t, 2> IdsOf(const CGGateTypeDescr& d) { return {d.gateId, d.channelId}; }
-std::array<std::uint32_t, 2> IdsOf(const CGSubchanTypeDescr& d) { return {d.subChannelId, d.channelId}; }
+std::array<std::uint32_t, 2> IdsOf(const CGSubchanTypeDescr& d) {
+  return {d.subChannelId, d.channelId};
+}
 
 void ReplaceIn(CIChan& item, const CGChanTypeDescr& d) { item.ichan1_ReplaceGInfo(&d); }
 void ReplaceIn(CIPatch& item, const CGPatchTypeDescr& d) { item.ipatch1_ReplaceGInfo(&d); }
@@ -95,7 +97,9 @@ CIChan* CFSet::fset_GetIChan(fset_enumFilters filter, std::uint32_t chanId) {
   return reader ? m_channels.First(filter, {chanId}) : nullptr;
 }
 
-std::uint32_t CFSet::fset_GetIChanLst(CIChanLst* out, fset_enumFilters filter, std::uint32_t chanId) {
+std::uint32_t CFSet::fset_GetIChanLst(CIChanLst* out,
+                                      fset_enumFilters filter,
+                                      std::uint32_t chanId) {
   if (!out) return 0;
   const ReaderScope reader(m_lock, queryTimeoutMs);
   if (reader) m_channels.Append(filter, *out, {chanId});
@@ -132,7 +136,9 @@ std::uint32_t CFSet::fset_GetIGateLst(CIGateLst* out,
   return CountOf(*out);
 }
 
-std::uint32_t CFSet::fset_RemoveGGate(fset_enumFilters filter, std::uint32_t gateId, std::uint32_t chanId) {
+std::uint32_t CFSet::fset_RemoveGGate(fset_enumFilters filter,
+                                      std::uint32_t gateId,
+                                      std::uint32_t chanId) {
   const WriterScope writer(m_lock);
   return RemoveFrom(m_gates, filter, std::array{gateId, chanId});
 }
@@ -152,7 +158,9 @@ CIPatch* CFSet::fset_GetIPatch(fset_enumFilters filter, std::uint32_t patchId) {
   return reader ? m_patches.First(filter, {patchId}) : nullptr;
 }
 
-std::uint32_t CFSet::fset_GetIPatchLst(CIPatchLst* out, fset_enumFilters filter, std::uint32_t patchId) {
+std::uint32_t CFSet::fset_GetIPatchLst(CIPatchLst* out,
+                                       fset_enumFilters filter,
+                                       std::uint32_t patchId) {
   if (!out) return 0;
   const ReaderScope reader(m_lock, queryTimeoutMs);
   if (reader) m_patches.Append(filter, *out, {patchId});
@@ -179,7 +187,9 @@ CIProbe* CFSet::fset_GetIProbe(fset_enumFilters filter, std::uint32_t probeId) {
   return reader ? m_probes.First(filter, {probeId}) : nullptr;
 }
 
-std::uint32_t CFSet::fset_GetIProbeLst(CIProbeLst* out, fset_enumFilters filter, std::uint32_t probeId) {
+std::uint32_t CFSet::fset_GetIProbeLst(CIProbeLst* out,
+                                       fset_enumFilters filter,
+                                       std::uint32_t probeId) {
   if (!out) return 0;
   const ReaderScope reader(m_lock, queryTimeoutMs);
   if (reader) m_probes.Append(filter, *out, {probeId});
@@ -201,7 +211,9 @@ CISubChan* CFSet::fset_AddGSubChan(CGSubchanTypeDescr* descriptor, int isNew) {
   return AddTo(m_subChannels, descriptor, isNew);
 }
 
-CISubChan* CFSet::fset_GetISubChan(fset_enumFilters filter, std::uint32_t subChanId, std::uint32_t chanId) {
+CISubChan* CFSet::fset_GetISubChan(fset_enumFilters filter,
+                                   std::uint32_t subChanId,
+                                   std::uint32_t chanId) {
   const ReaderScope reader(m_lock, queryTimeoutMs);
   return reader ? m_subChannels.First(filter, {subChanId, chanId}) : nullptr;
 }
@@ -216,7 +228,9 @@ std::uint32_t CFSet::fset_GetISubChanLst(CISubChanLst* out,
   return CountOf(*out);
 }
 
-std::uint32_t CFSet::fset_RemoveGSubChan(fset_enumFilters filter, std::uint32_t subChanId, std::uint32_t chanId) {
+std::uint32_t CFSet::fset_RemoveGSubChan(fset_enumFilters filter,
+                                         std::uint32_t subChanId,
+                                         std::uint32_t chanId) {
   const WriterScope writer(m_lock);
   return RemoveFrom(m_subChannels, filter, std::array{subChanId, chanId});
 }

@@ -47,9 +47,10 @@ void CFSet::FillGateOrdering() {
   static std::once_flag filled;
   std::call_once(filled, [] {
     // Order 18 belongs to no gate.
-    mapGateIDOrdering.insert({{0, 1},   {1, 2},    {2, 3},    {3, 4},    {10, 5},   {11, 6},   {20, 7},   {21, 8},
-                              {30, 9},  {31, 10},  {120, 11}, {130, 12}, {140, 13}, {100, 14}, {300, 15}, {80, 16},
-                              {90, 17}, {110, 19}, {40, 20},  {50, 21},  {60, 22},  {150, 23}});
+    mapGateIDOrdering.insert({{0, 1},    {1, 2},    {2, 3},    {3, 4},   {10, 5},   {11, 6},
+                              {20, 7},   {21, 8},   {30, 9},   {31, 10}, {120, 11}, {130, 12},
+                              {140, 13}, {100, 14}, {300, 15}, {80, 16}, {90, 17},  {110, 19},
+                              {40, 20},  {50, 21},  {60, 22},  {150, 23}});
   });
 }
 
@@ -81,8 +82,13 @@ CIData* CFSet::fset_GetIData(fset_enumFilters filter,
 
 CIData* CFSet::fset_GetIData(const idata_typeId* id) {
   if (!id) return nullptr;
-  return fset_GetIData(
-      fset_All, id->bookmarkType, id->patchId, id->channelId, id->subChannelId, id->gateId, id->dataClass);
+  return fset_GetIData(fset_All,
+                       id->bookmarkType,
+                       id->patchId,
+                       id->channelId,
+                       id->subChannelId,
+                       id->gateId,
+                       id->dataClass);
 }
 
 std::uint32_t CFSet::fset_GetIDataLst(CIDataLst* out) {
@@ -97,7 +103,8 @@ std::uint32_t CFSet::fset_GetIDataLst(CIDataLst* out, std::uint32_t probeId) {
   const ReaderScope reader(m_lock, queryTimeoutMs);
   if (!reader) return CountOf(*out);
   for (CIData* item : m_data.Items()) {
-    const CIChan* const channel = m_channels.First(fset_All, {item->idata1_GetGInfoRef()->channelId});
+    const CIChan* const channel =
+        m_channels.First(fset_All, {item->idata1_GetGInfoRef()->channelId});
     if (channel && channel->ichan1_GetInfoRef()->firstProbeId == probeId) out->AddTail(item);
   }
   return CountOf(*out);
@@ -116,7 +123,9 @@ std::uint32_t CFSet::fset_GetIDataLst(CIDataLst* out,
   UTDATA_ASSERT(out != nullptr);
   if (!out) return 0;
   const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (reader) ListOf(dataClass).Append(filter, *out, {bookmarkType, patchId, chanId, subChanId, gateId, dataClass});
+  if (reader)
+    ListOf(dataClass).Append(
+        filter, *out, {bookmarkType, patchId, chanId, subChanId, gateId, dataClass});
   return CountOf(*out);
 }
 
@@ -166,14 +175,16 @@ std::uint32_t CFSet::fset_GetSpecificChannelSortedIDataList(std::uint32_t chanId
   CIDataLst candidates;  // more than the channel's where its id is the wildcard
   m_data.Append(fset_All, candidates, ids);
 
-  using SortKey = std::pair<std::uint32_t, std::int32_t>;  // sub-channel id, display order of the gate
+  using SortKey =
+      std::pair<std::uint32_t, std::int32_t>;  // sub-channel id, display order of the gate
   std::vector<std::pair<SortKey, CIData*>> found;
   for (CIData* item : candidates) {
     idata_typeId id;
     item->idata1_GetId(id);
     if (id.channelId == chanId) found.push_back({{id.subChannelId, GateOrder(id.gateId)}, item});
   }
-  std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::stable_sort(
+      found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   for (const auto& entry : found) out->AddTail(entry.second);
   return CountOf(*out);
 }

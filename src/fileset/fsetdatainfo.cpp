@@ -16,13 +16,15 @@ Descriptor* CopyOf(const Descriptor* source,
 }
 
 bool IsComplete(const fset_typeDataInfoDescr& info) {
-  return info.data && info.patch && info.channel && info.firstProbe && info.secondProbe && info.gate && info.tofd;
+  return info.data && info.patch && info.channel && info.firstProbe && info.secondProbe &&
+         info.gate && info.tofd;
 }
 
 }  // namespace
 
 // Whoever asks keeps the set from being changed.
-fset_typeDataInfoDescr* CFSet::fset_DataInfoRequestCopy(CIData* item) UTDATA_NO_THREAD_SAFETY_ANALYSIS {
+fset_typeDataInfoDescr* CFSet::fset_DataInfoRequestCopy(CIData* item)
+    UTDATA_NO_THREAD_SAFETY_ANALYSIS {
   UTDATA_ASSERT(item != nullptr);
   if (!item) return nullptr;
   auto info = std::make_unique<fset_typeDataInfoDescr>();
@@ -45,8 +47,10 @@ fset_typeDataInfoDescr* CFSet::fset_DataInfoRequestCopy(CIData* item) UTDATA_NO_
     }
     if (const CIGate* gate = m_gates.First(fset_All, {info->data->gateId, channelId}))
       info->gate = CopyOf(gate->igate1_GetInfoRef(), ggate_Allocate, ggate_Duplicate);
-    if (const CISubChan* subChannel = m_subChannels.First(fset_All, {info->data->subChannelId, channelId}))
-      info->subChannel = CopyOf(subChannel->ischa1_GetInfoRef(), gsubchan_Allocate, gsubchan_Duplicate);
+    if (const CISubChan* subChannel =
+            m_subChannels.First(fset_All, {info->data->subChannelId, channelId}))
+      info->subChannel =
+          CopyOf(subChannel->ischa1_GetInfoRef(), gsubchan_Allocate, gsubchan_Duplicate);
   }
   info->complete = IsComplete(*info) ? 1 : 0;
   return info.release();

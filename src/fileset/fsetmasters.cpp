@@ -36,8 +36,12 @@ struct DeleteRecord {
 
 }  // namespace
 
-CIData* CFSet::fset_AddGData(CGDataTypeFDD* descriptor, void* context, CVolumeSet* volumeSet, int isNew) {
-  if (!descriptor || !volumeSet || (descriptor->dataClass & gdata_MultiChannelMaster)) return nullptr;
+CIData* CFSet::fset_AddGData(CGDataTypeFDD* descriptor,
+                             void* context,
+                             CVolumeSet* volumeSet,
+                             int isNew) {
+  if (!descriptor || !volumeSet || (descriptor->dataClass & gdata_MultiChannelMaster))
+    return nullptr;
   const WriterScope writer(m_lock);
   CIData* const present = m_data.First(fset_All,
                                        {descriptor->GetDataBookmarkType(),
@@ -50,13 +54,15 @@ CIData* CFSet::fset_AddGData(CGDataTypeFDD* descriptor, void* context, CVolumeSe
   auto* const item = new CIData(descriptor, context, volumeSet, isNew, nullptr);
   m_data.Add(item);
   if (descriptor->subChannelId != 0 && utdata::IsGathered(descriptor->dataClass))
-    if (CIData* const master = MasterFor(*descriptor, context, volumeSet, isNew)) master->idata1_SubChannelAdd(item);
+    if (CIData* const master = MasterFor(*descriptor, context, volumeSet, isNew))
+      master->idata1_SubChannelAdd(item);
   if (IGDataSupplier* const document = item->GetDocument())
     document->OnDataGroupAdded(descriptor->GetPatchID() != 0 ? 1 : 0);
   return item;
 }
 
-/// The master of a new element, whose descriptor has its bookmark type by now; null when there is no memory for one.
+/// The master of a new element, whose descriptor has its bookmark type by now; null when there is
+/// no memory for one.
 CIData* CFSet::MasterFor(CGDataTypeFDD& element, void* context, CVolumeSet* volumeSet, int isNew) {
   const bool isCScan = IsCScan(element.dataClass);
   const std::uint32_t gateNumber = isCScan ? utdata::GateNumber(element.gateId) : 0;

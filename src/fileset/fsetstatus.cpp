@@ -1,4 +1,5 @@
-// The file set: its general-information item, its weld descriptors, and the status of everything in it.
+// The file set: its general-information item, its weld descriptors, and the status of everything in
+// it.
 #include <utility>
 
 #include "src/fileset/data_lists.h"
@@ -74,7 +75,8 @@ CIInfo* CFSet::fset_ReplaceGInfo(CGInfoTypeDescr* descriptor) {
 CGWeldFillDescr* CFSet::fset_AddGWeldFill(CGWeldFillDescr* descriptor) {
   if (!descriptor) return nullptr;
   const WriterScope writer(m_lock);
-  if (CGWeldFillDescr* stored = fset_GetGWeldFill(descriptor->weldId, descriptor->fillId)) return stored;
+  if (CGWeldFillDescr* stored = fset_GetGWeldFill(descriptor->weldId, descriptor->fillId))
+    return stored;
   CGWeldFillDescr* copy = gweldFill_Allocate(0, nullptr);
   if (!copy) return nullptr;
   *copy = *descriptor;
@@ -86,7 +88,8 @@ CGWeldFillDescr* CFSet::fset_AddGWeldFill(CGWeldFillDescr* descriptor) {
 CGWeldScanPlanDescr* CFSet::fset_AddGWeldScanPlan(CGWeldScanPlanDescr* descriptor) {
   if (!descriptor) return nullptr;
   const WriterScope writer(m_lock);
-  if (CGWeldScanPlanDescr* stored = fset_GetGWeldScanPlan(descriptor->weldId, descriptor->planId)) return stored;
+  if (CGWeldScanPlanDescr* stored = fset_GetGWeldScanPlan(descriptor->weldId, descriptor->planId))
+    return stored;
   CGWeldScanPlanDescr* copy = gweldsp_Allocate(0, nullptr);
   if (!copy) return nullptr;
   *copy = *descriptor;
@@ -102,7 +105,8 @@ CGWeldFillDescr* CFSet::fset_GetGWeldFill(std::uint32_t weldId, std::uint32_t fi
   return FindWeld(m_weldFills, {weldId, fillId});
 }
 
-CGWeldScanPlanDescr* CFSet::fset_GetGWeldScanPlan(std::uint32_t weldId, std::uint32_t planId) const {
+CGWeldScanPlanDescr* CFSet::fset_GetGWeldScanPlan(std::uint32_t weldId,
+                                                  std::uint32_t planId) const {
   const ReaderScope reader(m_lock, queryTimeoutMs);
   if (!reader) return nullptr;
   const utdata::MutexScope weld(m_weldLock);
@@ -125,8 +129,10 @@ int CFSet::fset_IsModified() const {
   const ReaderScope reader(m_lock, queryTimeoutMs);
   if (!reader) return 0;
   return HasAny(m_patches, fset_Modified, everyId) || HasAny(m_probes, fset_Modified, everyId) ||
-                 HasAny(m_channels, fset_Modified, everyId) || HasAny(m_subChannels, fset_Modified, everyIdPair) ||
-                 HasAny(m_gates, fset_Modified, everyIdPair) || HasAny(m_data, fset_Modified, utdata::everyDataItem) ||
+                 HasAny(m_channels, fset_Modified, everyId) ||
+                 HasAny(m_subChannels, fset_Modified, everyIdPair) ||
+                 HasAny(m_gates, fset_Modified, everyIdPair) ||
+                 HasAny(m_data, fset_Modified, utdata::everyDataItem) ||
                  HasAny(m_data, fset_New, utdata::everyDataItem) || Passes(m_info, fset_Modified)
              ? 1
              : 0;

@@ -9,8 +9,12 @@
 namespace {
 
 /// "HEADLINE\nFILE<between>LINE".
-std::wstring Compose(std::wstring headline, const char* file, const wchar_t* between, std::uint32_t line) {
-  return std::move(headline) + L'\n' + utdata::WideFromNarrow(file) + between + std::to_wstring(line);
+std::wstring Compose(std::wstring headline,
+                     const char* file,
+                     const wchar_t* between,
+                     std::uint32_t line) {
+  return std::move(headline) + L'\n' + utdata::WideFromNarrow(file) + between +
+         std::to_wstring(line);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
-// The ways a bulk loop can run on this machine: plain C++, or vector instructions that not every machine has.
+// The ways a bulk loop can run on this machine: plain C++, or vector instructions that not every
+// machine has.
 //
-// A source that holds such loops compiles each for its instructions (UTDATA_TARGET_AVX2), where UTDATA_HAS_AVX2 says that it can.
+// A source that holds such loops compiles each for its instructions (UTDATA_TARGET_AVX2), where
+// UTDATA_HAS_AVX2 says that it can.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +28,8 @@ enum class VectorPath : std::uint8_t { Portable, Avx2 };
 
 /// The fastest path of this machine.
 [[nodiscard]] inline VectorPath FastestPath() noexcept {
-  static const VectorPath path = IsPathAvailable(VectorPath::Avx2) ? VectorPath::Avx2 : VectorPath::Portable;
+  static const VectorPath path =
+      IsPathAvailable(VectorPath::Avx2) ? VectorPath::Avx2 : VectorPath::Portable;
   return path;
 }
 

@@ -5,7 +5,9 @@ IMPLEMENT_DYNAMIC(CIChanLst, CObject)
 
 void CIChanLst::Dump(CDumpContext& context) const { context << "A CIChanLst object\n"; }
 
-CIChan* CIChanLst::GetIChan(fset_enumFilters filter, std::uint32_t chanId) const { return First(filter, {chanId}); }
+CIChan* CIChanLst::GetIChan(fset_enumFilters filter, std::uint32_t chanId) const {
+  return First(filter, {chanId});
+}
 
 void CIChanLst::GetIChanLst(fset_enumFilters filter, CIChanLst* out, std::uint32_t chanId) const {
   Append(filter, *out, {chanId});

@@ -13,8 +13,11 @@ namespace {
 
 /// Texts of a record that a host has filled may lack their terminators.
 void TerminateTexts(CGDataTypeFDD& record) {
-  for (wchar_t* text :
-       {record.dataName, record.dataNameText, record.channelName, record.subChannelName, record.gateName})
+  for (wchar_t* text : {record.dataName,
+                        record.dataNameText,
+                        record.channelName,
+                        record.subChannelName,
+                        record.gateName})
     text[CGDataTypeFDD::nameSize - 1] = L'\0';
 }
 
@@ -34,7 +37,8 @@ CIData::CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int exter
   const ChannelScanning scanning = ReadChannelScanning(record->channelId);
   UpdateBookmarkType(scanning.mode, record);
   m_record = std::make_unique<CGDataTypeFDD>(*record);
-  m_descriptor.reset(new CRDataTypeDD(m_record.get(), meridio ? nullptr : partner, meridio ? partner : nullptr));
+  m_descriptor.reset(
+      new CRDataTypeDD(m_record.get(), meridio ? nullptr : partner, meridio ? partner : nullptr));
   if (m_external) {
     m_descriptor->SetDataLoaded(true);
     m_descriptor->SetVolumeLoaded(true);
@@ -45,7 +49,8 @@ CIData::CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int exter
   InitializeUnits();
   UpdateUnits();
   ChooseInitialUnits();
-  const bool isMerged = (scanning.mode == escan_Mode2 || scanning.mode == escan_Mode4) && scanning.isLinearMerged;
+  const bool isMerged =
+      (scanning.mode == escan_Mode2 || scanning.mode == escan_Mode4) && scanning.isLinearMerged;
   if (idata1_IsMultiChannelMaster() || isMerged) {
     m_elements = std::make_unique<CIDataLst>();
     m_master = this;
@@ -53,7 +58,10 @@ CIData::CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int exter
 }
 
 CIData::CIData(void* data, CVolumeSet* volumes)
-    : m_external(1), m_data(data), m_volumes(volumes), m_document(volumes ? volumes->vol_GetDocument() : nullptr) {}
+    : m_external(1),
+      m_data(data),
+      m_volumes(volumes),
+      m_document(volumes ? volumes->vol_GetDocument() : nullptr) {}
 
 CIData::~CIData() {
   [[maybe_unused]] const bool wasLive = m_live.End();

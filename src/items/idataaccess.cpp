@@ -81,23 +81,57 @@ double CIData::idata3_GetDimOffs(kvt_enumAxis axis) const {
   }
 }
 
-std::uint32_t CIData::idata3_GetColQty() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetColQty); }
-double CIData::idata3_GetColResol() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetColResol); }
-double CIData::idata3_GetColOffs() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetColOffs); }
-kvt_enumUnits CIData::idata3_GetColUnits() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetColUnits); }
-std::uint32_t CIData::idata3_GetRowQty() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetRowQty); }
-double CIData::idata3_GetRowResol() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetRowResol); }
-double CIData::idata3_GetRowOffs() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetRowOffs); }
-kvt_enumUnits CIData::idata3_GetRowUnits() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetRowUnits); }
-std::uint32_t CIData::idata3_GetSampleQty() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetSampleQty); }
-double CIData::idata3_GetSampleResol() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetSampleResol); }
-double CIData::idata3_GetSampleOffs() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetSampleOffs); }
-kvt_enumUnits CIData::idata3_GetSampleUnits() const { return m_descriptor ? m_descriptor->sampleUnits : kvt_UnitNone; }
-std::uint32_t CIData::idata3_GetSampleSize() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetSampleSize); }
-double CIData::idata3_GetSoundSpeed() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetSoundSpeed); }
-double CIData::idata3_GetDataMin() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetDataMin); }
-double CIData::idata3_GetDataMax() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetDataMax); }
-gdata_enumDataClass CIData::idata3_GetDataId() const { return Read(m_descriptor.get(), &CRDataTypeDD::GetDataClass); }
+std::uint32_t CIData::idata3_GetColQty() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetColQty);
+}
+double CIData::idata3_GetColResol() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetColResol);
+}
+double CIData::idata3_GetColOffs() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetColOffs);
+}
+kvt_enumUnits CIData::idata3_GetColUnits() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetColUnits);
+}
+std::uint32_t CIData::idata3_GetRowQty() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetRowQty);
+}
+double CIData::idata3_GetRowResol() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetRowResol);
+}
+double CIData::idata3_GetRowOffs() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetRowOffs);
+}
+kvt_enumUnits CIData::idata3_GetRowUnits() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetRowUnits);
+}
+std::uint32_t CIData::idata3_GetSampleQty() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetSampleQty);
+}
+double CIData::idata3_GetSampleResol() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetSampleResol);
+}
+double CIData::idata3_GetSampleOffs() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetSampleOffs);
+}
+kvt_enumUnits CIData::idata3_GetSampleUnits() const {
+  return m_descriptor ? m_descriptor->sampleUnits : kvt_UnitNone;
+}
+std::uint32_t CIData::idata3_GetSampleSize() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetSampleSize);
+}
+double CIData::idata3_GetSoundSpeed() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetSoundSpeed);
+}
+double CIData::idata3_GetDataMin() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetDataMin);
+}
+double CIData::idata3_GetDataMax() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetDataMax);
+}
+gdata_enumDataClass CIData::idata3_GetDataId() const {
+  return Read(m_descriptor.get(), &CRDataTypeDD::GetDataClass);
+}
 
 kvt_enumDataType CIData::idata3_GetDataType() const {
   const LockScope lock(*this);
@@ -136,7 +170,8 @@ void CIData::idata1_GetGInfoCopy(CGDataTypeFDD* out) {
   idata1_DataLoad(0);
   const LockScope lock(*this);
   *out = *m_record;
-  const bool isOwnBlock = !idata1_IsMultiChannelMaster() && m_descriptor->GetDiskTable() == m_record->dataPointer;
+  const bool isOwnBlock =
+      !idata1_IsMultiChannelMaster() && m_descriptor->GetDiskTable() == m_record->dataPointer;
   out->dataPointer = idata1_IsMultiChannelMaster() ? nullptr : m_descriptor->GetDiskTable();
   if (!isOwnBlock) out->dataSize = 0;  // it was the size of another block
 }

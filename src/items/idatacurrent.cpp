@@ -1,4 +1,5 @@
-// The data item: the units that are chosen to show its axes, and how a choice reaches the other data groups of its channel.
+// The data item: the units that are chosen to show its axes, and how a choice reaches the other
+// data groups of its channel.
 #include <algorithm>
 #include <limits>
 
@@ -17,13 +18,15 @@ std::size_t SlotOf(kvt_enumAxis axis, int alternative) {
 }
 
 int DigitsOf(long precision) {
-  return static_cast<int>(
-      std::clamp<long>(precision, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+  return static_cast<int>(std::clamp<long>(
+      precision, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 }  // namespace
 
-CUnit* CIData::idata3_GetUnit(kvt_enumAxis axis, unit_enumUnits family, unit_enumDataUnit unit) const {
+CUnit* CIData::idata3_GetUnit(kvt_enumAxis axis,
+                              unit_enumUnits family,
+                              unit_enumDataUnit unit) const {
   if (axis >= m_pointUnits.size()) return nullptr;
   if (family == unit_Point) return m_pointUnits[axis];
   return m_pUnitInfo ? m_pUnitInfo->GetUnit(axis, family, unit) : nullptr;
@@ -63,7 +66,8 @@ void CIData::SetMasterCurrentUnitType(kvt_enumAxis axis,
                                       unit_enumDataUnit unit,
                                       int alternative,
                                       int notify) {
-  ForMasterAndElements([=](CIData& item) { item.SetCurrentUnitType(axis, family, unit, alternative, notify); });
+  ForMasterAndElements(
+      [=](CIData& item) { item.SetCurrentUnitType(axis, family, unit, alternative, notify); });
 }
 
 void CIData::UpdateLinkedDatagroup(kvt_enumAxis axis,
@@ -91,7 +95,9 @@ void CIData::idata3_SetCurrentUnit(kvt_enumAxis axis, CUnit* unit, int alternati
   UpdateLinkedDatagroup(axis, family, dataUnit, alternative, 1);
 }
 
-void CIData::idata3_SetCurrentUnitWithoutNotification(kvt_enumAxis axis, CUnit* unit, int alternative) {
+void CIData::idata3_SetCurrentUnitWithoutNotification(kvt_enumAxis axis,
+                                                      CUnit* unit,
+                                                      int alternative) {
   UTDATA_ASSERT(unit != nullptr);
   if (!unit) return;
   unit_enumUnits family;
@@ -126,5 +132,6 @@ int CIData::IsUnitRestored() const {
 }
 
 void CIData::SetUnitRestored(int restored) {
-  ForMasterAndElements([=](CIData& item) { item.m_unitRestored.store(restored, std::memory_order_relaxed); });
+  ForMasterAndElements(
+      [=](CIData& item) { item.m_unitRestored.store(restored, std::memory_order_relaxed); });
 }

@@ -8,14 +8,19 @@
 
 namespace {
 
-/// The items whose locks this thread holds, in the order of their taking; one that is held twice stands here twice.
+/// The items whose locks this thread holds, in the order of their taking; one that is held twice
+/// stands here twice.
 thread_local std::vector<const CIData*> heldItems;
 
-bool IsHeld(const CIData* item) { return std::find(heldItems.begin(), heldItems.end(), item) != heldItems.end(); }
+bool IsHeld(const CIData* item) {
+  return std::find(heldItems.begin(), heldItems.end(), item) != heldItems.end();
+}
 
 /// Whether `item` may be locked now: it is held already, or no element of it is.
 bool IsInOrder(const CIData* item) {
-  const auto isElement = [item](const CIData* held) { return held->idata1_SubChannelMaster() == item; };
+  const auto isElement = [item](const CIData* held) {
+    return held->idata1_SubChannelMaster() == item;
+  };
   return IsHeld(item) || std::none_of(heldItems.begin(), heldItems.end(), isElement);
 }
 

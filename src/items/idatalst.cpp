@@ -55,5 +55,8 @@ void CIDataLst::GetGateIDataList(fset_enumFilters filter,
                                  std::uint32_t subChanId,
                                  std::uint32_t gateId,
                                  std::uint32_t dataClass) const {
-  Append(filter, *out, {bookmark_None, patchId, chanId, subChanId, gateId, dataClass}, rulesByGateNumber);
+  Append(filter,
+         *out,
+         {bookmark_None, patchId, chanId, subChanId, gateId, dataClass},
+         rulesByGateNumber);
 }

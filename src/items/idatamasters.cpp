@@ -10,7 +10,8 @@
 namespace {
 
 void CheckLayout(const CRDataTypeDD& master, const CRDataTypeDD& element) {
-  UTDATA_ASSERT(std::equal(std::begin(master.layoutWords), std::end(master.layoutWords), element.layoutWords));
+  UTDATA_ASSERT(std::equal(
+      std::begin(master.layoutWords), std::end(master.layoutWords), element.layoutWords));
   UTDATA_ASSERT(master.columnQuantity == element.columnQuantity);
   UTDATA_ASSERT(master.columnResolution == element.columnResolution);
   UTDATA_ASSERT(master.columnUnits == element.columnUnits);
@@ -22,7 +23,8 @@ void CheckLayout(const CRDataTypeDD& master, const CRDataTypeDD& element) {
 auto SubChannelOrder(const CIData* item) {
   idata_typeId id;
   item->idata1_GetId(id);
-  return std::tuple(static_cast<std::int32_t>(id.bookmarkType), id.channelId, id.subChannelId, id.gateId);
+  return std::tuple(
+      static_cast<std::int32_t>(id.bookmarkType), id.channelId, id.subChannelId, id.gateId);
 }
 
 }  // namespace
@@ -37,8 +39,9 @@ bool CIData::idata1_IsMultiChannelElement() const {
 }
 
 bool CIData::idata1_SubChannelAdd(CIData* element) {
-  const bool isFit = element && element != this && element->m_descriptor && !element->m_placeAmongElements &&
-                     element->idata1_SubChannelQty() == 0 && m_descriptor && m_elements;
+  const bool isFit = element && element != this && element->m_descriptor &&
+                     !element->m_placeAmongElements && element->idata1_SubChannelQty() == 0 &&
+                     m_descriptor && m_elements;
   UTDATA_ASSERT(isFit);
   if (!isFit) return true;
   const HomeScope home(*this);
@@ -48,13 +51,15 @@ bool CIData::idata1_SubChannelAdd(CIData* element) {
   m_descriptor->SetDataType(element->m_descriptor->GetDataType());
   element->m_master = this;
   element->m_placeAmongElements = m_elements->AddTail(element);
-  m_descriptor->subChannelId = std::max(m_descriptor->subChannelId, element->m_descriptor->subChannelId);
+  m_descriptor->subChannelId =
+      std::max(m_descriptor->subChannelId, element->m_descriptor->subChannelId);
   return true;
 }
 
 bool CIData::idata1_SubChannelRemove(CIData* element) {
   const LockScope lock(*this);
-  const bool isElement = element && element->m_placeAmongElements && element->m_master.Get() == this;
+  const bool isElement =
+      element && element->m_placeAmongElements && element->m_master.Get() == this;
   UTDATA_ASSERT(isElement);
   if (!isElement) return true;
   m_elements->RemoveAt(element->m_placeAmongElements);
@@ -104,7 +109,8 @@ void CIData::idata1_UpdateMasterChannel() {
     m_descriptor->SetMatchedCScan(matched.Get());
     m_descriptor->SetMeridioAmpCscan(meridio.Get());
   }
-  m_descriptor->dataClass = static_cast<gdata_enumDataClass>(m_descriptor->dataClass | gdata_MultiChannelMaster);
+  m_descriptor->dataClass =
+      static_cast<gdata_enumDataClass>(m_descriptor->dataClass | gdata_MultiChannelMaster);
   m_descriptor->subChannelId = subChannelId;
   m_descriptor->dataPointer = nullptr;
   UpdateUnits();  // the descriptor has taken over the element's point units
@@ -129,18 +135,21 @@ void CIData::GiveBookmarkType(eDataBookmarkType type) {
   m_descriptor->SetDataBookmarkType(type);
 }
 
-/// The master's table may be one that it shares with an element, which must not be followed once the element is destroyed.
+/// The master's table may be one that it shares with an element, which must not be followed once
+/// the element is destroyed.
 void CIData::ReturnTableOf(const CIData& element) {
   const LockScope lock(*this);
   std::uint32_t* const table = m_descriptor->GetDiskTable();
-  if (!table || m_descriptor->IsDataOwned() || table != element.m_descriptor->GetDiskTable()) return;
+  if (!table || m_descriptor->IsDataOwned() || table != element.m_descriptor->GetDiskTable())
+    return;
   m_descriptor->SetDiskTable(nullptr, m_descriptor->GetUseMemoryMappedFilePointer());
   m_descriptor->SetDataLoaded(false);
   m_descriptor->SetVolumeLoaded(false);
 }
 
 void CIData::LeaveMaster() {
-  CIData* const master = m_master.Get();  // null where that is the item itself, which counts as gone by now
+  CIData* const master =
+      m_master.Get();  // null where that is the item itself, which counts as gone by now
   if (!master) return;
   if (m_placeAmongElements) master->idata1_SubChannelRemove(this);
   master->ReturnTableOf(*this);

@@ -1,5 +1,6 @@
-// The data item: what its construction finds out about it. The electronic scanning of its channel, its bookmark type, and the C-scan
-// that it is matched to: amplitude and position of one channel and gate, or the two components of eddy-current data.
+// The data item: what its construction finds out about it. The electronic scanning of its channel,
+// its bookmark type, and the C-scan that it is matched to: amplitude and position of one channel
+// and gate, or the two components of eddy-current data.
 #include <algorithm>
 
 #include "src/items/idatarecord.h"
@@ -14,14 +15,18 @@ constexpr std::uint32_t couplingGate = 140;
 constexpr auto noBookmark = static_cast<eDataBookmarkType>(0xFFFFFFFF);
 constexpr auto anyClass = static_cast<gdata_enumDataClass>(fset_AnyId);
 
-/// Gates in which the tip-diffraction echo of a position C-scan lies; the gate before each holds the amplitudes.
+/// Gates in which the tip-diffraction echo of a position C-scan lies; the gate before each holds
+/// the amplitudes.
 constexpr std::uint32_t meridioGates[] = {11, 21, 31};
 
-bool IsMaster(const CGDataTypeFDD& record) { return (record.dataClass & gdata_MultiChannelMaster) != 0; }
+bool IsMaster(const CGDataTypeFDD& record) {
+  return (record.dataClass & gdata_MultiChannelMaster) != 0;
+}
 
 gdata_enumDataClass ClassOf(const CIData& item) { return item.idata1_GetInfoRef()->GetDataClass(); }
 
-/// Appends the data items of the record's bookmark type, patch and channel. A master is matched to the masters of its gate number.
+/// Appends the data items of the record's bookmark type, patch and channel. A master is matched to
+/// the masters of its gate number.
 void FindPartners(CFSet& set,
                   const CGDataTypeFDD& record,
                   std::uint32_t gateId,
@@ -101,10 +106,12 @@ CIData* CIData::MatchAmplitude(const CGDataTypeFDD& record, CFSet& set) {
 
 CIData* CIData::MatchPosition(const CGDataTypeFDD& record, CFSet& set, bool& meridio) {
   const std::uint32_t number = utdata::GateNumber(record.gateId);
-  meridio = utdata::ClassOfElements(record.dataClass) == gdata_CScanPosition &&
-            std::find(std::begin(meridioGates), std::end(meridioGates), number) != std::end(meridioGates);
+  meridio =
+      utdata::ClassOfElements(record.dataClass) == gdata_CScanPosition &&
+      std::find(std::begin(meridioGates), std::end(meridioGates), number) != std::end(meridioGates);
   CIDataLst found;
-  FindPartners(set, record, meridio ? record.gateId - 1 : record.gateId, gdata_CScanAmplitude, found);
+  FindPartners(
+      set, record, meridio ? record.gateId - 1 : record.gateId, gdata_CScanAmplitude, found);
   CIData* matched = nullptr;
   for (CIData* partner : found) {
     if (utdata::ClassOfElements(ClassOf(*partner)) != gdata_CScanAmplitude) continue;
@@ -127,8 +134,9 @@ void CIData::TakeSampleAxisOf(const CGDataTypeFDD& position, CIData* positionIte
 }
 
 CIData* CIData::MatchEddyCurrent(const CGDataTypeFDD& record, CFSet& set) {
-  const gdata_enumDataClass other =
-      utdata::ClassOfElements(record.dataClass) == gdata_EddyCurrentX ? gdata_EddyCurrentY : gdata_EddyCurrentX;
+  const gdata_enumDataClass other = utdata::ClassOfElements(record.dataClass) == gdata_EddyCurrentX
+                                        ? gdata_EddyCurrentY
+                                        : gdata_EddyCurrentX;
   CIDataLst found;
   set.fset_GetIDataLst(&found,
                        fset_All,

@@ -20,7 +20,10 @@ struct LabelPart {
   std::wstring id;
 };
 
-LabelPart PartOf(const wchar_t* name, const wchar_t* idFormat, std::uint32_t number, const wchar_t* ending = L" ") {
+LabelPart PartOf(const wchar_t* name,
+                 const wchar_t* idFormat,
+                 std::uint32_t number,
+                 const wchar_t* ending = L" ") {
   LabelPart part;
   part.id = Numbered(idFormat, number);
   part.name = *name ? std::wstring(name) + ending : part.id;
@@ -45,11 +48,14 @@ void CIData::idata1_GetName(idata_typeName* names) const {
             m_descriptor->dataNameText};
 }
 
-void CIData::idata3_GetChannelIdName(std::wstring* label, std::wstring* idLabel, int withPatch) const {
+void CIData::idata3_GetChannelIdName(std::wstring* label,
+                                     std::wstring* idLabel,
+                                     int withPatch) const {
   UTDATA_ASSERT(m_descriptor && label && idLabel);
   if (!m_descriptor || !label || !idLabel) return;
   const CRDataTypeDD& d = *m_descriptor;
-  const LabelPart patch = withPatch ? PartOf(PatchNameOf(d), L"P%d ", d.GetPatchID(), L". ") : LabelPart{};
+  const LabelPart patch =
+      withPatch ? PartOf(PatchNameOf(d), L"P%d ", d.GetPatchID(), L". ") : LabelPart{};
   const LabelPart channel = PartOf(d.channelName, L"C%2d ", d.channelId + 1);
   const LabelPart gate = PartOf(d.gateName, L"G%d ", d.gateId);
   *label = channel.name + patch.name + gate.name;

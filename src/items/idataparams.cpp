@@ -8,10 +8,13 @@
 
 namespace {
 
-constexpr std::uint32_t outerKinds[] = {16, 17};  ///< geometry kinds with the probes on the outer surface
+constexpr std::uint32_t outerKinds[] = {
+    16,
+    17};  ///< geometry kinds with the probes on the outer surface
 
 bool AreFinite(std::initializer_list<float> values) {
-  return std::all_of(values.begin(), values.end(), [](float value) { return std::isfinite(value); });
+  return std::all_of(
+      values.begin(), values.end(), [](float value) { return std::isfinite(value); });
 }
 
 bool AreFinite(const idata_typeInspParams& p) {
@@ -29,8 +32,12 @@ bool AreFinite(const idata_typeInspParams& p) {
 }
 
 bool AreFinite(const idata_typeTOFD& t) {
-  return AreFinite(
-      {t.inspectionRadius, t.partThickness, t.probeSeparation, t.tofdValue, t.soundSpeed, t.sampleOffsetCorrection});
+  return AreFinite({t.inspectionRadius,
+                    t.partThickness,
+                    t.probeSeparation,
+                    t.tofdValue,
+                    t.soundSpeed,
+                    t.sampleOffsetCorrection});
 }
 
 float Normalised(float angle) { return static_cast<float>(NormalizeAngle(double{angle})); }
@@ -48,12 +55,14 @@ void TakeParams(CGDataTypeFDD& record, const idata_typeInspParams& p) {
   if (utdata::HoldsPositions(record.dataClass)) record.dataOffset = p.sampleOffset;
 }
 
-/// The record copy of an amplitude C-scan keeps its own sample offset: its descriptor's is that of the positions beside it.
+/// The record copy of an amplitude C-scan keeps its own sample offset: its descriptor's is that of
+/// the positions beside it.
 void TakeParams(CGDataTypeFDD& record, CGDataTypeFDD& descriptor, const idata_typeInspParams& p) {
   TakeParams(record, p);
   TakeParams(descriptor, p);
   descriptor.sampleOffset = p.sampleOffset;
-  if (utdata::ClassOfElements(record.dataClass) != gdata_CScanAmplitude) record.sampleOffset = p.sampleOffset;
+  if (utdata::ClassOfElements(record.dataClass) != gdata_CScanAmplitude)
+    record.sampleOffset = p.sampleOffset;
 }
 
 void TakeTofd(CGDataTypeFDD& record, const idata_typeTOFD& t, const idata_typeInspParams& p) {
@@ -131,7 +140,9 @@ void CIData::idata3_ModifyTOFDParam(idata_typeTOFD* tofd, idata_typeInspParams* 
 
 int CIData::idata3_IsTOFD() const { return m_descriptor && m_descriptor->tofd == 1 ? 1 : 0; }
 
-float CIData::idata3_GetProbeAngle() const { return m_descriptor ? m_descriptor->probeAngle : 0.0f; }
+float CIData::idata3_GetProbeAngle() const {
+  return m_descriptor ? m_descriptor->probeAngle : 0.0f;
+}
 
 float CIData::idata3_GetProbeSkew() const {
   if (!m_descriptor) return 0;
@@ -139,7 +150,9 @@ float CIData::idata3_GetProbeSkew() const {
   return Normalised(m_descriptor->probeSkew);
 }
 
-float CIData::idata3_GetPartThickness() const { return m_descriptor ? m_descriptor->partThickness : 0.0f; }
+float CIData::idata3_GetPartThickness() const {
+  return m_descriptor ? m_descriptor->partThickness : 0.0f;
+}
 
 void CIData::idata3_SetPartThickness(float thickness) {
   UTDATA_ASSERT(std::isfinite(thickness));
@@ -159,12 +172,17 @@ void CIData::idata3_SetPartOutsideDiameter(double diameter) {
 int CIData::GetCircularParameter(double* sagitta, double* halfChord) const {
   if (!m_descriptor || !sagitta || !halfChord) return 0;
   const CRDataTypeDD& d = *m_descriptor;
-  if (d.inspectionGeometry != gdata_GeometryAxial && d.inspectionGeometry != gdata_GeometryCircumferential) return 0;
-  const bool isOuter = std::find(std::begin(outerKinds), std::end(outerKinds), d.geometryKind) != std::end(outerKinds);
-  const float diameter = isOuter ? 2 * d.inspectionRadius : 2 * d.inspectionRadius - 2 * d.partThickness;
+  if (d.inspectionGeometry != gdata_GeometryAxial &&
+      d.inspectionGeometry != gdata_GeometryCircumferential)
+    return 0;
+  const bool isOuter = std::find(std::begin(outerKinds), std::end(outerKinds), d.geometryKind) !=
+                       std::end(outerKinds);
+  const float diameter =
+      isOuter ? 2 * d.inspectionRadius : 2 * d.inspectionRadius - 2 * d.partThickness;
   const float theta = d.probeSeparation / diameter;
   if (!std::isfinite(theta)) return 0;
-  // From outside, the surface between the probes rises above their chord; from inside it falls below.
+  // From outside, the surface between the probes rises above their chord; from inside it falls
+  // below.
   const double height = double{diameter} / 2 * (1 - std::cos(double{theta}));
   *sagitta = isOuter ? height : -height;
   *halfChord = double{diameter} * std::sin(double{theta}) / 2;

@@ -11,10 +11,11 @@ namespace utdata {
 
 namespace {
 
-constexpr float steelLongitudinal = 5890.0f;        ///< sound speed, m/s
-constexpr float defaultSampleStep = 2e-8f;          ///< s
-constexpr float defaultScanStep = 0.001f;           ///< m or degrees
-constexpr float largestProbeAngle = 89.999f;        ///< degrees; the path to a depth grows without bound towards 90
+constexpr float steelLongitudinal = 5890.0f;  ///< sound speed, m/s
+constexpr float defaultSampleStep = 2e-8f;    ///< s
+constexpr float defaultScanStep = 0.001f;     ///< m or degrees
+constexpr float largestProbeAngle =
+    89.999f;  ///< degrees; the path to a depth grows without bound towards 90
 constexpr float defaultInspectionRadius = 0.0573f;  ///< m
 constexpr float defaultProbeSeparation = 0.001f;    ///< m
 
@@ -47,16 +48,19 @@ void MakePositive(float& value, float substitute) {
 
 /// A quantity with the top bit set was negative where it was written.
 void MakeQuantity(std::uint32_t& quantity) {
-  if (quantity == 0 || quantity > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max())) quantity = 1;
+  if (quantity == 0 ||
+      quantity > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max()))
+    quantity = 1;
 }
 
 void MakeLayoutUsable(CGDataTypeFDD& record) {
-  for (std::uint32_t* quantity : {&record.columnQuantity, &record.rowQuantity, &record.sampleQuantity})
+  for (std::uint32_t* quantity :
+       {&record.columnQuantity, &record.rowQuantity, &record.sampleQuantity})
     MakeQuantity(*quantity);
   record.sampleSize = std::max(record.sampleSize, SampleSizeOf(record.GetDataType()));
   const std::uint64_t cells = std::uint64_t{record.columnQuantity} * record.rowQuantity;
-  const std::uint64_t cell =
-      std::max<std::uint64_t>(record.cellSize, std::uint64_t{record.sampleSize} * record.sampleQuantity);
+  const std::uint64_t cell = std::max<std::uint64_t>(
+      record.cellSize, std::uint64_t{record.sampleSize} * record.sampleQuantity);
   if (cell > std::numeric_limits<std::int64_t>::max() / cells)
     record.columnQuantity = record.rowQuantity = record.sampleQuantity = 1;
 }
@@ -65,7 +69,8 @@ void MakeScalesUsable(CGDataTypeFDD& record) {
   MakeStep(record.columnResolution, defaultScanStep);
   MakeStep(record.rowResolution, defaultScanStep);
   MakeStep(record.sampleResolution, defaultSampleStep);
-  record.sampleResolution = std::fabs(record.sampleResolution);  // a scan may run backwards, time does not
+  record.sampleResolution =
+      std::fabs(record.sampleResolution);  // a scan may run backwards, time does not
   for (float* value : {&record.columnOffset,
                        &record.rowOffset,
                        &record.sampleOffset,
@@ -92,12 +97,14 @@ void GiveSingleAxisStep(std::uint32_t quantity, float& resolution, kvt_enumUnits
   if (units != kvt_UnitMetre && units != kvt_UnitDegree) units = kvt_UnitMetre;
 }
 
-/// Samples written around half their range become signed ones around 0. The bits in the table stay: the flag tells how to read them.
+/// Samples written around half their range become signed ones around 0. The bits in the table stay:
+/// the flag tells how to read them.
 void TakeForSigned(CGDataTypeFDD& record, kvt_enumDataType type, float zero) {
   record.SetDataType(type);
   record.dataMinimum -= zero;
   record.dataMaximum -= zero;
-  record.fileFormat = static_cast<gdata_bitmapFileOptions>(record.fileFormat | gdata_OptionOffsetBinary);
+  record.fileFormat =
+      static_cast<gdata_bitmapFileOptions>(record.fileFormat | gdata_OptionOffsetBinary);
 }
 
 /// Unrectified amplitudes swing around 0, which only signed types tell.
@@ -108,7 +115,8 @@ void NormaliseUnrectified(CGDataTypeFDD& record) {
       if (isOffset) TakeForSigned(record, kvt_Int8, 128);
       return;
     case kvt_UInt16:
-      if (isOffset && ClassOfElements(record.dataClass) != gdata_AnalogScaled) TakeForSigned(record, kvt_Int16, 32768);
+      if (isOffset && ClassOfElements(record.dataClass) != gdata_AnalogScaled)
+        TakeForSigned(record, kvt_Int16, 32768);
       return;
     case kvt_Int8:
     case kvt_Int16:
@@ -152,8 +160,11 @@ std::uint32_t SampleSizeOf(kvt_enumDataType type) {
 }
 
 bool IsGathered(gdata_enumDataClass dataClass) {
-  constexpr gdata_enumDataClass gathered[] = {
-      gdata_AScan, gdata_CScanAmplitude, gdata_CScanPosition, gdata_AScanMerged, gdata_AScanProcessed};
+  constexpr gdata_enumDataClass gathered[] = {gdata_AScan,
+                                              gdata_CScanAmplitude,
+                                              gdata_CScanPosition,
+                                              gdata_AScanMerged,
+                                              gdata_AScanProcessed};
   return std::find(std::begin(gathered), std::end(gathered), dataClass) != std::end(gathered);
 }
 
@@ -168,7 +179,8 @@ void NormaliseDataRecord(CGDataTypeFDD& record) {
   const bool hasSoundSpeed = std::isfinite(record.soundSpeed) && record.soundSpeed > 0;
   UTDATA_ASSERT(hasSoundSpeed);
   if (!hasSoundSpeed) record.soundSpeed = steelLongitudinal;
-  if (HoldsPositions(record.dataClass) && record.dataResolution <= 0) record.dataResolution = defaultSampleStep;
+  if (HoldsPositions(record.dataClass) && record.dataResolution <= 0)
+    record.dataResolution = defaultSampleStep;
   if (record.probeAngle >= 90.0f) {
     DebugTrace(L"Invalid angle: >= 90!\n");
     record.probeAngle = largestProbeAngle;

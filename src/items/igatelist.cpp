@@ -3,14 +3,22 @@
 
 IMPLEMENT_DYNAMIC(CIGateLst, CObject)
 
-CIGate* CIGateLst::GetIGate(fset_enumFilters filter, std::uint32_t gateId, std::uint32_t chanId) const {
+CIGate* CIGateLst::GetIGate(fset_enumFilters filter,
+                            std::uint32_t gateId,
+                            std::uint32_t chanId) const {
   return First(filter, {gateId, chanId});
 }
 
-void CIGateLst::GetIGateLst(fset_enumFilters filter, CIGateLst* out, std::uint32_t gateId, std::uint32_t chanId) const {
+void CIGateLst::GetIGateLst(fset_enumFilters filter,
+                            CIGateLst* out,
+                            std::uint32_t gateId,
+                            std::uint32_t chanId) const {
   Append(filter, *out, {gateId, chanId});
 }
 
-void CIGateLst::RemoveIGate(fset_enumFilters filter, CIGateLst* out, std::uint32_t gateId, std::uint32_t chanId) {
+void CIGateLst::RemoveIGate(fset_enumFilters filter,
+                            CIGateLst* out,
+                            std::uint32_t gateId,
+                            std::uint32_t chanId) {
   Move(filter, *out, {gateId, chanId});
 }

@@ -9,7 +9,9 @@ CIPatch* CIPatchLst::GetIPatch(fset_enumFilters filter, std::uint32_t patchId) c
   return First(filter, {patchId});
 }
 
-void CIPatchLst::GetIPatchLst(fset_enumFilters filter, CIPatchLst* out, std::uint32_t patchId) const {
+void CIPatchLst::GetIPatchLst(fset_enumFilters filter,
+                              CIPatchLst* out,
+                              std::uint32_t patchId) const {
   Append(filter, *out, {patchId});
 }
 

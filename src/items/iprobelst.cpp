@@ -9,7 +9,9 @@ CIProbe* CIProbeLst::GetIProbe(fset_enumFilters filter, std::uint32_t probeId) c
   return First(filter, {probeId});
 }
 
-void CIProbeLst::GetIProbeLst(fset_enumFilters filter, CIProbeLst* out, std::uint32_t probeId) const {
+void CIProbeLst::GetIProbeLst(fset_enumFilters filter,
+                              CIProbeLst* out,
+                              std::uint32_t probeId) const {
   Append(filter, *out, {probeId});
 }
 

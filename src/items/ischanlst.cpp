@@ -5,7 +5,9 @@ IMPLEMENT_DYNAMIC(CISubChanLst, CObject)
 
 void CISubChanLst::Dump(CDumpContext& context) const { context << "A CISubChanLst object\n"; }
 
-CISubChan* CISubChanLst::GetISubChan(fset_enumFilters filter, std::uint32_t subChanId, std::uint32_t chanId) const {
+CISubChan* CISubChanLst::GetISubChan(fset_enumFilters filter,
+                                     std::uint32_t subChanId,
+                                     std::uint32_t chanId) const {
   return First(filter, {subChanId, chanId});
 }
 

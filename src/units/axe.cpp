@@ -38,7 +38,9 @@ void CAxe::SetRange(double range) {
   m_limitsEnabled = 1;
 }
 
-int CAxe::IsValueInAxe(double value) const { return value >= m_start && value - m_start <= m_range ? 1 : 0; }
+int CAxe::IsValueInAxe(double value) const {
+  return value >= m_start && value - m_start <= m_range ? 1 : 0;
+}
 
 int CAxe::operator==(const CAxe& other) const {
   if (!m_name[0] || !other.m_name[0]) return 0;

@@ -28,12 +28,25 @@ double PercentFromBase(double base) {
   return base > 0 ? 100 * std::pow(10, (base - 100) / 100 * 80 / 20) : notANumber;
 }
 
-double DecibelFromBase(double base) { return base >= 0 && base <= 100 ? 20 * std::log10(base / 100) : notANumber; }
+double DecibelFromBase(double base) {
+  return base >= 0 && base <= 100 ? 20 * std::log10(base / 100) : notANumber;
+}
 
 }  // namespace
 
 CUnit::CUnit() {
-  SetParameters(unit_Generic, unit_DataGeneric, unit_ConversionNone, 1, 1, 0, nullptr, 0, 0, 0, 0, DisplayFormat::None);
+  SetParameters(unit_Generic,
+                unit_DataGeneric,
+                unit_ConversionNone,
+                1,
+                1,
+                0,
+                nullptr,
+                0,
+                0,
+                0,
+                0,
+                DisplayFormat::None);
 }
 
 CUnit::CUnit(unit_enumUnits family,
@@ -42,7 +55,18 @@ CUnit::CUnit(unit_enumUnits family,
              double slope,
              double offset,
              CUnit* parent) {
-  SetParameters(family, dataUnit, conversion, slope, slope, offset, parent, 1, 0, 0, 0, DisplayFormat::Initial);
+  SetParameters(family,
+                dataUnit,
+                conversion,
+                slope,
+                slope,
+                offset,
+                parent,
+                1,
+                0,
+                0,
+                0,
+                DisplayFormat::Initial);
   ValidateObjectState();
 }
 
@@ -154,11 +178,14 @@ void CUnit::CUpdateUnit(unit_enumUnits family,
   ValidateObjectState();
 }
 
-void CUnit::SetLinearFactors(double slope, double offset) { SetLinearFactors(slope, slope, offset); }
+void CUnit::SetLinearFactors(double slope, double offset) {
+  SetLinearFactors(slope, slope, offset);
+}
 
 void CUnit::SetLinearFactors(double positiveSlope, double negativeSlope, double offset) {
   UTDATA_ASSERT(positiveSlope > 0 && negativeSlope > 0);
-  if (positiveSlope == m_positiveSlope && negativeSlope == m_negativeSlope && offset == m_offset) return;
+  if (positiveSlope == m_positiveSlope && negativeSlope == m_negativeSlope && offset == m_offset)
+    return;
   m_positiveSlope = positiveSlope;
   m_negativeSlope = negativeSlope;
   m_offset = offset;
@@ -173,7 +200,10 @@ void CUnit::SetDBFactors(double slope, double offset, double auxiliary) {
   ValidateObjectState();
 }
 
-void CUnit::SetTOFDFactors(double depthOffset, double slope, double rootConstant, double pathOffset) {
+void CUnit::SetTOFDFactors(double depthOffset,
+                           double slope,
+                           double rootConstant,
+                           double pathOffset) {
   m_conversion = unit_ConversionTofd;
   m_positiveSlope = m_negativeSlope = slope;
   m_offset = rootConstant;
@@ -192,7 +222,8 @@ void CUnit::SetDisplayPrecision(int digits) {
 }
 
 std::wstring CUnit::GetDisplayFormat() const {
-  if (m_displayFormat == DisplayFormat::Precise) return L"%-12." + std::to_wstring(m_precision) + L"f";
+  if (m_displayFormat == DisplayFormat::Precise)
+    return L"%-12." + std::to_wstring(m_precision) + L"f";
   return m_displayFormat == DisplayFormat::Initial ? L"%.1f" : L"";
 }
 
@@ -260,12 +291,26 @@ double CUnit::ConvertFromBase(const double& base) const {
   }
   UTDATA_ASSERT(m_positiveSlope != 0);
   if (m_positiveSlope == 0) return 0;
-  return m_conversion == unit_ConversionTofd ? TofdFromBase(base) : base * m_positiveSlope + m_offset;
+  return m_conversion == unit_ConversionTofd ? TofdFromBase(base)
+                                             : base * m_positiveSlope + m_offset;
 }
 
 const wchar_t* CUnit::GetSymbol() const {
-  static constexpr const wchar_t* symbols[] = {
-      L"", L"s", L"\u00b5s", L"m", L"mm", L"in", L"mil", L"\u00b0", L"rad", L"", L"%", L"dB", L"", L"", L""};
+  static constexpr const wchar_t* symbols[] = {L"",
+                                               L"s",
+                                               L"\u00b5s",
+                                               L"m",
+                                               L"mm",
+                                               L"in",
+                                               L"mil",
+                                               L"\u00b0",
+                                               L"rad",
+                                               L"",
+                                               L"%",
+                                               L"dB",
+                                               L"",
+                                               L"",
+                                               L""};
   return m_dataUnit < std::size(symbols) ? symbols[m_dataUnit] : L"";
 }
 
@@ -277,9 +322,12 @@ std::wstring CUnit::FormatValue(double displayed) const {
     char digits[std::numeric_limits<double>::max_exponent10 + maxPrecision + 4];
     const int precision = std::clamp<int>(m_precision, 0, maxPrecision);
     char* const end =
-        std::to_chars(std::begin(digits), std::end(digits), displayed, std::chars_format::fixed, precision).ptr;
-    const bool isNegativeZero =
-        digits[0] == '-' && std::all_of(digits + 1, end, [](char c) { return c == '0' || c == '.'; });
+        std::to_chars(
+            std::begin(digits), std::end(digits), displayed, std::chars_format::fixed, precision)
+            .ptr;
+    const bool isNegativeZero = digits[0] == '-' && std::all_of(digits + 1, end, [](char c) {
+                                  return c == '0' || c == '.';
+                                });
     text.assign(digits + (isNegativeZero ? 1 : 0), end);
   }
   const std::wstring symbol = GetSymbol();

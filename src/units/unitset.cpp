@@ -13,8 +13,8 @@ namespace {
 struct ScaledUnit {
   unit_enumDataUnit dataUnit;
   double scale;
-  double
-      squareScale;  ///< of the constant under a TOFD root; the product of the scales, rounded as instruments round it
+  double squareScale;  ///< of the constant under a TOFD root; the product of the scales, rounded as
+                       ///< instruments round it
 };
 
 constexpr ScaledUnit genericUnits[] = {{unit_DataGeneric, 1, 1}};
@@ -23,7 +23,8 @@ constexpr ScaledUnit lengths[] = {{unit_Metre, 1, 1},
                                   {unit_Millimetre, 1000, 1e6},
                                   {unit_Inch, 39.37, 1549.9969},
                                   {unit_Mil, 39370, 1549996900}};
-constexpr ScaledUnit angles[] = {{unit_Degree, 1, 1}, {unit_Radian, 0.017453292519943295, 0.00030461741978670857}};
+constexpr ScaledUnit angles[] = {{unit_Degree, 1, 1},
+                                 {unit_Radian, 0.017453292519943295, 0.00030461741978670857}};
 constexpr ScaledUnit percents[] = {{unit_DataPercent, 1, 1}};
 constexpr ScaledUnit decibels[] = {{unit_DataDecibel, 1, 1}};
 constexpr ScaledUnit points[] = {{unit_DataPoint, 1, 1}};
@@ -60,10 +61,15 @@ std::span<const ScaledUnit> UnitsOfFamily(unit_enumUnits family) {
   }
 }
 
-/// Makes `unit` the percent or dB unit of linear or logarithmic amplitudes; `unit` is new or has served before.
+/// Makes `unit` the percent or dB unit of linear or logarithmic amplitudes; `unit` is new or has
+/// served before.
 void SetPercent(CUnit& unit, int linear, CUnit* base) {
-  unit.CUpdateUnit(
-      unit_Percent, unit_DataPercent, linear ? unit_ConversionLinear : unit_ConversionPercent, 1.0, 0.0, base);
+  unit.CUpdateUnit(unit_Percent,
+                   unit_DataPercent,
+                   linear ? unit_ConversionLinear : unit_ConversionPercent,
+                   1.0,
+                   0.0,
+                   base);
 }
 void SetDecibel(CUnit& unit, int linear, CUnit* base) {
   if (linear)
@@ -110,7 +116,11 @@ CUnit* CUnitSet::MakeUnit(kvt_enumAxis axis, Parameters... parameters) {
   return unit;
 }
 
-CUnit* CUnitSet::AddSubUnit(kvt_enumAxis axis, unit_enumUnits family, double slope, double offset, double auxiliary) {
+CUnit* CUnitSet::AddSubUnit(kvt_enumAxis axis,
+                            unit_enumUnits family,
+                            double slope,
+                            double offset,
+                            double auxiliary) {
   const bool hasAxis = axis < axisQuantity && m_units[axis];
   UTDATA_ASSERT(hasAxis);
   if (!hasAxis) return nullptr;
@@ -121,11 +131,13 @@ CUnit* CUnitSet::AddSubUnit(kvt_enumAxis axis, unit_enumUnits family, double slo
   for (const auto& [dataUnit, scale, squareScale] : units) {
     CUnit* added = nullptr;
     if (family == unit_TofdDepth)
-      added = MakeUnit(axis, family, dataUnit, initialTofdSlope, scale * slope, scale * offset, base);
+      added =
+          MakeUnit(axis, family, dataUnit, initialTofdSlope, scale * slope, scale * offset, base);
     else if (family == unit_Decibel)
       added = MakeUnit(axis, family, dataUnit, slope, offset, auxiliary, base);
     else
-      added = MakeUnit(axis, family, dataUnit, unit_ConversionLinear, scale * slope, scale * offset, base);
+      added = MakeUnit(
+          axis, family, dataUnit, unit_ConversionLinear, scale * slope, scale * offset, base);
     if (!firstUnit) firstUnit = added;
   }
   return firstUnit;
@@ -147,7 +159,8 @@ CUnit* CUnitSet::FindLast(kvt_enumAxis axis, unit_enumUnits family) const {
 }
 
 CUnit* CUnitSet::ModifyAmplitudeSubUnit(int linear) {
-  return SetAmplitudes(linear, FindLast(kvt_AxisAmplitude, unit_Percent), FindLast(kvt_AxisAmplitude, unit_Decibel));
+  return SetAmplitudes(
+      linear, FindLast(kvt_AxisAmplitude, unit_Percent), FindLast(kvt_AxisAmplitude, unit_Decibel));
 }
 
 /// Sets the percent and dB units, which are made when they are not there. @return the reference
@@ -157,9 +170,11 @@ CUnit* CUnitSet::SetAmplitudes(int linear, CUnit* percent, CUnit* decibel) {
   if (!hasAxis) return nullptr;
   CUnit* const base = BaseUnit(kvt_AxisAmplitude);
   if (!percent)
-    percent = MakeUnit(kvt_AxisAmplitude, unit_Percent, unit_DataPercent, unit_ConversionLinear, 1.0, 0.0, base);
+    percent = MakeUnit(
+        kvt_AxisAmplitude, unit_Percent, unit_DataPercent, unit_ConversionLinear, 1.0, 0.0, base);
   if (!decibel)
-    decibel = MakeUnit(kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel, unit_ConversionDecibel, 1.0, 0.0, base);
+    decibel = MakeUnit(
+        kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel, unit_ConversionDecibel, 1.0, 0.0, base);
   SetPercent(*percent, linear, base);
   SetDecibel(*decibel, linear, base);
   return linear ? percent : decibel;
@@ -189,7 +204,8 @@ void CUnitSet::AdjustSubUnit2(kvt_enumAxis axis,
     if (!unit) continue;
     if (dataUnit == unit_Inch) unit->SetDisplayPrecision(3);
     if (family == unit_TofdDepth)
-      unit->SetTOFDFactors(scale * fourth, scale * positiveSlope, squareScale * offset, scale * fifth);
+      unit->SetTOFDFactors(
+          scale * fourth, scale * positiveSlope, squareScale * offset, scale * fifth);
     else if (family == unit_Decibel)
       unit->SetDBFactors(positiveSlope, offset, fourth);
     else if (family == unit_Point)
@@ -199,7 +215,9 @@ void CUnitSet::AdjustSubUnit2(kvt_enumAxis axis,
   }
 }
 
-CUnit* CUnitSet::GetUnit(kvt_enumAxis axis, unit_enumUnits family, unit_enumDataUnit dataUnit) const {
+CUnit* CUnitSet::GetUnit(kvt_enumAxis axis,
+                         unit_enumUnits family,
+                         unit_enumDataUnit dataUnit) const {
   if (const CList<CUnit*>* list = GetUnits(axis)) {
     for (CUnit* unit : *list) {
       unit_enumUnits unitFamily;

@@ -12,7 +12,11 @@ bool IsLimit(double value) { return value > -limitBound && value < limitBound; }
 
 }  // namespace
 
-CVolumeSet::CVolumeSet(IGDataSupplier* document, unit_enumUnits, const wchar_t*, unit_enumUnits, const wchar_t*)
+CVolumeSet::CVolumeSet(IGDataSupplier* document,
+                       unit_enumUnits,
+                       const wchar_t*,
+                       unit_enumUnits,
+                       const wchar_t*)
     : m_document(document) {
   UTDATA_ASSERT(document != nullptr);
   m_baseSet = vol_CreateUnitSet(vset_groupId(privateKind, 0, 0, 0, 0), nullptr);
@@ -39,8 +43,8 @@ CUnitSet* CVolumeSet::vol_CreateUnitSet(const vset_groupId& identity, int* creat
 CUnitSet* CVolumeSet::GetUnitSet(const vset_groupId& identity) const {
   const auto isEqual = [&identity](const CUnitSet* set) {
     const vset_groupId& other = set->GetIdentity();
-    return other.kind == identity.kind && other.first == identity.first && other.second == identity.second &&
-           other.third == identity.third;
+    return other.kind == identity.kind && other.first == identity.first &&
+           other.second == identity.second && other.third == identity.third;
   };
   const auto found = std::find_if(m_unitSets.begin(), m_unitSets.end(), isEqual);
   return found == m_unitSets.end() ? nullptr : *found;
@@ -64,7 +68,9 @@ void CVolumeSet::DeleteUnitListContents() {
   m_unitSets.RemoveAll();
 }
 
-CAxe* CVolumeSet::vol_GetAxis(kvt_enumAxis axis) { return axis < m_axes.size() ? &m_axes[axis] : nullptr; }
+CAxe* CVolumeSet::vol_GetAxis(kvt_enumAxis axis) {
+  return axis < m_axes.size() ? &m_axes[axis] : nullptr;
+}
 
 CUnit* CVolumeSet::vol_GetBaseUnit(kvt_enumAxis axis) const {
   // Units of the base set itself are made before there is one.
@@ -85,9 +91,11 @@ std::pair<double, double> CVolumeSet::vol_GetLimits(kvt_enumAxis axis) const {
 
 int CVolumeSet::vol_FillBaseUnits(std::span<const kvt_enumAxis> angleAxes) {
   int added = 0;
-  const auto add = [this, &added](kvt_enumAxis axis, unit_enumUnits family, unit_enumDataUnit dataUnit) {
+  const auto add = [this, &added](
+                       kvt_enumAxis axis, unit_enumUnits family, unit_enumDataUnit dataUnit) {
     if (vol_GetBaseUnit(axis)) return;
-    m_baseSet->AppendUnit(axis, std::make_unique<CUnit>(family, dataUnit, unit_ConversionLinear, 1.0, 0.0, nullptr));
+    m_baseSet->AppendUnit(
+        axis, std::make_unique<CUnit>(family, dataUnit, unit_ConversionLinear, 1.0, 0.0, nullptr));
     ++added;
   };
   for (const kvt_enumAxis axis : {kvt_AxisColumn, kvt_AxisRow, kvt_AxisFifth, kvt_AxisSixth}) {

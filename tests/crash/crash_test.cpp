@@ -1,4 +1,5 @@
-// A disk that fails, fills up or loses power at any moment leaves every file as it was last committed.
+// A disk that fails, fills up or loses power at any moment leaves every file as it was last
+// committed.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -52,8 +53,10 @@ int Fill(FileHandle file, const Content& content) {
   GroupHandle group = nullptr;
   if (const int status = file_GroupCreate(file, &group, anyGroup, L"groupe \x00E9")) return status;
   int status = file_ItemValueWrite(group, 1, value_UInt32, 1, &content.mark);
-  const std::vector<unsigned char> block(content.blockSize, static_cast<unsigned char>(content.mark));
-  if (!status && content.blockSize > 0) status = file_BlockWrite(group, 2, block.size(), block.data());
+  const std::vector<unsigned char> block(content.blockSize,
+                                         static_cast<unsigned char>(content.mark));
+  if (!status && content.blockSize > 0)
+    status = file_BlockWrite(group, 2, block.size(), block.data());
   const std::vector<double> values(content.values, content.mark / 3.0);
   if (!status) status = file_ItemValueWrite(group, 3, value_Double, content.values, values.data());
   return status;
@@ -105,7 +108,8 @@ class Workload {
       return;
     }
     std::string text = opening == file_Open ? m_texts[path] : std::string();
-    for (int part = 0; part < 2; ++part, content.mark += 100) CommitOne(file, content, text, expected);
+    for (int part = 0; part < 2; ++part, content.mark += 100)
+      CommitOne(file, content, text, expected);
     if (file_CommitNumber(file) > 0) m_texts[path] = text;
     file_Close(file);
   }
@@ -134,7 +138,8 @@ class Workload {
   std::map<std::wstring, std::string> m_texts;
 };
 
-/// Each file holds one of the states it may hold, is whole in every byte, and takes the next writer's group.
+/// Each file holds one of the states it may hold, is whole in every byte, and takes the next
+/// writer's group.
 void CheckFiles(FaultyFileSystem& disk, const Workload& workload) {
   for (const auto& [path, outcomes] : workload.Expected()) {
     const bool exists = disk.Get(path).has_value();
@@ -172,10 +177,15 @@ std::uint64_t CallsOfUndisturbedRun() {
 
 TEST(Crash, EveryCallFailsInTurnWithEveryError) {
   const std::uint64_t calls = CallsOfUndisturbedRun();
-  for (const Error error :
-       {Error::Other, Error::DiskFull, Error::AccessDenied, Error::Busy, Error::NotFound, Error::Exists}) {
+  for (const Error error : {Error::Other,
+                            Error::DiskFull,
+                            Error::AccessDenied,
+                            Error::Busy,
+                            Error::NotFound,
+                            Error::Exists}) {
     for (std::uint64_t call = 1; call <= calls; ++call) {
-      SCOPED_TRACE("call " + std::to_string(call) + " fails: " + std::string(utdata::os::ErrorText(error)));
+      SCOPED_TRACE("call " + std::to_string(call) +
+                   " fails: " + std::string(utdata::os::ErrorText(error)));
       FaultyFileSystem disk;
       const FileSystemInPlace inPlace(disk);
       Workload workload(false);
@@ -185,7 +195,8 @@ TEST(Crash, EveryCallFailsInTurnWithEveryError) {
       ASSERT_NO_FATAL_FAILURE(CheckFiles(disk, workload));
       // Without the lock, a file being written may be another's and stays.
       if (std::set<std::string>{"remove", "is at", "lock"}.contains(disk.FailedCall())) continue;
-      for (const std::wstring& path : {basePath, companionPath}) ASSERT_FALSE(disk.Get(path + L".part").has_value());
+      for (const std::wstring& path : {basePath, companionPath})
+        ASSERT_FALSE(disk.Get(path + L".part").has_value());
     }
   }
 }
@@ -195,7 +206,8 @@ TEST(Crash, PowerFailsAfterEveryCall) {
   for (const Tearing tearing : {Tearing::Sectors, Tearing::Bytes}) {
     for (std::uint64_t call = 0; call <= calls; ++call) {
       for (std::uint64_t seed = 0; seed < seeds; ++seed) {
-        SCOPED_TRACE("power fails after call " + std::to_string(call) + ", seed " + std::to_string(seed) +
+        SCOPED_TRACE("power fails after call " + std::to_string(call) + ", seed " +
+                     std::to_string(seed) +
                      (tearing == Tearing::Bytes ? ", bytes torn" : ", sectors torn"));
         FaultyFileSystem disk;
         const FileSystemInPlace inPlace(disk);

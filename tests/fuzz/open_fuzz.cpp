@@ -1,5 +1,5 @@
-// Opens any bytes as an inspection file and reads all of it. With a first byte that is odd, the rest is the body of a top group under
-// checksums that are right; else the rest is the file.
+// Opens any bytes as an inspection file and reads all of it. With a first byte that is odd, the
+// rest is the body of a top group under checksums that are right; else the rest is the file.
 #include <cstdint>
 #include <cstdlib>
 

@@ -1,6 +1,7 @@
 // Runs a fuzz target over stored inputs, for builds without a fuzzing engine:
 //   container_fuzz FILE-OR-FOLDER...
-// Each file below the folders is one input. Ends with status 1 when an argument holds no input, so that a lost corpus is noticed.
+// Each file below the folders is one input. Ends with status 1 when an argument holds no input, so
+// that a lost corpus is noticed.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -32,7 +33,8 @@ std::vector<fs::path> InputsOf(const fs::path& argument) {
 
 void Replay(const fs::path& input) {
   std::ifstream stream(input, std::ios::binary);
-  if (!stream) throw fs::filesystem_error("cannot read", input, std::make_error_code(std::errc::io_error));
+  if (!stream)
+    throw fs::filesystem_error("cannot read", input, std::make_error_code(std::errc::io_error));
   const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
   // An exact copy on the heap, so that a read past the end is seen by the address sanitizer.
   const std::vector<std::uint8_t> bytes(text.begin(), text.end());

@@ -17,7 +17,8 @@ void GiveIds(CGDataTypeFDD& record, const idata_typeId& id) {
 
 // A file set keeps its document and does not look into it.
 DataHost::DataHost()
-    : volumes(this, unit_Generic, nullptr, unit_Generic, nullptr), set(reinterpret_cast<CDocument*>(this)) {
+    : volumes(this, unit_Generic, nullptr, unit_Generic, nullptr),
+      set(reinterpret_cast<CDocument*>(this)) {
   volumes.vol_FillBaseUnits();
 }
 
@@ -54,7 +55,8 @@ CGDataTypeFDD SoundRecord(const idata_typeId& id) {
   return record;
 }
 
-EditableItem::EditableItem(DataHost& host, const idata_typeId& id) : EditableItem(host, SoundRecord(id)) {
+EditableItem::EditableItem(DataHost& host, const idata_typeId& id)
+    : EditableItem(host, SoundRecord(id)) {
   SetId(id);  // construction may have assigned a bookmark type
 }
 

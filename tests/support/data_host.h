@@ -1,4 +1,5 @@
-// A host's document for tests of data items: a file set, a volume set with base units, and answers of the parameter database.
+// A host's document for tests of data items: a file set, a volume set with base units, and answers
+// of the parameter database.
 #pragma once
 
 #include <cstdint>
@@ -42,8 +43,8 @@ class DataHost : public IGDataSupplier {
   CFSet set;
 };
 
-/// A record as a sound file has it: rectified 8-bit amplitudes from 0 to 255 in 10 columns and 5 rows of 1 mm, 100 samples of 10 ns in
-/// steel.
+/// A record as a sound file has it: rectified 8-bit amplitudes from 0 to 255 in 10 columns and 5
+/// rows of 1 mm, 100 samples of 10 ns in steel.
 [[nodiscard]] CGDataTypeFDD SoundRecord(const idata_typeId& id = {.dataClass = gdata_AScan});
 
 /// A data item whose ids a test chooses and changes at will.
@@ -55,7 +56,8 @@ class EditableItem : public CIData {
   void SetId(const idata_typeId& id);
 
  private:
-  EditableItem(DataHost& host, CGDataTypeFDD record) : CIData(&record, nullptr, &host.volumes, 0, nullptr) {}
+  EditableItem(DataHost& host, CGDataTypeFDD record)
+      : CIData(&record, nullptr, &host.volumes, 0, nullptr) {}
 };
 
 }  // namespace utdata::test

@@ -50,11 +50,14 @@ class FailingFile final : public os::File {
     const Error error = m_system.ErrorOf(Call::Allocate);
     return error != Error::None ? error : m_real->Allocate(offset, size);
   }
-  Error Map(std::uint64_t offset, std::size_t size, std::unique_ptr<os::Mapping>& mapping) override {
+  Error Map(std::uint64_t offset,
+            std::size_t size,
+            std::unique_ptr<os::Mapping>& mapping) override {
     return m_real->Map(offset, size, mapping);
   }
   Error CreateMapping(std::uint64_t size, std::unique_ptr<os::FileMapping>& mapping) override {
-    if (const Error error = m_system.ErrorOf(Call::CreateMapping); error != Error::None) return error;
+    if (const Error error = m_system.ErrorOf(Call::CreateMapping); error != Error::None)
+      return error;
     std::unique_ptr<os::FileMapping> real;
     const Error error = m_real->CreateMapping(size, real);
     if (error == Error::None) mapping = std::make_unique<FailingMapping>(m_system, std::move(real));
@@ -73,10 +76,13 @@ class FailingFile final : public os::File {
 
 Error FailingFileSystem::ErrorOf(Call call) const {
   const auto found = m_errors.find(call);
-  return found == m_errors.end() || found->second == Error::None ? Error::None : os::Fail(found->second);
+  return found == m_errors.end() || found->second == Error::None ? Error::None
+                                                                 : os::Fail(found->second);
 }
 
-Error FailingFileSystem::Open(const std::wstring& path, os::OpenMode mode, std::unique_ptr<os::File>& file) {
+Error FailingFileSystem::Open(const std::wstring& path,
+                              os::OpenMode mode,
+                              std::unique_ptr<os::File>& file) {
   if (const Error error = ErrorOf(Call::Open); error != Error::None) return error;
   std::unique_ptr<os::File> real;
   const Error error = PassingFileSystem::Open(path, mode, real);

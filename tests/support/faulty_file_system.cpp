@@ -65,7 +65,8 @@ struct FaultyFileSystem::Inode {
       const std::uint64_t next =
           std::min<std::uint64_t>(work.bytes.size(), from + sector - (work.offset + from) % sector);
       const auto bytes =
-          std::span(work.bytes).subspan(static_cast<std::size_t>(from), static_cast<std::size_t>(next - from));
+          std::span(work.bytes)
+              .subspan(static_cast<std::size_t>(from), static_cast<std::size_t>(next - from));
       if (whole || dice() % 2) Apply(durable, work.offset + from, bytes);
       from = next;
     }
@@ -113,8 +114,9 @@ class FaultyFile final : public os::File {
     const std::uint64_t end = offset + bytes.size();
     const std::uint64_t growth = end > m_inode->now.size() ? end - m_inode->now.size() : 0;
     const std::uint64_t missing = growth - m_disk.RoomFor(growth);
-    m_inode->Write(
-        offset, bytes.first(bytes.size() - static_cast<std::size_t>(std::min<std::uint64_t>(missing, bytes.size()))));
+    m_inode->Write(offset,
+                   bytes.first(bytes.size() - static_cast<std::size_t>(
+                                                  std::min<std::uint64_t>(missing, bytes.size()))));
     return missing == 0 ? Error::None : Error::DiskFull;
   }
   Error Sync() override {
@@ -141,12 +143,15 @@ class FaultyFile final : public os::File {
     return offset + size > m_inode->now.size() ? Truncate(offset + size) : Error::None;
   }
   Error CreateMapping(std::uint64_t, std::unique_ptr<os::FileMapping>&) override {
-    return os::Fail(
-        Error::NotSupported);  // what is mapped shared has no state to lose in a way that this disk could play
+    return os::Fail(Error::NotSupported);  // what is mapped shared has no state to lose in a way
+                                           // that this disk could play
   }
-  Error Map(std::uint64_t offset, std::size_t size, std::unique_ptr<os::Mapping>& mapping) override {
+  Error Map(std::uint64_t offset,
+            std::size_t size,
+            std::unique_ptr<os::Mapping>& mapping) override {
     if (const Error error = Count("map"); error != Error::None) return error;
-    mapping = std::make_unique<MemoryView>(std::span(m_inode->now).subspan(static_cast<std::size_t>(offset), size));
+    mapping = std::make_unique<MemoryView>(
+        std::span(m_inode->now).subspan(static_cast<std::size_t>(offset), size));
     return Error::None;
   }
   Error TryLock() override {
@@ -224,7 +229,9 @@ std::optional<FaultyFileSystem::Content> FaultyFileSystem::Get(const std::wstrin
   return found->second->now;
 }
 
-Error FaultyFileSystem::Open(const std::wstring& path, os::OpenMode mode, std::unique_ptr<os::File>& file) {
+Error FaultyFileSystem::Open(const std::wstring& path,
+                             os::OpenMode mode,
+                             std::unique_ptr<os::File>& file) {
   if (const Error error = Count("open"); error != Error::None) return error;
   const bool writable = mode != os::OpenMode::Read;
   if (writable && std::find(m_protected.begin(), m_protected.end(), path) != m_protected.end())

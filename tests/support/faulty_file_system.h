@@ -1,8 +1,10 @@
-// A file system in memory whose disk can be made to fail: at a given call, by filling up, or by losing power.
+// A file system in memory whose disk can be made to fail: at a given call, by filling up, or by
+// losing power.
 //
-// It keeps what was synced apart from what was only written. When the power is cut, each unsynced write, cut and rename survives or
-// not by a throw of the dice, writes also in part; Restart brings the machine back up. It has no mappings that are shared and no
-// addresses to reserve. One thread at a time.
+// It keeps what was synced apart from what was only written. When the power is cut, each unsynced
+// write, cut and rename survives or not by a throw of the dice, writes also in part; Restart brings
+// the machine back up. It has no mappings that are shared and no addresses to reserve. One thread
+// at a time.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +34,8 @@ class FaultyFileSystem final : public os::FileSystem {
   FaultyFileSystem& operator=(const FaultyFileSystem&) = delete;
   ~FaultyFileSystem() override;
 
-  /// The `call`-th call from now on (from 1) fails with `error`, once. A write that fails was done in half.
+  /// The `call`-th call from now on (from 1) fails with `error`, once. A write that fails was done
+  /// in half.
   void FailAt(std::uint64_t call, os::Error error);
   /// After `calls` more calls the power is off: every further call fails.
   void CutPowerAfter(std::uint64_t calls);
@@ -41,7 +44,8 @@ class FaultyFileSystem final : public os::FileSystem {
   /// Files of this path can be read but not written.
   void Protect(const std::wstring& path) { m_protected.push_back(path); }
 
-  /// Power on again: unsynced work survives as `seed` has it; handles of before are dead, faults forgotten, the capacity endless.
+  /// Power on again: unsynced work survives as `seed` has it; handles of before are dead, faults
+  /// forgotten, the capacity endless.
   void Restart(std::uint64_t seed, Tearing tearing);
 
   [[nodiscard]] std::uint64_t Calls() const { return m_calls; }
@@ -52,7 +56,9 @@ class FaultyFileSystem final : public os::FileSystem {
   void Put(const std::wstring& path, Content content);
   [[nodiscard]] std::optional<Content> Get(const std::wstring& path) const;
 
-  os::Error Open(const std::wstring& path, os::OpenMode mode, std::unique_ptr<os::File>& file) override;
+  os::Error Open(const std::wstring& path,
+                 os::OpenMode mode,
+                 std::unique_ptr<os::File>& file) override;
   bool Exists(const std::wstring& path) override;
   os::Error Rename(const std::wstring& from, const std::wstring& to, bool replace) override;
   os::Error Remove(const std::wstring& path) override;
@@ -88,7 +94,8 @@ class FaultyFileSystem final : public os::FileSystem {
 /// Puts a file system in place for as long as it stands.
 class FileSystemInPlace {
  public:
-  explicit FileSystemInPlace(os::FileSystem& fileSystem) : m_before(os::SetFileSystem(&fileSystem)) {}
+  explicit FileSystemInPlace(os::FileSystem& fileSystem)
+      : m_before(os::SetFileSystem(&fileSystem)) {}
   FileSystemInPlace(const FileSystemInPlace&) = delete;
   FileSystemInPlace& operator=(const FileSystemInPlace&) = delete;
   ~FileSystemInPlace() { os::SetFileSystem(m_before); }

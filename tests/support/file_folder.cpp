@@ -32,13 +32,16 @@ std::vector<std::byte> BytesOf(const std::wstring& path) {
   std::ifstream stream(os::NarrowPath(path), std::ios::binary);
   const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
   std::vector<std::byte> bytes(text.size());
-  std::transform(text.begin(), text.end(), bytes.begin(), [](char each) { return static_cast<std::byte>(each); });
+  std::transform(text.begin(), text.end(), bytes.begin(), [](char each) {
+    return static_cast<std::byte>(each);
+  });
   return bytes;
 }
 
 void WriteBytes(const std::wstring& path, const std::vector<std::byte>& bytes) {
   std::ofstream stream(os::NarrowPath(path), std::ios::binary);
-  stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  stream.write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
 }
 
 }  // namespace utdata::test

@@ -12,7 +12,9 @@ ByteText& ByteText::Item(std::uint16_t code, std::uint8_t type, std::uint32_t co
   return Put(code).Put(type).Put(std::uint8_t{0}).Put(count);
 }
 
-ByteText& ByteText::Head(std::uint32_t nameSize, std::uint32_t itemCount) { return Put(nameSize).Put(itemCount); }
+ByteText& ByteText::Head(std::uint32_t nameSize, std::uint32_t itemCount) {
+  return Put(nameSize).Put(itemCount);
+}
 
 ByteText& ByteText::Append(kvtiff19::Bytes bytes) {
   m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());

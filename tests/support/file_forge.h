@@ -1,4 +1,5 @@
-// Builds inspection files of any content whose checksums are right, so that what stands behind the checksums is tested too.
+// Builds inspection files of any content whose checksums are right, so that what stands behind the
+// checksums is tested too.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +19,9 @@ class ByteText {
     kvtiff19::Store(m_bytes.data() + m_bytes.size() - sizeof(Number), value);
     return *this;
   }
-  ByteText& Text(std::string_view text);                                       ///< its bytes as they are
+  ByteText& Text(std::string_view text);  ///< its bytes as they are
   ByteText& Item(std::uint16_t code, std::uint8_t type, std::uint32_t count);  ///< an item's header
-  ByteText& Head(std::uint32_t nameSize, std::uint32_t itemCount);             ///< the start of a group's body
+  ByteText& Head(std::uint32_t nameSize, std::uint32_t itemCount);  ///< the start of a group's body
   ByteText& Append(kvtiff19::Bytes bytes);
   [[nodiscard]] const std::vector<std::byte>& Bytes() const { return m_bytes; }
 

@@ -23,7 +23,8 @@ std::string Hex(std::span<const std::byte> bytes) {
 std::string Value(Node* group, std::uint32_t index, std::uint32_t type, std::uint32_t count) {
   if (type == value_Block) {
     std::uint64_t size = 0;
-    if (const int status = file_BlockInfo(group, index, nullptr, &size)) return "status " + std::to_string(status);
+    if (const int status = file_BlockInfo(group, index, nullptr, &size))
+      return "status " + std::to_string(status);
     std::vector<std::byte> bytes(static_cast<std::size_t>(size));
     if (const int status = file_BlockRead(group, index, 0, size, bytes.data()))
       return "status " + std::to_string(status);
@@ -40,13 +41,20 @@ void Tell(Node* parent, std::string& text, std::string indent) {
   std::vector<wchar_t> name(kvtiff19::maxNameLength + 1);
   for (std::uint32_t index = 0; index < file_ItemNbrGet(parent); ++index) {
     std::uint32_t code = 0, kind = 0, count = 0, key = 0, type = 0;
-    const int status =
-        file_ItemInfo(parent, index, &code, &kind, &count, &key, name.data(), static_cast<std::uint32_t>(name.size()));
+    const int status = file_ItemInfo(parent,
+                                     index,
+                                     &code,
+                                     &kind,
+                                     &count,
+                                     &key,
+                                     name.data(),
+                                     static_cast<std::uint32_t>(name.size()));
     if (status || file_ItemValueType(parent, index, &type)) {
       text += indent + "status " + std::to_string(status) + "\n";
       continue;
     }
-    text += indent + std::to_string(code) + " type " + std::to_string(type) + " count " + std::to_string(count) + " ";
+    text += indent + std::to_string(code) + " type " + std::to_string(type) + " count " +
+            std::to_string(count) + " ";
     if (kind == kind_Value) {
       text += Value(parent, index, type, count) + "\n";
       continue;

@@ -8,8 +8,8 @@
 
 namespace utdata::test {
 
-/// Everything below a file or group: codes, names, value types, counts, values and block contents, one line an item, read through
-/// the interface. A value that cannot be read shows its status.
+/// Everything below a file or group: codes, names, value types, counts, values and block contents,
+/// one line an item, read through the interface. A value that cannot be read shows its status.
 [[nodiscard]] std::string Snapshot(SCFile::Node* parent);
 
 /// The snapshot of a file's content; nothing when it cannot be opened.

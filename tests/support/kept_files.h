@@ -1,5 +1,6 @@
-// Where the tests' own folders stand, and whether they outlive their test: the files in them can so be given to another reader.
-// With UTDATA_KEEP_FILES=DIR in the environment the folders are made in DIR, which exists, and stay.
+// Where the tests' own folders stand, and whether they outlive their test: the files in them can so
+// be given to another reader. With UTDATA_KEEP_FILES=DIR in the environment the folders are made in
+// DIR, which exists, and stay.
 #pragma once
 
 #include <cstdlib>

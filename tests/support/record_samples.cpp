@@ -3,7 +3,8 @@
 namespace utdata::test {
 
 std::wstring MakeText(RandomEngine& engine, std::size_t maxLength) {
-  // Latin, Greek, CJK, the last characters below and above the surrogates, and two of the upper planes.
+  // Latin, Greek, CJK, the last characters below and above the surrogates, and two of the upper
+  // planes.
   static constexpr char32_t letters[] = U"aZ 0ßé°µλΩ溶接検査\uD7FF\uE000\uFFFD\U0001F50A\U0010FFFF";
   const std::size_t wanted = 1 + engine() % maxLength;
   std::wstring text;

@@ -1,8 +1,11 @@
 // Group descriptors filled with values for tests.
 //
-//   MakeRecord<CGChanTypeDescr>(7)   every field stored in files has a value other than the default, texts beyond ASCII; ids and counts
-//                                    differ between seeds; numbers are finite, enumerations have named values
-//   ChangeFields(record, engine)     about half of the fields that are not keys get another value, hard ones included: NaNs with a
+//   MakeRecord<CGChanTypeDescr>(7)   every field stored in files has a value other than the
+// default, texts beyond ASCII; ids and counts
+//                                    differ between seeds; numbers are finite, enumerations have
+// named values
+//   ChangeFields(record, engine)     about half of the fields that are not keys get another value,
+// hard ones included: NaNs with a
 //                                    payload, -0, infinities, emptied texts and lists
 #pragma once
 
@@ -36,20 +39,25 @@ void Draw(Member& member, RandomEngine& engine, bool wild) {
   } else if constexpr (std::is_integral_v<Member>) {
     member = static_cast<Member>(wild ? engine() << 3 : 1 + engine() % 100000);
   } else if constexpr (std::is_floating_point_v<Member>) {
-    static constexpr std::array<std::uint32_t, 5> hard = {0x80000000, 0x7F800000, 0xFFC00001, 0x7FC12345, 1};
+    static constexpr std::array<std::uint32_t, 5> hard = {
+        0x80000000, 0x7F800000, 0xFFC00001, 0x7FC12345, 1};
     if (wild && engine() % 2 && sizeof(Member) == 4)
       member = static_cast<Member>(std::bit_cast<float>(hard[engine() % hard.size()]));
     else if (wild && engine() % 2)
-      member = static_cast<Member>(std::bit_cast<double>(std::uint64_t{hard[engine() % hard.size()]} << 32 | 7));
+      member = static_cast<Member>(
+          std::bit_cast<double>(std::uint64_t{hard[engine() % hard.size()]} << 32 | 7));
     else
       member = static_cast<Member>(static_cast<double>(engine() % 2000000) / 64 - 10000);
   } else if constexpr (std::is_same_v<Member, std::wstring>) {
     member = wild && engine() % 3 == 0 ? std::wstring() : MakeText(engine, 40);
-  } else if constexpr (std::is_array_v<Member> && std::is_same_v<std::remove_extent_t<Member>, wchar_t>) {
-    const std::wstring text = wild && engine() % 3 == 0 ? std::wstring() : MakeText(engine, std::extent_v<Member> - 1);
+  } else if constexpr (std::is_array_v<Member> &&
+                       std::is_same_v<std::remove_extent_t<Member>, wchar_t>) {
+    const std::wstring text =
+        wild && engine() % 3 == 0 ? std::wstring() : MakeText(engine, std::extent_v<Member> - 1);
     *std::copy(text.begin(), text.end(), member) = L'\0';
   } else {
-    if constexpr (requires { member.resize(0); }) member.resize(wild ? engine() % 5 : 1 + engine() % 9);
+    if constexpr (requires { member.resize(0); })
+      member.resize(wild ? engine() % 5 : 1 + engine() % 9);
     for (auto& element : member) Draw(element, engine, wild);
   }
 }

@@ -1,5 +1,5 @@
-// Receives what the framework reports while it lives, in place of the sink before it. Made and destroyed by one thread; reports may come
-// from any.
+// Receives what the framework reports while it lives, in place of the sink before it. Made and
+// destroyed by one thread; reports may come from any.
 #pragma once
 
 #include <cstddef>

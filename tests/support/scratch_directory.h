@@ -22,7 +22,9 @@ class ScratchDirectory {
 
   [[nodiscard]] const std::filesystem::path& Path() const { return m_path; }
   /// A path of that name in the directory, as the file functions take it.
-  [[nodiscard]] std::wstring File(const std::wstring& name) const { return (m_path / name).wstring(); }
+  [[nodiscard]] std::wstring File(const std::wstring& name) const {
+    return (m_path / name).wstring();
+  }
 
  private:
   std::filesystem::path m_path;

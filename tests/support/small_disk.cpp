@@ -6,10 +6,11 @@
 namespace utdata::test {
 namespace {
 
-/// Once per process: from then on the calling thread, and the processes it starts, see mounts that nobody else sees.
+/// Once per process: from then on the calling thread, and the processes it starts, see mounts that
+/// nobody else sees.
 bool HasMountsOfItsOwn() {
-  static const bool has =
-      ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+  static const bool has = ::unshare(CLONE_NEWNS) == 0 &&
+                          ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
   return has;
 }
 

@@ -1,4 +1,5 @@
-// A real file system with little room, for tests of a full disk: memory of the machine, mounted where only this process sees it.
+// A real file system with little room, for tests of a full disk: memory of the machine, mounted
+// where only this process sees it.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +17,8 @@ class SmallDisk {
   SmallDisk& operator=(const SmallDisk&) = delete;
   ~SmallDisk();
 
-  /// Whether this machine and user may mount one; where not, the disk is an ordinary folder and the test is to be skipped.
+  /// Whether this machine and user may mount one; where not, the disk is an ordinary folder and the
+  /// test is to be skipped.
   [[nodiscard]] bool IsMounted() const { return m_isMounted; }
   [[nodiscard]] std::wstring operator/(const std::wstring& name) const { return m_folder / name; }
 

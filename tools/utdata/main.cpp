@@ -21,7 +21,9 @@ void DescribeProgram(CLI::App& program) {
   program.set_version_flag("--version", "utdata " UTDATA_VERSION);
   program.require_subcommand(1);
   program.get_formatter()->column_width(34);
-  program.footer("'utdata VERB --help' explains a verb. Exit status: 0 done, 1 the job failed, 2 wrong usage.");
+  program.footer(
+      "'utdata VERB --help' explains a verb. Exit status: 0 done, 1 the job failed, 2 wrong "
+      "usage.");
   AddCompletionVerb(program);
   AddDemoVerb(program);
   AddEditVerb(program);
@@ -44,7 +46,8 @@ std::string UsageLine(const CLI::App& program, const CLI::ParseError& error) {
 }
 
 int Run(int argc, char** argv) {
-  CLI::App program("Makes, shows, draws, exports and checks ultrasonic inspection files.", "utdata");
+  CLI::App program("Makes, shows, draws, exports and checks ultrasonic inspection files.",
+                   "utdata");
   DescribeProgram(program);
   try {
     program.parse(argc, argv);

@@ -49,28 +49,31 @@ struct FieldTable<CGChanTypeDescr> {
       UTDATA_FIELD(36, color, "0xRRGGBB"),
       UTDATA_FIELD(37, enabled, ""),
       UTDATA_FIELD(38, comment, ""),
-      UTDATA_FIELD(39, transferCorrection, "for the part's surface against the calibration block's, dB"),
+      UTDATA_FIELD(39,
+                   transferCorrection,
+                   "for the part's surface against the calibration block's, dB"),
       UTDATA_FIELD(40, attenuationCorrection, "for the part's material, dB/m of sound path")};
 };
 
 template <>
 struct FieldTable<CGSubchanTypeDescr> {
   using Record = CGSubchanTypeDescr;
-  static constexpr std::tuple fields = {UTDATA_KEY(1, subChannelId, ""),
-                                        UTDATA_KEY(2, channelId, ""),
-                                        UTDATA_FIELD(3, name, ""),
-                                        UTDATA_FIELD(4, refractedAngle, "degrees"),
-                                        UTDATA_FIELD(5, skew, "degrees"),
-                                        UTDATA_FIELD(6, gainOffset, "added to the channel's gain, dB"),
-                                        UTDATA_FIELD(7, delay, "added to the channel's delay, s"),
-                                        UTDATA_FIELD(8, rangeStart, "s"),
-                                        UTDATA_FIELD(9, range, "s"),
-                                        UTDATA_FIELD(10, firstElement, "from 0"),
-                                        UTDATA_FIELD(11, elementQuantity, ""),
-                                        UTDATA_FIELD(12, focalDepth, "m"),
-                                        UTDATA_FIELD(13, indexOffset, "exit point along the column axis, m"),
-                                        UTDATA_FIELD(14, scanOffset, "exit point along the row axis, m"),
-                                        UTDATA_FIELD(15, enabled, "")};
+  static constexpr std::tuple fields = {
+      UTDATA_KEY(1, subChannelId, ""),
+      UTDATA_KEY(2, channelId, ""),
+      UTDATA_FIELD(3, name, ""),
+      UTDATA_FIELD(4, refractedAngle, "degrees"),
+      UTDATA_FIELD(5, skew, "degrees"),
+      UTDATA_FIELD(6, gainOffset, "added to the channel's gain, dB"),
+      UTDATA_FIELD(7, delay, "added to the channel's delay, s"),
+      UTDATA_FIELD(8, rangeStart, "s"),
+      UTDATA_FIELD(9, range, "s"),
+      UTDATA_FIELD(10, firstElement, "from 0"),
+      UTDATA_FIELD(11, elementQuantity, ""),
+      UTDATA_FIELD(12, focalDepth, "m"),
+      UTDATA_FIELD(13, indexOffset, "exit point along the column axis, m"),
+      UTDATA_FIELD(14, scanOffset, "exit point along the row axis, m"),
+      UTDATA_FIELD(15, enabled, "")};
 };
 
 template <>
@@ -85,7 +88,9 @@ struct FieldTable<CGGateTypeDescr> {
       UTDATA_FIELD(6, positiveLevel, "percent"),
       UTDATA_FIELD(7, negativeLevel, "percent"),
       UTDATA_FIELD(8, referenceGate, "gate id that the start is counted from, -1 none"),
-      UTDATA_FIELD(9, reference, "0 initial pulse, 1 start, 2 peak, 3 crossing of the reference gate"),
+      UTDATA_FIELD(9,
+                   reference,
+                   "0 initial pulse, 1 start, 2 peak, 3 crossing of the reference gate"),
       UTDATA_FIELD(10, peakSelection, "0 maximum, 1 first, 2 last, 3 crossing of the level"),
       UTDATA_FIELD(11, polarity, "half waves that count: 0 none, 1 positive, 2 negative, 3 both"),
       UTDATA_FIELD(12, alarmEnabled, ""),

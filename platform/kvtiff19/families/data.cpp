@@ -32,7 +32,9 @@ bool Multiply(std::uint64_t& product, std::uint64_t factor) {
 double NormalizeAngle(double degrees) {
   const double remainder = std::fmod(degrees, 360.0);
   const double angle = remainder < 0 ? remainder + 360 : remainder;
-  return static_cast<float>(angle) < 360.0f ? angle : 0.0;  // records hold angles as floats; NaN is not less
+  return static_cast<float>(angle) < 360.0f
+             ? angle
+             : 0.0;  // records hold angles as floats; NaN is not less
 }
 
 void CGDataTypeFDD::InitializeData() { *this = CGDataTypeFDD(); }
@@ -47,8 +49,8 @@ void CGDataTypeFDD::SetPatchIDName(const wchar_t* name) { SetText(m_patchName, n
 
 bool CGDataTypeFDD::LayoutSize(std::uint64_t& size) const {
   std::uint64_t product = sampleSize;
-  if (storageMode != kvt_StorCells || !Multiply(product, sampleQuantity) || !Multiply(product, columnQuantity) ||
-      !Multiply(product, rowQuantity))
+  if (storageMode != kvt_StorCells || !Multiply(product, sampleQuantity) ||
+      !Multiply(product, columnQuantity) || !Multiply(product, rowQuantity))
     return false;
   size = product;
   return true;
@@ -68,20 +70,27 @@ void gdata_Delete(CGDataTypeFDD*& descriptor, int whole) {
 }
 
 int gdata_ReadGroupInfo(SCFile::GroupHandle group, CGDataTypeFDD* descriptor) {
-  if (!group || !descriptor) return Fail(SCFile::status_BadArgument, "no group to read, or no descriptor to fill");
+  if (!group || !descriptor)
+    return Fail(SCFile::status_BadArgument, "no group to read, or no descriptor to fill");
   gdata_typeSampleRef samples = descriptor->samples;
-  const int status = ReadRecord(group, *descriptor, *descriptor, [&](const StoredItem& item, std::uint32_t index) {
-    return item.code != sampleBlockCode || ReferToBlock(group, item, index, samples);
-  });
+  const int status =
+      ReadRecord(group, *descriptor, *descriptor, [&](const StoredItem& item, std::uint32_t index) {
+        return item.code != sampleBlockCode || ReferToBlock(group, item, index, samples);
+      });
   if (status == SCFile::status_Ok) descriptor->samples = samples;
   return status;
 }
 
-int gdata_WriteGroupInfo(SCFile::GroupHandle group, const CGDataTypeFDD* base, const CGDataTypeFDD* descriptor, int) {
+int gdata_WriteGroupInfo(SCFile::GroupHandle group,
+                         const CGDataTypeFDD* base,
+                         const CGDataTypeFDD* descriptor,
+                         int) {
   const int status = WriteRecord(group, base, descriptor);
   return status == SCFile::status_Ok ? WriteSamples(*group, base, *descriptor) : status;
 }
 
-int gdata_Duplicate(CGDataTypeFDD* target, const CGDataTypeFDD* source) { return DuplicateRecord(target, source); }
+int gdata_Duplicate(CGDataTypeFDD* target, const CGDataTypeFDD* source) {
+  return DuplicateRecord(target, source);
+}
 
 bool operator==(const CGDataTypeFDD& a, const CGDataTypeFDD& b) { return SameFields(a, b); }

@@ -35,11 +35,14 @@ int VerifyBlock(const gdata_typeSampleRef& block) {
   return SCFile::status_Ok;
 }
 
-/// Copies a block from its file into `group`. Samples that are damaged where they lie are refused: a copy would get good checksums.
+/// Copies a block from its file into `group`. Samples that are damaged where they lie are refused:
+/// a copy would get good checksums.
 int CopyBlock(SCFile::Node& group, const gdata_typeSampleRef& block) {
-  if (const int status = VerifyBlock(block); status != SCFile::status_Ok) return FailWrite(group, status);
+  if (const int status = VerifyBlock(block); status != SCFile::status_Ok)
+    return FailWrite(group, status);
   void* data = nullptr;
-  if (const int status = SCFile::file_BlockMap(block.group, block.item, &data); status != SCFile::status_Ok)
+  if (const int status = SCFile::file_BlockMap(block.group, block.item, &data);
+      status != SCFile::status_Ok)
     return FailWrite(group, status);
   const int status = SCFile::file_BlockWrite(&group, sampleBlockCode, block.size, data);
   const int unmapped = SCFile::file_BlockUnmap(SCFile::file_OfGroup(block.group), data);
@@ -69,7 +72,8 @@ bool ReferToBlock(SCFile::GroupHandle group,
 }
 
 int WriteSamples(SCFile::Node& group, const CGDataTypeFDD* base, const CGDataTypeFDD& record) {
-  if (record.dataPointer && (!base || base->dataPointer != record.dataPointer)) return WriteMemory(group, record);
+  if (record.dataPointer && (!base || base->dataPointer != record.dataPointer))
+    return WriteMemory(group, record);
   if (!base && HasBlock(record)) return CopyBlock(group, record.samples);
   return SCFile::status_Ok;
 }
@@ -81,8 +85,10 @@ using namespace utdata::kvtiff19;
 int gdata_SamplesMap(const CGDataTypeFDD* descriptor, void** data, std::uint64_t* size) {
   if (!descriptor || !data || !size)
     return Fail(SCFile::status_BadArgument, "no descriptor, or nowhere to put its samples");
-  if (!HasBlock(*descriptor)) return Fail(SCFile::status_NotFound, "the data group has no samples on disk");
-  const int status = SCFile::file_BlockMap(descriptor->samples.group, descriptor->samples.item, data);
+  if (!HasBlock(*descriptor))
+    return Fail(SCFile::status_NotFound, "the data group has no samples on disk");
+  const int status =
+      SCFile::file_BlockMap(descriptor->samples.group, descriptor->samples.item, data);
   if (status == SCFile::status_Ok) *size = descriptor->samples.size;
   return status;
 }
@@ -90,12 +96,15 @@ int gdata_SamplesMap(const CGDataTypeFDD* descriptor, void** data, std::uint64_t
 int gdata_SamplesRead(const CGDataTypeFDD* descriptor, std::byte** data, std::uint64_t* size) {
   if (!descriptor || !data || !size)
     return Fail(SCFile::status_BadArgument, "no descriptor, or nowhere to put its samples");
-  if (!HasBlock(*descriptor)) return Fail(SCFile::status_NotFound, "the data group has no samples on disk");
+  if (!HasBlock(*descriptor))
+    return Fail(SCFile::status_NotFound, "the data group has no samples on disk");
   const gdata_typeSampleRef& block = descriptor->samples;
   if (block.size > std::numeric_limits<std::size_t>::max() / 2)
     return Fail(SCFile::status_TooLarge, "the samples do not fit the memory of this process");
-  std::unique_ptr<std::byte[]> bytes(new (std::nothrow) std::byte[static_cast<std::size_t>(block.size)]);
-  if (!bytes) return Fail(SCFile::status_TooLarge, "the samples do not fit the memory of this process");
+  std::unique_ptr<std::byte[]> bytes(new (std::nothrow)
+                                         std::byte[static_cast<std::size_t>(block.size)]);
+  if (!bytes)
+    return Fail(SCFile::status_TooLarge, "the samples do not fit the memory of this process");
   const int status = SCFile::file_BlockRead(block.group, block.item, 0, block.size, bytes.get());
   if (status != SCFile::status_Ok) return status;
   *data = bytes.release();

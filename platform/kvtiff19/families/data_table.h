@@ -1,5 +1,6 @@
-// The field table of data groups. Where the samples are is told by the group's block item, which is not a field; the data pointer, its
-// size and the group handle are of this process only and are not stored.
+// The field table of data groups. Where the samples are is told by the group's block item, which is
+// not a field; the data pointer, its size and the group handle are of this process only and are not
+// stored.
 #pragma once
 
 #include "platform/kvtiff19/families/field_table.h"
@@ -16,8 +17,10 @@ struct FieldTable<CGDataTypeFDD> {
       UTDATA_KEY(
           1,
           dataClass,
-          "1 A-scan, 10 merged, 11 processed; C-scan: 2 amplitude, 3 position, 12 first position, 13 last position, "
-          "14 thickness, 15 statistic, 17 angle; eddy current: 5 X, 6 Y; 7 analog, 8 scaled, 9 counter; "
+          "1 A-scan, 10 merged, 11 processed; C-scan: 2 amplitude, 3 position, 12 first position, "
+          "13 last position, "
+          "14 thickness, 15 statistic, 17 angle; eddy current: 5 X, 6 Y; 7 analog, 8 scaled, 9 "
+          "counter; "
           "2000 beam simulation; 2001 advanced view; plus 0x8000 for a multi-channel master"),
       UTDATA_FIELD(2, dataName, ""),
       UTDATA_FIELD(3, dataNameText, "second line of the name"),
@@ -60,18 +63,24 @@ struct FieldTable<CGDataTypeFDD> {
       UTDATA_FIELD(40, geometryKind, "16 to 19: circular"),
       UTDATA_FIELD(41, cellSize, "bytes of one cell"),
       UTDATA_FIELD(42, sampleSize, "bytes per sample"),
-      UTDATA_FIELD(43, fileFormat, "bits: 0x1 re-typed from offset binary, 0x100 low four bits carry no amplitude"),
-      UTDATA_FIELD(
-          44,
-          storageMode,
-          "0 cell after cell, 1 one 32-bit offset per cell from the block's start (0: no samples), then the cells"),
+      UTDATA_FIELD(43,
+                   fileFormat,
+                   "bits: 0x1 re-typed from offset binary, 0x100 low four bits carry no amplitude"),
+      UTDATA_FIELD(44,
+                   storageMode,
+                   "0 cell after cell, 1 one 32-bit offset per cell from the block's start (0: no "
+                   "samples), then the cells"),
       UTDATA_FIELD(45, byteSwap, "non-zero: samples are stored most significant byte first"),
       UTDATA_FIELD(46, unitSystem, "0 metric, 1 imperial"),
-      UTDATA_FIELD(47, m_dataType, "2 signed 8-bit, 3 unsigned 8-bit, 4 signed 16-bit, 5 unsigned 16-bit"),
+      UTDATA_FIELD(47,
+                   m_dataType,
+                   "2 signed 8-bit, 3 unsigned 8-bit, 4 signed 16-bit, 5 unsigned 16-bit"),
       UTDATA_FIELD(48, m_rectification, "0 none, 1 positive, 2 negative, 3 full wave"),
       UTDATA_FIELD(49, m_dataScale, "0 linear, 1 logarithmic"),
       UTDATA_FIELD(50, m_dataUnits, "as the column units"),
-      UTDATA_KEY(51, m_bookmarkType, "0 none, 1 multi-channel, 2 single, 3 TOFD, 10 coupling, 17 multi-channel TOFD"),
+      UTDATA_KEY(51,
+                 m_bookmarkType,
+                 "0 none, 1 multi-channel, 2 single, 3 TOFD, 10 coupling, 17 multi-channel TOFD"),
       UTDATA_KEY(52, m_patchId, ""),
       UTDATA_FIELD(53, m_maxPatchId, ""),
       UTDATA_FIELD(54, m_patchName, "")};

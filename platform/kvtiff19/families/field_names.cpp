@@ -46,7 +46,8 @@ std::string file_FieldName(std::uint32_t typeCode, std::uint32_t itemCode) {
     ForEachField<Record>([&](const auto& field) {
       if (field.code == itemCode) name = field.name.substr(field.name.starts_with("m_") ? 2 : 0);
     });
-    if (std::is_same_v<Record, CGDataTypeFDD> && itemCode == utdata::kvtiff19::sampleBlockCode) name = "samples";
+    if (std::is_same_v<Record, CGDataTypeFDD> && itemCode == utdata::kvtiff19::sampleBlockCode)
+      name = "samples";
   });
   return name;
 }

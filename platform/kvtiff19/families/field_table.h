@@ -1,5 +1,6 @@
-// A group descriptor as one table of its fields. FieldTable<Record> is specialised per descriptor and holds `fields`, a tuple of rows
-// in the order in which they are stored; everything a family does comes from it.
+// A group descriptor as one table of its fields. FieldTable<Record> is specialised per descriptor
+// and holds `fields`, a tuple of rows in the order in which they are stored; everything a family
+// does comes from it.
 #pragma once
 
 #include <array>
@@ -36,7 +37,8 @@ struct Field {
 
   [[nodiscard]] constexpr ItemRule Rule() const {
     constexpr ValueShape shape = Codec::shape;
-    return {code, shape.type, shape.minCount, shape.maxCount, shape.multipleOf, shape.maxCharacters};
+    return {
+        code, shape.type, shape.minCount, shape.maxCount, shape.multipleOf, shape.maxCharacters};
   }
 };
 
@@ -51,9 +53,11 @@ constexpr Field<Owner, Type> MakeField(std::uint16_t code,
 
 /// Rows of the table of `Record`, named so inside a specialisation of FieldTable.
 #define UTDATA_FIELD(code, member, note) \
-  ::utdata::kvtiff19::MakeField(code, ::utdata::kvtiff19::FieldRole::Value, &Record::member, #member, note)
+  ::utdata::kvtiff19::MakeField(         \
+      code, ::utdata::kvtiff19::FieldRole::Value, &Record::member, #member, note)
 #define UTDATA_KEY(code, member, note) \
-  ::utdata::kvtiff19::MakeField(code, ::utdata::kvtiff19::FieldRole::Key, &Record::member, #member, note)
+  ::utdata::kvtiff19::MakeField(       \
+      code, ::utdata::kvtiff19::FieldRole::Key, &Record::member, #member, note)
 
 template <class Record>
 inline constexpr std::size_t fieldCount = std::tuple_size_v<decltype(FieldTable<Record>::fields)>;
@@ -97,8 +101,9 @@ template <class Record, std::size_t quantity>
 inline constexpr bool hasMembers = TakesMembers<Record>(std::make_index_sequence<quantity>{}) &&
                                    !TakesMembers<Record>(std::make_index_sequence<quantity + 1>{});
 
-/// A record with a member that its table misses would lose it on writing. Of the members, only `group` is not stored. The data group's
-/// record is a class with private members and is checked member by member in its test.
+/// A record with a member that its table misses would lose it on writing. Of the members, only
+/// `group` is not stored. The data group's record is a class with private members and is checked
+/// member by member in its test.
 template <class Record>
 constexpr bool CoversRecord() {
   if constexpr (std::is_aggregate_v<Record>)

@@ -38,21 +38,25 @@ constexpr auto allRules = [] {
   std::size_t count = 0;
   const auto add = [&]<class Record>(const GroupType<Record>& type) {
     static_assert(rules<Record>.size() <= maxRules);
-    for (const std::uint32_t code : {type.primary, type.modifier}) all[count++] = {code, rules<Record>};
+    for (const std::uint32_t code : {type.primary, type.modifier})
+      all[count++] = {code, rules<Record>};
   };
   std::apply([&](const auto&... type) { (add(type), ...); }, groupTypes);
-  std::sort(all.begin(), all.end(), [](const TypeRules& a, const TypeRules& b) { return a.code < b.code; });
+  std::sort(all.begin(), all.end(), [](const TypeRules& a, const TypeRules& b) {
+    return a.code < b.code;
+  });
   return all;
 }();
 
 }  // namespace
 
 std::span<const ItemRule> RulesOfGroupType(std::uint32_t typeCode) {
-  const auto found =
-      std::lower_bound(allRules.begin(), allRules.end(), typeCode, [](const TypeRules& type, std::uint32_t code) {
+  const auto found = std::lower_bound(
+      allRules.begin(), allRules.end(), typeCode, [](const TypeRules& type, std::uint32_t code) {
         return type.code < code;
       });
-  return found != allRules.end() && found->code == typeCode ? found->items : std::span<const ItemRule>();
+  return found != allRules.end() && found->code == typeCode ? found->items
+                                                            : std::span<const ItemRule>();
 }
 
 }  // namespace utdata::kvtiff19

@@ -40,35 +40,37 @@ struct FieldTable<CGProbeTypeDescr> {
 template <>
 struct FieldTable<CGPatchTypeDescr> {
   using Record = CGPatchTypeDescr;
-  static constexpr std::tuple fields = {UTDATA_KEY(1, patchId, ""),
-                                        UTDATA_FIELD(2, name, ""),
-                                        UTDATA_FIELD(3, firstColumn, ""),
-                                        UTDATA_FIELD(4, firstRow, ""),
-                                        UTDATA_FIELD(5, columnQuantity, ""),
-                                        UTDATA_FIELD(6, rowQuantity, ""),
-                                        UTDATA_FIELD(7, columnResolution, "m or degrees per cell"),
-                                        UTDATA_FIELD(8, rowResolution, "m or degrees per cell"),
-                                        UTDATA_FIELD(9, columnOffset, "m or degrees"),
-                                        UTDATA_FIELD(10, rowOffset, "m or degrees"),
-                                        UTDATA_FIELD(11, columnUnits, "0 none, 1 s, 2 m, 3 degrees, 4 %, 5 dB, 6 V"),
-                                        UTDATA_FIELD(12, rowUnits, "0 none, 1 s, 2 m, 3 degrees, 4 %, 5 dB, 6 V"),
-                                        UTDATA_FIELD(13, rotation, "of the grid on the part, degrees"),
-                                        UTDATA_FIELD(14, scanSpeed, "m/s")};
+  static constexpr std::tuple fields = {
+      UTDATA_KEY(1, patchId, ""),
+      UTDATA_FIELD(2, name, ""),
+      UTDATA_FIELD(3, firstColumn, ""),
+      UTDATA_FIELD(4, firstRow, ""),
+      UTDATA_FIELD(5, columnQuantity, ""),
+      UTDATA_FIELD(6, rowQuantity, ""),
+      UTDATA_FIELD(7, columnResolution, "m or degrees per cell"),
+      UTDATA_FIELD(8, rowResolution, "m or degrees per cell"),
+      UTDATA_FIELD(9, columnOffset, "m or degrees"),
+      UTDATA_FIELD(10, rowOffset, "m or degrees"),
+      UTDATA_FIELD(11, columnUnits, "0 none, 1 s, 2 m, 3 degrees, 4 %, 5 dB, 6 V"),
+      UTDATA_FIELD(12, rowUnits, "0 none, 1 s, 2 m, 3 degrees, 4 %, 5 dB, 6 V"),
+      UTDATA_FIELD(13, rotation, "of the grid on the part, degrees"),
+      UTDATA_FIELD(14, scanSpeed, "m/s")};
 };
 
 template <>
 struct FieldTable<CGRefadjTypeDescr> {
   using Record = CGRefadjTypeDescr;
-  static constexpr std::tuple fields = {UTDATA_KEY(1, adjustmentId, ""),
-                                        UTDATA_FIELD(2, name, ""),
-                                        UTDATA_FIELD(3, channelId, ""),
-                                        UTDATA_FIELD(4, columnOffset, "m or degrees"),
-                                        UTDATA_FIELD(5, rowOffset, "m or degrees"),
-                                        UTDATA_FIELD(6, sampleOffset, "s"),
-                                        UTDATA_FIELD(7, gainOffset, "dB"),
-                                        UTDATA_FIELD(8, referenceAmplitude, "percent"),
-                                        UTDATA_FIELD(9, referencePath, "sound path of the reflector, m"),
-                                        UTDATA_FIELD(10, reflector, "")};
+  static constexpr std::tuple fields = {
+      UTDATA_KEY(1, adjustmentId, ""),
+      UTDATA_FIELD(2, name, ""),
+      UTDATA_FIELD(3, channelId, ""),
+      UTDATA_FIELD(4, columnOffset, "m or degrees"),
+      UTDATA_FIELD(5, rowOffset, "m or degrees"),
+      UTDATA_FIELD(6, sampleOffset, "s"),
+      UTDATA_FIELD(7, gainOffset, "dB"),
+      UTDATA_FIELD(8, referenceAmplitude, "percent"),
+      UTDATA_FIELD(9, referencePath, "sound path of the reflector, m"),
+      UTDATA_FIELD(10, reflector, "")};
 };
 
 }  // namespace utdata::kvtiff19

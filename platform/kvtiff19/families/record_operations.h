@@ -1,5 +1,5 @@
-// The operations of a family, each generated from its field table. The functions at the boundary are defined with the macros at the
-// end; none of them throws.
+// The operations of a family, each generated from its field table. The functions at the boundary
+// are defined with the macros at the end; none of them throws.
 #pragma once
 
 #include <bitset>
@@ -11,15 +11,18 @@
 
 namespace utdata::kvtiff19 {
 
-/// Reads the items of one group into a record. Items come in the order of the table as a rule, so that one pass over the table takes
-/// them all; whatever order they have, each pass takes or skips one at least.
+/// Reads the items of one group into a record. Items come in the order of the table as a rule, so
+/// that one pass over the table takes them all; whatever order they have, each pass takes or skips
+/// one at least.
 template <class Record>
 class RecordReader {
  public:
-  RecordReader(const SCFile::Node& group, Record& record) : m_walk(group), m_record(record) { Advance(); }
+  RecordReader(const SCFile::Node& group, Record& record) : m_walk(group), m_record(record) {
+    Advance();
+  }
 
-  /// Calls `other` with the item and its index for each item whose code is no field's. False when an item does not fit its field or
-  /// a field comes twice.
+  /// Calls `other` with the item and its index for each item whose code is no field's. False when
+  /// an item does not fit its field or a field comes twice.
   template <class Other>
   bool Read(Other&& other) {
     while (m_more && m_good) {
@@ -50,8 +53,9 @@ class RecordReader {
     using Codec = typename std::remove_cvref_t<decltype(field)>::Codec;
     static constexpr ValueShape shape = Codec::shape;
     if (!m_more || m_item.code != field.code || !m_good) return;
-    m_good = m_item.type == shape.type && m_item.count >= shape.minCount && m_item.count <= shape.maxCount &&
-             m_item.count % shape.multipleOf == 0 && !m_seen[index] && Codec::Decode(m_item, m_record.*field.member);
+    m_good = m_item.type == shape.type && m_item.count >= shape.minCount &&
+             m_item.count <= shape.maxCount && m_item.count % shape.multipleOf == 0 &&
+             !m_seen[index] && Codec::Decode(m_item, m_record.*field.member);
     m_seen[index] = true;
     Advance();
   }
@@ -65,7 +69,8 @@ class RecordReader {
   bool m_good = true;
 };
 
-/// Runs an operation that may run out of memory; `marked` is the file that must then not be committed, or null.
+/// Runs an operation that may run out of memory; `marked` is the file that must then not be
+/// committed, or null.
 template <class Operation>
 int Guarded(SCFile::Node* marked, Operation&& operation) noexcept {
   try {
@@ -76,7 +81,9 @@ int Guarded(SCFile::Node* marked, Operation&& operation) noexcept {
   }
 }
 
-inline void SetGroup(CGDataTypeFDD& record, SCFile::GroupHandle group) { record.SetGroupHandle(group); }
+inline void SetGroup(CGDataTypeFDD& record, SCFile::GroupHandle group) {
+  record.SetGroupHandle(group);
+}
 template <class Record>
 void SetGroup(Record& record, SCFile::GroupHandle group) {
   record.group = group;
@@ -95,9 +102,11 @@ int ReadRecord(SCFile::GroupHandle group, Record next, Record& descriptor, Other
 /// As ReadRecord, over a copy of the descriptor, and skips what is no field's.
 template <class Record>
 int ReadRecordOver(SCFile::GroupHandle group, Record* descriptor) noexcept {
-  if (!group || !descriptor) return Fail(SCFile::status_BadArgument, "no group to read, or no descriptor to fill");
+  if (!group || !descriptor)
+    return Fail(SCFile::status_BadArgument, "no group to read, or no descriptor to fill");
   return Guarded(nullptr, [&] {
-    return ReadRecord(group, *descriptor, *descriptor, [](const StoredItem&, std::uint32_t) { return true; });
+    return ReadRecord(
+        group, *descriptor, *descriptor, [](const StoredItem&, std::uint32_t) { return true; });
   });
 }
 
@@ -108,9 +117,15 @@ int WriteField(SCFile::Node& group, const Row& field, const Record& record, std:
   if (!value || value->count > anyCount) {
     const int status = value ? SCFile::status_TooLarge : SCFile::status_BadText;
     MarkFailed(group, status);
-    return Fail(status, "field " + std::string(field.name) + (value ? " has too many elements" : " is not a text"));
+    return Fail(
+        status,
+        "field " + std::string(field.name) + (value ? " has too many elements" : " is not a text"));
   }
-  return AppendItem(group, field.code, Row::Codec::shape.type, static_cast<std::uint32_t>(value->count), value->data);
+  return AppendItem(group,
+                    field.code,
+                    Row::Codec::shape.type,
+                    static_cast<std::uint32_t>(value->count),
+                    value->data);
 }
 
 /// Writes every field, or with a base the keys and what differs from it; the first failure ends it.
@@ -121,7 +136,9 @@ int WriteFields(SCFile::Node& group, const Record* base, const Record& descripto
   ForEachField<Record>([&](const auto& field) {
     using Codec = typename std::remove_cvref_t<decltype(field)>::Codec;
     if (status != SCFile::status_Ok) return;
-    if (base && field.role != FieldRole::Key && Codec::Same(base->*field.member, descriptor.*field.member)) return;
+    if (base && field.role != FieldRole::Key &&
+        Codec::Same(base->*field.member, descriptor.*field.member))
+      return;
     status = WriteField(group, field, descriptor, scratch);
   });
   return status;
@@ -149,8 +166,9 @@ bool SameFields(const Record& a, const Record& b) {
 
 template <class Record>
 void EmptyFields(Record& record) {
-  ForEachField<Record>(
-      [&](const auto& field) { std::remove_cvref_t<decltype(field)>::Codec::Empty(record.*field.member); });
+  ForEachField<Record>([&](const auto& field) {
+    std::remove_cvref_t<decltype(field)>::Codec::Empty(record.*field.member);
+  });
 }
 
 /// A new record, named where it has a name; null when there is no memory.
@@ -176,7 +194,8 @@ void DeleteRecord(Record* descriptor, int whole) {
 
 template <class Record>
 int DuplicateRecord(Record* target, const Record* source) noexcept {
-  if (!target || !source) return Fail(SCFile::status_BadArgument, "no descriptor to copy, or none to copy to");
+  if (!target || !source)
+    return Fail(SCFile::status_BadArgument, "no descriptor to copy, or none to copy to");
   return Guarded(nullptr, [&] {
     *target = Record(*source);
     return SCFile::status_Ok;
@@ -192,25 +211,32 @@ int InitFamily(Callback... callback) {
 
 }  // namespace utdata::kvtiff19
 
-/// Defines what every family but the data groups has; READ and DUPLICATE are for those that have them in this form.
-#define UTDATA_DEFINE_FAMILY(prefix, Descriptor)                                                                 \
-  static_assert(utdata::kvtiff19::IsWellFormedTable<Descriptor>());                                              \
-  static_assert(utdata::kvtiff19::CoversRecord<Descriptor>(), "a member of the record is missing in its table"); \
-  int prefix##_Init(SCFile::LockCallback lock,                                                                   \
-                    SCFile::LockCallback unlock,                                                                 \
-                    SCFile::AllocCallback alloc,                                                                 \
-                    SCFile::FreeCallback free,                                                                   \
-                    SCFile::ErrorCallback error) {                                                               \
-    return utdata::kvtiff19::InitFamily(lock, unlock, alloc, free, error);                                       \
-  }                                                                                                              \
-  Descriptor* prefix##_Allocate(int, const wchar_t* name) {                                                      \
-    return utdata::kvtiff19::AllocateRecord<Descriptor>(name);                                                   \
-  }                                                                                                              \
-  void prefix##_Delete(Descriptor* descriptor, int whole) { utdata::kvtiff19::DeleteRecord(descriptor, whole); } \
-  int prefix##_WriteGroupInfo(SCFile::GroupHandle group, const Descriptor* base, const Descriptor* descriptor) { \
-    return utdata::kvtiff19::WriteRecord(group, base, descriptor);                                               \
-  }                                                                                                              \
-  bool operator==(const Descriptor& a, const Descriptor& b) { return utdata::kvtiff19::SameFields(a, b); }
+/// Defines what every family but the data groups has; READ and DUPLICATE are for those that have
+/// them in this form.
+#define UTDATA_DEFINE_FAMILY(prefix, Descriptor)                                         \
+  static_assert(utdata::kvtiff19::IsWellFormedTable<Descriptor>());                      \
+  static_assert(utdata::kvtiff19::CoversRecord<Descriptor>(),                            \
+                "a member of the record is missing in its table");                       \
+  int prefix##_Init(SCFile::LockCallback lock,                                           \
+                    SCFile::LockCallback unlock,                                         \
+                    SCFile::AllocCallback alloc,                                         \
+                    SCFile::FreeCallback free,                                           \
+                    SCFile::ErrorCallback error) {                                       \
+    return utdata::kvtiff19::InitFamily(lock, unlock, alloc, free, error);               \
+  }                                                                                      \
+  Descriptor* prefix##_Allocate(int, const wchar_t* name) {                              \
+    return utdata::kvtiff19::AllocateRecord<Descriptor>(name);                           \
+  }                                                                                      \
+  void prefix##_Delete(Descriptor* descriptor, int whole) {                              \
+    utdata::kvtiff19::DeleteRecord(descriptor, whole);                                   \
+  }                                                                                      \
+  int prefix##_WriteGroupInfo(                                                           \
+      SCFile::GroupHandle group, const Descriptor* base, const Descriptor* descriptor) { \
+    return utdata::kvtiff19::WriteRecord(group, base, descriptor);                       \
+  }                                                                                      \
+  bool operator==(const Descriptor& a, const Descriptor& b) {                            \
+    return utdata::kvtiff19::SameFields(a, b);                                           \
+  }
 #define UTDATA_DEFINE_FAMILY_READ(prefix, Descriptor)                             \
   int prefix##_ReadGroupInfo(SCFile::GroupHandle group, Descriptor* descriptor) { \
     return utdata::kvtiff19::ReadRecordOver(group, descriptor);                   \

@@ -1,4 +1,5 @@
-// The inspection's general information, and its specimen's dimensions, information, material and definition.
+// The inspection's general information, and its specimen's dimensions, information, material and
+// definition.
 #include "platform/kvtiff19/families/record_operations.h"
 #include "platform/kvtiff19/families/specimen_tables.h"
 

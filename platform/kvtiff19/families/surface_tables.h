@@ -43,12 +43,13 @@ struct FieldTable<CGContourTypeDescr> {
 template <>
 struct FieldTable<CGMeshTypeDescr> {
   using Record = CGMeshTypeDescr;
-  static constexpr std::tuple fields = {UTDATA_FIELD(1, meshId, ""),
-                                        UTDATA_FIELD(2, name, ""),
-                                        UTDATA_FIELD(3, units, "0 none, 1 s, 2 m, 3 degrees, 4 %, 5 dB, 6 V"),
-                                        UTDATA_FIELD(4, vertices, "(x, y, z), in `units`"),
-                                        UTDATA_FIELD(5, normals, "one per vertex, or none"),
-                                        UTDATA_FIELD(6, triangles, "vertex indices from 0")};
+  static constexpr std::tuple fields = {
+      UTDATA_FIELD(1, meshId, ""),
+      UTDATA_FIELD(2, name, ""),
+      UTDATA_FIELD(3, units, "0 none, 1 s, 2 m, 3 degrees, 4 %, 5 dB, 6 V"),
+      UTDATA_FIELD(4, vertices, "(x, y, z), in `units`"),
+      UTDATA_FIELD(5, normals, "one per vertex, or none"),
+      UTDATA_FIELD(6, triangles, "vertex indices from 0")};
 };
 
 }  // namespace utdata::kvtiff19

@@ -1,5 +1,6 @@
-// How a member of a group descriptor is stored as one item: its value type, how many elements it may have, and both directions. Stored
-// values are little-endian whatever the machine; floats keep every bit.
+// How a member of a group descriptor is stored as one item: its value type, how many elements it
+// may have, and both directions. Stored values are little-endian whatever the machine; floats keep
+// every bit.
 #pragma once
 
 #include <algorithm>
@@ -34,7 +35,8 @@ struct ValueShape {
   std::uint32_t maxCharacters = 0;
 };
 
-/// A value ready to be appended; `data` points at the member itself or into the scratch that was handed in.
+/// A value ready to be appended; `data` points at the member itself or into the scratch that was
+/// handed in.
 struct EncodedValue {
   std::span<const std::byte> data;
   std::size_t count;
@@ -44,7 +46,8 @@ struct EncodedValue {
 template <class Number>
 struct NumberType;
 template <>
-struct NumberType<std::uint32_t> : std::integral_constant<SCFile::ValueType, SCFile::value_UInt32> {};
+struct NumberType<std::uint32_t> : std::integral_constant<SCFile::ValueType, SCFile::value_UInt32> {
+};
 template <>
 struct NumberType<std::int32_t> : std::integral_constant<SCFile::ValueType, SCFile::value_Int32> {};
 template <>
@@ -64,7 +67,8 @@ void CopyLittleEndian(std::byte* to, const std::byte* from, std::size_t count) {
   if constexpr (std::endian::native == std::endian::little) {
     if (count) std::memcpy(to, from, count * sizeof(Number));
   } else {
-    for (std::size_t index = 0; index < count; ++index, to += sizeof(Number), from += sizeof(Number))
+    for (std::size_t index = 0; index < count;
+         ++index, to += sizeof(Number), from += sizeof(Number))
       std::reverse_copy(from, from + sizeof(Number), to);
   }
 }
@@ -92,8 +96,10 @@ inline std::optional<EncodedValue> EncodeText(std::wstring_view text, std::strin
 
 /// For each kind of member:
 ///   shape                    what its item looks like
-///   Encode(member, scratch)  its stored form; nothing when a text holds something that is not a character
-///   Decode(item, member)     REQUIRES: the item has that shape. False when the value is not one of the member's; may throw bad_alloc
+///   Encode(member, scratch)  its stored form; nothing when a text holds something that is not a
+/// character
+///   Decode(item, member)     REQUIRES: the item has that shape. False when the value is not one of
+/// the member's; may throw bad_alloc
 ///   Same(a, b)               whether both have the same stored form
 ///   Empty(member)            removes what has a length of its own
 template <class Member>
@@ -125,14 +131,17 @@ requires(!std::is_same_v<Number, wchar_t>) struct ValueCodec<Number[size]> {
     CopyLittleEndian<Number>(reinterpret_cast<std::byte*>(member), item.data.data(), size);
     return true;
   }
-  static bool Same(const Number (&a)[size], const Number (&b)[size]) { return std::memcmp(a, b, sizeof a) == 0; }
+  static bool Same(const Number (&a)[size], const Number (&b)[size]) {
+    return std::memcmp(a, b, sizeof a) == 0;
+  }
   static void Empty(Number (&)[size]) {}
 };
 
 template <class Number, std::size_t size>
 struct ValueCodec<std::array<Number, size>> {
   static constexpr ValueShape shape{NumberType<Number>::value, size, size};
-  static std::optional<EncodedValue> Encode(const std::array<Number, size>& member, std::string& scratch) {
+  static std::optional<EncodedValue> Encode(const std::array<Number, size>& member,
+                                            std::string& scratch) {
     return EncodeNumbers(member.data(), size, scratch);
   }
   static bool Decode(const StoredItem& item, std::array<Number, size>& member) {
@@ -165,16 +174,20 @@ struct ValueCodec<std::vector<Element>> {
   static_assert(sizeof(Element) == parts * sizeof(Number));
 
   static constexpr ValueShape shape{NumberType<Number>::value, 0, anyCount, parts};
-  static std::optional<EncodedValue> Encode(const std::vector<Element>& member, std::string& scratch) {
-    return EncodeNumbers(reinterpret_cast<const Number*>(member.data()), member.size() * parts, scratch);
+  static std::optional<EncodedValue> Encode(const std::vector<Element>& member,
+                                            std::string& scratch) {
+    return EncodeNumbers(
+        reinterpret_cast<const Number*>(member.data()), member.size() * parts, scratch);
   }
   static bool Decode(const StoredItem& item, std::vector<Element>& member) {
     member.resize(item.count / parts);
-    CopyLittleEndian<Number>(reinterpret_cast<std::byte*>(member.data()), item.data.data(), item.count);
+    CopyLittleEndian<Number>(
+        reinterpret_cast<std::byte*>(member.data()), item.data.data(), item.count);
     return true;
   }
   static bool Same(const std::vector<Element>& a, const std::vector<Element>& b) {
-    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Element)) == 0);
+    return a.size() == b.size() &&
+           (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Element)) == 0);
   }
   static void Empty(std::vector<Element>& member) { member.clear(); }
 };
@@ -212,12 +225,15 @@ struct ValueCodec<wchar_t[size]> {
   }
   static bool Decode(const StoredItem& item, wchar_t (&member)[size]) {
     const std::optional<std::size_t> length = WideLength(TextOf(item));
-    if (!length || *length >= size || TextOf(item).find('\0') != std::string_view::npos) return false;
+    if (!length || *length >= size || TextOf(item).find('\0') != std::string_view::npos)
+      return false;
     CopyWide(TextOf(item), member);
     std::fill(member + *length, member + size, L'\0');
     return true;
   }
-  static bool Same(const wchar_t (&a)[size], const wchar_t (&b)[size]) { return View(a) == View(b); }
+  static bool Same(const wchar_t (&a)[size], const wchar_t (&b)[size]) {
+    return View(a) == View(b);
+  }
   static void Empty(wchar_t (&member)[size]) { member[0] = L'\0'; }
 };
 

@@ -11,10 +11,12 @@ UTDATA_DEFINE_FAMILY_READ(gweldsp, CGWeldScanPlanDescr)
 UTDATA_DEFINE_FAMILY(gweldFill, CGWeldFillDescr)
 UTDATA_DEFINE_FAMILY_READ(gweldFill, CGWeldFillDescr)
 
-// The weld's id stands first in all three; a fill's second id follows it, a scan plan's leaves one place between.
+// The weld's id stands first in all three; a fill's second id follows it, a scan plan's leaves one
+// place between.
 static_assert(offsetof(CGWeldTypeDescr, weldId) == sizeof(SCFile::GroupHandle));
 static_assert(offsetof(CGWeldScanPlanDescr, weldId) == sizeof(SCFile::GroupHandle));
 static_assert(offsetof(CGWeldScanPlanDescr, planId) ==
               offsetof(CGWeldScanPlanDescr, weldId) + 2 * sizeof(std::uint32_t));
 static_assert(offsetof(CGWeldFillDescr, weldId) == sizeof(SCFile::GroupHandle));
-static_assert(offsetof(CGWeldFillDescr, fillId) == offsetof(CGWeldFillDescr, weldId) + sizeof(std::uint32_t));
+static_assert(offsetof(CGWeldFillDescr, fillId) ==
+              offsetof(CGWeldFillDescr, weldId) + sizeof(std::uint32_t));

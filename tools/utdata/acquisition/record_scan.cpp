@@ -24,11 +24,13 @@ Aurelis::Patch PatchOf(const ScanGrid& grid) {
 /// The A-scans as the instrument delivers them: 4 bytes a sample.
 MemoryAscanPatchBuffer AscansOf(const ScanGrid& grid, std::span<const std::int16_t> samples) {
   const Aurelis::Axis time(static_cast<std::int32_t>(grid.samples), grid.sampleStep);
-  MemoryAscanPatchBuffer buffer(Aurelis::Ultrasound::AscanDataDescriptor(storedBytes, time), PatchOf(grid));
+  MemoryAscanPatchBuffer buffer(Aurelis::Ultrasound::AscanDataDescriptor(storedBytes, time),
+                                PatchOf(grid));
   for (std::uint32_t row = 0; row < grid.rows; ++row) {
     ThrowIfInterrupted();
     for (std::uint32_t column = 0; column < grid.columns; ++column) {
-      const auto ascan = samples.subspan((std::size_t{row} * grid.columns + column) * grid.samples, grid.samples);
+      const auto ascan =
+          samples.subspan((std::size_t{row} * grid.columns + column) * grid.samples, grid.samples);
       buffer.SetAscan(column, row, std::vector<std::int32_t>(ascan.begin(), ascan.end()));
     }
   }
@@ -36,7 +38,8 @@ MemoryAscanPatchBuffer AscansOf(const ScanGrid& grid, std::span<const std::int16
 }
 
 MemoryCscanPatchBuffer ReadingsOf(const ScanGrid& grid, const InstrumentGate& gate) {
-  MemoryCscanPatchBuffer buffer(Aurelis::Ultrasound::CscanDataDescriptor(gate.gateId), PatchOf(grid));
+  MemoryCscanPatchBuffer buffer(Aurelis::Ultrasound::CscanDataDescriptor(gate.gateId),
+                                PatchOf(grid));
   for (std::uint32_t row = 0; row < grid.rows; ++row)
     for (std::uint32_t column = 0; column < grid.columns; ++column) {
       const std::size_t cell = std::size_t{row} * grid.columns + column;
@@ -46,7 +49,8 @@ MemoryCscanPatchBuffer ReadingsOf(const ScanGrid& grid, const InstrumentGate& ga
 }
 
 std::string ReasonOf(std::uint32_t status) {
-  if (status == GDataManager::status_TooLarge) return "the scan is larger than an acquisition file may be";
+  if (status == GDataManager::status_TooLarge)
+    return "the scan is larger than an acquisition file may be";
   if (status == GDataManager::status_DiskTooSmall) return "there is not enough room on the disk";
   return std::system_category().message(static_cast<int>(status));
 }

@@ -28,18 +28,26 @@ const char* SampleLabel(kvt_enumUnits units) {
 }
 
 std::vector<DescribedAxis> AxesOf(const CGDataTypeFDD& group) {
-  const auto axis =
-      [](const char* name, const char* label, kvt_enumUnits units, float first, float step, std::uint32_t quantity) {
-        return DescribedAxis{name, label, UnitName(units), Shortest(first), Shortest(step), quantity};
-      };
-  std::vector<DescribedAxis> axes = {
-      axis("row", "row position", group.rowUnits, group.rowOffset, group.rowResolution, group.rowQuantity),
-      axis("column",
-           "column position",
-           group.columnUnits,
-           group.columnOffset,
-           group.columnResolution,
-           group.columnQuantity)};
+  const auto axis = [](const char* name,
+                       const char* label,
+                       kvt_enumUnits units,
+                       float first,
+                       float step,
+                       std::uint32_t quantity) {
+    return DescribedAxis{name, label, UnitName(units), Shortest(first), Shortest(step), quantity};
+  };
+  std::vector<DescribedAxis> axes = {axis("row",
+                                          "row position",
+                                          group.rowUnits,
+                                          group.rowOffset,
+                                          group.rowResolution,
+                                          group.rowQuantity),
+                                     axis("column",
+                                          "column position",
+                                          group.columnUnits,
+                                          group.columnOffset,
+                                          group.columnResolution,
+                                          group.columnQuantity)};
   if (HasSampleAxis(group))
     axes.push_back(axis("sample",
                         SampleLabel(group.sampleUnits),
@@ -51,8 +59,10 @@ std::vector<DescribedAxis> AxesOf(const CGDataTypeFDD& group) {
 }
 
 DescribedValues ValuesOf(Host& host, const CGDataTypeFDD& group) {
-  DescribedValues values = {
-      ClassName(group), UnitName(group.GetDataUnits()), Shortest(group.dataResolution), Shortest(group.dataOffset)};
+  DescribedValues values = {ClassName(group),
+                            UnitName(group.GetDataUnits()),
+                            Shortest(group.dataResolution),
+                            Shortest(group.dataOffset)};
   if (!HoldsAmplitudes(group) || group.GetDataScale() != gdata_ScaleLinear) return values;
   const GroupAxes axes(host, group);
   const double zero = ZeroOfSamples(group);
@@ -80,9 +90,13 @@ bool IsBigEndian(const CGDataTypeFDD& group) {
   return (descriptor.IsSwapNeeded() != 0) != (std::endian::native == std::endian::big);
 }
 
-std::span<const std::byte> BytesOf(const MappedSamples& samples) { return {samples.Data(), samples.Size()}; }
+std::span<const std::byte> BytesOf(const MappedSamples& samples) {
+  return {samples.Data(), samples.Size()};
+}
 
-void CheckSamples(const DescribedArray& array, const CGDataTypeFDD& group, const std::string& name) {
+void CheckSamples(const DescribedArray& array,
+                  const CGDataTypeFDD& group,
+                  const std::string& name) {
   for (const DescribedAxis& axis : array.axes)
     if (axis.quantity == 0) throw Failure(name, cannotBeExported, "the data group is empty");
   if (!group.samples.group) throw Failure(name, cannotBeExported, "the data group has no samples");
@@ -92,14 +106,17 @@ void CheckSamples(const DescribedArray& array, const CGDataTypeFDD& group, const
 
 /// The sample that stands for no amplitude, as it is stored.
 std::vector<std::byte> ZeroSample(const CGDataTypeFDD& group, std::uint32_t size) {
-  const auto zero = static_cast<std::uint32_t>(static_cast<std::int32_t>(std::floor(ZeroOfSamples(group))));
+  const auto zero =
+      static_cast<std::uint32_t>(static_cast<std::int32_t>(std::floor(ZeroOfSamples(group))));
   std::vector<std::byte> bytes;
-  for (std::uint32_t at = 0; at < size; ++at) bytes.push_back(static_cast<std::byte>(zero >> 8 * at));
+  for (std::uint32_t at = 0; at < size; ++at)
+    bytes.push_back(static_cast<std::byte>(zero >> 8 * at));
   if (IsBigEndian(group)) std::reverse(bytes.begin(), bytes.end());
   return bytes;
 }
 
-/// Puts cells one behind the other; those without samples hold the one that stands for no amplitude.
+/// Puts cells one behind the other; those without samples hold the one that stands for no
+/// amplitude.
 class CellPacker {
  public:
   CellPacker(const CellTable& table, const CGDataTypeFDD& group, std::uint32_t sampleSize)
@@ -147,7 +164,8 @@ DescribedArray DescribeArray(Host& host, const CGDataTypeFDD& group, const std::
   array.values = ValuesOf(host, group);
   array.label = Label(group);
   array.label.erase(array.label.find_last_not_of(' ') + 1);
-  if (group.sampleUnits == kvt_UnitSecond && std::isfinite(group.soundSpeed) && group.soundSpeed > 0)
+  if (group.sampleUnits == kvt_UnitSecond && std::isfinite(group.soundSpeed) &&
+      group.soundSpeed > 0)
     array.halfSoundSpeed = Shortest(group.soundSpeed) / 2;
   return array;
 }
@@ -178,10 +196,11 @@ nlohmann::ordered_json DescriptionJson(const DescribedArray& array,
           {"record", RecordJson(group)}};
 }
 
-void ForEachPiece(const DescribedArray& array,
-                  const CGDataTypeFDD& group,
-                  const std::string& name,
-                  const std::function<void(std::span<const std::byte> piece, std::uint64_t total)>& take) {
+void ForEachPiece(
+    const DescribedArray& array,
+    const CGDataTypeFDD& group,
+    const std::string& name,
+    const std::function<void(std::span<const std::byte> piece, std::uint64_t total)>& take) {
   constexpr std::uint64_t pieceSize = std::uint64_t{4} << 20U;
   const MappedSamples samples(group);
   const CellTable table(group, BytesOf(samples), name);

@@ -1,4 +1,5 @@
-// The samples of a data group as other programs take them: an array with named axes in base units, and a text that tells all of it.
+// The samples of a data group as other programs take them: an array with named axes in base units,
+// and a text that tells all of it.
 #pragma once
 
 #include <cstddef>
@@ -32,14 +33,15 @@ struct DescribedValues {
   double offset = 0;
 };
 
-/// Quantities and spacings of an array, outermost axis first: rows, columns and, for A-scans, samples.
+/// Quantities and spacings of an array, outermost axis first: rows, columns and, for A-scans,
+/// samples.
 struct DescribedArray {
   const SampleType* type = nullptr;
   std::vector<DescribedAxis> axes;
   DescribedValues values;
-  std::string label;  ///< of the data group
-  double halfSoundSpeed =
-      0;  ///< m of depth along the path per s of flight; 0 where it is unknown or the samples are not in time
+  std::string label;          ///< of the data group
+  double halfSoundSpeed = 0;  ///< m of depth along the path per s of flight; 0 where it is unknown
+                              ///< or the samples are not in time
 
   [[nodiscard]] std::vector<std::uint64_t> Shape() const;
 };
@@ -47,8 +49,11 @@ struct DescribedArray {
 /// Whether each cell of the group holds several samples: it is of no class of C-scans.
 [[nodiscard]] bool HasSampleAxis(const CGDataTypeFDD& group);
 
-/// Throws Failure, which begins with `name`, when the group's samples are of no kind that an array has.
-[[nodiscard]] DescribedArray DescribeArray(Host& host, const CGDataTypeFDD& group, const std::string& name);
+/// Throws Failure, which begins with `name`, when the group's samples are of no kind that an array
+/// has.
+[[nodiscard]] DescribedArray DescribeArray(Host& host,
+                                           const CGDataTypeFDD& group,
+                                           const std::string& name);
 
 /// All that an import needs to make the same data group again.
 /// @param holder the file or data set that has the elements
@@ -56,11 +61,13 @@ struct DescribedArray {
                                                      const CGDataTypeFDD& group,
                                                      const std::string& holder);
 
-/// Hands over the samples of a described array in its order, little-endian, a few megabytes at a time; a cell without samples has those of
-/// no amplitude. Throws Failure, which begins with `name`.
-void ForEachPiece(const DescribedArray& array,
-                  const CGDataTypeFDD& group,
-                  const std::string& name,
-                  const std::function<void(std::span<const std::byte> piece, std::uint64_t total)>& take);
+/// Hands over the samples of a described array in its order, little-endian, a few megabytes at a
+/// time; a cell without samples has those of no amplitude. Throws Failure, which begins with
+/// `name`.
+void ForEachPiece(
+    const DescribedArray& array,
+    const CGDataTypeFDD& group,
+    const std::string& name,
+    const std::function<void(std::span<const std::byte> piece, std::uint64_t total)>& take);
 
 }  // namespace utdata::program

@@ -67,11 +67,16 @@ constexpr CodeField codeFields[] = {
      anyId,
      [](auto& record) { return record.channelId; },
      [](auto& record, auto code) { record.channelId = code; }},
-    {"gate", anyId, [](auto& record) { return record.gateId; }, [](auto& record, auto code) { record.gateId = code; }},
+    {"gate",
+     anyId,
+     [](auto& record) { return record.gateId; },
+     [](auto& record, auto code) { record.gateId = code; }},
     {"rectification",
      gdata_RectifFull,
      [](auto& record) -> std::uint32_t { return record.GetDataRectification(); },
-     [](auto& record, auto code) { record.SetDataRectification(static_cast<gdata_enumRectif>(code)); }},
+     [](auto& record, auto code) {
+       record.SetDataRectification(static_cast<gdata_enumRectif>(code));
+     }},
     {"value_scale",
      gdata_ScaleLogarithmic,
      [](auto& record) -> std::uint32_t { return record.GetDataScale(); },
@@ -83,11 +88,15 @@ constexpr CodeField codeFields[] = {
     {"geometry",
      gdata_GeometryCircumferential,
      [](auto& record) -> std::uint32_t { return record.inspectionGeometry; },
-     [](auto& record, auto code) { record.inspectionGeometry = static_cast<gdata_enumInspGeometry>(code); }},
+     [](auto& record, auto code) {
+       record.inspectionGeometry = static_cast<gdata_enumInspGeometry>(code);
+     }},
     {"options",
      gdata_OptionCompressed | gdata_OptionOffsetBinary,
      [](auto& record) -> std::uint32_t { return record.fileFormat; },
-     [](auto& record, auto code) { record.fileFormat = static_cast<gdata_bitmapFileOptions>(code); }},
+     [](auto& record, auto code) {
+       record.fileFormat = static_cast<gdata_bitmapFileOptions>(code);
+     }},
     {"tofd",
      1,
      [](auto& record) { return static_cast<std::uint32_t>(record.tofd); },
@@ -107,9 +116,11 @@ class Reader {
 
   void ReadRecord(const Json& record) {
     for (const NumberField& field : numberFields)
-      if (record.contains(field.name)) m_record.*field.field = Number(record[field.name], field.name);
+      if (record.contains(field.name))
+        m_record.*field.field = Number(record[field.name], field.name);
     for (const CodeField& field : codeFields)
-      if (record.contains(field.name)) field.set(m_record, Whole(record[field.name], field.name, field.largest));
+      if (record.contains(field.name))
+        field.set(m_record, Whole(record[field.name], field.name, field.largest));
     for (const NameField& field : nameFields) {
       const Json name = record.value(field.name, Json(""));
       if (!name.is_string()) Refuse(field.name, "is not a text");
@@ -144,20 +155,23 @@ class Reader {
       float CGDataTypeFDD::*step;
       kvt_enumUnits CGDataTypeFDD::*units;
     };
-    constexpr Fields axes[] = {
-        {"row", ArrayAxis::Row, &CGDataTypeFDD::rowOffset, &CGDataTypeFDD::rowResolution, &CGDataTypeFDD::rowUnits},
-        {"column",
-         ArrayAxis::Column,
-         &CGDataTypeFDD::columnOffset,
-         &CGDataTypeFDD::columnResolution,
-         &CGDataTypeFDD::columnUnits},
-        {"sample",
-         ArrayAxis::Sample,
-         &CGDataTypeFDD::sampleOffset,
-         &CGDataTypeFDD::sampleResolution,
-         &CGDataTypeFDD::sampleUnits}};
-    const auto* found =
-        std::find_if(std::begin(axes), std::end(axes), [&](const Fields& axis) { return name == axis.name; });
+    constexpr Fields axes[] = {{"row",
+                                ArrayAxis::Row,
+                                &CGDataTypeFDD::rowOffset,
+                                &CGDataTypeFDD::rowResolution,
+                                &CGDataTypeFDD::rowUnits},
+                               {"column",
+                                ArrayAxis::Column,
+                                &CGDataTypeFDD::columnOffset,
+                                &CGDataTypeFDD::columnResolution,
+                                &CGDataTypeFDD::columnUnits},
+                               {"sample",
+                                ArrayAxis::Sample,
+                                &CGDataTypeFDD::sampleOffset,
+                                &CGDataTypeFDD::sampleResolution,
+                                &CGDataTypeFDD::sampleUnits}};
+    const auto* found = std::find_if(
+        std::begin(axes), std::end(axes), [&](const Fields& axis) { return name == axis.name; });
     if (found == std::end(axes)) Refuse(name, "is not row, column or sample");
     m_record.*found->first = first;
     m_record.*found->step = step;
@@ -167,15 +181,18 @@ class Reader {
 
   const Unit& UnitOf(const Json& axis, const std::string& called) const {
     const Json name = axis.value("unit", Json(""));
-    const auto* found = std::find_if(
-        std::begin(unitNames), std::end(unitNames), [&](const Unit& unit) { return name == Json(unit.name); });
-    if (found == std::end(unitNames)) Refuse("unit of " + called, "is not m, mm, s, us, ns or degree");
+    const auto* found = std::find_if(std::begin(unitNames),
+                                     std::end(unitNames),
+                                     [&](const Unit& unit) { return name == Json(unit.name); });
+    if (found == std::end(unitNames))
+      Refuse("unit of " + called, "is not m, mm, s, us, ns or degree");
     return *found;
   }
 
   float Number(const Json& value, const std::string& what) const {
     const double number = value.is_number() ? value.get<double>() : std::nan("");
-    if (!(std::abs(number) <= std::numeric_limits<float>::max())) Refuse(what, "is not a number that fits");
+    if (!(std::abs(number) <= std::numeric_limits<float>::max()))
+      Refuse(what, "is not a number that fits");
     return static_cast<float>(number);
   }
 
@@ -198,8 +215,9 @@ void SetName(wchar_t (&field)[CGDataTypeFDD::nameSize], const std::wstring& name
 }
 
 const char* UnitName(kvt_enumUnits units) {
-  const auto* found =
-      std::find_if(std::begin(unitNames), std::end(unitNames), [=](const Unit& unit) { return unit.units == units; });
+  const auto* found = std::find_if(std::begin(unitNames),
+                                   std::end(unitNames),
+                                   [=](const Unit& unit) { return unit.units == units; });
   return found == std::end(unitNames) ? "" : found->name.data();
 }
 
@@ -213,9 +231,11 @@ Json RecordJson(const CGDataTypeFDD& group) {
 
 std::vector<ArrayAxis> ReadDescription(const ForeignArray& array, CGDataTypeFDD& record) {
   const Json description = Json::parse(array.description, nullptr, false);
-  if (!description.is_object() || description.value("format", Json()) != Json(descriptionFormat)) return {};
+  if (!description.is_object() || description.value("format", Json()) != Json(descriptionFormat))
+    return {};
   Reader reader(array.describedBy, record);
-  if (description.value("version", Json()) != Json(descriptionVersion)) reader.Refuse("its version", "is not known");
+  if (description.value("version", Json()) != Json(descriptionVersion))
+    reader.Refuse("its version", "is not known");
   if (description.value("type", Json()) != Json(array.type->name))
     reader.Refuse("its type", std::string("is not the array's, ") + array.type->name);
   const Json axes = description.value("axes", Json());
@@ -226,7 +246,8 @@ std::vector<ArrayAxis> ReadDescription(const ForeignArray& array, CGDataTypeFDD&
   std::vector<ArrayAxis> found;
   for (std::size_t index = 0; index < axes.size(); ++index) {
     const ArrayAxis axis = reader.ReadAxis(axes[index], array.shape[index]);
-    if (std::find(found.begin(), found.end(), axis) != found.end()) reader.Refuse("axes", "bear the same name");
+    if (std::find(found.begin(), found.end(), axis) != found.end())
+      reader.Refuse("axes", "bear the same name");
     found.push_back(axis);
   }
   return found;

@@ -1,4 +1,5 @@
-// The description that travels with an exported array: how it is told, and how an import reads it back into a data group's record.
+// The description that travels with an exported array: how it is told, and how an import reads it
+// back into a data group's record.
 #pragma once
 
 #include <cstdint>
@@ -25,9 +26,11 @@ void SetName(wchar_t (&field)[CGDataTypeFDD::nameSize], const std::wstring& name
 /// What a record says beside its axes, in base units.
 [[nodiscard]] nlohmann::ordered_json RecordJson(const CGDataTypeFDD& group);
 
-/// Reads the description of an array into the record of a new data group and gives the names of the array's axes, first one first;
-/// none when there is no description of this program's making. Throws Failure, which begins with who holds it, when it does not fit the
-/// array or says what cannot be.
-[[nodiscard]] std::vector<ArrayAxis> ReadDescription(const ForeignArray& array, CGDataTypeFDD& record);
+/// Reads the description of an array into the record of a new data group and gives the names of the
+/// array's axes, first one first; none when there is no description of this program's making.
+/// Throws Failure, which begins with who holds it, when it does not fit the array or says what
+/// cannot be.
+[[nodiscard]] std::vector<ArrayAxis> ReadDescription(const ForeignArray& array,
+                                                     CGDataTypeFDD& record);
 
 }  // namespace utdata::program

@@ -20,17 +20,22 @@ namespace utdata::program {
 namespace {
 
 bool EndsWith(std::string text, std::string_view ending) {
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char letter) { return std::tolower(letter); });
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char letter) {
+    return std::tolower(letter);
+  });
   return text.ends_with(ending);
 }
 
-bool IsHdf5Name(const std::string& file) { return EndsWith(file, ".h5") || EndsWith(file, ".hdf5"); }
+bool IsHdf5Name(const std::string& file) {
+  return EndsWith(file, ".h5") || EndsWith(file, ".hdf5");
+}
 
 /// The text of the file that an export leaves beside an array; empty when there is none.
 std::string Beside(const std::string& path) {
   std::unique_ptr<os::File> file;
   std::uint64_t size = 0;
-  if (os::CurrentFileSystem().Open(ToWide(path), os::OpenMode::Read, file) != os::Error::None) return {};
+  if (os::CurrentFileSystem().Open(ToWide(path), os::OpenMode::Read, file) != os::Error::None)
+    return {};
   if (file->Size(size) != os::Error::None || size > largestDescription) return {};
   std::string text(size, 0);
   std::size_t done = 0;
@@ -43,8 +48,13 @@ std::string Beside(const std::string& path) {
 ForeignArray ReadNpy(const std::string& path) {
   NpyHeader header = ReadNpyHeader(path);
   const std::string beside = DescriptionPath(path);
-  return {
-      header.type, header.bigEndian, header.fortranOrder, header.size, std::move(header.shape), Beside(beside), beside};
+  return {header.type,
+          header.bigEndian,
+          header.fortranOrder,
+          header.size,
+          std::move(header.shape),
+          Beside(beside),
+          beside};
 }
 
 }  // namespace
@@ -77,7 +87,9 @@ ForeignArray ReadHeader(const ArrayName& name) {
   return ReadHdf5Header(name.file, name.dataSet);
 }
 
-ArrayLayout LayoutOf(const ForeignArray& array, const std::vector<ArrayAxis>& axes, const std::string& name) {
+ArrayLayout LayoutOf(const ForeignArray& array,
+                     const std::vector<ArrayAxis>& axes,
+                     const std::string& name) {
   ArrayLayout layout;
   layout.shape = {1, 1, 1};
   std::size_t place = layout.axes.size() - axes.size();
@@ -88,7 +100,8 @@ ArrayLayout LayoutOf(const ForeignArray& array, const std::vector<ArrayAxis>& ax
     const std::size_t from = array.fortranOrder ? axes.size() - 1 - index : index;
     const std::uint64_t quantity = array.shape[from];
     if (quantity == 0 || quantity > std::numeric_limits<std::uint32_t>::max())
-      throw Failure(name, "cannot be imported", "an axis has " + std::to_string(quantity) + " elements");
+      throw Failure(
+          name, "cannot be imported", "an axis has " + std::to_string(quantity) + " elements");
     layout.shape[place] = static_cast<std::uint32_t>(quantity);
     layout.axes[place] = axes[from];
   }
@@ -98,10 +111,14 @@ ArrayLayout LayoutOf(const ForeignArray& array, const std::vector<ArrayAxis>& ax
   return layout;
 }
 
-SampleMemory GatherArray(const ArrayName& name, const ArrayLayout& layout, const GatherProgress& progress) {
-  if (name.format == ArrayFormat::Hdf5) return GatherHdf5(name.file, name.dataSet, layout, progress);
+SampleMemory GatherArray(const ArrayName& name,
+                         const ArrayLayout& layout,
+                         const GatherProgress& progress) {
+  if (name.format == ArrayFormat::Hdf5)
+    return GatherHdf5(name.file, name.dataSet, layout, progress);
   const bool isRaw = name.format == ArrayFormat::Raw;
-  const auto source = OpenArrayFile(name.file, layout, isRaw ? "check --shape and --dtype" : "write it again whole");
+  const auto source = OpenArrayFile(
+      name.file, layout, isRaw ? "check --shape and --dtype" : "write it again whole");
   std::uint64_t size = 0;
   if (!layout.Size(size)) throw std::bad_alloc();
   SampleMemory gathered(new std::byte[size], [](std::byte* samples) { delete[] samples; });

@@ -42,8 +42,8 @@ struct ForeignArray {
 /// Reads the header of an .npy or HDF5 array. REQUIRES: not a headerless one. Throws Failure.
 [[nodiscard]] ForeignArray ReadHeader(const ArrayName& name);
 
-/// How the array lies in its file, axes that it lacks with a quantity of 1. Throws Failure, which begins with `name`, when a quantity
-/// does not fit.
+/// How the array lies in its file, axes that it lacks with a quantity of 1. Throws Failure, which
+/// begins with `name`, when a quantity does not fit.
 /// @param axes the names of the axes, first one first; as many as the shape has
 [[nodiscard]] ArrayLayout LayoutOf(const ForeignArray& array,
                                    const std::vector<ArrayAxis>& axes,

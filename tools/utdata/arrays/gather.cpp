@@ -13,8 +13,9 @@ namespace {
 
 constexpr std::uint64_t bufferSize = std::uint64_t{32} << 20U;  ///< bytes read at a time
 
-/// The array as its file has it: `outer` matrices of `samples` x `inner` elements. The scan axes outside the sample axis make up
-/// `outer`, those inside it `inner`, so that outer * inner is the number of cells.
+/// The array as its file has it: `outer` matrices of `samples` x `inner` elements. The scan axes
+/// outside the sample axis make up `outer`, those inside it `inner`, so that outer * inner is the
+/// number of cells.
 struct Matrices {
   std::uint64_t outer = 1;
   std::uint64_t samples = 1;
@@ -40,10 +41,13 @@ struct Matrices {
   }
 
   /// The row-major index of the cell that is the n-th in the file.
-  [[nodiscard]] std::uint64_t Cell(std::uint64_t n) const { return rowFirst ? n : n % rows * columns + n / rows; }
+  [[nodiscard]] std::uint64_t Cell(std::uint64_t n) const {
+    return rowFirst ? n : n % rows * columns + n / rows;
+  }
 };
 
-/// Elements of samples x width, as read; they belong to the cells from the `firstCell`-th of the file on.
+/// Elements of samples x width, as read; they belong to the cells from the `firstCell`-th of the
+/// file on.
 template <class Element>
 void Transpose(std::span<const Element> matrix,
                std::uint64_t width,
@@ -68,10 +72,14 @@ void Transpose(std::span<const Element> matrix,
 template <class Element>
 class Gatherer {
  public:
-  Gatherer(ArraySource& source, const ArrayLayout& layout, const GatherProgress& progress, Element* gathered)
+  Gatherer(ArraySource& source,
+           const ArrayLayout& layout,
+           const GatherProgress& progress,
+           Element* gathered)
       : m_source(source),
         m_array(layout),
-        m_swap(sizeof(Element) == 2 && layout.bigEndian != (std::endian::native == std::endian::big)),
+        m_swap(sizeof(Element) == 2 &&
+               layout.bigEndian != (std::endian::native == std::endian::big)),
         m_progress(progress),
         m_gathered(gathered),
         m_total(m_array.outer * m_array.samples * m_array.inner * sizeof(Element)) {}
@@ -157,8 +165,9 @@ class ArrayFile final : public ArraySource {
     const std::string needed = fits ? std::to_string(expected) : "more than 18446744073709551615";
     throw Failure(m_path,
                   "does not fit the shape",
-                  "the file holds " + std::to_string(size) + " bytes" + (m_start > 0 ? " behind its header, " : ", ") +
-                      std::to_string(shape[0]) + " x " + std::to_string(shape[1]) + " x " + std::to_string(shape[2]) +
+                  "the file holds " + std::to_string(size) + " bytes" +
+                      (m_start > 0 ? " behind its header, " : ", ") + std::to_string(shape[0]) +
+                      " x " + std::to_string(shape[1]) + " x " + std::to_string(shape[2]) +
                       " samples of " + std::to_string(layout.sampleSize) + " bytes are " + needed,
                   advice);
   }
@@ -166,7 +175,8 @@ class ArrayFile final : public ArraySource {
   void Read(std::uint64_t firstElement, std::span<std::byte> bytes) override {
     std::size_t done = 0;
     ThrowOn(m_file->ReadAt(m_start + firstElement * m_sampleSize, bytes, done));
-    if (done != bytes.size()) throw Failure(m_path, "cannot be read", "the file became shorter while it was read");
+    if (done != bytes.size())
+      throw Failure(m_path, "cannot be read", "the file became shorter while it was read");
   }
 
  private:

@@ -19,8 +19,8 @@ struct ArrayLayout {
   std::array<std::uint32_t, 3> shape = {};  ///< quantities, outermost axis first; none is 0
   std::array<ArrayAxis, 3> axes = {};       ///< a permutation, outermost first
   std::uint32_t sampleSize = 2;             ///< bytes: 1 or 2
-  bool bigEndian = false;                   ///< samples of two bytes are stored most significant byte first
-  std::uint64_t start = 0;                  ///< bytes before the array
+  bool bigEndian = false;   ///< samples of two bytes are stored most significant byte first
+  std::uint64_t start = 0;  ///< bytes before the array
 
   [[nodiscard]] std::uint32_t Quantity(ArrayAxis axis) const;
   /// Bytes of the array; false when they do not fit 64 bits.
@@ -42,14 +42,15 @@ class ArraySource {
   virtual void Read(std::uint64_t firstElement, std::span<std::byte> bytes) = 0;
 };
 
-/// The bytes of a file that a layout describes. Throws Failure when it cannot be read or holds more or less.
+/// The bytes of a file that a layout describes. Throws Failure when it cannot be read or holds more
+/// or less.
 /// @param advice what to check when it does not fit
 [[nodiscard]] std::unique_ptr<ArraySource> OpenArrayFile(const std::string& path,
                                                          const ArrayLayout& layout,
                                                          std::string_view advice);
 
-/// Gathers an array into A-scans: cells in row-major order (row outer, column inner), each its samples in order, in the machine's byte
-/// order. Holds a few tens of megabytes beside them.
+/// Gathers an array into A-scans: cells in row-major order (row outer, column inner), each its
+/// samples in order, in the machine's byte order. Holds a few tens of megabytes beside them.
 /// @param gathered as many bytes as the layout has
 void GatherAScans(ArraySource& source,
                   const ArrayLayout& layout,

@@ -87,7 +87,8 @@ class Child {
 }  // namespace
 
 SharedMemory::SharedMemory(std::size_t size) : m_data(nullptr), m_size(size) {
-  void* const mapped = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  void* const mapped = mmap(
+      nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   if (mapped == MAP_FAILED) throw std::bad_alloc();
   m_data = static_cast<std::byte*>(mapped);
 }
@@ -110,7 +111,8 @@ void RunGuarded(const Failure& crashed,
     pause = std::min(pause * 2, std::chrono::microseconds(20000));
   }
   if (child.ExitStatus() == outOfMemory) throw std::bad_alloc();
-  if (child.ExitStatus() == jobFailed && report.failure[0] != 0) throw Failure(report.failure.data(), "", "");
+  if (child.ExitStatus() == jobFailed && report.failure[0] != 0)
+    throw Failure(report.failure.data(), "", "");
   if (child.ExitStatus() != jobDone) throw crashed;
 }
 

@@ -1,4 +1,5 @@
-// Work that a library may not survive: it is done by a child process, so that a crash there is a failure here.
+// Work that a library may not survive: it is done by a child process, so that a crash there is a
+// failure here.
 #pragma once
 
 #include <cstddef>
@@ -27,8 +28,9 @@ class SharedMemory {
   std::size_t m_size;
 };
 
-/// Runs a job in a child process and waits for its end; its results go through SharedMemory and files. A Failure of the job is thrown
-/// here. What it writes to the standard error stream is lost. REQUIRES: one thread.
+/// Runs a job in a child process and waits for its end; its results go through SharedMemory and
+/// files. A Failure of the job is thrown here. What it writes to the standard error stream is lost.
+/// REQUIRES: one thread.
 /// @param crashed  thrown when the child ends in any other way than by its job's end
 /// @param job      told where to tell its own progress
 /// @param progress told here what the job told there; may throw to stop it

@@ -5,7 +5,10 @@
 namespace utdata::program {
 
 void CheckHasHdf5(const std::string& path) {
-  throw Failure(path, "needs HDF5", "this build has none", "build with libhdf5-dev installed, or use .npy files");
+  throw Failure(path,
+                "needs HDF5",
+                "this build has none",
+                "build with libhdf5-dev installed, or use .npy files");
 }
 
 void WriteHdf5(const NewFile& file,
@@ -21,7 +24,10 @@ ForeignArray ReadHdf5Header(const std::string& path, const std::string&) {
   return {};
 }
 
-SampleMemory GatherHdf5(const std::string& path, const std::string&, const ArrayLayout&, const GatherProgress&) {
+SampleMemory GatherHdf5(const std::string& path,
+                        const std::string&,
+                        const ArrayLayout&,
+                        const GatherProgress&) {
   CheckHasHdf5(path);
   return {};
 }

@@ -19,7 +19,8 @@ class Hdf5Handle {
 
   Hdf5Handle() = default;
   Hdf5Handle(hid_t id, Close close) : m_id(id), m_close(close) {}
-  Hdf5Handle(Hdf5Handle&& other) noexcept : m_id(std::exchange(other.m_id, H5I_INVALID_HID)), m_close(other.m_close) {}
+  Hdf5Handle(Hdf5Handle&& other) noexcept
+      : m_id(std::exchange(other.m_id, H5I_INVALID_HID)), m_close(other.m_close) {}
   Hdf5Handle& operator=(Hdf5Handle&& other) noexcept {
     std::swap(m_id, other.m_id);
     std::swap(m_close, other.m_close);
@@ -46,12 +47,16 @@ class Hdf5Handle {
 /// Keeps the library from printing its errors.
 void SilenceHdf5();
 
-/// Calls `block` for each box of elements that together make up `count` of them from `first` on, in their order.
+/// Calls `block` for each box of elements that together make up `count` of them from `first` on, in
+/// their order.
 /// @param shape quantities, outermost axis first
-/// @param block told where the box begins, its extents, and how many elements are in it; false stops, and is the result
-bool ForEachBox(const std::vector<hsize_t>& shape,
-                std::uint64_t first,
-                std::uint64_t count,
-                const std::function<bool(const hsize_t* start, const hsize_t* extent, std::uint64_t elements)>& box);
+/// @param block told where the box begins, its extents, and how many elements are in it; false
+///   stops, and is the result
+bool ForEachBox(
+    const std::vector<hsize_t>& shape,
+    std::uint64_t first,
+    std::uint64_t count,
+    const std::function<bool(const hsize_t* start, const hsize_t* extent, std::uint64_t elements)>&
+        box);
 
 }  // namespace utdata::program

@@ -39,7 +39,8 @@ Failure Crashed(const std::string& path) {
 /// An open data set; every step throws Failure.
 class Reader final : public ArraySource {
  public:
-  Reader(const std::string& path, const std::string& dataSet) : m_path(path), m_name(path + ":" + dataSet) {
+  Reader(const std::string& path, const std::string& dataSet)
+      : m_path(path), m_name(path + ":" + dataSet) {
     SilenceHdf5();
     m_file = {H5Fopen(path.c_str(), H5F_ACC_RDONLY, H5P_DEFAULT), H5Fclose};
     if (m_file < 0) throw Failure(path, "cannot be read", Hdf5Reason());
@@ -53,7 +54,8 @@ class Reader final : public ArraySource {
     if (axes < 0 || m_type < 0 || H5Sget_simple_extent_type(m_space) == H5S_NULL)
       Refuse("its shape or type is not known");
     m_shape.resize(static_cast<std::size_t>(axes));
-    if (axes > 0 && H5Sget_simple_extent_dims(m_space, m_shape.data(), nullptr) < 0) Refuse(Hdf5Reason());
+    if (axes > 0 && H5Sget_simple_extent_dims(m_space, m_shape.data(), nullptr) < 0)
+      Refuse(Hdf5Reason());
   }
 
   /// Refuses what no import takes, before memory is asked for.
@@ -62,7 +64,8 @@ class Reader final : public ArraySource {
     if (creation < 0) Refuse(Hdf5Reason());
     if (H5Pget_layout(creation) == H5D_VIRTUAL || H5Pget_external_count(creation) != 0)
       Refuse("its samples lie in other files");
-    const bool isWhole = H5Tget_class(m_type) == H5T_INTEGER && H5Tget_precision(m_type) == 8 * H5Tget_size(m_type);
+    const bool isWhole =
+        H5Tget_class(m_type) == H5T_INTEGER && H5Tget_precision(m_type) == 8 * H5Tget_size(m_type);
     if (!isWhole || H5Tget_size(m_type) > 2)
       throw Failure(m_name,
                     cannotBeImported,
@@ -93,7 +96,8 @@ class Reader final : public ArraySource {
                      const hsize_t length = elements;
                      const Hdf5Handle memory(H5Screate_simple(1, &length, nullptr), H5Sclose);
                      std::byte* const at = std::exchange(to, to + elements * size);
-                     return H5Sselect_hyperslab(m_space, H5S_SELECT_SET, start, nullptr, extent, nullptr) >= 0 &&
+                     return H5Sselect_hyperslab(
+                                m_space, H5S_SELECT_SET, start, nullptr, extent, nullptr) >= 0 &&
                             H5Dread(m_dataSet, type, memory, m_space, H5P_DEFAULT, at) >= 0;
                    });
     if (!read) throw Failure(m_name, "cannot be read", Hdf5Reason());
@@ -109,7 +113,9 @@ class Reader final : public ArraySource {
   }
 
  private:
-  [[noreturn]] void Refuse(const std::string& why) const { throw Failure(m_name, cannotBeImported, why); }
+  [[noreturn]] void Refuse(const std::string& why) const {
+    throw Failure(m_name, cannotBeImported, why);
+  }
 
   [[nodiscard]] std::string Kind() const {
     const std::string bits = std::to_string(8 * H5Tget_size(m_type)) + "-bit ";
@@ -127,16 +133,18 @@ class Reader final : public ArraySource {
     }
   }
 
-  /// A few bytes may claim an array of any size: no compression makes samples a thousandth as large.
+  /// A few bytes may claim an array of any size: no compression makes samples a thousandth as
+  /// large.
   void CheckExtent() const {
     constexpr std::uint64_t mostCompressed = 1100;
     std::uint64_t size = H5Tget_size(m_type);
     bool fits = true;
-    for (const std::uint64_t quantity : m_shape) fits = fits && !__builtin_mul_overflow(size, quantity, &size);
+    for (const std::uint64_t quantity : m_shape)
+      fits = fits && !__builtin_mul_overflow(size, quantity, &size);
     const std::uint64_t stored = H5Dget_storage_size(m_dataSet);
     if (fits && size / mostCompressed <= stored && (size == 0 || stored > 0)) return;
-    Refuse("its shape claims " + (fits ? std::to_string(size) : "more than 18446744073709551615") + " bytes, and " +
-           std::to_string(stored) + " are stored");
+    Refuse("its shape claims " + (fits ? std::to_string(size) : "more than 18446744073709551615") +
+           " bytes, and " + std::to_string(stored) + " are stored");
   }
 
   /// The text that an export left; empty when there is none.
@@ -176,7 +184,8 @@ ForeignArray ReadHdf5Header(const std::string& path, const std::string& dataSet)
   RunGuarded(Crashed(path), read, [](std::uint64_t, std::uint64_t) {});
   ForeignArray array;
   array.type = FindSampleType(header.sampleSize, header.isSigned);
-  array.shape.assign(header.shape.begin(), header.shape.begin() + static_cast<std::ptrdiff_t>(header.axes));
+  array.shape.assign(header.shape.begin(),
+                     header.shape.begin() + static_cast<std::ptrdiff_t>(header.axes));
   array.description.assign(header.description.data(), header.descriptionSize);
   array.describedBy = path + ":" + dataSet;
   return array;

@@ -1,4 +1,5 @@
-// After a failed write, as on a full disk, the HDF5 library may crash when it closes or ends: writing runs in a child process.
+// After a failed write, as on a full disk, the HDF5 library may crash when it closes or ends:
+// writing runs in a child process.
 #include <hdf5.h>
 #include <hdf5_hl.h>
 
@@ -17,15 +18,21 @@ class Writer {
  public:
   explicit Writer(const NewFile& file) : m_path(file.Path()) {
     SilenceHdf5();
-    m_file = Made(H5Fcreate(file.UnfinishedPath().c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT), H5Fclose);
+    m_file = Made(H5Fcreate(file.UnfinishedPath().c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT),
+                  H5Fclose);
   }
 
   void MakeSamples(const DescribedArray& array) {
     for (const std::uint64_t quantity : array.Shape()) m_shape.push_back(quantity);
     const Hdf5Handle space = Space(m_shape);
-    m_samples =
-        Made(H5Dcreate2(m_file, exportedDataSet, TypeOf(*array.type), space, H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT),
-             H5Dclose);
+    m_samples = Made(H5Dcreate2(m_file,
+                                exportedDataSet,
+                                TypeOf(*array.type),
+                                space,
+                                H5P_DEFAULT,
+                                H5P_DEFAULT,
+                                H5P_DEFAULT),
+                     H5Dclose);
     m_space = Made(H5Dget_space(m_samples), H5Sclose);
     m_type = TypeOf(*array.type);
     m_sampleSize = array.type->size;
@@ -34,8 +41,11 @@ class Writer {
   void Append(std::span<const std::byte> piece) {
     const std::byte* from = piece.data();
     const std::uint64_t count = piece.size() / m_sampleSize;
-    const bool written =
-        ForEachBox(m_shape, m_done, count, [&](const hsize_t* start, const hsize_t* extent, std::uint64_t elements) {
+    const bool written = ForEachBox(
+        m_shape,
+        m_done,
+        count,
+        [&](const hsize_t* start, const hsize_t* extent, std::uint64_t elements) {
           const hsize_t length = elements;
           const Hdf5Handle memory = Space({length});
           Check(H5Sselect_hyperslab(m_space, H5S_SELECT_SET, start, nullptr, extent, nullptr));
@@ -60,8 +70,9 @@ class Writer {
     for (std::size_t index = 0; index < values.size(); ++index)
       values[index] = axis.first + static_cast<double>(index) * axis.step;
     const Hdf5Handle space = Space({values.size()});
-    const Hdf5Handle scale =
-        Made(H5Dcreate2(m_file, axis.name, H5T_IEEE_F64LE, space, H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT), H5Dclose);
+    const Hdf5Handle scale = Made(
+        H5Dcreate2(m_file, axis.name, H5T_IEEE_F64LE, space, H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT),
+        H5Dclose);
     Check(H5Dwrite(scale, H5T_NATIVE_DOUBLE, H5S_ALL, H5S_ALL, H5P_DEFAULT, values.data()));
     Text(scale, "long_name", axis.label);
     Text(scale, "units", axis.unit);
@@ -107,7 +118,8 @@ class Writer {
 
   void Attribute(hid_t object, const char* name, hid_t type, hid_t memoryType, const void* value) {
     const Hdf5Handle space = Made(H5Screate(H5S_SCALAR), H5Sclose);
-    const Hdf5Handle attribute = Made(H5Acreate2(object, name, type, space, H5P_DEFAULT, H5P_DEFAULT), H5Aclose);
+    const Hdf5Handle attribute =
+        Made(H5Acreate2(object, name, type, space, H5P_DEFAULT, H5P_DEFAULT), H5Aclose);
     Check(H5Awrite(attribute, memoryType, value));
   }
 
@@ -147,14 +159,17 @@ void WriteAll(const NewFile& file,
     writer.LabelAxis(place, axis.name);
     if (place < 2 || array.halfSoundSpeed == 0) continue;
     const double half = array.halfSoundSpeed;
-    writer.AddScale(place, {"half_path", "half sound path", "m", axis.first * half, axis.step * half, axis.quantity});
+    writer.AddScale(
+        place,
+        {"half_path", "half sound path", "m", axis.first * half, axis.step * half, axis.quantity});
   }
   std::uint64_t done = 0;
-  ForEachPiece(array, group, file.Path(), [&](std::span<const std::byte> piece, std::uint64_t total) {
-    writer.Append(piece);
-    done += piece.size();
-    progress(done, total);
-  });
+  ForEachPiece(
+      array, group, file.Path(), [&](std::span<const std::byte> piece, std::uint64_t total) {
+        writer.Append(piece);
+        done += piece.size();
+        progress(done, total);
+      });
   writer.Close();
 }
 
@@ -167,7 +182,9 @@ void WriteHdf5(const NewFile& file,
                const CGDataTypeFDD& group,
                const std::string& description,
                const GatherProgress& progress) {
-  const auto write = [&](const GatherProgress& told) { WriteAll(file, array, group, description, told); };
+  const auto write = [&](const GatherProgress& told) {
+    WriteAll(file, array, group, description, told);
+  };
   RunGuarded({file.Path(), "cannot be written", "the HDF5 library crashed"}, write, progress);
 }
 

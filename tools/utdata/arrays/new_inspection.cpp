@@ -28,7 +28,10 @@ CGDataTypeFDD NominalRecord(const SampleType& type) {
   return record;
 }
 
-void SetLayout(CGDataTypeFDD& record, const ArrayLayout& layout, const SampleType& type, bool hasSamples) {
+void SetLayout(CGDataTypeFDD& record,
+               const ArrayLayout& layout,
+               const SampleType& type,
+               bool hasSamples) {
   if (HasSampleAxis(record) != hasSamples) {
     record.dataClass = hasSamples ? gdata_AScan : gdata_CScanAmplitude;
     if (!hasSamples) record.SetDataRectification(gdata_RectifFull);
@@ -41,7 +44,10 @@ void SetLayout(CGDataTypeFDD& record, const ArrayLayout& layout, const SampleTyp
   record.cellSize = type.size * record.sampleQuantity;
 }
 
-void AddScan(Document& document, const CGDataTypeFDD& record, std::byte* samples, const InspectionTexts& texts) {
+void AddScan(Document& document,
+             const CGDataTypeFDD& record,
+             std::byte* samples,
+             const InspectionTexts& texts) {
   CFContTypeFileDescr& groups = document.Groups();
   CGDataTypeFDD& data = Add(groups.data, gdata_Allocate(1, nullptr));
   data = record;
@@ -54,7 +60,8 @@ void AddScan(Document& document, const CGDataTypeFDD& record, std::byte* samples
   channel.range = record.sampleResolution * static_cast<float>(record.sampleQuantity);
   channel.soundSpeed = record.soundSpeed;
   channel.refractedAngle = record.probeAngle;
-  channel.digitizingFrequency = static_cast<float>(1 / static_cast<double>(record.sampleResolution));
+  channel.digitizingFrequency =
+      static_cast<float>(1 / static_cast<double>(record.sampleResolution));
   channel.rectification = record.GetDataRectification();
 
   Add(groups.probes, gprobe_Allocate(1, nullptr)).angle = record.probeAngle;

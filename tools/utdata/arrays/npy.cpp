@@ -18,10 +18,12 @@ namespace utdata::program {
 namespace {
 
 constexpr std::string_view magic = "\x93NUMPY";
-constexpr std::size_t largestHeader = 65536;  ///< bytes; the header of three axes takes about a hundred
+constexpr std::size_t largestHeader =
+    65536;  ///< bytes; the header of three axes takes about a hundred
 constexpr std::size_t mostAxes = 32;
 
-/// The literal of a header, read from its front. A failed step leaves it anywhere; the header is then refused as a whole.
+/// The literal of a header, read from its front. A failed step leaves it anywhere; the header is
+/// then refused as a whole.
 class Literal {
  public:
   explicit Literal(std::string_view text) : m_text(text) {}
@@ -55,7 +57,8 @@ class Literal {
     while (!Take(")")) {
       SkipBlanks();
       std::uint64_t number = 0;
-      const auto [end, error] = std::from_chars(m_text.data(), m_text.data() + m_text.size(), number);
+      const auto [end, error] =
+          std::from_chars(m_text.data(), m_text.data() + m_text.size(), number);
       if (error != std::errc() || numbers.size() == mostAxes) return false;
       m_text.remove_prefix(static_cast<std::size_t>(end - m_text.data()));
       numbers.push_back(number);
@@ -71,7 +74,9 @@ class Literal {
   }
 
  private:
-  void SkipBlanks() { m_text.remove_prefix(std::min(m_text.find_first_not_of(" \n\t\r"), m_text.size())); }
+  void SkipBlanks() {
+    m_text.remove_prefix(std::min(m_text.find_first_not_of(" \n\t\r"), m_text.size()));
+  }
 
   std::string_view m_text;
 };
@@ -84,7 +89,8 @@ bool ParseEntry(Literal& literal, std::string_view key, NpyHeader& header, std::
   return described.has_value();
 }
 
-/// Reads the three entries in any order; the kind of element is told as its text. False when the literal is not a header's.
+/// Reads the three entries in any order; the kind of element is told as its text. False when the
+/// literal is not a header's.
 bool ParseLiteral(std::string_view text, NpyHeader& header, std::string& kind) {
   Literal literal(text);
   if (!literal.Take("{")) return false;
@@ -109,12 +115,14 @@ bool ParseLiteral(std::string_view text, NpyHeader& header, std::string& kind) {
 void SetElement(const std::string& kind, const std::string& path, NpyHeader& header) {
   const bool known = kind.size() == 3 && (kind[1] == 'u' || kind[1] == 'i') &&
                      std::string_view("<>|=").find(kind[0]) != std::string_view::npos;
-  if (known) header.type = FindSampleType(static_cast<std::uint64_t>(kind[2] - '0'), kind[1] == 'i');
+  if (known)
+    header.type = FindSampleType(static_cast<std::uint64_t>(kind[2] - '0'), kind[1] == 'i');
   if (!header.type)
-    throw Failure(path,
-                  "cannot be imported",
-                  "its elements are '" + kind + "'",
-                  "convert them to whole numbers of 8 or 16 bits first, as with array.astype('<i2')");
+    throw Failure(
+        path,
+        "cannot be imported",
+        "its elements are '" + kind + "'",
+        "convert them to whole numbers of 8 or 16 bits first, as with array.astype('<i2')");
   header.bigEndian = kind[0] == '>' || (kind[0] == '=' && std::endian::native == std::endian::big);
 }
 
@@ -133,7 +141,9 @@ class HeaderFile {
     return bytes;
   }
 
-  [[noreturn]] void Refuse(std::string_view why) const { throw Failure(m_path, "is no .npy array", why); }
+  [[noreturn]] void Refuse(std::string_view why) const {
+    throw Failure(m_path, "is no .npy array", why);
+  }
 
  private:
   void ThrowOn(os::Error error) const {
@@ -149,15 +159,17 @@ class HeaderFile {
 std::string NpyHeaderBytes(const SampleType& type, const std::vector<std::uint64_t>& shape) {
   constexpr std::size_t alignment = 64;
   constexpr std::size_t before = 10;  // magic, version, length
-  std::string literal = std::string("{'descr': '") + (type.size == 1 ? '|' : '<') + (type.isSigned ? 'i' : 'u') +
-                        std::to_string(type.size) + "', 'fortran_order': False, 'shape': (";
+  std::string literal = std::string("{'descr': '") + (type.size == 1 ? '|' : '<') +
+                        (type.isSigned ? 'i' : 'u') + std::to_string(type.size) +
+                        "', 'fortran_order': False, 'shape': (";
   for (const std::uint64_t quantity : shape) literal += std::to_string(quantity) + ", ";
   literal.erase(literal.size() - (shape.size() == 1 ? 1 : 2));
   literal += "), }";
   const std::size_t behind = (alignment - (before + literal.size() + 1) % alignment) % alignment;
   literal += std::string(behind, ' ') + "\n";
   std::string bytes(magic);
-  bytes += {1, 0, static_cast<char>(literal.size() & 0xFFU), static_cast<char>(literal.size() >> 8U)};
+  bytes +=
+      {1, 0, static_cast<char>(literal.size() & 0xFFU), static_cast<char>(literal.size() >> 8U)};
   return bytes + literal;
 }
 
@@ -166,13 +178,15 @@ NpyHeader ReadNpyHeader(const std::string& path) {
   const std::string start = file.Bytes(0, magic.size() + 2);
   if (!start.starts_with(magic)) file.Refuse("it does not begin as one");
   const int version = start[magic.size()];
-  if (version < 1 || version > 3 || start.back() != 0) file.Refuse("its version is not 1.0, 2.0 or 3.0");
+  if (version < 1 || version > 3 || start.back() != 0)
+    file.Refuse("its version is not 1.0, 2.0 or 3.0");
   const std::size_t lengthSize = version == 1 ? 2 : 4;
   const std::string lengthBytes = file.Bytes(start.size(), lengthSize);
   std::size_t length = 0;
   for (std::size_t index = 0; index < lengthSize; ++index)
     length |= std::size_t{static_cast<unsigned char>(lengthBytes[index])} << (8 * index);
-  if (length > largestHeader) file.Refuse("its header is longer than " + std::to_string(largestHeader) + " bytes");
+  if (length > largestHeader)
+    file.Refuse("its header is longer than " + std::to_string(largestHeader) + " bytes");
   NpyHeader header;
   std::string kind;
   if (!ParseLiteral(file.Bytes(start.size() + lengthSize, length), header, kind))

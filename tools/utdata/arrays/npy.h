@@ -18,11 +18,13 @@ struct NpyHeader {
   std::uint64_t size = 0;            ///< bytes before the first element
 };
 
-/// The bytes of a version 1.0 header for little-endian elements in C order, padded so that the elements begin at a multiple of 64 bytes.
-[[nodiscard]] std::string NpyHeaderBytes(const SampleType& type, const std::vector<std::uint64_t>& shape);
+/// The bytes of a version 1.0 header for little-endian elements in C order, padded so that the
+/// elements begin at a multiple of 64 bytes.
+[[nodiscard]] std::string NpyHeaderBytes(const SampleType& type,
+                                         const std::vector<std::uint64_t>& shape);
 
-/// Reads the header of versions 1.0 to 3.0. Throws Failure when the file is no such array, or its elements are not samples of 8 or 16
-/// bits.
+/// Reads the header of versions 1.0 to 3.0. Throws Failure when the file is no such array, or its
+/// elements are not samples of 8 or 16 bits.
 [[nodiscard]] NpyHeader ReadNpyHeader(const std::string& path);
 
 }  // namespace utdata::program

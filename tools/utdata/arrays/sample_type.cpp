@@ -28,7 +28,8 @@ const SampleType* FindSampleType(kvt_enumDataType wanted) {
 }
 
 const SampleType* FindSampleType(std::uint64_t size, bool isSigned) {
-  return Find([=](const SampleType& type) { return size == type.size && isSigned == type.isSigned; });
+  return Find(
+      [=](const SampleType& type) { return size == type.size && isSigned == type.isSigned; });
 }
 
 }  // namespace utdata::program

@@ -64,7 +64,8 @@ CGGateTypeDescr WallGate(const WeldScan& scan) {
   return gate;
 }
 
-/// The data groups of the recorded blocks. The A-scans keep their index table: cells are found through it.
+/// The data groups of the recorded blocks. The A-scans keep their index table: cells are found
+/// through it.
 void AddRecorded(Document& document,
                  const WeldScan& scan,
                  const AcquisitionFile& recorded,
@@ -76,11 +77,12 @@ void AddRecorded(Document& document,
   gdata_Duplicate(&ascans, &record);
   std::copy(name.begin(), name.end(), ascans.dataName);
   recorded.HandOver(recorded.AscanBlock(blocks.ascans, cells, record.cellSize), ascans);
-  AddCScans(document,
-            record,
-            WallGate(scan),
-            {recorded.CscanBlock(blocks.amplitudes, cells), recorded.CscanBlock(blocks.positions, cells)},
-            FullScale(record));
+  AddCScans(
+      document,
+      record,
+      WallGate(scan),
+      {recorded.CscanBlock(blocks.amplitudes, cells), recorded.CscanBlock(blocks.positions, cells)},
+      FullScale(record));
 }
 
 void AddChannel(CFContTypeFileDescr& groups, const WeldScan& scan) {
@@ -134,10 +136,12 @@ void AddSpecimen(CFContTypeFileDescr& groups, const WeldScan& scan) {
   dimensions.length = Single(scan.rows * scan.rowStep);
   dimensions.width = Single(scan.columns * scan.columnStep);
   dimensions.thickness = Single(scan.thickness);
-  CGSpecinfTypeDescr& information = Add(groups.specimenInformation, gspecinf_Allocate(1, L"Welded plate"));
+  CGSpecinfTypeDescr& information =
+      Add(groups.specimenInformation, gspecinf_Allocate(1, L"Welded plate"));
   information.surfaceCondition = L"ground";
   information.temperature = 20;
-  CGSpecmatTypeDescr& material = Add(groups.specimenMaterials, gspecmat_Allocate(1, L"Carbon steel"));
+  CGSpecmatTypeDescr& material =
+      Add(groups.specimenMaterials, gspecmat_Allocate(1, L"Carbon steel"));
   material.longitudinalSpeed = Single(scan.soundSpeed);
   material.shearSpeed = 3240;
   material.density = 7850;
@@ -157,20 +161,25 @@ void AddSpecimen(CFContTypeFileDescr& groups, const WeldScan& scan) {
 
 const CGGateTypeDescr& FindGate(const Document& document, std::uint32_t gateId) {
   const auto& gates = document.Groups().gates;
-  const auto found =
-      std::find_if(gates.begin(), gates.end(), [=](const CGGateTypeDescr* gate) { return gate->gateId == gateId; });
+  const auto found = std::find_if(gates.begin(), gates.end(), [=](const CGGateTypeDescr* gate) {
+    return gate->gateId == gateId;
+  });
   if (found == gates.end())
-    throw Failure(document.Path(), "cannot be gated", "gate " + std::to_string(gateId) + " is missing");
+    throw Failure(
+        document.Path(), "cannot be gated", "gate " + std::to_string(gateId) + " is missing");
   return **found;
 }
 
 }  // namespace
 
-RecordedBlocks AcquireScan(const std::string& path, const WeldScan& scan, std::span<const std::int16_t> samples) {
+RecordedBlocks AcquireScan(const std::string& path,
+                           const WeldScan& scan,
+                           std::span<const std::int16_t> samples) {
   const CGDataTypeFDD record = AScanRecord(scan);
   const CGGateTypeDescr gate = WallGate(scan);
   const CellTable cells(record, std::as_bytes(samples), path);
-  const GatedCells seen = GateAScans(record, cells, WindowOf(record, gate.start, gate.width), gate.positiveLevel, true);
+  const GatedCells seen =
+      GateAScans(record, cells, WindowOf(record, gate.start, gate.width), gate.positiveLevel, true);
   return RecordScan(path,
                     {scan.columns, scan.rows, scan.samples, scan.sampleStep},
                     samples,
@@ -194,7 +203,9 @@ GatedInspection RefineFlawGate(const Document& loaded, bool quiet) {
   constexpr double later = 0.2e-6;
   const CGGateTypeDescr& before = FindGate(loaded, flawGate);
   return GateChannel(
-      loaded, {before.channelId, flawGate, before.start + later, before.width - later, flawThreshold}, quiet);
+      loaded,
+      {before.channelId, flawGate, before.start + later, before.width - later, flawThreshold},
+      quiet);
 }
 
 }  // namespace utdata::program

@@ -28,8 +28,8 @@ inline constexpr std::uint32_t wallGate = 2;
                                          const WeldScan& scan,
                                          std::span<const std::int16_t> samples);
 
-/// Fills an empty document with what was recorded and everything that was set for it: channel, gates, DAC curve, probe, patch, specimen
-/// and weld.
+/// Fills an empty document with what was recorded and everything that was set for it: channel,
+/// gates, DAC curve, probe, patch, specimen and weld.
 /// @param recorded the samples stay in it and are used when the document is written
 void FillInspection(Document& document,
                     const WeldScan& scan,

@@ -8,13 +8,20 @@
 
 namespace utdata::program {
 
-/// The B-scan through the middle of the crack, bright enough for the echo of its tip. REQUIRES: an InterruptScope.
+/// The B-scan through the middle of the crack, bright enough for the echo of its tip. REQUIRES: an
+/// InterruptScope.
 /// @param document the reloaded inspection, whose first data group is the scan
 /// @return what is to be seen, in a few words
-std::string DrawCrack(const Document& document, const WeldScan& scan, const std::string& path, bool replace);
+std::string DrawCrack(const Document& document,
+                      const WeldScan& scan,
+                      const std::string& path,
+                      bool replace);
 
 /// The C-scan of what the flaw gate sees: the amplitudes from above. REQUIRES: an InterruptScope.
 /// @return what is to be seen, in a few words
-std::string DrawFlaws(const Document& document, const WeldScan& scan, const std::string& path, bool replace);
+std::string DrawFlaws(const Document& document,
+                      const WeldScan& scan,
+                      const std::string& path,
+                      bool replace);
 
 }  // namespace utdata::program

@@ -13,12 +13,14 @@ namespace {
 
 constexpr double halvingExponent = std::numbers::ln2;
 
-/// A sinusoid at the probe's frequency under a Gaussian envelope, the shape of a damped probe's echo.
+/// A sinusoid at the probe's frequency under a Gaussian envelope, the shape of a damped probe's
+/// echo.
 class Pulse {
  public:
   explicit Pulse(const WeldScan& scan)
       : m_angularFrequency(2 * std::numbers::pi * scan.frequency),
-        m_sigma(std::sqrt(halvingExponent / 2) / (std::numbers::pi * scan.frequency * scan.bandwidth / 200)) {}
+        m_sigma(std::sqrt(halvingExponent / 2) /
+                (std::numbers::pi * scan.frequency * scan.bandwidth / 200)) {}
 
   [[nodiscard]] double At(double time) const {
     const double ratio = time / m_sigma;
@@ -43,14 +45,16 @@ class AScan {
     const double from = std::max(0.0, std::ceil((time - m_pulse.HalfLength()) / m_scan.sampleStep));
     const double to = std::min(last, std::floor((time + m_pulse.HalfLength()) / m_scan.sampleStep));
     for (double sample = from; sample <= to; ++sample)
-      m_samples[static_cast<std::size_t>(sample)] += amplitude * m_pulse.At(sample * m_scan.sampleStep - time);
+      m_samples[static_cast<std::size_t>(sample)] +=
+          amplitude * m_pulse.At(sample * m_scan.sampleStep - time);
   }
 
-  /// The echo of a small reflector `offset` beside the beam's axis: later and weaker than from straight above, so that it draws
-  /// an arc over the columns.
+  /// The echo of a small reflector `offset` beside the beam's axis: later and weaker than from
+  /// straight above, so that it draws an arc over the columns.
   void AddReflector(double offset, double depth, double radius, double amplitude) {
     const double path = std::hypot(offset, depth) - radius;
-    const double angle = std::atan2(std::abs(offset), depth) * 180 / std::numbers::pi / m_scan.beamHalfAngle;
+    const double angle =
+        std::atan2(std::abs(offset), depth) * 180 / std::numbers::pi / m_scan.beamHalfAngle;
     const double beam = std::exp(-halvingExponent * angle * angle);
     AddEcho(2 * path / m_scan.soundSpeed, amplitude * beam * (depth - radius) / path);
   }
@@ -61,7 +65,8 @@ class AScan {
   const Pulse& m_pulse;
 };
 
-/// Height of the crack's edge above the back wall at a position along the weld, m; 0 beyond its ends.
+/// Height of the crack's edge above the back wall at a position along the weld, m; 0 beyond its
+/// ends.
 double CrackHeight(const Crack& crack, double y) {
   const double part = 2 * (y - crack.centre) / crack.length;
   return part * part < 1 ? crack.height * std::sqrt(1 - part * part) : 0;
@@ -71,7 +76,8 @@ double CrackHeight(const Crack& crack, double y) {
 void AddBackWall(AScan& ascan, const WeldScan& scan, double x, double crackHeight) {
   const double spread = scan.thickness * std::tan(scan.beamHalfAngle * std::numbers::pi / 180);
   const double distance = (x - scan.crack.x) / spread;
-  const double shadow = 0.6 * crackHeight / scan.crack.height * std::exp(-halvingExponent * distance * distance * 4);
+  const double shadow =
+      0.6 * crackHeight / scan.crack.height * std::exp(-halvingExponent * distance * distance * 4);
   ascan.AddEcho(BackWallTime(scan), -scan.backWallAmplitude * (1 - shadow));
 }
 

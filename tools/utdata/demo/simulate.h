@@ -1,4 +1,5 @@
-// A simulated pulse-echo scan of a welded plate: deterministic, with echoes of a real pulse shape in grain noise.
+// A simulated pulse-echo scan of a welded plate: deterministic, with echoes of a real pulse shape
+// in grain noise.
 #pragma once
 
 #include <cstdint>
@@ -14,18 +15,20 @@ struct SideDrilledHole {
   double amplitude = 0;  ///< of its echo when the probe is above it, part of full scale
 };
 
-/// A crack that rises from the back wall in the plane across the weld at `x`, highest in its middle.
+/// A crack that rises from the back wall in the plane across the weld at `x`, highest in its
+/// middle.
 struct Crack {
-  double x = 0;                ///< m
-  double centre = 0;           ///< along the weld, m
-  double length = 0;           ///< along the weld, m
-  double height = 0;           ///< of its middle above the back wall, m
-  double tipAmplitude = 0;     ///< of the echo from its upper edge, part of full scale
-  double cornerAmplitude = 0;  ///< of the echo from where it meets the back wall, part of full scale
+  double x = 0;             ///< m
+  double centre = 0;        ///< along the weld, m
+  double length = 0;        ///< along the weld, m
+  double height = 0;        ///< of its middle above the back wall, m
+  double tipAmplitude = 0;  ///< of the echo from its upper edge, part of full scale
+  double cornerAmplitude =
+      0;  ///< of the echo from where it meets the back wall, part of full scale
 };
 
-/// The plate, the probe and the raster. Columns run across the weld, rows along it; the probe looks straight down with longitudinal
-/// waves.
+/// The plate, the probe and the raster. Columns run across the weld, rows along it; the probe looks
+/// straight down with longitudinal waves.
 struct WeldScan {
   std::uint32_t columns = 256;
   std::uint32_t rows = 10;
@@ -51,8 +54,8 @@ struct WeldScan {
 /// The largest value of a simulated sample: full scale.
 inline constexpr std::int16_t simulatedFullScale = 32767;
 
-/// The A-scans of a scan, not rectified: rows x columns cells in row-major order, each `samples` values. Shows progress on long work;
-/// throws Interrupted.
+/// The A-scans of a scan, not rectified: rows x columns cells in row-major order, each `samples`
+/// values. Shows progress on long work; throws Interrupted.
 /// @param quiet shows no progress
 [[nodiscard]] std::vector<std::int16_t> Simulate(const WeldScan& scan, bool quiet);
 

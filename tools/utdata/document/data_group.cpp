@@ -50,12 +50,15 @@ std::string GatePart(const CGDataTypeFDD& group, bool byName) {
 }
 
 nlohmann::ordered_json AxisJson(std::uint32_t quantity, float resolution, float offset) {
-  return {{"quantity", quantity}, {"resolution", JsonNumber(resolution)}, {"offset", JsonNumber(offset)}};
+  return {{"quantity", quantity},
+          {"resolution", JsonNumber(resolution)},
+          {"offset", JsonNumber(offset)}};
 }
 
 /// Sample values of 16 bits and less are whole numbers; they are shown as such.
 nlohmann::ordered_json SampleValueJson(float value) {
-  if (value == std::trunc(value) && std::abs(value) < 1e15F) return static_cast<std::int64_t>(value);
+  if (value == std::trunc(value) && std::abs(value) < 1e15F)
+    return static_cast<std::int64_t>(value);
   return JsonNumber(value);
 }
 
@@ -66,7 +69,8 @@ void AssignBookmarkType(CGDataTypeFDD& group) {
   if (group.GetDataBookmarkType() != bookmark_None && group.GetDataBookmarkType() != unset) return;
   const bool tofd = group.tofd == 1;
   eDataBookmarkType type = tofd ? bookmark_Tofd : bookmark_Single;
-  if (IsMaster(group) || group.subChannelId != 0) type = tofd ? bookmark_MultiChannelTofd : bookmark_MultiChannel;
+  if (IsMaster(group) || group.subChannelId != 0)
+    type = tofd ? bookmark_MultiChannelTofd : bookmark_MultiChannel;
   if (group.gateId == couplingGate) type = bookmark_Coupling;
   group.SetDataBookmarkType(type);
 }
@@ -76,7 +80,8 @@ bool IsMaster(const CGDataTypeFDD& group) {
 }
 
 std::uint32_t PlainClass(const CGDataTypeFDD& group) {
-  return static_cast<std::uint32_t>(group.dataClass) & ~static_cast<std::uint32_t>(gdata_MultiChannelMaster);
+  return static_cast<std::uint32_t>(group.dataClass) &
+         ~static_cast<std::uint32_t>(gdata_MultiChannelMaster);
 }
 
 bool HoldsAmplitudes(const CGDataTypeFDD& group) {
@@ -85,14 +90,20 @@ bool HoldsAmplitudes(const CGDataTypeFDD& group) {
   return std::find(classes.begin(), classes.end(), PlainClass(group)) != classes.end();
 }
 
-std::string Label(const CGDataTypeFDD& group) { return ChannelPart(group, true) + GatePart(group, true); }
-std::string IdLabel(const CGDataTypeFDD& group) { return ChannelPart(group, false) + GatePart(group, false); }
+std::string Label(const CGDataTypeFDD& group) {
+  return ChannelPart(group, true) + GatePart(group, true);
+}
+std::string IdLabel(const CGDataTypeFDD& group) {
+  return ChannelPart(group, false) + GatePart(group, false);
+}
 
 std::string ClassName(const CGDataTypeFDD& group) {
   const std::uint32_t plain = PlainClass(group);
-  const auto* found =
-      std::find_if(classNames.begin(), classNames.end(), [=](const auto& entry) { return entry.first == plain; });
-  const std::string name = found == classNames.end() ? "class " + std::to_string(plain) : found->second;
+  const auto* found = std::find_if(classNames.begin(), classNames.end(), [=](const auto& entry) {
+    return entry.first == plain;
+  });
+  const std::string name =
+      found == classNames.end() ? "class " + std::to_string(plain) : found->second;
   return IsMaster(group) ? name + " (all sub-channels)" : name;
 }
 
@@ -105,8 +116,10 @@ std::string SampleTypeName(const CGDataTypeFDD& group) {
 std::string SamplesHash(const CGDataTypeFDD& group, bool quiet) {
   if (!group.samples.group) return {};
   const MappedSamples samples(group);
-  const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(), EVP_MD_CTX_free);
-  if (!context || EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) != 1) throw std::bad_alloc();
+  const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(),
+                                                                        EVP_MD_CTX_free);
+  if (!context || EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) != 1)
+    throw std::bad_alloc();
   Progress progress("hashing " + Label(group), quiet);
   constexpr std::uint64_t piece = std::uint64_t{4} << 20U;
   for (std::uint64_t at = 0; at < samples.Size(); at += piece) {

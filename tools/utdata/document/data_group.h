@@ -11,8 +11,8 @@ namespace utdata::program {
 /// The gate that watches the coupling, not the part.
 inline constexpr std::uint32_t couplingGate = 140;
 
-/// Gives a record without a bookmark type (0 or all ones) the one that its kind calls for: coupling for gate 140, else by
-/// multi-channel and TOFD.
+/// Gives a record without a bookmark type (0 or all ones) the one that its kind calls for: coupling
+/// for gate 140, else by multi-channel and TOFD.
 void AssignBookmarkType(CGDataTypeFDD& group);
 
 /// Whether the group gathers the sub-channel groups of its channel.
@@ -28,8 +28,9 @@ void AssignBookmarkType(CGDataTypeFDD& group);
 /// Channel and gate by number.
 [[nodiscard]] std::string IdLabel(const CGDataTypeFDD& group);
 
-[[nodiscard]] std::string ClassName(const CGDataTypeFDD& group);       ///< "A-scan"
-[[nodiscard]] std::string SampleTypeName(const CGDataTypeFDD& group);  ///< "u16"; "type 9" for one without a name
+[[nodiscard]] std::string ClassName(const CGDataTypeFDD& group);  ///< "A-scan"
+[[nodiscard]] std::string SampleTypeName(
+    const CGDataTypeFDD& group);  ///< "u16"; "type 9" for one without a name
 
 /// The SHA-256 of a group's samples as mapped, 64 hexadecimal digits; empty when it has none.
 /// @param quiet shows no progress
@@ -38,7 +39,8 @@ void AssignBookmarkType(CGDataTypeFDD& group);
 /// The record as an object; quantities in base units.
 [[nodiscard]] nlohmann::ordered_json DataGroupJson(const CGDataTypeFDD& group);
 
-/// A number whose shortest decimal form is that of the 32-bit value: 0.001, not 0.0010000000474974513.
+/// A number whose shortest decimal form is that of the 32-bit value: 0.001, not
+/// 0.0010000000474974513.
 [[nodiscard]] nlohmann::ordered_json JsonNumber(float value);
 
 }  // namespace utdata::program

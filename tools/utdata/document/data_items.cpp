@@ -8,7 +8,8 @@
 namespace utdata::program {
 namespace {
 
-/// While one exists, nobody hears what the library reports to its developers of a record that it had to mend.
+/// While one exists, nobody hears what the library reports to its developers of a record that it
+/// had to mend.
 class QuietReports {
  public:
   QuietReports() : m_before(SetReportSink([](const Report&) { return ReportAnswer::Continue; })) {}
@@ -49,7 +50,8 @@ std::span<const std::byte> DataItems::Table(const CGDataTypeFDD& group) {
   return table.bytes;
 }
 
-// The item never frees a table that is called mapped, so that both kinds of table live as long as this.
+// The item never frees a table that is called mapped, so that both kinds of table live as long as
+// this.
 void DataItems::Attach(const Row& row, Attached& table) const {
   auto mapped = std::make_unique<MappedSamples>(*row.group);
   char* bytes = mapped->Bytes();
@@ -63,7 +65,8 @@ void DataItems::Attach(const Row& row, Attached& table) const {
     table.mapped = std::move(mapped);
   }
   if (!row.item) return;
-  const QuietReports quiet;  // a table that is shorter than its layout is refused; whoever counts on the layout says so
+  const QuietReports quiet;  // a table that is shorter than its layout is refused; whoever counts
+                             // on the layout says so
   CRDataTypeDD& descriptor = *row.item->idata1_GetInfoRef();
   descriptor.SetDiskTable(bytes, true);
   const bool isAttached = descriptor.GetDiskTable() != nullptr;

@@ -24,12 +24,13 @@ enum class Tables {
 /// Used by one thread.
 class DataItems {
  public:
-  /// A data group's place among the data groups of the inspection, its record as the file says it, and its item.
+  /// A data group's place among the data groups of the inspection, its record as the file says it,
+  /// and its item.
   struct Row {
     std::size_t index = 0;
     CGDataTypeFDD* group = nullptr;  ///< the document's
-    CGDataTypeFDD taken;             ///< the record as the item took it: normalised, with a bookmark type
-    CIData* item = nullptr;          ///< null: another group has its ids, or it says that it is a master
+    CGDataTypeFDD taken;     ///< the record as the item took it: normalised, with a bookmark type
+    CIData* item = nullptr;  ///< null: another group has its ids, or it says that it is a master
   };
 
   explicit DataItems(Tables tables);
@@ -43,11 +44,14 @@ class DataItems {
 
   [[nodiscard]] const std::vector<std::unique_ptr<Row>>& Rows() const { return m_rows; }
   /// REQUIRES: a data group of the document that this was filled from.
-  [[nodiscard]] const Row& RowOf(const CGDataTypeFDD& group) const { return *m_rowOfGroup.at(&group); }
+  [[nodiscard]] const Row& RowOf(const CGDataTypeFDD& group) const {
+    return *m_rowOfGroup.at(&group);
+  }
   /// Null for an item that is not one of a data group: none at all, or a master.
   [[nodiscard]] const Row* RowOf(const CIData* item) const;
 
-  /// The samples of a data group, attached to its item when first asked for. Throws Failure when it has none.
+  /// The samples of a data group, attached to its item when first asked for. Throws Failure when it
+  /// has none.
   [[nodiscard]] std::span<const std::byte> Table(const CGDataTypeFDD& group);
 
  private:

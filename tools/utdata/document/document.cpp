@@ -56,8 +56,9 @@ void ForEachListPair(const CFContTypeFileDescr& groups, CFContTypeFileDescr& oth
 template <class Descriptor>
 void PutInPlace(CList<Descriptor*>& list, Descriptor* group) {
   if constexpr (HasEditIds<Descriptor>) {
-    const auto found = std::find_if(
-        list.begin(), list.end(), [&](const Descriptor* listed) { return EditIds(*listed) == EditIds(*group); });
+    const auto found = std::find_if(list.begin(), list.end(), [&](const Descriptor* listed) {
+      return EditIds(*listed) == EditIds(*group);
+    });
     if (found != list.end()) {
       *found = group;
       return;
@@ -79,7 +80,8 @@ void Document::Release::operator()(CFContTypeFileDescr* groups) const {
 
 Document Document::New(const std::string& path) {
   Document document(path, new CFContTypeFileDescr);
-  if (!document.m_groups->SetPath(ToWide(path))) throw Failure(path, "cannot be written", "the path is too long");
+  if (!document.m_groups->SetPath(ToWide(path)))
+    throw Failure(path, "cannot be written", "the path is too long");
   return document;
 }
 
@@ -87,7 +89,8 @@ Document Document::Load(const std::string& path, Tables tables) {
   CFCont container;
   const std::wstring widePath = ToWide(path);
   Document document(path, container.FileLoad(widePath.c_str(), nullptr, nullptr));
-  if (!document.m_groups) throw Failure::OfLibrary(StatusOfOpening(widePath), path, "cannot be loaded");
+  if (!document.m_groups)
+    throw Failure::OfLibrary(StatusOfOpening(widePath), path, "cannot be loaded");
   constexpr int readAllCompanions[8] = {0, 0, 0, 0, 1, 1, 0, 0};
   CFContTypeFileDescr* groups = document.m_groups.release();  // a failed update deletes it
   if (container.FileUpdate(widePath.c_str(), groups, readAllCompanions, nullptr, nullptr) != 0)
@@ -113,7 +116,8 @@ void Document::WriteNew(bool replace) { WriteWhole(*m_groups, m_path, replace); 
 std::string Document::WriteCompanion(CFContTypeFileDescr& changes) {
   const auto filesBefore = m_groups->files.GetCount();
   const int status = CFCont().FileWrite(m_groups.get(), &changes, 1, nullptr, nullptr, 0);
-  if (status != SCFile::status_Ok) throw Failure::OfLibrary(status, m_path, "its companion cannot be written");
+  if (status != SCFile::status_Ok)
+    throw Failure::OfLibrary(status, m_path, "its companion cannot be written");
   if (m_groups->files.GetCount() == filesBefore)
     throw Failure(m_path,
                   "its companion cannot be written",
@@ -124,14 +128,16 @@ std::string Document::WriteCompanion(CFContTypeFileDescr& changes) {
 
 std::string Document::Append(CFContTypeFileDescr& changes) {
   const int status = CFCont().FileWrite(m_groups.get(), &changes, 0, nullptr, nullptr, 0);
-  if (status != SCFile::status_Ok) throw Failure::OfLibrary(status, LastFile(), "cannot be written");
+  if (status != SCFile::status_Ok)
+    throw Failure::OfLibrary(status, LastFile(), "cannot be written");
   return LastFile();
 }
 
 void Document::WriteCopy(CFContTypeFileDescr& changes, const std::string& path, bool replace) {
   CheckNotInput(*this, path);
   const auto copy = std::make_unique<CFContTypeFileDescr>();
-  if (!copy->SetPath(ToWide(path))) throw Failure(path, "cannot be written", "the path is too long");
+  if (!copy->SetPath(ToWide(path)))
+    throw Failure(path, "cannot be written", "the path is too long");
   ForEachListPair(*m_groups, *copy, [](const auto& from, auto& to) {
     for (auto* group : from) to.AddTail(group);
   });
@@ -142,10 +148,13 @@ void Document::WriteCopy(CFContTypeFileDescr& changes, const std::string& path, 
   WriteWhole(*copy, path, replace);
 }
 
-std::string Document::LastFile() const { return ToUtf8(SCFile::file_Path(m_groups->files.GetTail())); }
+std::string Document::LastFile() const {
+  return ToUtf8(SCFile::file_Path(m_groups->files.GetTail()));
+}
 
 void CheckNewPath(const std::string& path, bool replace) {
-  if (!replace && Exists(path)) throw Failure(path, "cannot be written", "the file exists", "--force replaces it");
+  if (!replace && Exists(path))
+    throw Failure(path, "cannot be written", "the file exists", "--force replaces it");
   const std::filesystem::path folder = std::filesystem::path(ToWide(path)).parent_path();
   std::error_code ignored;
   if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
@@ -160,12 +169,15 @@ void CheckNewPath(const std::string& path, bool replace) {
 void CheckNotInput(const Document& document, const std::string& path) {
   for (const std::string& file : document.Files()) {
     std::error_code ignored;
-    if (std::filesystem::equivalent(std::filesystem::path(ToWide(file)), std::filesystem::path(ToWide(path)), ignored))
-      throw Failure(path, "cannot be written", "it is the inspection file itself", "choose another name");
+    if (std::filesystem::equivalent(
+            std::filesystem::path(ToWide(file)), std::filesystem::path(ToWide(path)), ignored))
+      throw Failure(
+          path, "cannot be written", "it is the inspection file itself", "choose another name");
   }
 }
 
-MappedSamples::MappedSamples(const CGDataTypeFDD& group) : m_file(SCFile::file_OfGroup(group.samples.group)) {
+MappedSamples::MappedSamples(const CGDataTypeFDD& group)
+    : m_file(SCFile::file_OfGroup(group.samples.group)) {
   const int status = gdata_SamplesMap(&group, &m_data, &m_size);
   if (status != SCFile::status_Ok) {
     const std::string path = m_file ? ToUtf8(SCFile::file_Path(m_file)) : std::string();

@@ -41,12 +41,15 @@ void Host::FillSet() {
   for (CGPatchTypeDescr* patch : m_groups.patches) m_set.fset_AddGPatch(patch, ofTheFile);
   for (CGProbeTypeDescr* probe : m_groups.probes) m_set.fset_AddGProbe(probe, ofTheFile);
   for (CGChanTypeDescr* channel : m_groups.channels) m_set.fset_AddGChan(channel, ofTheFile);
-  for (CGSubchanTypeDescr* subChannel : m_groups.subChannels) m_set.fset_AddGSubChan(subChannel, ofTheFile);
+  for (CGSubchanTypeDescr* subChannel : m_groups.subChannels)
+    m_set.fset_AddGSubChan(subChannel, ofTheFile);
   for (CGGateTypeDescr* gate : m_groups.gates) m_set.fset_AddGGate(gate, ofTheFile);
   for (CGInfoTypeDescr* info : m_groups.infos) m_set.fset_AddGInfo(info, ofTheFile);
   for (CGDataTypeFDD* data : m_groups.data) m_data.Add(*data, m_set, m_volume);
-  for (CGSpecmatTypeDescr* material : m_groups.specimenMaterials) m_specimen.spec_SpecMatAdd(material, ofTheFile);
-  AddLatest(m_groups.weldScanPlans, [this](CGWeldScanPlanDescr* plan) { m_set.fset_AddGWeldScanPlan(plan); });
+  for (CGSpecmatTypeDescr* material : m_groups.specimenMaterials)
+    m_specimen.spec_SpecMatAdd(material, ofTheFile);
+  AddLatest(m_groups.weldScanPlans,
+            [this](CGWeldScanPlanDescr* plan) { m_set.fset_AddGWeldScanPlan(plan); });
   AddLatest(m_groups.weldFills, [this](CGWeldFillDescr* fill) { m_set.fset_AddGWeldFill(fill); });
 }
 

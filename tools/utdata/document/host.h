@@ -1,4 +1,5 @@
-// What the library reaches back into while the program holds an inspection: its items, and look-up tables and units of its data groups.
+// What the library reaches back into while the program holds an inspection: its items, and look-up
+// tables and units of its data groups.
 #pragma once
 
 #include "document/data_items.h"
@@ -17,10 +18,10 @@ namespace utdata::program {
 /// Serves one document, and lives as long as it. Used by one thread.
 class Host final : public CDocument {
  public:
-  /// Makes an item of each group of the types that a file set holds. Of several groups with the same ids the first one counts; of weld
-  /// scan plans and fills the last one, which is the latest.
-  /// @param groups the document's, not owned; has to outlive the host, whose items refer to its descriptors. A scan axis counts as an
-  ///               angle when the first data group says so
+  /// Makes an item of each group of the types that a file set holds. Of several groups with the
+  /// same ids the first one counts; of weld scan plans and fills the last one, which is the latest.
+  /// @param groups the document's, not owned; has to outlive the host, whose items refer to its
+  ///               descriptors. A scan axis counts as an angle when the first data group says so
   /// @param tables where the samples of data items are to be
   Host(CFContTypeFileDescr& groups, Tables tables);
   Host(const Host&) = delete;

@@ -14,29 +14,32 @@ constexpr double steepest = 89.999;  // degrees: a probe angle of 90 has no dept
 constexpr double shortest = 1e-6;    // mm
 constexpr std::array geometries = {"flat", "axial", "circumferential"};
 
-constexpr std::array fields = {UTDATA_EDIT(Quantity, probeAngle, degree, -steepest, steepest),
-                               UTDATA_EDIT(Quantity, probeSkew, degree, -360, 360),
-                               UTDATA_EDIT(Quantity, probeThird, none, -farthest, farthest),
-                               UTDATA_EDIT(Quantity, probeFourth, degree, -360, 360),
-                               UTDATA_EDIT(Quantity, partThickness, millimetre, 0, farthest),
-                               UTDATA_EDIT(Quantity, soundSpeed, metrePerSecond, 1, 1e5),
-                               UTDATA_EDIT(OnAxis, columnResolution, &Record::columnUnits, shortest, farthest),
-                               UTDATA_EDIT(OnAxis, columnOffset, &Record::columnUnits, -farthest, farthest),
-                               UTDATA_EDIT(OnAxis, rowResolution, &Record::rowUnits, shortest, farthest),
-                               UTDATA_EDIT(OnAxis, rowOffset, &Record::rowUnits, -farthest, farthest),
-                               UTDATA_EDIT(Quantity, sampleOffset, microsecond, -farthest, farthest),
-                               UTDATA_EDIT(Choice, inspectionGeometry, geometries),
-                               UTDATA_EDIT(Whole, geometryKind, 0, largestId),
-                               UTDATA_EDIT(Quantity, inspectionRadius, millimetre, shortest, farthest),
-                               UTDATA_EDIT(Quantity, probeSeparation, millimetre, shortest, farthest),
-                               UTDATA_EDIT(Quantity, tofdValue, none, -farthest, farthest)};
+constexpr std::array fields = {
+    UTDATA_EDIT(Quantity, probeAngle, degree, -steepest, steepest),
+    UTDATA_EDIT(Quantity, probeSkew, degree, -360, 360),
+    UTDATA_EDIT(Quantity, probeThird, none, -farthest, farthest),
+    UTDATA_EDIT(Quantity, probeFourth, degree, -360, 360),
+    UTDATA_EDIT(Quantity, partThickness, millimetre, 0, farthest),
+    UTDATA_EDIT(Quantity, soundSpeed, metrePerSecond, 1, 1e5),
+    UTDATA_EDIT(OnAxis, columnResolution, &Record::columnUnits, shortest, farthest),
+    UTDATA_EDIT(OnAxis, columnOffset, &Record::columnUnits, -farthest, farthest),
+    UTDATA_EDIT(OnAxis, rowResolution, &Record::rowUnits, shortest, farthest),
+    UTDATA_EDIT(OnAxis, rowOffset, &Record::rowUnits, -farthest, farthest),
+    UTDATA_EDIT(Quantity, sampleOffset, microsecond, -farthest, farthest),
+    UTDATA_EDIT(Choice, inspectionGeometry, geometries),
+    UTDATA_EDIT(Whole, geometryKind, 0, largestId),
+    UTDATA_EDIT(Quantity, inspectionRadius, millimetre, shortest, farthest),
+    UTDATA_EDIT(Quantity, probeSeparation, millimetre, shortest, farthest),
+    UTDATA_EDIT(Quantity, tofdValue, none, -farthest, farthest)};
 
 /// Whether the change concerns what time-of-flight diffraction is measured by.
 bool ChangesGeometry(const Record& before, const Record& after) {
-  return before.columnResolution != after.columnResolution || before.rowResolution != after.rowResolution ||
-         before.inspectionGeometry != after.inspectionGeometry || before.geometryKind != after.geometryKind ||
-         before.inspectionRadius != after.inspectionRadius || before.probeSeparation != after.probeSeparation ||
-         before.tofdValue != after.tofdValue;
+  return before.columnResolution != after.columnResolution ||
+         before.rowResolution != after.rowResolution ||
+         before.inspectionGeometry != after.inspectionGeometry ||
+         before.geometryKind != after.geometryKind ||
+         before.inspectionRadius != after.inspectionRadius ||
+         before.probeSeparation != after.probeSeparation || before.tofdValue != after.tofdValue;
 }
 
 idata_typeInspParams ParamsOf(const CIData& item, const Record& record) {
@@ -53,7 +56,8 @@ idata_typeInspParams ParamsOf(const CIData& item, const Record& record) {
   params.rowResolution = record.rowResolution;
   params.rowOffset = record.rowOffset;
   // A C-scan's descriptor has a sample axis of its own, which stays when nobody changed it.
-  if (record.sampleOffset != item.idata1_GetGInfoRef()->sampleOffset) params.sampleOffset = record.sampleOffset;
+  if (record.sampleOffset != item.idata1_GetGInfoRef()->sampleOffset)
+    params.sampleOffset = record.sampleOffset;
   return params;
 }
 
@@ -78,7 +82,8 @@ std::span<const RecordField<CGDataTypeFDD>> EditFields(const CGDataTypeFDD*) { r
 std::vector<CIData*> DataGroupItems::List(Host& host, fset_enumFilters filter) {
   std::vector<CIData*> items;
   for (const auto& row : host.Data().Rows())
-    if (row->item && (filter == fset_All || row->item->idata1_ModifGetStatus() != 0)) items.push_back(row->item);
+    if (row->item && (filter == fset_All || row->item->idata1_ModifGetStatus() != 0))
+      items.push_back(row->item);
   return items;
 }
 
@@ -93,7 +98,8 @@ void DataGroupItems::Change(CIData& item, const CGDataTypeFDD& record) {
 
 std::string WhyNot(const CGDataTypeFDD& before, const CGDataTypeFDD& after) {
   if (PlainClass(before) == gdata_CScanAmplitude && before.sampleOffset != after.sampleOffset)
-    return "an amplitude C-scan has the sample axis of its position C-scan; change sampleOffset there";
+    return "an amplitude C-scan has the sample axis of its position C-scan; change sampleOffset "
+           "there";
   return {};
 }
 

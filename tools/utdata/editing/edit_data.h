@@ -12,17 +12,20 @@ namespace utdata::program {
 struct DataGroupItems {
   using Item = CIData;
   using Record = CGDataTypeFDD;
-  /// The items that have a data group of the document; masters, which have none, are made anew at each loading.
+  /// The items that have a data group of the document; masters, which have none, are made anew at
+  /// each loading.
   static std::vector<Item*> List(Host& host, fset_enumFilters filter);
   static const Record& Of(const Item& item) { return *item.idata1_GetGInfoRef(); }
   /// Gives the item the record's inspection parameters. Angles are brought within one turn.
   static void Change(Item& item, const Record& record);
 };
 
-/// Why an item does not take the parameters of a record that differs from its own; empty when it does.
+/// Why an item does not take the parameters of a record that differs from its own; empty when it
+/// does.
 [[nodiscard]] std::string WhyNot(const CGDataTypeFDD& before, const CGDataTypeFDD& after);
 
-/// The records of all modified data items: as the file has them, with the parameters that were changed.
+/// The records of all modified data items: as the file has them, with the parameters that were
+/// changed.
 [[nodiscard]] std::deque<CGDataTypeFDD> ModifiedData(Host& host);
 
 }  // namespace utdata::program

@@ -1,5 +1,6 @@
-// The fields of groups that `edit` shows and changes: one table per group type, which drives parsing, printing, the listing of keys and
-// the help text. Keys are the fields' names as `tree` prints them; the ids of a group are not among them, since they say which it is.
+// The fields of groups that `edit` shows and changes: one table per group type, which drives
+// parsing, printing, the listing of keys and the help text. Keys are the fields' names as `tree`
+// prints them; the ids of a group are not among them, since they say which it is.
 #pragma once
 
 #include <cmath>
@@ -51,10 +52,15 @@ struct WrongValue : std::runtime_error {
 [[nodiscard]] EditUnit UnitOnAxis(kvt_enumUnits units);
 
 /// The value that a text names, in base units. Throws WrongValue.
-[[nodiscard]] double ParseValue(const EditField& field, const EditUnit& unit, const std::string& text);
+[[nodiscard]] double ParseValue(const EditField& field,
+                                const EditUnit& unit,
+                                const std::string& text);
 
 /// A value in base units as the user writes it, with its unit. @param digits significant ones
-[[nodiscard]] std::string ShowValue(const EditField& field, const EditUnit& unit, double value, int digits);
+[[nodiscard]] std::string ShowValue(const EditField& field,
+                                    const EditUnit& unit,
+                                    double value,
+                                    int digits);
 
 /// What the field takes: "0 to 1000 µs", "no, yes".
 [[nodiscard]] std::string RangeText(const EditField& field, const EditUnit& unit);
@@ -64,12 +70,14 @@ struct WrongValue : std::runtime_error {
 
 /// The fields of a type that can be edited, in the order of the record.
 [[nodiscard]] std::span<const RecordField<CGChanTypeDescr>> EditFields(const CGChanTypeDescr*);
-[[nodiscard]] std::span<const RecordField<CGSubchanTypeDescr>> EditFields(const CGSubchanTypeDescr*);
+[[nodiscard]] std::span<const RecordField<CGSubchanTypeDescr>> EditFields(
+    const CGSubchanTypeDescr*);
 [[nodiscard]] std::span<const RecordField<CGGateTypeDescr>> EditFields(const CGGateTypeDescr*);
 [[nodiscard]] std::span<const RecordField<CGProbeTypeDescr>> EditFields(const CGProbeTypeDescr*);
 [[nodiscard]] std::span<const RecordField<CGPatchTypeDescr>> EditFields(const CGPatchTypeDescr*);
 [[nodiscard]] std::span<const RecordField<CGInfoTypeDescr>> EditFields(const CGInfoTypeDescr*);
-[[nodiscard]] std::span<const RecordField<CGSpecmatTypeDescr>> EditFields(const CGSpecmatTypeDescr*);
+[[nodiscard]] std::span<const RecordField<CGSpecmatTypeDescr>> EditFields(
+    const CGSpecmatTypeDescr*);
 [[nodiscard]] std::span<const RecordField<CGDataTypeFDD>> EditFields(const CGDataTypeFDD*);
 
 template <class Record>
@@ -83,7 +91,8 @@ EditUnit UnitOf(const RecordField<Record>& field, const Record& record) {
   return field.onAxis ? UnitOnAxis(record.*field.axisUnit) : field.unit;
 }
 
-/// Gives the field of a record the value that a text names. Throws WrongValue, or Failure for a text that is not UTF-8.
+/// Gives the field of a record the value that a text names. Throws WrongValue, or Failure for a
+/// text that is not UTF-8.
 template <class Record>
 void Assign(const RecordField<Record>& field, Record& record, const std::string& text) {
   if (field.text)

@@ -38,8 +38,8 @@ std::vector<CIGate*> GateItems::List(Host& host, fset_enumFilters filter) {
   return ToVector(list);
 }
 
-// A gate's record is not set as a whole: an on-line update would also give it to the descriptor that changes are told against, and
-// the file would then lack them.
+// A gate's record is not set as a whole: an on-line update would also give it to the descriptor
+// that changes are told against, and the file would then lack them.
 void GateItems::Change(CIGate& gate, const CGGateTypeDescr& record) {
   gate.Start(record.start);
   gate.Width(record.width);
@@ -89,7 +89,8 @@ ModifiedGroups GatherModified(Host& host) {
 
 void ClearModified(Host& host) {
   host.GetFileSet()->fset_ClearModified();
-  if (CISpecMat* material = host.GetSpecimen().spec_SpecMatGet(spec_Modified)) material->ismat1_ModifClear();
+  if (CISpecMat* material = host.GetSpecimen().spec_SpecMatGet(spec_Modified))
+    material->ismat1_ModifClear();
 }
 
 }  // namespace utdata::program

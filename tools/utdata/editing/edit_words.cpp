@@ -23,7 +23,8 @@ CLI::ValidationError WrongUsage(const std::string& about, const std::string& why
 EditWords SplitWords(const std::vector<std::string>& words, bool needsSelector) {
   EditWords split;
   auto word = words.begin();
-  const bool selected = word != words.end() && (needsSelector || word->find('=') == std::string::npos);
+  const bool selected =
+      word != words.end() && (needsSelector || word->find('=') == std::string::npos);
   if (needsSelector && !selected) throw WrongUsage("SELECTOR", "is missing");
   split.selector = selected ? *word++ : "0";
   for (; word != words.end(); ++word) {
@@ -48,7 +49,9 @@ bool HasIds(const IdPairs& ids, const std::string& selector) {
     std::replace(name.begin(), name.end(), '-', '_');
     std::uint32_t value = 0;
     if (equals == pair.size() || !IsWhole(pair.substr(equals + 1), value)) return false;
-    if (std::none_of(ids.begin(), ids.end(), [&](const auto& id) { return id.first == name && id.second == value; }))
+    if (std::none_of(ids.begin(), ids.end(), [&](const auto& id) {
+          return id.first == name && id.second == value;
+        }))
       return false;
     at = end + 1;
   }

@@ -19,13 +19,15 @@ struct EditWords {
 [[nodiscard]] CLI::ValidationError WrongUsage(const std::string& about, const std::string& why);
 
 /// Throws a usage error.
-/// @param needsSelector of a type that an inspection has several groups of; the selector of others is "0" when it is not given
+/// @param needsSelector of a type that an inspection has several groups of; the selector of others
+///   is "0" when it is not given
 [[nodiscard]] EditWords SplitWords(const std::vector<std::string>& words, bool needsSelector);
 
 /// Whether a selector is an index, which is then given out.
 [[nodiscard]] bool IsIndex(const std::string& selector, std::size_t& index);
 
-/// Whether a selector is name=value pairs, joined by commas, of these ids. A hyphen in a name counts as an underscore.
+/// Whether a selector is name=value pairs, joined by commas, of these ids. A hyphen in a name
+/// counts as an underscore.
 [[nodiscard]] bool HasIds(const IdPairs& ids, const std::string& selector);
 
 }  // namespace utdata::program

@@ -1,4 +1,5 @@
-// How a row of a table of fields is made of a record's member. For the sources that define such tables only.
+// How a row of a table of fields is made of a record's member. For the sources that define such
+// tables only.
 #pragma once
 
 #include "editing/edit_fields.h"
@@ -15,7 +16,11 @@ struct MemberOf<Held Owner::*> {
 
 /// A number of the record, stored in base units.
 template <auto member>
-constexpr auto NumberField(EditKind kind, const char* key, EditUnit unit, double minimum, double maximum) {
+constexpr auto NumberField(EditKind kind,
+                           const char* key,
+                           EditUnit unit,
+                           double minimum,
+                           double maximum) {
   using Record = typename MemberOf<decltype(member)>::Record;
   using Value = typename MemberOf<decltype(member)>::Value;
   RecordField<Record> field;

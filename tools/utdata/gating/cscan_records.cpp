@@ -31,7 +31,8 @@ CGDataTypeFDD& AddCScan(Document& document,
   cscan->SetDataRectification(gdata_RectifFull);
   cscan->dataMinimum = 0;
   cscan->sampleSize = cscan->cellSize = sizeof(std::uint16_t);
-  cscan->dataPointer = const_cast<std::uint16_t*>(values.data());  // read by the write, never changed
+  cscan->dataPointer =
+      const_cast<std::uint16_t*>(values.data());  // read by the write, never changed
   cscan->dataSize = values.size_bytes();
   cscan->gateId = gate.gateId;
   const std::size_t length = std::min(gate.name.size(), CGDataTypeFDD::nameSize - 1);
@@ -50,7 +51,8 @@ void AddCScans(Document& document,
                double fullScale) {
   AddCScan(document, ascans, gate, gdata_CScanAmplitude, readings.amplitudes).dataMaximum =
       static_cast<float>(fullScale);
-  CGDataTypeFDD& position = AddCScan(document, ascans, gate, gdata_CScanPosition, readings.positions);
+  CGDataTypeFDD& position =
+      AddCScan(document, ascans, gate, gdata_CScanPosition, readings.positions);
   position.dataMaximum = static_cast<float>(std::min(ascans.sampleQuantity, positionEnd - 1));
   position.dataResolution = ascans.sampleResolution;
   position.dataOffset = ascans.sampleOffset;

@@ -11,12 +11,14 @@ namespace utdata::program {
 /// What a gate saw in each cell, in row-major order.
 struct GateReadings {
   std::span<const std::uint16_t> amplitudes;  ///< largest absolute value in the gate
-  std::span<const std::uint16_t> positions;   ///< index in the A-scan of the first sample of that amplitude
+  std::span<const std::uint16_t>
+      positions;  ///< index in the A-scan of the first sample of that amplitude
 };
 
-/// Adds an amplitude and a position C-scan with the ids, names and scan axes of the A-scans. They match each other, but for the position
-/// C-scans of gates 11, 21 and 31, which belong to the amplitudes of the gate before. The position C-scan's data axis is the A-scans'
-/// sample axis: its range is their quantity.
+/// Adds an amplitude and a position C-scan with the ids, names and scan axes of the A-scans. They
+/// match each other, but for the position C-scans of gates 11, 21 and 31, which belong to the
+/// amplitudes of the gate before. The position C-scan's data axis is the A-scans' sample axis: its
+/// range is their quantity.
 /// @param readings  one of each for every cell; used when the document is written
 /// @param fullScale amplitude that is 100 %
 void AddCScans(Document& document,

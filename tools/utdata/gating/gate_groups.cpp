@@ -22,7 +22,8 @@ std::string NameOf(const Document& document, const DataRow& row) {
   return document.Path() + ": data group " + std::to_string(row.index);
 }
 
-/// Holds what the file says of the A-scans against what gating needs; an item's record has had unusable values replaced.
+/// Holds what the file says of the A-scans against what gating needs; an item's record has had
+/// unusable values replaced.
 void CheckAScans(const CGDataTypeFDD& ascans, const std::string& name) {
   const auto fail = [&](const std::string& why) { throw Failure(name, cannotBeGated, why); };
   const auto type = static_cast<std::uint32_t>(ascans.GetDataType());
@@ -30,7 +31,8 @@ void CheckAScans(const CGDataTypeFDD& ascans, const std::string& name) {
   if (!isKnown || ascans.sampleSize != (type <= kvt_UInt8 ? 1 : 2))
     fail("samples of " + SampleTypeName(ascans) + " and " + std::to_string(ascans.sampleSize) +
          " bytes are no amplitudes");
-  if (AllCells(ascans).count == 0 || ascans.sampleQuantity == 0 || !ascans.samples.group) fail("it has no samples");
+  if (AllCells(ascans).count == 0 || ascans.sampleQuantity == 0 || !ascans.samples.group)
+    fail("it has no samples");
   const bool hasTime = ascans.sampleUnits == kvt_UnitSecond && std::isfinite(ascans.sampleOffset) &&
                        std::isfinite(ascans.sampleResolution) && ascans.sampleResolution > 0;
   if (!hasTime) fail("its sample axis is not one of time");
@@ -39,7 +41,9 @@ void CheckAScans(const CGDataTypeFDD& ascans, const std::string& name) {
     fail("the range of its values has no extent");
 }
 
-GateWindow CheckedWindow(const CRDataTypeDD& ascans, const GateSettings& settings, const std::string& name) {
+GateWindow CheckedWindow(const CRDataTypeDD& ascans,
+                         const GateSettings& settings,
+                         const std::string& name) {
   const GateWindow window = WindowOf(ascans, settings.start, settings.width);
   const double start = ascans.GetSampleOffs();
   const double step = ascans.GetSampleResol();
@@ -48,7 +52,8 @@ GateWindow CheckedWindow(const CRDataTypeDD& ascans, const GateSettings& setting
                   cannotBeGated,
                   "no sample lies in the gate",
                   "the A-scans run from " + Microseconds(start) + " to " +
-                      Microseconds(start + step * ascans.GetSampleQty()) + " in steps of " + Microseconds(step));
+                      Microseconds(start + step * ascans.GetSampleQty()) + " in steps of " +
+                      Microseconds(step));
   if (std::uint64_t{window.first} + window.quantity > positionEnd)
     throw Failure(name,
                   cannotBeGated,
@@ -66,8 +71,16 @@ std::vector<const DataRow*> FindRows(const Document& document,
                                      std::uint32_t gateId = fset_AnyId) {
   Host& host = document.GetHost();
   CIDataLst found;
-  host.GetFileSet()->fset_GetIDataLst(
-      &found, fset_All, bookmark_None, patchId, channelId, subChannelId, gateId, dataClass, fset_AnyId, fset_AnyId);
+  host.GetFileSet()->fset_GetIDataLst(&found,
+                                      fset_All,
+                                      bookmark_None,
+                                      patchId,
+                                      channelId,
+                                      subChannelId,
+                                      gateId,
+                                      dataClass,
+                                      fset_AnyId,
+                                      fset_AnyId);
   std::vector<const DataRow*> rows;
   for (const CIData* item : found)
     if (const DataRow* row = host.Data().RowOf(item)) rows.push_back(row);
@@ -77,37 +90,49 @@ std::vector<const DataRow*> FindRows(const Document& document,
 /// A C-scan of the same ids would hide the new one, or be hidden.
 void CheckNoCScans(const Document& document, const CGDataTypeFDD& ascans, std::uint32_t gateId) {
   for (const gdata_enumDataClass dataClass : {gdata_CScanAmplitude, gdata_CScanPosition}) {
-    const auto rows = FindRows(document, dataClass, ascans.channelId, ascans.GetPatchID(), ascans.subChannelId, gateId);
+    const auto rows = FindRows(
+        document, dataClass, ascans.channelId, ascans.GetPatchID(), ascans.subChannelId, gateId);
     if (rows.empty()) continue;
-    throw Failure(
-        document.Path(),
-        cannotBeGated,
-        "data group " + std::to_string(rows.front()->index) + " is a C-scan of gate " + std::to_string(gateId),
-        "choose a gate without one");
+    throw Failure(document.Path(),
+                  cannotBeGated,
+                  "data group " + std::to_string(rows.front()->index) + " is a C-scan of gate " +
+                      std::to_string(gateId),
+                  "choose a gate without one");
   }
 }
 
-/// Two groups of A-scans that differ in neither patch nor sub-channel would have one C-scan hide the other.
-void CheckOnlyOne(const Document& document, const std::vector<const DataRow*>& rows, const DataRow& row) {
+/// Two groups of A-scans that differ in neither patch nor sub-channel would have one C-scan hide
+/// the other.
+void CheckOnlyOne(const Document& document,
+                  const std::vector<const DataRow*>& rows,
+                  const DataRow& row) {
   for (const DataRow* other : rows)
     if (other != &row && other->group->subChannelId == row.group->subChannelId &&
         other->group->GetPatchID() == row.group->GetPatchID())
       throw Failure(NameOf(document, row),
                     cannotBeGated,
-                    "data group " + std::to_string(other->index) + " has A-scans of the same sub-channel and patch");
+                    "data group " + std::to_string(other->index) +
+                        " has A-scans of the same sub-channel and patch");
 }
 
-GatedGroup GateGroup(const Document& document, const DataRow& row, const GateSettings& settings, bool quiet) {
+GatedGroup GateGroup(const Document& document,
+                     const DataRow& row,
+                     const GateSettings& settings,
+                     bool quiet) {
   const std::string name = NameOf(document, row);
   CheckAScans(*row.group, name);
   const CRDataTypeDD& ascans = *row.item->idata1_GetInfoRef();
   const GateWindow window = CheckedWindow(ascans, settings, name);
   const CellTable cells(*row.group, document.GetHost().Data().Table(*row.group), name);
-  return {&row, window, FullScale(ascans), GateAScans(ascans, cells, window, settings.threshold.value_or(0), quiet)};
+  return {&row,
+          window,
+          FullScale(ascans),
+          GateAScans(ascans, cells, window, settings.threshold.value_or(0), quiet)};
 }
 
 const CGGateTypeDescr* FindGate(const Document& document, const GateSettings& settings) {
-  const CIGate* gate = document.GetHost().GetFileSet()->fset_GetIGate(fset_All, settings.gateId, settings.channelId);
+  const CIGate* gate =
+      document.GetHost().GetFileSet()->fset_GetIGate(fset_All, settings.gateId, settings.channelId);
   return gate ? gate->igate1_GetInfoRef() : nullptr;
 }
 
@@ -116,18 +141,21 @@ void SetUp(CGGateTypeDescr& gate, const GateSettings& settings) {
   gate.channelId = settings.channelId;
   gate.start = static_cast<float>(settings.start);
   gate.width = static_cast<float>(settings.width);
-  if (settings.threshold) gate.positiveLevel = gate.negativeLevel = static_cast<float>(*settings.threshold);
+  if (settings.threshold)
+    gate.positiveLevel = gate.negativeLevel = static_cast<float>(*settings.threshold);
   gate.referenceGate = CGGateTypeDescr().referenceGate;
   gate.reference = ggate_RefInitialPulse;
   gate.peakSelection = ggate_PeakMaximum;
   gate.polarity = gdata_RectifFull;
 }
 
-/// Adds the C-scans of a group, which get the bookmark type of its item: the file may leave it open.
+/// Adds the C-scans of a group, which get the bookmark type of its item: the file may leave it
+/// open.
 void AddCScansOf(Document& changes, const GatedGroup& group, const CGGateTypeDescr& gate) {
   CGDataTypeFDD ascans = *group.ascans->group;
   ascans.SetDataBookmarkType(group.ascans->taken.GetDataBookmarkType());
-  AddCScans(changes, ascans, gate, {group.cells.amplitudes, group.cells.positions}, group.fullScale);
+  AddCScans(
+      changes, ascans, gate, {group.cells.amplitudes, group.cells.positions}, group.fullScale);
 }
 
 }  // namespace
@@ -163,7 +191,8 @@ double PercentOf(const GatedGroup& group, std::size_t cell) {
 
 std::size_t StrongestCell(const GatedGroup& group) {
   const auto& amplitudes = group.cells.amplitudes;
-  return static_cast<std::size_t>(std::max_element(amplitudes.begin(), amplitudes.end()) - amplitudes.begin());
+  return static_cast<std::size_t>(std::max_element(amplitudes.begin(), amplitudes.end()) -
+                                  amplitudes.begin());
 }
 
 }  // namespace utdata::program

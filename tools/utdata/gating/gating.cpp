@@ -47,17 +47,21 @@ struct Plain {
   [[nodiscard]] static std::uint16_t Amplitude(Sample sample) {
     return static_cast<std::uint16_t>(std::abs(int{sample}));
   }
-  [[nodiscard]] static std::uint16_t Largest(std::span<const Sample> samples) { return LargestMagnitude(samples); }
+  [[nodiscard]] static std::uint16_t Largest(std::span<const Sample> samples) {
+    return LargestMagnitude(samples);
+  }
 };
 
-/// Samples that are corrected first: the amplitude of every raw sample in a table, so that no correction costs more than another.
+/// Samples that are corrected first: the amplitude of every raw sample in a table, so that no
+/// correction costs more than another.
 template <class Sample>
 class Corrected {
  public:
   explicit Corrected(lut_enumConversion conversion)
       : m_amplitudes(std::size_t{std::numeric_limits<std::make_unsigned_t<Sample>>::max()} + 1) {
     for (std::size_t raw = 0; raw < m_amplitudes.size(); ++raw) {
-      const std::int32_t value = CLookUpTable::CorrectAmplitudeData(static_cast<Sample>(raw), conversion);
+      const std::int32_t value =
+          CLookUpTable::CorrectAmplitudeData(static_cast<Sample>(raw), conversion);
       m_amplitudes[raw] = Plain<Sample>::Amplitude(static_cast<Sample>(value));
     }
   }
@@ -78,7 +82,8 @@ class Corrected {
 struct Gating {
   const CellTable& cells;
   GateWindow window;
-  double threshold;  ///< a hundred times the sample value, so that whole percents of whole values stay exact
+  double threshold;  ///< a hundred times the sample value, so that whole percents of whole values
+                     ///< stay exact
   bool quiet;
 };
 
@@ -88,7 +93,8 @@ GatedCells GateWith(const Gating& gating, const Amplitudes& amplitudes) {
   const std::size_t cellBytes = gating.cells.SamplesPerCell() * sizeof(Sample);
   GatedCells gated = {std::vector<std::uint16_t>(quantity), std::vector<std::uint16_t>(quantity)};
   Progress progress("gating", gating.quiet);
-  const std::size_t cellsPerTell = 1 + (std::size_t{1} << 20U) / std::max<std::size_t>(1, cellBytes);
+  const std::size_t cellsPerTell =
+      1 + (std::size_t{1} << 20U) / std::max<std::size_t>(1, cellBytes);
   for (std::size_t cell = 0; cell < quantity; ++cell) {
     if (cell % cellsPerTell == 0) progress.At(cell * cellBytes, quantity * cellBytes);
     const auto* samples = reinterpret_cast<const Sample*>(gating.cells.Cell(cell));
@@ -97,9 +103,11 @@ GatedCells GateWith(const Gating& gating, const Amplitudes& amplitudes) {
     const std::uint16_t largest = amplitudes.Largest(seen);
     gated.amplitudes[cell] = largest;
     if (100.0 * largest < gating.threshold) continue;
-    const auto found =
-        std::find_if(seen.begin(), seen.end(), [&](Sample sample) { return amplitudes.Amplitude(sample) == largest; });
-    gated.positions[cell] = static_cast<std::uint16_t>(gating.window.first + (found - seen.begin()));
+    const auto found = std::find_if(seen.begin(), seen.end(), [&](Sample sample) {
+      return amplitudes.Amplitude(sample) == largest;
+    });
+    gated.positions[cell] =
+        static_cast<std::uint16_t>(gating.window.first + (found - seen.begin()));
   }
   return gated;
 }

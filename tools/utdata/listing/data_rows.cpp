@@ -121,9 +121,11 @@ std::vector<ChannelRows> SortedRows(const Document& document) {
 }
 
 std::string BookmarkName(eDataBookmarkType type) {
-  const auto* found =
-      std::find_if(bookmarkNames.begin(), bookmarkNames.end(), [=](const auto& entry) { return entry.first == type; });
-  return found == bookmarkNames.end() ? "type " + std::to_string(static_cast<std::uint32_t>(type)) : found->second;
+  const auto* found = std::find_if(bookmarkNames.begin(),
+                                   bookmarkNames.end(),
+                                   [=](const auto& entry) { return entry.first == type; });
+  return found == bookmarkNames.end() ? "type " + std::to_string(static_cast<std::uint32_t>(type))
+                                      : found->second;
 }
 
 std::string MatchText(const Document& document, const DataRow& row) {

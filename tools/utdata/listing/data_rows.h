@@ -1,4 +1,5 @@
-// Data groups as items of their inspection: what each is matched with, which master gathers it, and the order of a channel.
+// Data groups as items of their inspection: what each is matched with, which master gathers it, and
+// the order of a channel.
 #pragma once
 
 #include <cstddef>
@@ -26,9 +27,12 @@ class Masters {
   std::unordered_map<const CIData*, std::size_t> m_numbers;
 };
 
-/// A data group's record as an object, with what its item adds: its bookmark type, the row of the C-scan that it is matched with, that of
-/// the amplitude C-scan that a position C-scan of a Meridio gate belongs to, and the number of its master; null where there is none.
-[[nodiscard]] nlohmann::ordered_json DataRowJson(const Document& document, const DataRow& row, const Masters& masters);
+/// A data group's record as an object, with what its item adds: its bookmark type, the row of the
+/// C-scan that it is matched with, that of the amplitude C-scan that a position C-scan of a Meridio
+/// gate belongs to, and the number of its master; null where there is none.
+[[nodiscard]] nlohmann::ordered_json DataRowJson(const Document& document,
+                                                 const DataRow& row,
+                                                 const Masters& masters);
 
 /// The masters, each with the rows of its elements and the number of the master it is matched with.
 [[nodiscard]] nlohmann::ordered_json MastersJson(const Document& document);
@@ -39,7 +43,8 @@ struct ChannelRows {
   std::uint32_t channelId = 0;
   std::vector<const DataRow*> rows;
 };
-/// The rows of each channel that are items, by sub-channel and then by the display order of their gates; channels by their ids.
+/// The rows of each channel that are items, by sub-channel and then by the display order of their
+/// gates; channels by their ids.
 [[nodiscard]] std::vector<ChannelRows> SortedRows(const Document& document);
 
 /// "single", "coupling": what a bookmark type calls for.

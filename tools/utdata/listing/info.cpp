@@ -19,13 +19,16 @@ namespace {
 
 using GroupCounts = std::vector<std::pair<std::string, std::ptrdiff_t>>;
 
-// How many groups of a type a host finds: its items where the file set holds the type, else the groups of the descriptor.
+// How many groups of a type a host finds: its items where the file set holds the type, else the
+// groups of the descriptor.
 
 std::ptrdiff_t CountIn(CFSet& set, const CList<CGDataTypeFDD*>&) {
   CIDataLst found;
   return set.fset_GetIDataLst(&found);
 }
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGChanTypeDescr*>&) { return set.fset_GetIChanCount(); }
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGChanTypeDescr*>&) {
+  return set.fset_GetIChanCount();
+}
 std::ptrdiff_t CountIn(CFSet& set, const CList<CGSubchanTypeDescr*>&) {
   CISubChanLst found;
   return set.fset_GetISubChanLst(&found, fset_All, fset_AnyId, fset_AnyId);
@@ -42,11 +45,15 @@ std::ptrdiff_t CountIn(CFSet& set, const CList<CGProbeTypeDescr*>&) {
   CIProbeLst found;
   return set.fset_GetIProbeLst(&found, fset_All, fset_AnyId);
 }
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGInfoTypeDescr*>&) { return set.fset_GetIInfo(fset_All) ? 1 : 0; }
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGInfoTypeDescr*>&) {
+  return set.fset_GetIInfo(fset_All) ? 1 : 0;
+}
 std::ptrdiff_t CountIn(CFSet& set, const CList<CGWeldScanPlanDescr*>&) {
   return std::ssize(set.fset_GetGWeldScanPlanList());
 }
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGWeldFillDescr*>&) { return std::ssize(set.fset_GetGWeldFillList()); }
+std::ptrdiff_t CountIn(CFSet& set, const CList<CGWeldFillDescr*>&) {
+  return std::ssize(set.fset_GetGWeldFillList());
+}
 template <class Descriptor>
 std::ptrdiff_t CountIn(CFSet&, const CList<Descriptor*>& list) {
   return list.GetCount();
@@ -55,8 +62,9 @@ std::ptrdiff_t CountIn(CFSet&, const CList<Descriptor*>& list) {
 GroupCounts CountGroups(const Document& document) {
   GroupCounts counts;
   CFSet& set = *document.GetHost().GetFileSet();
-  VisitGroupLists(document.Groups(),
-                  [&](const char* name, const auto& list, auto) { counts.emplace_back(name, CountIn(set, list)); });
+  VisitGroupLists(document.Groups(), [&](const char* name, const auto& list, auto) {
+    counts.emplace_back(name, CountIn(set, list));
+  });
   return counts;
 }
 
@@ -71,12 +79,15 @@ std::string GroupsText(const Document& document) {
   return text.empty() ? "none" : text;
 }
 
-std::vector<std::string> KindRow(const Document& document, const DataRow& row, const GroupAxes& axes) {
+std::vector<std::string> KindRow(const Document& document,
+                                 const DataRow& row,
+                                 const GroupAxes& axes) {
   const CGDataTypeFDD& group = *row.group;
   return {std::to_string(row.index),
           Label(group),
           ClassName(group),
-          SampleTypeName(group) + (group.GetDataRectification() == gdata_RectifNone ? "" : " rectified"),
+          SampleTypeName(group) +
+              (group.GetDataRectification() == gdata_RectifNone ? "" : " rectified"),
           axes.Columns().Spacing(),
           axes.Rows().Spacing(),
           axes.Samples().Spacing(),
@@ -112,17 +123,22 @@ Rows RowsOf(const Document& document, bool sorted) {
 
 /// One row per data group, made by `cells`.
 template <class Cells>
-std::string TableOfGroups(const Document& document, const Rows& rows, std::vector<std::string> header, Cells&& cells) {
+std::string TableOfGroups(const Document& document,
+                          const Rows& rows,
+                          std::vector<std::string> header,
+                          Cells&& cells) {
   TextTable table(std::move(header));
-  for (const DataRow* row : rows) table.Add(cells(document, *row, GroupAxes(document.GetHost(), *row->group)));
+  for (const DataRow* row : rows)
+    table.Add(cells(document, *row, GroupAxes(document.GetHost(), *row->group)));
   return table.Text();
 }
 
 std::string KindTable(const Document& document, const Rows& rows) {
-  return TableOfGroups(document,
-                       rows,
-                       {"#", "label", "class", "type", "columns", "rows", "samples", "table", "bookmark", "matches"},
-                       KindRow);
+  return TableOfGroups(
+      document,
+      rows,
+      {"#", "label", "class", "type", "columns", "rows", "samples", "table", "bookmark", "matches"},
+      KindRow);
 }
 
 std::string HashLines(const Rows& rows, bool quiet) {
@@ -177,14 +193,18 @@ std::string InfoText(const Document& document, const InfoContent& content) {
   if (document.Groups().data.IsEmpty()) return text;
   const Rows rows = RowsOf(document, content.sorted);
   text += "\n" + KindTable(document, rows) + "\n";
-  text +=
-      TableOfGroups(document, rows, {"#", "columns", "rows", "samples", "half path", "values", "amplitude"}, RangeRow);
+  text += TableOfGroups(document,
+                        rows,
+                        {"#", "columns", "rows", "samples", "half path", "values", "amplitude"},
+                        RangeRow);
   const std::string masters = MastersText(document);
   if (!masters.empty()) text += "\n" + masters;
   if (content.hash) text += "\n" + HashLines(rows, content.quiet);
   return text;
 }
 
-std::string DataGroupTable(const Document& document) { return KindTable(document, RowsOf(document, false)); }
+std::string DataGroupTable(const Document& document) {
+  return KindTable(document, RowsOf(document, false));
+}
 
 }  // namespace utdata::program

@@ -9,17 +9,18 @@
 namespace utdata::program {
 
 struct InfoContent {
-  bool hash = false;    ///< adds the SHA-256 of each data group's samples
-  bool sorted = false;  ///< data groups by channel, sub-channel and the display order of their gates
-  bool quiet = false;   ///< shows no progress
+  bool hash = false;  ///< adds the SHA-256 of each data group's samples
+  bool sorted =
+      false;           ///< data groups by channel, sub-channel and the display order of their gates
+  bool quiet = false;  ///< shows no progress
 };
 
-/// Path, files, group counts, one object per data group in the order of the file, and one per multi-channel master; sorted, the rows of
-/// each channel too.
+/// Path, files, group counts, one object per data group in the order of the file, and one per
+/// multi-channel master; sorted, the rows of each channel too.
 [[nodiscard]] nlohmann::ordered_json InfoJson(const Document& document, const InfoContent& content);
 
-/// The same for people: a heading, two tables with one row per data group, what it is and what its axes and values span, and one of the
-/// masters.
+/// The same for people: a heading, two tables with one row per data group, what it is and what its
+/// axes and values span, and one of the masters.
 [[nodiscard]] std::string InfoText(const Document& document, const InfoContent& content);
 
 /// The first of the tables, in the order of the file.

@@ -22,7 +22,8 @@ std::string WithoutBlanksBehind(std::string text) {
 
 /// Whether a field has the value that a text names; texts count without the blanks behind them.
 bool HasValue(const Json& field, const std::string& wanted) {
-  if (field.is_string()) return WithoutBlanksBehind(field.get<std::string>()) == WithoutBlanksBehind(wanted);
+  if (field.is_string())
+    return WithoutBlanksBehind(field.get<std::string>()) == WithoutBlanksBehind(wanted);
   const Json value = Json::parse(wanted, nullptr, false);
   return !value.is_discarded() && value == field;
 }
@@ -51,17 +52,20 @@ bool IsIndex(const std::string& selector, std::size_t& index) {
 
 SelectedGroup SelectGroup(const Document& document, const std::string& selector) {
   const auto& rows = document.GetHost().Data().Rows();
-  if (rows.empty()) throw Failure(document.Path(), "nothing can be selected", "it has no data group");
+  if (rows.empty())
+    throw Failure(document.Path(), "nothing can be selected", "it has no data group");
   std::vector<SelectedGroup> matches;
   std::size_t wanted = 0;
   const bool byIndex = IsIndex(selector, wanted);
   const Masters masters(document);
   for (const auto& row : rows)
-    if (byIndex ? row->index == wanted : HasAllPairs(DataRowJson(document, *row, masters), selector))
+    if (byIndex ? row->index == wanted
+                : HasAllPairs(DataRowJson(document, *row, masters), selector))
       matches.push_back({row->group, row->index});
   if (matches.size() == 1) return matches.front();
   PrintResult(DataGroupTable(document));
-  const std::string which = matches.empty() ? "matches no data group" : "matches " + std::to_string(matches.size());
+  const std::string which =
+      matches.empty() ? "matches no data group" : "matches " + std::to_string(matches.size());
   throw Failure(document.Path(),
                 "'" + selector + "' " + which,
                 "name one of those listed by its number, or by fields as in class=1,channel=0");

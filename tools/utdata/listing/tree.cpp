@@ -19,8 +19,20 @@ using Json = nlohmann::ordered_json;
 constexpr std::size_t shownElements = 8;     ///< of a long array
 constexpr std::size_t shownCharacters = 60;  ///< of a long text
 
-constexpr std::array<const char*, 14> valueTypeNames =
-    {"group", "", "i8", "u8", "i16", "u16", "i32", "u32", "i64", "u64", "f32", "f64", "text", "block"};
+constexpr std::array<const char*, 14> valueTypeNames = {"group",
+                                                        "",
+                                                        "i8",
+                                                        "u8",
+                                                        "i16",
+                                                        "u16",
+                                                        "i32",
+                                                        "u32",
+                                                        "i64",
+                                                        "u64",
+                                                        "f32",
+                                                        "f64",
+                                                        "text",
+                                                        "block"};
 
 void Require(int status, const SCFile::Node* node) {
   if (status != SCFile::status_Ok)
@@ -49,7 +61,8 @@ Item ReadItem(const SCFile::Node* parent, std::uint32_t index) {
                                 static_cast<std::uint32_t>(name.size())),
           parent);
   item.name = ToUtf8(name.data());
-  if (item.kind == SCFile::kind_Value) Require(SCFile::file_ItemValueType(parent, index, &item.valueType), parent);
+  if (item.kind == SCFile::kind_Value)
+    Require(SCFile::file_ItemValueType(parent, index, &item.valueType), parent);
   return item;
 }
 
@@ -58,7 +71,8 @@ template <class Element>
 Json ReadValue(const SCFile::Node* group, std::uint32_t index, const Item& item, bool full) {
   std::vector<Element> elements(item.count);
   std::uint32_t count = item.count;
-  Require(SCFile::file_IndexValueRead(group, index, item.valueType, elements.data(), &count), group);
+  Require(SCFile::file_IndexValueRead(group, index, item.valueType, elements.data(), &count),
+          group);
   const auto toJson = [](Element element) -> Json {
     if constexpr (std::is_same_v<Element, float>)
       return JsonNumber(element);
@@ -108,7 +122,11 @@ Json ReadAnyValue(const SCFile::Node* group, std::uint32_t index, const Item& it
   }
 }
 
-Json ValueJson(const SCFile::Node* group, std::uint32_t groupCode, std::uint32_t index, const Item& item, bool full) {
+Json ValueJson(const SCFile::Node* group,
+               std::uint32_t groupCode,
+               std::uint32_t index,
+               const Item& item,
+               bool full) {
   Json value = {{"code", item.code}, {"name", SCFile::file_FieldName(groupCode, item.code)}};
   value["type"] = item.valueType < valueTypeNames.size() ? valueTypeNames[item.valueType] : "";
   if (item.valueType == SCFile::value_Block) {
@@ -163,7 +181,8 @@ void AppendText(const Json& items, std::size_t depth, std::string& text) {
     text += std::string(2 * depth, ' ');
     if (item["type"] == "group") {
       text += code + " \"" + name + "\"";
-      if (const auto type = item["group_type"].get<std::string>(); !type.empty()) text += "  " + type;
+      if (const auto type = item["group_type"].get<std::string>(); !type.empty())
+        text += "  " + type;
       text += "\n";
       AppendText(item["items"], depth + 1, text);
       continue;
@@ -171,7 +190,8 @@ void AppendText(const Json& items, std::size_t depth, std::string& text) {
     const auto pad = [](const std::string& cell, std::size_t width) {
       return cell + std::string(width - std::min(width, cell.size()), ' ');
     };
-    text += pad(code, 5) + pad(name, 22) + pad(item["type"].get<std::string>(), 7) + ValueText(item) + "\n";
+    text += pad(code, 5) + pad(name, 22) + pad(item["type"].get<std::string>(), 7) +
+            ValueText(item) + "\n";
   }
 }
 

@@ -8,8 +8,9 @@
 
 namespace utdata::program {
 
-/// Every group and item of an open file, in order: {"groups": [{"code", "name", "type", "items": [...]}]}. A value has its code, its
-/// field's name where the group's type is known, its value type, its count and its value; a block has its place instead.
+/// Every group and item of an open file, in order: {"groups": [{"code", "name", "type", "items":
+/// [...]}]}. A value has its code, its field's name where the group's type is known, its value
+/// type, its count and its value; a block has its place instead.
 /// @param full whole arrays and texts; else the first few elements
 [[nodiscard]] nlohmann::ordered_json TreeJson(SCFile::FileHandle file, bool full);
 

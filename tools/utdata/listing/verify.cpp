@@ -81,7 +81,8 @@ std::string Verdict::Word() const {
 std::string Verdict::Line() const {
   std::string line = path + ": ";
   if (IsClean())
-    line += "clean, " + std::to_string(commits) + (commits == 1 ? " commit, " : " commits, ") + Bytes(size);
+    line += "clean, " + std::to_string(commits) + (commits == 1 ? " commit, " : " commits, ") +
+            Bytes(size);
   else if (status != SCFile::status_Damaged && problems.front().ends_with(Word()))
     line += problems.front();
   else

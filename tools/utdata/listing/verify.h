@@ -11,7 +11,7 @@ namespace utdata::program {
 /// What was found about one file.
 struct Verdict {
   std::string path;
-  int status = 0;                     ///< SCFile::Status of the first problem; 0 when the file is clean
+  int status = 0;  ///< SCFile::Status of the first problem; 0 when the file is clean
   std::vector<std::string> problems;  ///< one line each; empty when the file is clean
   std::uint64_t commits = 0;
   std::uint64_t size = 0;  ///< bytes

@@ -12,7 +12,8 @@ bool IsSignedType(const CGDataTypeFDD& group) {
 }
 
 std::uint8_t PlaceInRange(const CGDataTypeFDD& group, std::uint8_t code) {
-  return IsSignedType(group) ? static_cast<std::uint8_t>(CLookUpTable::UnRectifySC(code) + 128) : code;
+  return IsSignedType(group) ? static_cast<std::uint8_t>(CLookUpTable::UnRectifySC(code) + 128)
+                             : code;
 }
 
 CodeMeaning MeaningOf(const CGDataTypeFDD& group, const GroupAxes& axes) {
@@ -20,13 +21,15 @@ CodeMeaning MeaningOf(const CGDataTypeFDD& group, const GroupAxes& axes) {
   const bool wide = group.sampleSize == 2;
   meaning.low = axes.Percent(wide || IsSignedType(group) ? group.dataMinimum : 0);
   meaning.high = axes.Percent(wide || IsSignedType(group) ? group.dataMaximum : 255);
-  meaning.hasSign = meaning.low < 0 && (IsSignedType(group) || group.GetDataRectification() == gdata_RectifNone);
+  meaning.hasSign =
+      meaning.low < 0 && (IsSignedType(group) || group.GetDataRectification() == gdata_RectifNone);
   meaning.isWave = meaning.hasSign && group.tofd == 1;
   const bool showsSize = meaning.hasSign && !meaning.isWave;
   for (int code = 0; code < 256; ++code) {
     const auto display = static_cast<std::uint8_t>(code);
     const int size = IsSignedType(group) ? code : std::abs(2 * code - 255);
-    meaning.place[display] = showsSize ? static_cast<std::uint8_t>(size) : PlaceInRange(group, display);
+    meaning.place[display] =
+        showsSize ? static_cast<std::uint8_t>(size) : PlaceInRange(group, display);
   }
   if (showsSize) {
     meaning.high = std::max(std::abs(meaning.low), std::abs(meaning.high));
@@ -52,7 +55,8 @@ std::vector<Tick> DecibelTicks(const GroupAxes& axes, double low, double high) {
   std::vector<Tick> ticks;
   for (int decibels = 0; decibels >= -60; decibels -= 6) {
     const double percent = axes.PercentOfDecibels(decibels);
-    if (percent > low && percent <= high * (1 + 1e-9)) ticks.push_back({percent, std::to_string(decibels)});
+    if (percent > low && percent <= high * (1 + 1e-9))
+      ticks.push_back({percent, std::to_string(decibels)});
   }
   return ticks;
 }

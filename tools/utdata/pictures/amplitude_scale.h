@@ -11,7 +11,8 @@
 
 namespace utdata::program {
 
-/// How the codes of a group become the places of a colour scale, which rise evenly with the amplitude.
+/// How the codes of a group become the places of a colour scale, which rise evenly with the
+/// amplitude.
 struct CodeMeaning {
   std::array<std::uint8_t, 256> place{};
   double low = 0;        ///< percent at place 0, before soft gain
@@ -25,12 +26,14 @@ struct CodeMeaning {
 /// The place of a code between the least and the greatest value of the group, at 0 and 255.
 [[nodiscard]] std::uint8_t PlaceInRange(const CGDataTypeFDD& group, std::uint8_t code);
 
-/// A time-of-flight diffraction scan is read by the phase of its echoes, and shown as a wave; of other scans without rectification
-/// the size of the amplitude is shown.
+/// A time-of-flight diffraction scan is read by the phase of its echoes, and shown as a wave; of
+/// other scans without rectification the size of the amplitude is shown.
 [[nodiscard]] CodeMeaning MeaningOf(const CGDataTypeFDD& group, const GroupAxes& axes);
 
 /// The colours and sides of a scale of amplitudes.
-[[nodiscard]] ColorScale AmplitudeScale(const CodeMeaning& meaning, const GroupAxes& axes, std::uint32_t gain);
+[[nodiscard]] ColorScale AmplitudeScale(const CodeMeaning& meaning,
+                                        const GroupAxes& axes,
+                                        std::uint32_t gain);
 
 /// dB marks between two amplitudes in percent, strongest first.
 [[nodiscard]] std::vector<Tick> DecibelTicks(const GroupAxes& axes, double low, double high);

@@ -26,7 +26,9 @@ std::string WhichCell(const AScanOptions& options) {
 
 /// A colour that is seen on paper; gates without one are red.
 Color ColorOf(const CGGateTypeDescr& gate) {
-  const auto part = [&](unsigned shift) { return static_cast<std::uint8_t>((gate.color >> shift) & 0xFFU); };
+  const auto part = [&](unsigned shift) {
+    return static_cast<std::uint8_t>((gate.color >> shift) & 0xFFU);
+  };
   const Color color = {part(16), part(8), part(0)};
   const bool isTooPale = color.red + color.green + color.blue > 600;
   return gate.color == 0 || isTooPale ? pointer : color;
@@ -36,7 +38,8 @@ std::string NameOf(const CGGateTypeDescr& gate) {
   return gate.name.empty() ? "gate " + std::to_string(gate.gateId) : Printable(ToUtf8(gate.name));
 }
 
-/// Adds the gates of the channel that stand still. Where the others lie depends on an echo in another gate, which a note says.
+/// Adds the gates of the channel that stand still. Where the others lie depends on an echo in
+/// another gate, which a note says.
 void AddGates(LinePlot& plot, Host& host, const CGDataTypeFDD& group, bool hasSign) {
   if (group.sampleUnits != kvt_UnitSecond || group.sampleResolution <= 0) return;
   std::string moving;
@@ -50,7 +53,8 @@ void AddGates(LinePlot& plot, Host& host, const CGDataTypeFDD& group, bool hasSi
       return plot.across.At((seconds - group.sampleOffset) / group.sampleResolution);
     };
     const double end = double{gate->start} + gate->width;
-    GateBar bar = {across(gate->start), across(end), gate->positiveLevel, ColorOf(*gate), NameOf(*gate)};
+    GateBar bar = {
+        across(gate->start), across(end), gate->positiveLevel, ColorOf(*gate), NameOf(*gate)};
     if (!hasSign || gate->polarity != gdata_RectifNegative) plot.gates.push_back(bar);
     bar.level = -gate->negativeLevel;
     if (hasSign && gate->polarity != gdata_RectifPositive) plot.gates.push_back(bar);
@@ -76,27 +80,33 @@ void SetScale(AScan& scan, const GroupAxes& axes, const CodeMeaning& meaning) {
 
 }  // namespace
 
-AScan MakeAScan(Host& host, const CGDataTypeFDD& group, const std::string& name, const AScanOptions& options) {
+AScan MakeAScan(Host& host,
+                const CGDataTypeFDD& group,
+                const std::string& name,
+                const AScanOptions& options) {
   const GroupSamples samples(host, group, name);
   const GroupAxes axes(host, group);
   CheckRow(group, options.row, name);
   CheckColumn(group, options.column, name);
-  const StrongestSample strongest = samples.FindPeaks(Searched(group, options), options.quiet).strongest;
+  const StrongestSample strongest =
+      samples.FindPeaks(Searched(group, options), options.quiet).strongest;
   AScan scan;
   LinePlot& plot = scan.plot;
   scan.row = static_cast<std::uint32_t>(strongest.cell / group.columnQuantity);
   scan.column = static_cast<std::uint32_t>(strongest.cell % group.columnQuantity);
   scan.sample = strongest.sample;
   scan.percent = axes.Percent(strongest.value);
-  for (const std::int32_t value : samples.Values(strongest.cell)) plot.values.push_back(axes.Percent(value));
+  for (const std::int32_t value : samples.Values(strongest.cell))
+    plot.values.push_back(axes.Percent(value));
   SampleAxes across = SampleAxesOf(group, axes, options.samples, name);
   plot.across = std::move(across.first);
   plot.acrossAgain = std::move(across.again);
   plot.marked = scan.sample;
 
-  plot.title = Caption(group) + " · A-scan at " + RowText(axes, scan.row) + ", " + ColumnText(axes, scan.column) +
-               WhichCell(options);
-  plot.notes = {"Strongest echo " + AmplitudeText(axes, scan.percent) + " at " + SamplePlace(axes, scan.sample)};
+  plot.title = Caption(group) + " · A-scan at " + RowText(axes, scan.row) + ", " +
+               ColumnText(axes, scan.column) + WhichCell(options);
+  plot.notes = {"Strongest echo " + AmplitudeText(axes, scan.percent) + " at " +
+                SamplePlace(axes, scan.sample)};
   const CodeMeaning meaning = MeaningOf(group, axes);
   AddGates(plot, host, group, meaning.hasSign);
   scan.gain = options.gain.value_or(GainFor(scan));

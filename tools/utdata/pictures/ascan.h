@@ -13,10 +13,12 @@
 namespace utdata::program {
 
 struct AScanOptions {
-  std::optional<std::uint32_t> row;     ///< none: that of the strongest cell, of those of the column if one is given
-  std::optional<std::uint32_t> column;  ///< none: that of the strongest cell, of those of the row if one is given
   std::optional<std::uint32_t>
-      gain;  ///< soft gain, a whole factor from 1; none: as much as the echo and the levels of the gates allow
+      row;  ///< none: that of the strongest cell, of those of the column if one is given
+  std::optional<std::uint32_t>
+      column;  ///< none: that of the strongest cell, of those of the row if one is given
+  std::optional<std::uint32_t> gain;  ///< soft gain, a whole factor from 1; none: as much as the
+                                      ///< echo and the levels of the gates allow
   SampleAxis samples = SampleAxis::Time;
   bool quiet = false;  ///< shows no progress
 };
@@ -31,8 +33,8 @@ struct AScan {
   std::uint32_t gain = 1;
 };
 
-/// REQUIRES: the group is of class 1. Throws Failure, which begins with `name`, when its samples cannot be shown, the cell is not
-/// there, or a path is wanted and not known.
+/// REQUIRES: the group is of class 1. Throws Failure, which begins with `name`, when its samples
+/// cannot be shown, the cell is not there, or a path is wanted and not known.
 [[nodiscard]] AScan MakeAScan(Host& host,
                               const CGDataTypeFDD& group,
                               const std::string& name,

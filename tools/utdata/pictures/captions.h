@@ -1,4 +1,5 @@
-// What pictures of a data group have in common: the axes as they are drawn, and the words for places and echoes.
+// What pictures of a data group have in common: the axes as they are drawn, and the words for
+// places and echoes.
 #pragma once
 
 #include <cstdint>
@@ -45,8 +46,13 @@ struct SampleAxes {
 /// " · soft gain × 3"; nothing for 1
 [[nodiscard]] std::string GainText(std::uint32_t gain);
 
-/// Throws Failure, which begins with `name`, unless the row or column that is wanted is one of the group's.
-void CheckRow(const CGDataTypeFDD& group, std::optional<std::uint32_t> row, const std::string& name);
-void CheckColumn(const CGDataTypeFDD& group, std::optional<std::uint32_t> column, const std::string& name);
+/// Throws Failure, which begins with `name`, unless the row or column that is wanted is one of the
+/// group's.
+void CheckRow(const CGDataTypeFDD& group,
+              std::optional<std::uint32_t> row,
+              const std::string& name);
+void CheckColumn(const CGDataTypeFDD& group,
+                 std::optional<std::uint32_t> column,
+                 const std::string& name);
 
 }  // namespace utdata::program

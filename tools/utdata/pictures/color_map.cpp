@@ -14,7 +14,8 @@ ColorMap Interpolate(const std::array<Color, Count>& anchors) {
     const std::size_t part = scaled - before * 255;
     const auto mix = [&](std::uint8_t Color::*channel) {
       return static_cast<std::uint8_t>(
-          (anchors[before].*channel * (255 - part) + anchors[before + 1].*channel * part + 127) / 255);
+          (anchors[before].*channel * (255 - part) + anchors[before + 1].*channel * part + 127) /
+          255);
     };
     map[code] = {mix(&Color::red), mix(&Color::green), mix(&Color::blue)};
   }

@@ -8,8 +8,8 @@
 
 namespace utdata::program {
 
-/// 256 colours whose lightness rises with the code, so that of two echoes the stronger is the brighter, also in grey print and to
-/// eyes that see few hues.
+/// 256 colours whose lightness rises with the code, so that of two echoes the stronger is the
+/// brighter, also in grey print and to eyes that see few hues.
 using ColorMap = std::array<Color, 256>;
 
 /// Black over violet, red and orange to pale yellow: for amplitudes without a sign.

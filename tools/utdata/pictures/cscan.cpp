@@ -13,7 +13,10 @@ namespace utdata::program {
 namespace {
 
 /// Marks in a second unit, at their places in the first: both run evenly along the same values.
-std::vector<Tick> MarksOnPath(const ShownAxis& positions, const ShownAxis& path, double low, double high) {
+std::vector<Tick> MarksOnPath(const ShownAxis& positions,
+                              const ShownAxis& path,
+                              double low,
+                              double high) {
   std::vector<Tick> marks = RoundTicks(path.At(low), path.At(high), 10).major;
   for (Tick& mark : marks) mark.value = positions.At((mark.value - path.first) / path.step);
   return marks;
@@ -29,7 +32,8 @@ ColorScale PositionScale(const CGDataTypeFDD& group, const GroupAxes& axes, std:
   scale.colors = &HeatColors();
   scale.low = positions.At(low);
   scale.high = positions.At(high);
-  scale.title = group.sampleUnits == kvt_UnitSecond ? "Time of flight of the echo" : "Position of the echo";
+  scale.title =
+      group.sampleUnits == kvt_UnitSecond ? "Time of flight of the echo" : "Position of the echo";
   scale.unit = positions.symbol;
   if (const auto path = axes.PositionsOnHalfPath()) {
     scale.marks = MarksOnPath(positions, *path, low, high);
@@ -49,15 +53,17 @@ std::string PositionNote(const GroupSamples& samples, const GroupAxes& axes, con
     if (value != 0 && (nearest == 0 || value < nearest)) nearest = value;
     farthest = std::max(farthest, value);
   }
-  const auto range = [&](const ShownAxis& axis) { return Number(axis.At(nearest)) + " to " + axis.Text(farthest); };
+  const auto range = [&](const ShownAxis& axis) {
+    return Number(axis.At(nearest)) + " to " + axis.Text(farthest);
+  };
   std::string note = "Echoes from " + range(axes.Positions());
   if (const auto path = axes.PositionsOnHalfPath()) note += " (" + range(*path) + " half path)";
   return empty == 0 ? note : note + " · " + std::to_string(empty) + " cells at 0";
 }
 
 std::string EchoNote(const CScan& scan, const CGDataTypeFDD& group, const GroupAxes& axes) {
-  std::string note = "Strongest cell " + AmplitudeText(axes, scan.value) + " at " + RowText(axes, scan.row) + ", " +
-                     ColumnText(axes, scan.column);
+  std::string note = "Strongest cell " + AmplitudeText(axes, scan.value) + " at " +
+                     RowText(axes, scan.row) + ", " + ColumnText(axes, scan.column);
   if (PlainClass(group) == gdata_AScan) note += ", " + SamplePlace(axes, scan.sample);
   return note;
 }
@@ -82,7 +88,10 @@ void ShowAmplitudes(CScan& scan, const CGDataTypeFDD& group, const GroupAxes& ax
 
 }  // namespace
 
-CScan MakeCScan(Host& host, const CGDataTypeFDD& group, const std::string& name, const CScanOptions& options) {
+CScan MakeCScan(Host& host,
+                const CGDataTypeFDD& group,
+                const std::string& name,
+                const CScanOptions& options) {
   GroupSamples samples(host, group, name);
   const GroupAxes axes(host, group);
   const bool hasPositions = PlainClass(group) == gdata_CScanPosition;

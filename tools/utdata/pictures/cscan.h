@@ -12,8 +12,9 @@
 namespace utdata::program {
 
 struct CScanOptions {
-  std::optional<std::uint32_t> gain;  ///< soft gain, a whole factor from 1; none: as much as the largest value allows
-  bool quiet = false;                 ///< shows no progress
+  std::optional<std::uint32_t>
+      gain;  ///< soft gain, a whole factor from 1; none: as much as the largest value allows
+  bool quiet = false;  ///< shows no progress
 };
 
 /// What a C-scan shows, beside the picture of it.
@@ -22,12 +23,12 @@ struct CScan {
   std::uint32_t row = 0;     ///< of the strongest cell; of positions, of the farthest
   std::uint32_t column = 0;  ///< the same
   std::uint32_t sample = 0;  ///< of the strongest echo in A-scans
-  double value = 0;          ///< percent of full scale, or the position in the unit of the colour bar
+  double value = 0;  ///< percent of full scale, or the position in the unit of the colour bar
   std::uint32_t gain = 1;
 };
 
-/// REQUIRES: the group is of class 1, of which the largest amplitude of each cell is shown, or 2 or 3, whose values are.
-/// Throws Failure, which begins with `name`, when its samples cannot be shown.
+/// REQUIRES: the group is of class 1, of which the largest amplitude of each cell is shown, or 2 or
+/// 3, whose values are. Throws Failure, which begins with `name`, when its samples cannot be shown.
 [[nodiscard]] CScan MakeCScan(Host& host,
                               const CGDataTypeFDD& group,
                               const std::string& name,

@@ -18,12 +18,14 @@ Font::Font() {
   FT_Face face = nullptr;
   bool opened = FT_Init_FreeType(&library) == 0;
   m_library.reset(library);
-  opened =
-      opened &&
-      FT_New_Memory_Face(
-          library, reinterpret_cast<const FT_Byte*>(data.data()), static_cast<FT_Long>(data.size()), 0, &face) == 0;
+  opened = opened && FT_New_Memory_Face(library,
+                                        reinterpret_cast<const FT_Byte*>(data.data()),
+                                        static_cast<FT_Long>(data.size()),
+                                        0,
+                                        &face) == 0;
   m_face.reset(face);
-  if (!opened) throw Failure("picture", "cannot be drawn", "the program's typeface cannot be opened");
+  if (!opened)
+    throw Failure("picture", "cannot be drawn", "the program's typeface cannot be opened");
 }
 
 template <class Visitor>
@@ -34,7 +36,8 @@ int Font::ForEachGlyph(std::string_view text, int size, Visitor&& visit) const {
   for (const wchar_t character : ToWide(text)) {
     const FT_UInt glyph = FT_Get_Char_Index(m_face.get(), static_cast<FT_ULong>(character));
     FT_Vector kerning = {};
-    if (before != 0 && FT_Get_Kerning(m_face.get(), before, glyph, FT_KERNING_DEFAULT, &kerning) == 0)
+    if (before != 0 &&
+        FT_Get_Kerning(m_face.get(), before, glyph, FT_KERNING_DEFAULT, &kerning) == 0)
       x += static_cast<int>(kerning.x / 64);
     before = glyph;
     if (FT_Load_Glyph(m_face.get(), glyph, FT_LOAD_RENDER | FT_LOAD_TARGET_LIGHT) != 0) continue;
@@ -59,7 +62,8 @@ void Font::Draw(Canvas& canvas, Point base, std::string_view text, const TextSty
       for (int column = 0; column < static_cast<int>(bitmap.width); ++column) {
         const int along = start + x + glyph->bitmap_left + column;
         const int below = row - glyph->bitmap_top;
-        const Point at = style.upwards ? Point{base.x + below, base.y - along} : Point{base.x + along, base.y + below};
+        const Point at = style.upwards ? Point{base.x + below, base.y - along}
+                                       : Point{base.x + along, base.y + below};
         canvas.Blend(at, style.color, coverage[column]);
       }
     }

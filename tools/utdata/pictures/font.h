@@ -27,7 +27,8 @@ class Font {
   /// Throws Failure when the typeface cannot be opened.
   Font();
 
-  /// Pixels that a text takes along its line. Texts are UTF-8; Failure is thrown when one is malformed.
+  /// Pixels that a text takes along its line. Texts are UTF-8; Failure is thrown when one is
+  /// malformed.
   [[nodiscard]] int Width(std::string_view text, int size) const;
 
   /// Draws a text with its start, middle or end at `base`, a point on its baseline.
@@ -39,7 +40,8 @@ class Font {
     void operator()(FT_FaceRec_* face) const;
   };
 
-  /// Calls visit(x) for each glyph, rendered in the face's slot, `x` pixels behind the text's start. Returns the text's width.
+  /// Calls visit(x) for each glyph, rendered in the face's slot, `x` pixels behind the text's
+  /// start. Returns the text's width.
   template <class Visitor>
   int ForEachGlyph(std::string_view text, int size, Visitor&& visit) const;
 

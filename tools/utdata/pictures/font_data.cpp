@@ -7,8 +7,11 @@ extern const unsigned long embeddedSize;
 
 namespace utdata::program {
 
-static_assert(std::endian::native == std::endian::little, "the typeface is embedded as little-endian words");
+static_assert(std::endian::native == std::endian::little,
+              "the typeface is embedded as little-endian words");
 
-std::span<const std::byte> FontData() { return {reinterpret_cast<const std::byte*>(embeddedWords), embeddedSize}; }
+std::span<const std::byte> FontData() {
+  return {reinterpret_cast<const std::byte*>(embeddedWords), embeddedSize};
+}
 
 }  // namespace utdata::program

@@ -99,7 +99,8 @@ class LineLayout {
     const int left = m_across.Place(m_area, gate.from);
     const int right = m_across.Place(m_area, gate.to);
     const int level = m_values.Place(m_area, gate.level);
-    canvas.Fill({left, level - gateThickness / 2, std::max(right - left, 1), gateThickness}, gate.color);
+    canvas.Fill({left, level - gateThickness / 2, std::max(right - left, 1), gateThickness},
+                gate.color);
     for (const int end : {left, right}) canvas.Fill({end, level - 7, 1, 15}, gate.color);
     const TextStyle style = {tickSize, gate.color, Anchor::Start, false};
     m_font.Draw(canvas, {left + gap / 2, level - gap / 2 - 2}, gate.label, style);
@@ -115,10 +116,17 @@ class LineLayout {
     m_font.Draw(canvas, {middle, below}, m_plot.across.Caption(), style);
     DrawUpwards(canvas, m_font, m_area.left - m_values.Depth() - gap, m_area, m_plot.valueTitle);
     if (!m_marks.Marks().major.empty())
-      DrawUpwards(canvas, m_font, m_area.Right() + m_marks.Depth() + gap + axisSize - 2, m_area, m_plot.marksTitle);
+      DrawUpwards(canvas,
+                  m_font,
+                  m_area.Right() + m_marks.Depth() + gap + axisSize - 2,
+                  m_area,
+                  m_plot.marksTitle);
     if (!m_again) return;
     m_again->Draw(canvas, m_area);
-    m_font.Draw(canvas, {middle, m_area.top - m_again->Depth() - gap}, m_plot.acrossAgain->Caption(), style);
+    m_font.Draw(canvas,
+                {middle, m_area.top - m_again->Depth() - gap},
+                m_plot.acrossAgain->Caption(),
+                style);
   }
 
   /// A triangle at the curve's marked cell, its point downwards on the value.

@@ -31,14 +31,16 @@ struct LinePlot {
   std::string valueTitle;               ///< "Amplitude, of full scale (%)"
   double low = 0;                       ///< value at the lower edge
   double high = 100;                    ///< value at the upper edge
-  std::vector<Tick> marks;              ///< at the right side: their place as a value, their text in another unit
-  std::string marksTitle;               ///< "dB"
+  std::vector<Tick>
+      marks;  ///< at the right side: their place as a value, their text in another unit
+  std::string marksTitle;  ///< "dB"
   std::vector<GateBar> gates;
   std::optional<std::size_t> marked;  ///< a cell that a small triangle above the picture points at
 };
 
-/// The curve joins the values; where several fall on one pixel it spans all of them. What lies beyond an edge is drawn at the edge.
-/// REQUIRES: as many values as cells across, at least 1; low < high.
+/// The curve joins the values; where several fall on one pixel it spans all of them. What lies
+/// beyond an edge is drawn at the edge. REQUIRES: as many values as cells across, at least 1; low <
+/// high.
 [[nodiscard]] PlotPicture Draw(const LinePlot& plot, const Font& font);
 
 }  // namespace utdata::program

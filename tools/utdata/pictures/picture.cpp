@@ -23,8 +23,8 @@ Canvas::Canvas(int width, int height, Color background)
 
 void Canvas::Blend(Point at, Color color, unsigned coverage) {
   if (at.x < 0 || at.y < 0 || at.x >= m_width || at.y >= m_height) return;
-  Color& pixel =
-      m_pixels[static_cast<std::size_t>(at.y) * static_cast<std::size_t>(m_width) + static_cast<std::size_t>(at.x)];
+  Color& pixel = m_pixels[static_cast<std::size_t>(at.y) * static_cast<std::size_t>(m_width) +
+                          static_cast<std::size_t>(at.x)];
   pixel = {Mix(pixel.red, color.red, coverage),
            Mix(pixel.green, color.green, coverage),
            Mix(pixel.blue, color.blue, coverage)};
@@ -54,9 +54,11 @@ std::vector<std::byte> Canvas::Png() const {
   std::vector<std::byte> bytes(size);
   const png_int_32 rowStride = m_width * 3;
   const bool written =
-      png_image_write_to_memory(&image, bytes.data(), &size, 0, m_pixels.data(), rowStride, nullptr) != 0;
+      png_image_write_to_memory(
+          &image, bytes.data(), &size, 0, m_pixels.data(), rowStride, nullptr) != 0;
   png_image_free(&image);
-  if (!written) throw std::bad_alloc();  // the size is enough for any picture: only memory can be missing
+  if (!written)
+    throw std::bad_alloc();  // the size is enough for any picture: only memory can be missing
   bytes.resize(size);
   return bytes;
 }

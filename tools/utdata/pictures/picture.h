@@ -28,7 +28,8 @@ struct Rect {
   [[nodiscard]] int Bottom() const { return top + height; }  ///< the first row below it
 };
 
-/// Pixels of three 8-bit colours, row by row from the top. What is drawn outside is cut off. Used by one thread.
+/// Pixels of three 8-bit colours, row by row from the top. What is drawn outside is cut off. Used
+/// by one thread.
 class Canvas {
  public:
   /// REQUIRES: width and height are positive.

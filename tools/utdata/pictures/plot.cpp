@@ -44,18 +44,22 @@ class Layout {
     if (m_downAgain) m_bar.left += m_downAgain->Depth() + gap + axisSize;
     m_bar.left += 3 * gap + m_marks.Depth();
     m_width = m_bar.Right() + m_values.Depth() + gap + axisSize + margin;
-    m_width = std::max(m_width, m_image.left + HeadWidth(m_font, m_plot.title, m_plot.notes) + margin);
-    m_height = m_image.top + std::max(m_image.height + m_across.Depth() + gap + axisSize, m_barHeight) + margin;
+    m_width =
+        std::max(m_width, m_image.left + HeadWidth(m_font, m_plot.title, m_plot.notes) + margin);
+    m_height = m_image.top +
+               std::max(m_image.height + m_across.Depth() + gap + axisSize, m_barHeight) + margin;
   }
 
   void DrawTexts(Canvas& canvas) const {
     DrawHead(canvas, m_font, m_image.left, m_plot.title, m_plot.notes);
     const TextStyle axisStyle = {axisSize, ink, Anchor::Middle, false};
     m_font.Draw(canvas,
-                {m_image.left + m_image.width / 2, m_image.Bottom() + m_across.Depth() + gap + axisSize - 2},
+                {m_image.left + m_image.width / 2,
+                 m_image.Bottom() + m_across.Depth() + gap + axisSize - 2},
                 m_plot.across.Caption(),
                 axisStyle);
-    DrawUpwards(canvas, m_font, m_image.left - m_down.Depth() - gap, m_image, m_plot.down.Caption());
+    DrawUpwards(
+        canvas, m_font, m_image.left - m_down.Depth() - gap, m_image, m_plot.down.Caption());
     if (m_downAgain)
       DrawUpwards(canvas,
                   m_font,
@@ -72,7 +76,8 @@ class Layout {
                                                      m_plot.scale.isSigned);
     std::size_t index = 0;
     for (int y = m_image.top; y < m_image.Bottom(); ++y)
-      for (int x = m_image.left; x < m_image.Right(); ++x) canvas.Set({x, y}, (*m_plot.scale.colors)[codes[index++]]);
+      for (int x = m_image.left; x < m_image.Right(); ++x)
+        canvas.Set({x, y}, (*m_plot.scale.colors)[codes[index++]]);
     canvas.Outline(m_image, ink);
     m_across.Draw(canvas, m_image);
     m_down.Draw(canvas, m_image);
@@ -94,18 +99,25 @@ class Layout {
   void DrawBar(Canvas& canvas) const {
     for (int y = 0; y < m_bar.height; ++y) {
       const int code = m_bar.height > 1 ? 255 - y * 255 / (m_bar.height - 1) : 255;
-      canvas.Fill({m_bar.left, m_bar.top + y, m_bar.width, 1}, (*m_plot.scale.colors)[static_cast<std::size_t>(code)]);
+      canvas.Fill({m_bar.left, m_bar.top + y, m_bar.width, 1},
+                  (*m_plot.scale.colors)[static_cast<std::size_t>(code)]);
     }
     canvas.Outline(m_bar, ink);
     m_values.Draw(canvas, m_bar);
     m_marks.Draw(canvas, m_bar);
     const int above = m_bar.top - gap;
     const ColorScale& scale = m_plot.scale;
-    m_font.Draw(canvas, {m_bar.Right() + labelDistance, above}, scale.unit, {tickSize, paleInk, Anchor::Start, false});
+    m_font.Draw(canvas,
+                {m_bar.Right() + labelDistance, above},
+                scale.unit,
+                {tickSize, paleInk, Anchor::Start, false});
     if (!scale.marks.empty())
-      m_font.Draw(
-          canvas, {m_bar.left - labelDistance, above}, scale.marksUnit, {tickSize, paleInk, Anchor::End, false});
-    DrawUpwards(canvas, m_font, m_bar.Right() + m_values.Depth() + gap + axisSize - 2, m_bar, scale.title);
+      m_font.Draw(canvas,
+                  {m_bar.left - labelDistance, above},
+                  scale.marksUnit,
+                  {tickSize, paleInk, Anchor::End, false});
+    DrawUpwards(
+        canvas, m_font, m_bar.Right() + m_values.Depth() + gap + axisSize - 2, m_bar, scale.title);
   }
 
   const ImagePlot& m_plot;

@@ -1,4 +1,5 @@
-// A section through the samples as a picture: the image between its axes, a title, and a colour bar.
+// A section through the samples as a picture: the image between its axes, a title, and a colour
+// bar.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +23,8 @@ struct ColorScale {
   double high = 100;        ///< value at code 255
   std::string title;        ///< "Amplitude, of full scale"
   std::string unit;         ///< "%"
-  std::vector<Tick> marks;  ///< on the other side of the bar: their place as a value, their text in the other unit
+  std::vector<Tick> marks;  ///< on the other side of the bar: their place as a value, their text in
+                            ///< the other unit
   std::string marksUnit;    ///< "dB"
 };
 
@@ -48,11 +50,12 @@ struct PlotPicture {
   Rect image;
 };
 
-/// The image's size in pixels. Cells are drawn as whole pixels where they fit; with `sameScale`, as near to the true proportion as
-/// whole pixels allow.
+/// The image's size in pixels. Cells are drawn as whole pixels where they fit; with `sameScale`, as
+/// near to the true proportion as whole pixels allow.
 [[nodiscard]] Rect ImageSize(const PlotAxis& across, const PlotAxis& down, bool sameScale);
 
-/// Fits codes to another size. A cell never vanishes: where several fall on one pixel, the strongest is shown, never a mean.
+/// Fits codes to another size. A cell never vanishes: where several fall on one pixel, the
+/// strongest is shown, never a mean.
 /// @param codes    rows of `columns` codes
 /// @param isSigned the strongest code is the one farthest from the middle
 [[nodiscard]] std::vector<std::uint8_t> Resample(const std::vector<std::uint8_t>& codes,

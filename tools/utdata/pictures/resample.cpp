@@ -21,9 +21,12 @@ Span CellsOfPixel(std::size_t pixel, std::size_t pixels, std::size_t cells) {
   return {pixel * cells / pixels, ((pixel + 1) * cells + pixels - 1) / pixels};
 }
 
-int Strength(std::uint8_t code, bool isSigned) { return isSigned ? std::abs(2 * code - 255) : code; }
+int Strength(std::uint8_t code, bool isSigned) {
+  return isSigned ? std::abs(2 * code - 255) : code;
+}
 
-/// As many pixels for a side of `cells` as show each cell by the same whole number of them, up to `most`; `most` when they are more.
+/// As many pixels for a side of `cells` as show each cell by the same whole number of them, up to
+/// `most`; `most` when they are more.
 int WholePixels(std::size_t cells, int most) {
   const auto limit = static_cast<std::size_t>(most);
   return static_cast<int>(cells > limit ? limit : limit / cells * cells);
@@ -38,12 +41,16 @@ Rect ImageSize(const PlotAxis& across, const PlotAxis& down, bool sameScale) {
   const double height = std::abs(down.To() - down.From());
   if (!sameScale || !std::isfinite(width) || !std::isfinite(height) || width <= 0 || height <= 0)
     return {0, 0, WholePixels(across.quantity, widest), WholePixels(down.quantity, highest)};
-  constexpr double longest = 4000;  // a strip may be longer than a screen, so that its short side can be seen
+  constexpr double longest =
+      4000;  // a strip may be longer than a screen, so that its short side can be seen
   constexpr double shortest = 60;
   const double fitting = std::min(widest / width, highest / height);
-  const double visible = std::min(longest / std::max(width, height), shortest / std::min(width, height));
+  const double visible =
+      std::min(longest / std::max(width, height), shortest / std::min(width, height));
   const double scale = std::max(fitting, visible);
-  const auto pixels = [&](double length) { return std::max(1, static_cast<int>(std::lround(length * scale))); };
+  const auto pixels = [&](double length) {
+    return std::max(1, static_cast<int>(std::lround(length * scale)));
+  };
   return {0, 0, pixels(width), pixels(height)};
 }
 
@@ -53,13 +60,16 @@ std::vector<std::uint8_t> Resample(const std::vector<std::uint8_t>& codes,
                                    std::size_t newRows,
                                    bool isSigned) {
   const std::size_t rows = codes.size() / columns;
-  const auto stronger = [&](std::uint8_t a, std::uint8_t b) { return Strength(a, isSigned) < Strength(b, isSigned); };
+  const auto stronger = [&](std::uint8_t a, std::uint8_t b) {
+    return Strength(a, isSigned) < Strength(b, isSigned);
+  };
   std::vector<std::uint8_t> line(columns);
   std::vector<std::uint8_t> fitted;
   fitted.reserve(newColumns * newRows);
   for (std::size_t y = 0; y < newRows; ++y) {
     const Span down = CellsOfPixel(y, newRows, rows);
-    std::copy_n(codes.begin() + static_cast<std::ptrdiff_t>(down.begin * columns), columns, line.begin());
+    std::copy_n(
+        codes.begin() + static_cast<std::ptrdiff_t>(down.begin * columns), columns, line.begin());
     for (std::size_t row = down.begin + 1; row < down.end; ++row)
       for (std::size_t column = 0; column < columns; ++column)
         line[column] = std::max(line[column], codes[row * columns + column], stronger);

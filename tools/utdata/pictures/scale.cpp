@@ -20,19 +20,22 @@ void Scale::Mark(int length) {
 void Scale::Mark(const std::vector<Tick>& ticks, int length) {
   const Rect area = {0, 0, length, length};
   for (const Tick& tick : ticks)
-    if (m_ticks.major.empty() || std::abs(Place(area, tick.value) - Place(area, m_ticks.major.back().value)) > tickSize)
+    if (m_ticks.major.empty() ||
+        std::abs(Place(area, tick.value) - Place(area, m_ticks.major.back().value)) > tickSize)
       m_ticks.major.push_back(tick);
 }
 
 int Scale::Depth() const {
   if (IsLevel()) return tickLength + gap / 2 + tickSize;
   int widest = 0;
-  for (const Tick& tick : m_ticks.major) widest = std::max(widest, m_font.Width(tick.label, tickSize));
+  for (const Tick& tick : m_ticks.major)
+    widest = std::max(widest, m_font.Width(tick.label, tickSize));
   return tickLength + gap / 2 + widest;
 }
 
 void Scale::Draw(Canvas& canvas, const Rect& area) const {
-  for (const double value : m_ticks.minor) DrawMark(canvas, area, Place(area, value), minorTickLength, paleInk);
+  for (const double value : m_ticks.minor)
+    DrawMark(canvas, area, Place(area, value), minorTickLength, paleInk);
   for (const Tick& tick : m_ticks.major) {
     const int place = Place(area, tick.value);
     DrawMark(canvas, area, place, tickLength, ink);
@@ -66,15 +69,20 @@ void Scale::DrawMark(Canvas& canvas, const Rect& area, int place, int length, Co
 
 void Scale::DrawLabel(Canvas& canvas, const Rect& area, int place, const std::string& label) const {
   TextStyle style = {tickSize, ink, Anchor::Middle, false};
-  Point base = {place, m_side == Side::Top ? area.top - labelDistance : area.Bottom() + labelDistance + digitHeight};
+  Point base = {
+      place,
+      m_side == Side::Top ? area.top - labelDistance : area.Bottom() + labelDistance + digitHeight};
   if (!IsLevel()) {
     style.anchor = m_side == Side::Left ? Anchor::End : Anchor::Start;
-    base = {m_side == Side::Left ? area.left - labelDistance : area.Right() + labelDistance, place + digitHeight / 2};
+    base = {m_side == Side::Left ? area.left - labelDistance : area.Right() + labelDistance,
+            place + digitHeight / 2};
   }
   m_font.Draw(canvas, base, label, style);
 }
 
-int HeadHeight(std::size_t notes) { return margin + titleSize + static_cast<int>(notes) * (noteSize + 5) + 2 * gap; }
+int HeadHeight(std::size_t notes) {
+  return margin + titleSize + static_cast<int>(notes) * (noteSize + 5) + 2 * gap;
+}
 
 int HeadWidth(const Font& font, const std::string& title, const std::vector<std::string>& notes) {
   int widest = font.Width(title, titleSize);
@@ -95,10 +103,15 @@ void DrawHead(Canvas& canvas,
   }
 }
 
-void DrawUpwards(Canvas& canvas, const Font& font, int baseline, const Rect& area, const std::string& title) {
+void DrawUpwards(Canvas& canvas,
+                 const Font& font,
+                 int baseline,
+                 const Rect& area,
+                 const std::string& title) {
   const int length = font.Width(title, axisSize);
-  const int middle =
-      std::clamp(area.top + area.height / 2, area.top + length / 2, std::max(area.top, canvas.Height()) - length / 2);
+  const int middle = std::clamp(area.top + area.height / 2,
+                                area.top + length / 2,
+                                std::max(area.top, canvas.Height()) - length / 2);
   font.Draw(canvas, {baseline, middle}, title, {axisSize, ink, Anchor::Middle, true});
 }
 

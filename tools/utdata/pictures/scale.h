@@ -1,4 +1,5 @@
-// Scales beside an area of a picture, and what all plots are drawn with: inks, sizes of texts, distances.
+// Scales beside an area of a picture, and what all plots are drawn with: inks, sizes of texts,
+// distances.
 #pragma once
 
 #include <string>
@@ -20,8 +21,8 @@ inline constexpr int noteSize = 14;
 inline constexpr int axisSize = 14;
 inline constexpr int tickSize = 13;
 inline constexpr int tickLength = 6;
-inline constexpr int gap = 8;                                   // between things that belong together
-inline constexpr int margin = 18;                               // around everything
+inline constexpr int gap = 8;      // between things that belong together
+inline constexpr int margin = 18;  // around everything
 inline constexpr int labelDistance = 1 + tickLength + gap / 2;  // of a tick's label from its area
 
 /// Evenly spaced cells along one side of an image, in the unit that is shown.
@@ -33,9 +34,13 @@ struct PlotAxis {
   std::size_t quantity = 1;  ///< cells
 
   [[nodiscard]] double At(double cell) const { return first + cell * step; }
-  [[nodiscard]] double From() const { return At(-0.5); }                               ///< the first cell's outer edge
-  [[nodiscard]] double To() const { return At(static_cast<double>(quantity) - 0.5); }  ///< the last cell's outer edge
-  [[nodiscard]] std::string Caption() const { return unit.empty() ? title : title + " (" + unit + ")"; }
+  [[nodiscard]] double From() const { return At(-0.5); }  ///< the first cell's outer edge
+  [[nodiscard]] double To() const {
+    return At(static_cast<double>(quantity) - 0.5);
+  }  ///< the last cell's outer edge
+  [[nodiscard]] std::string Caption() const {
+    return unit.empty() ? title : title + " (" + unit + ")";
+  }
 };
 
 enum class Side { Top, Bottom, Left, Right };
@@ -43,21 +48,25 @@ enum class Side { Top, Bottom, Left, Right };
 /// One scale beside an area: where a value lies along it, and its ticks. The font must outlive it.
 class Scale {
  public:
-  Scale(const Font& font, Side side, double from, double to) : m_font(font), m_side(side), m_from(from), m_to(to) {}
+  Scale(const Font& font, Side side, double from, double to)
+      : m_font(font), m_side(side), m_from(from), m_to(to) {}
   /// The scale of an axis with round ticks for a side of `length` pixels.
-  Scale(const Font& font, Side side, const PlotAxis& axis, int length) : Scale(font, side, axis.From(), axis.To()) {
+  Scale(const Font& font, Side side, const PlotAxis& axis, int length)
+      : Scale(font, side, axis.From(), axis.To()) {
     Mark(length);
   }
 
   /// Round ticks, as many as a side of `length` pixels has room for.
   void Mark(int length);
-  /// The given ticks, as far as a side of `length` pixels has room: the first of two that are too near each other stays.
+  /// The given ticks, as far as a side of `length` pixels has room: the first of two that are too
+  /// near each other stays.
   void Mark(const std::vector<Tick>& ticks, int length);
 
   /// Pixels that the ticks and their labels take outwards.
   [[nodiscard]] int Depth() const;
   void Draw(Canvas& canvas, const Rect& area) const;
-  /// The pixel along the side where a value lies, or the nearest; the first when the side has no extent.
+  /// The pixel along the side where a value lies, or the nearest; the first when the side has no
+  /// extent.
   [[nodiscard]] int Place(const Rect& area, double value) const;
   [[nodiscard]] const Ticks& Marks() const { return m_ticks; }
 
@@ -76,7 +85,9 @@ class Scale {
 /// The pixels that a title with notes below it takes.
 [[nodiscard]] int HeadHeight(std::size_t notes);
 /// The pixels that the longest of them takes to the right.
-[[nodiscard]] int HeadWidth(const Font& font, const std::string& title, const std::vector<std::string>& notes);
+[[nodiscard]] int HeadWidth(const Font& font,
+                            const std::string& title,
+                            const std::vector<std::string>& notes);
 /// Draws them from `left` on, at the top of the picture.
 void DrawHead(Canvas& canvas,
               const Font& font,
@@ -84,6 +95,10 @@ void DrawHead(Canvas& canvas,
               const std::string& title,
               const std::vector<std::string>& notes);
 /// Draws a turned title beside an area; one that is longer than the area keeps below the head.
-void DrawUpwards(Canvas& canvas, const Font& font, int baseline, const Rect& area, const std::string& title);
+void DrawUpwards(Canvas& canvas,
+                 const Font& font,
+                 int baseline,
+                 const Rect& area,
+                 const std::string& title);
 
 }  // namespace utdata::program

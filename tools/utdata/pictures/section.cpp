@@ -23,19 +23,27 @@ std::vector<std::uint8_t> Upright(const std::vector<std::uint8_t>& codes,
   return places;
 }
 
-void SetTexts(Section& section, const CGDataTypeFDD& group, const GroupAxes& axes, const SectionOptions& options) {
+void SetTexts(Section& section,
+              const CGDataTypeFDD& group,
+              const GroupAxes& axes,
+              const SectionOptions& options) {
   const bool alongRow = options.cut == Cut::AlongRow;
-  section.plot.title = Caption(group) + (alongRow ? " · B-scan at " + RowText(axes, section.row)
-                                                  : " · D-scan at " + ColumnText(axes, section.column));
+  section.plot.title =
+      Caption(group) + (alongRow ? " · B-scan at " + RowText(axes, section.row)
+                                 : " · D-scan at " + ColumnText(axes, section.column));
   if (!options.position) section.plot.title += ", that of the strongest cell";
-  section.plot.notes = {"Strongest echo " + AmplitudeText(axes, section.percent) + " at " +
-                        (alongRow ? ColumnPlace(axes, section.column) : RowPlace(axes, section.row)) + ", " +
-                        SamplePlace(axes, section.sample) + GainText(section.gain)};
+  section.plot.notes = {
+      "Strongest echo " + AmplitudeText(axes, section.percent) + " at " +
+      (alongRow ? ColumnPlace(axes, section.column) : RowPlace(axes, section.row)) + ", " +
+      SamplePlace(axes, section.sample) + GainText(section.gain)};
 }
 
 }  // namespace
 
-Section MakeSection(Host& host, const CGDataTypeFDD& group, const std::string& name, const SectionOptions& options) {
+Section MakeSection(Host& host,
+                    const CGDataTypeFDD& group,
+                    const std::string& name,
+                    const SectionOptions& options) {
   GroupSamples samples(host, group, name);
   const GroupAxes axes(host, group);
   const bool alongRow = options.cut == Cut::AlongRow;
@@ -48,7 +56,8 @@ Section MakeSection(Host& host, const CGDataTypeFDD& group, const std::string& n
   plot.downAgain = std::move(down.again);
   plot.sameScale = plot.across.unit == "mm" && plot.down.unit == "mm";
 
-  const CellRange searched = options.position ? CellsOf(group, options.cut, *options.position) : AllCells(group);
+  const CellRange searched =
+      options.position ? CellsOf(group, options.cut, *options.position) : AllCells(group);
   const StrongestSample strongest = samples.FindPeaks(searched, options.quiet).strongest;
   section.row = static_cast<std::uint32_t>(strongest.cell / group.columnQuantity);
   section.column = static_cast<std::uint32_t>(strongest.cell % group.columnQuantity);

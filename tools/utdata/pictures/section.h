@@ -20,8 +20,8 @@ enum class Cut {
 struct SectionOptions {
   Cut cut = Cut::AlongRow;
   std::optional<std::uint32_t> position;  ///< the row or column; none: that of the strongest cell
-  std::optional<std::uint32_t>
-      gain;  ///< soft gain, a whole factor from 1; none: as much as the strongest echo of the section allows
+  std::optional<std::uint32_t> gain;  ///< soft gain, a whole factor from 1; none: as much as the
+                                      ///< strongest echo of the section allows
   SampleAxis samples = SampleAxis::Time;
   bool quiet = false;  ///< shows no progress
 };
@@ -36,8 +36,8 @@ struct Section {
   std::uint32_t gain = 1;
 };
 
-/// REQUIRES: the group is of class 1. Throws Failure, which begins with `name`, when its samples cannot be shown, the row or column is
-/// not there, or a path is wanted and not known.
+/// REQUIRES: the group is of class 1. Throws Failure, which begins with `name`, when its samples
+/// cannot be shown, the row or column is not there, or a path is wanted and not known.
 [[nodiscard]] Section MakeSection(Host& host,
                                   const CGDataTypeFDD& group,
                                   const std::string& name,

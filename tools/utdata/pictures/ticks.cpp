@@ -39,12 +39,14 @@ Ticks RoundTicks(double from, double to, int most) {
   const double largest = std::max(std::abs(from), std::abs(to));
   const double shortest = std::max(largest * 1e-12, 1e-300);
   Ticks ticks;
-  if (!std::isfinite(from) || !std::isfinite(to) || !std::isfinite(length) || !(length > shortest)) return ticks;
+  if (!std::isfinite(from) || !std::isfinite(to) || !std::isfinite(length) || !(length > shortest))
+    return ticks;
   const Step step = RoundStep(length, most);
   const double minorStep = step.value / step.minorParts;
   constexpr double tolerance = 1e-6;  // of a minor step, so that rounding loses no tick at an end
   const double first = std::ceil(low / minorStep - tolerance);
-  const int count = static_cast<int>(std::floor((low + length) / minorStep + tolerance) - first) + 1;
+  const int count =
+      static_cast<int>(std::floor((low + length) / minorStep + tolerance) - first) + 1;
   for (int index = 0; index < count; ++index) {
     const double number = first + index;
     const double value = number * minorStep;

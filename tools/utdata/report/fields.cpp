@@ -27,11 +27,14 @@ std::optional<EditField> FindField(const std::string& type, const std::string& n
   return std::nullopt;
 }
 
-EditUnit UnitIn(const EditField& field, const std::string& name, const std::map<std::string, Json>& group) {
+EditUnit UnitIn(const EditField& field,
+                const std::string& name,
+                const std::map<std::string, Json>& group) {
   if (!field.onAxis) return field.unit;
   const auto units = group.find(name.starts_with("column") ? "columnUnits" : "rowUnits");
   const bool isKnown = units != group.end() && units->second.is_number_unsigned();
-  return UnitOnAxis(isKnown ? static_cast<kvt_enumUnits>(units->second.get<std::uint32_t>()) : kvt_UnitNone);
+  return UnitOnAxis(isKnown ? static_cast<kvt_enumUnits>(units->second.get<std::uint32_t>())
+                            : kvt_UnitNone);
 }
 
 }  // namespace

@@ -16,7 +16,8 @@ namespace utdata::program {
 /// "Refracted angle" of "refractedAngle".
 [[nodiscard]] std::string SpokenField(std::string_view name);
 
-/// A stored value of a field, in the user's unit where fields that can be edited have one; texts without quotes, "none" for null.
+/// A stored value of a field, in the user's unit where fields that can be edited have one; texts
+/// without quotes, "none" for null.
 /// @param type  of the group, as `tree` names it
 /// @param group fields of the same group, which tell the units of its axes
 [[nodiscard]] std::string ShownField(const std::string& type,
@@ -24,13 +25,15 @@ namespace utdata::program {
                                      const nlohmann::ordered_json& value,
                                      const std::map<std::string, nlohmann::ordered_json>& group);
 
-/// The fields of a record that say something: texts that are not empty and numbers that are not 0, with their units.
+/// The fields of a record that say something: texts that are not empty and numbers that are not 0,
+/// with their units.
 template <class Record>
 std::vector<std::pair<std::string, std::string>> TellingFields(const Record& record) {
   std::vector<std::pair<std::string, std::string>> rows;
   for (const auto& field : EditFields(static_cast<const Record*>(nullptr))) {
     if (field.text) {
-      if (!(record.*field.text).empty()) rows.emplace_back(SpokenField(field.key), ToUtf8(record.*field.text));
+      if (!(record.*field.text).empty())
+        rows.emplace_back(SpokenField(field.key), ToUtf8(record.*field.text));
       continue;
     }
     const double value = field.get(record);

@@ -18,7 +18,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// The fields that say which group of its type a group is; none where an inspection has one, or where the type says nothing of keys.
+/// The fields that say which group of its type a group is; none where an inspection has one, or
+/// where the type says nothing of keys.
 struct TypeKeys {
   std::string_view type;
   std::array<std::string_view, 6> fields;
@@ -89,12 +90,17 @@ class History {
     if (type.empty()) return;
     Fields fields;
     for (const Json& item : group["items"])
-      if (item.contains("value") && !item["name"].get<std::string>().empty()) fields[item["name"]] = item["value"];
+      if (item.contains("value") && !item["name"].get<std::string>().empty())
+        fields[item["name"]] = item["value"];
     const std::string identity = Identity(type, fields);
     const auto [known, isNew] = m_state.try_emplace(identity, fields);
     const bool isOriginal = isNew && !isModification && m_isFirstFile && write == 1;
     if (isOriginal) return;
-    Json event = {{"file", file}, {"write", write}, {"what", identity}, {"added", isNew}, {"changes", Json::array()}};
+    Json event = {{"file", file},
+                  {"write", write},
+                  {"what", identity},
+                  {"added", isNew},
+                  {"changes", Json::array()}};
     if (!isNew) event["changes"] = Apply(type, fields, known->second);
     if (isNew || !event["changes"].empty()) m_events.push_back(std::move(event));
   }
@@ -105,8 +111,9 @@ class History {
     for (const auto& [name, value] : fields) {
       Json& was = before[name];
       if (was == value) continue;
-      changes.push_back(
-          {SpokenField(name), ShownField(type, name, was, before), ShownField(type, name, value, fields)});
+      changes.push_back({SpokenField(name),
+                         ShownField(type, name, was, before),
+                         ShownField(type, name, value, fields)});
       was = value;
     }
     return changes;

@@ -48,7 +48,9 @@ std::vector<std::uint8_t> Compress(std::vector<std::uint8_t>& bytes, bool quiet)
       stream.next_out = room.data();
       stream.avail_out = static_cast<uInt>(room.size());
       deflate(&stream, given == bytes.size() ? Z_FINISH : Z_NO_FLUSH);
-      compressed.insert(compressed.end(), room.begin(), room.end() - static_cast<std::ptrdiff_t>(stream.avail_out));
+      compressed.insert(compressed.end(),
+                        room.begin(),
+                        room.end() - static_cast<std::ptrdiff_t>(stream.avail_out));
     } while (stream.avail_out == 0);
     progress.At(given, bytes.size());
   } while (given < bytes.size());
@@ -62,7 +64,8 @@ std::string Base64(const std::vector<std::uint8_t>& bytes) {
   for (std::size_t at = 0; at < bytes.size(); at += 3) {
     const std::size_t count = std::min<std::size_t>(3, bytes.size() - at);
     std::uint32_t bits = 0;
-    for (std::size_t byte = 0; byte < 3; ++byte) bits = bits << 8U | (byte < count ? bytes[at + byte] : 0U);
+    for (std::size_t byte = 0; byte < 3; ++byte)
+      bits = bits << 8U | (byte < count ? bytes[at + byte] : 0U);
     for (std::size_t digit = 0; digit < 4; ++digit)
       text += digit <= count ? digits[bits >> (18U - 6U * digit) & 0x3FU] : '=';
   }

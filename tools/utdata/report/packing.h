@@ -7,8 +7,9 @@
 
 namespace utdata::program {
 
-/// Packs 16-bit values: each as its difference from the one before, modulo 2^16; of the differences all low bytes, then all high bytes;
-/// these as a zlib stream, in base64. Echoes are smooth, so that this is far shorter than the values are. Shows progress on long work.
+/// Packs 16-bit values: each as its difference from the one before, modulo 2^16; of the differences
+/// all low bytes, then all high bytes; these as a zlib stream, in base64. Echoes are smooth, so
+/// that this is far shorter than the values are. Shows progress on long work.
 [[nodiscard]] std::string PackValues(std::span<const std::uint16_t> values, bool quiet);
 
 }  // namespace utdata::program

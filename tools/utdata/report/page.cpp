@@ -16,7 +16,8 @@ UTDATA_EMBEDDED(reportCursor)
 namespace utdata::program {
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "the page is embedded as little-endian words");
+static_assert(std::endian::native == std::endian::little,
+              "the page is embedded as little-endian words");
 
 std::string_view Text(const unsigned long long* words, unsigned long size) {
   return {reinterpret_cast<const char*>(words), size};

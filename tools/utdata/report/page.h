@@ -5,10 +5,12 @@
 
 namespace utdata::program {
 
-[[nodiscard]] std::string_view PageText();    ///< HTML, with marks where the rest goes
-[[nodiscard]] std::string_view StyleText();   ///< CSS
-[[nodiscard]] std::string_view PlotsText();   ///< JavaScript: colours, axes, images and curves
-[[nodiscard]] std::string_view ViewsText();   ///< JavaScript: the views with their units and read-outs
-[[nodiscard]] std::string_view CursorText();  ///< JavaScript: how the cursor moves, the choices, and the tables
+[[nodiscard]] std::string_view PageText();   ///< HTML, with marks where the rest goes
+[[nodiscard]] std::string_view StyleText();  ///< CSS
+[[nodiscard]] std::string_view PlotsText();  ///< JavaScript: colours, axes, images and curves
+[[nodiscard]] std::string_view
+ViewsText();  ///< JavaScript: the views with their units and read-outs
+[[nodiscard]] std::string_view
+CursorText();  ///< JavaScript: how the cursor moves, the choices, and the tables
 
 }  // namespace utdata::program

@@ -58,8 +58,8 @@ Report MakeReport(const Document& document, const ReportOptions& options) {
                       {"history", HistoryJson(document)}};
   std::string values;
   for (std::size_t index = 0; index < views.packed.size(); ++index)
-    values +=
-        "<script type=\"text/plain\" id=\"values" + std::to_string(index) + "\">" + views.packed[index] + "</script>\n";
+    values += "<script type=\"text/plain\" id=\"values" + std::to_string(index) + "\">" +
+              views.packed[index] + "</script>\n";
   Report report = {std::string(PageText()), views.views.size(), std::move(views.missing)};
   Replace(report.html, "/*STYLE*/", StyleText());
   Replace(report.html, "/*PLOTS*/", PlotsText());

@@ -25,14 +25,16 @@ void AddTable(Json& tables, const std::string& title, const Rows& rows) {
 std::string Title(const char* type, const IdPairs& ids) {
   std::string title = type;
   for (const auto& [name, id] : ids)
-    title += (&name == &ids.front().first ? " " : ", " + std::string(name) + " ") + std::to_string(id);
+    title +=
+        (&name == &ids.front().first ? " " : ", " + std::string(name) + " ") + std::to_string(id);
   return title;
 }
 
 /// One table for each group of a type whose fields can be edited.
 template <class Record>
 void AddTables(Json& tables, const char* type, const CList<Record*>& list) {
-  for (const Record* record : list) AddTable(tables, Title(type, EditIds(*record)), TellingFields(*record));
+  for (const Record* record : list)
+    AddTable(tables, Title(type, EditIds(*record)), TellingFields(*record));
 }
 
 void AddText(Rows& rows, const char* name, const std::wstring& text) {
@@ -94,8 +96,10 @@ Rows WeldRows(const CGWeldTypeDescr& weld) {
 Rows DacRows(const CGDacTypeDescr& dac) {
   Rows rows;
   AddText(rows, "name", dac.name);
-  rows.emplace_back("channel, gate", std::to_string(dac.channelId) + ", " + std::to_string(dac.gateId));
-  rows.emplace_back("reference", Percent(dac.referenceLevel) + " at " + Decibels(dac.referenceGain));
+  rows.emplace_back("channel, gate",
+                    std::to_string(dac.channelId) + ", " + std::to_string(dac.gateId));
+  rows.emplace_back("reference",
+                    Percent(dac.referenceLevel) + " at " + Decibels(dac.referenceGain));
   for (const auto& [time, level] : dac.points)
     rows.emplace_back("at " + Microseconds(time), Percent(std::round(10 * level) / 10));
   return rows;
@@ -128,7 +132,8 @@ Json DefectsJson(const Document& document) {
   columns.push_back("entries");
   Json rows = Json::array();
   for (const stDefectExtern* defect : document.Groups().defects) {
-    Json row = {std::to_string(rows.size() + 1), ToUtf8(defect->firstText), ToUtf8(defect->secondText)};
+    Json row = {
+        std::to_string(rows.size() + 1), ToUtf8(defect->firstText), ToUtf8(defect->secondText)};
     for (const double value : defect->values) row.push_back(Number(value));
     for (const std::uint32_t number : defect->numbers) row.push_back(std::to_string(number));
     row.push_back(std::to_string(defect->subEntries.size()));

@@ -10,7 +10,8 @@ namespace utdata::program {
 /// [{"title", "rows": [[name, value], ...]}, ...], without tables that say nothing.
 [[nodiscard]] nlohmann::ordered_json TablesJson(const Document& document);
 
-/// {"columns": [name, ...], "rows": [[value, ...], ...]}; the meaning of a defect's eight values is the host's.
+/// {"columns": [name, ...], "rows": [[value, ...], ...]}; the meaning of a defect's eight values is
+/// the host's.
 [[nodiscard]] nlohmann::ordered_json DefectsJson(const Document& document);
 
 }  // namespace utdata::program

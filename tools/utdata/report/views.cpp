@@ -30,8 +30,9 @@ bool IsCScan(const CGDataTypeFDD& group) {
 }
 
 bool HaveSameCells(const CGDataTypeFDD& a, const CGDataTypeFDD& b) {
-  return a.channelId == b.channelId && a.subChannelId == b.subChannelId && a.GetPatchID() == b.GetPatchID() &&
-         a.rowQuantity == b.rowQuantity && a.columnQuantity == b.columnQuantity;
+  return a.channelId == b.channelId && a.subChannelId == b.subChannelId &&
+         a.GetPatchID() == b.GetPatchID() && a.rowQuantity == b.rowQuantity &&
+         a.columnQuantity == b.columnQuantity;
 }
 
 std::string Name(const CGDataTypeFDD& group) {
@@ -108,15 +109,17 @@ class ViewMaker {
       return static_cast<std::uint16_t>(samples.ValueOf(raw));
     });
     const bool hasPositions = PlainClass(group) == gdata_CScanPosition;
-    Json layer = {
-        {"label", PlainClass(group) == gdata_AScan ? "largest amplitude" : ClassName(group) + " " + Name(group)},
-        {"values", Pack(values)},
-        {"signed", IsSigned(group)},
-        {"strongest", peaks.strongest.cell}};
+    Json layer = {{"label",
+                   PlainClass(group) == gdata_AScan ? "largest amplitude"
+                                                    : ClassName(group) + " " + Name(group)},
+                  {"values", Pack(values)},
+                  {"signed", IsSigned(group)},
+                  {"strongest", peaks.strongest.cell}};
     if (PlainClass(group) != gdata_AScan) layer["gate"] = group.gateId;
     if (!hasPositions) layer["amplitude"] = AmplitudeJson(group, axes);
     if (hasPositions) layer["position"] = AxisJson(axes.Positions(), "value");
-    if (const auto path = axes.PositionsOnHalfPath(); hasPositions && path) layer["path"] = AxisJson(*path, "value");
+    if (const auto path = axes.PositionsOnHalfPath(); hasPositions && path)
+      layer["path"] = AxisJson(*path, "value");
     return layer;
   }
 
@@ -165,16 +168,18 @@ class ViewMaker {
     const std::uint64_t cells = samples.Cells().Cells();
     const std::uint64_t vector = samples.Cells().SamplesPerCell();
     if (vector > m_room / 2 / cells) {
-      m_made.missing.push_back("A-scans of " + Name(group) + ": " + Bytes(2 * vector * cells) + " of samples and " +
-                               Bytes(m_room) + " of the limit of " + Bytes(m_limit) +
-                               " left; only the largest amplitude of each A-scan is in this report");
+      m_made.missing.push_back(
+          "A-scans of " + Name(group) + ": " + Bytes(2 * vector * cells) + " of samples and " +
+          Bytes(m_room) + " of the limit of " + Bytes(m_limit) +
+          " left; only the largest amplitude of each A-scan is in this report");
       return nullptr;
     }
     m_room -= 2 * vector * cells;
     std::vector<std::uint16_t> all;
     all.reserve(cells * vector);
     for (std::uint64_t cell = 0; cell < cells; ++cell)
-      for (const std::int32_t value : samples.Values(cell)) all.push_back(static_cast<std::uint16_t>(value));
+      for (const std::int32_t value : samples.Values(cell))
+        all.push_back(static_cast<std::uint16_t>(value));
     return Pack(all);
   }
 
@@ -183,17 +188,20 @@ class ViewMaker {
     Json gates = Json::array();
     if (group.sampleUnits != kvt_UnitSecond || !(group.sampleResolution > 0)) return gates;
     for (const CGGateTypeDescr* gate : m_gates) {
-      if (gate->channelId != group.channelId || gate->enabled == 0 || gate->reference != ggate_RefInitialPulse)
+      if (gate->channelId != group.channelId || gate->enabled == 0 ||
+          gate->reference != ggate_RefInitialPulse)
         continue;
       const double from = (double{gate->start} - group.sampleOffset) / group.sampleResolution;
       const double width = double{gate->width} / group.sampleResolution;
-      gates.push_back({{"name", gate->name.empty() ? "gate " + std::to_string(gate->gateId) : ToUtf8(gate->name)},
-                       {"id", gate->gateId},
-                       {"from", from},
-                       {"to", from + width},
-                       {"above", gate->positiveLevel},
-                       {"below", gate->negativeLevel},
-                       {"polarity", static_cast<std::uint32_t>(gate->polarity)}});
+      gates.push_back(
+          {{"name",
+            gate->name.empty() ? "gate " + std::to_string(gate->gateId) : ToUtf8(gate->name)},
+           {"id", gate->gateId},
+           {"from", from},
+           {"to", from + width},
+           {"above", gate->positiveLevel},
+           {"below", gate->negativeLevel},
+           {"polarity", static_cast<std::uint32_t>(gate->polarity)}});
     }
     return gates;
   }

@@ -10,15 +10,19 @@
 
 namespace utdata::program {
 
-/// One view for each data group of A-scans with the C-scans of its channel as layers, and one for each other C-scan.
+/// One view for each data group of A-scans with the C-scans of its channel as layers, and one for
+/// each other C-scan.
 struct ReportViews {
   nlohmann::ordered_json views = nlohmann::ordered_json::array();
-  std::vector<std::string> packed;   ///< values as PackValues gives them; views name them by their place
+  std::vector<std::string>
+      packed;  ///< values as PackValues gives them; views name them by their place
   std::vector<std::string> missing;  ///< what a page does not show, and why, one line each
 };
 
-/// @param sampleLimit bytes of A-scans, two a sample, that a page may carry; of a group that has no room in it only the largest
-///                    amplitude of each cell is carried
-[[nodiscard]] ReportViews MakeViews(const Document& document, std::uint64_t sampleLimit, bool quiet);
+/// @param sampleLimit bytes of A-scans, two a sample, that a page may carry; of a group that has no
+///                    room in it only the largest amplitude of each cell is carried
+[[nodiscard]] ReportViews MakeViews(const Document& document,
+                                    std::uint64_t sampleLimit,
+                                    bool quiet);
 
 }  // namespace utdata::program

@@ -26,10 +26,14 @@ CellRange AllCells(const CGDataTypeFDD& group) {
 }
 
 std::uint32_t SamplesPerCell(const CGDataTypeFDD& group) {
-  return enum_IsCscanData(static_cast<gdata_enumDataClass>(PlainClass(group))) != 0 ? 1 : group.sampleQuantity;
+  return enum_IsCscanData(static_cast<gdata_enumDataClass>(PlainClass(group))) != 0
+             ? 1
+             : group.sampleQuantity;
 }
 
-CellTable::CellTable(const CGDataTypeFDD& group, std::span<const std::byte> table, const std::string& name)
+CellTable::CellTable(const CGDataTypeFDD& group,
+                     std::span<const std::byte> table,
+                     const std::string& name)
     : m_table(table),
       m_cells(AllCells(group).count),
       m_samples(utdata::program::SamplesPerCell(group)),
@@ -41,8 +45,9 @@ CellTable::CellTable(const CGDataTypeFDD& group, std::span<const std::byte> tabl
   if (stored != 0 && m_cells > table.size() / stored)
     throw Failure(name,
                   cannotBeRead,
-                  "its layout needs " + std::to_string(m_cells) + " cells of " + std::to_string(stored) +
-                      " bytes, and its samples have " + std::to_string(table.size()));
+                  "its layout needs " + std::to_string(m_cells) + " cells of " +
+                      std::to_string(stored) + " bytes, and its samples have " +
+                      std::to_string(table.size()));
   if (m_indexed) CheckOffsets(name, group.sampleSize);
 }
 
@@ -57,12 +62,13 @@ void CellTable::CheckOffsets(const std::string& name, std::uint32_t sampleSize) 
   for (std::uint64_t cell = 0; cell < m_cells; ++cell) {
     const std::uint32_t offset = Offset(cell);
     if (offset == 0) continue;
-    const bool fits = offset >= behindOffsets && offset <= m_table.size() && m_cellBytes <= m_table.size() - offset;
+    const bool fits = offset >= behindOffsets && offset <= m_table.size() &&
+                      m_cellBytes <= m_table.size() - offset;
     if (fits && (sampleSize == 0 || offset % sampleSize == 0)) continue;
     throw Failure(name,
                   cannotBeRead,
-                  "cell " + std::to_string(cell) + " is said to begin at byte " + std::to_string(offset) + " of " +
-                      std::to_string(m_table.size()));
+                  "cell " + std::to_string(cell) + " is said to begin at byte " +
+                      std::to_string(offset) + " of " + std::to_string(m_table.size()));
   }
 }
 

@@ -27,12 +27,13 @@ struct CellRange {
 /// Samples of one cell: those of an A-scan, or the one value of a C-scan's cell.
 [[nodiscard]] std::uint32_t SamplesPerCell(const CGDataTypeFDD& group);
 
-/// Finds cells in a table that it does not own. With storage mode 1 the table begins with one 32-bit offset per cell, counted in bytes
-/// from the table's start; 0 stands for a cell without samples. Every place is checked once, so that asking is free of checks.
+/// Finds cells in a table that it does not own. With storage mode 1 the table begins with one
+/// 32-bit offset per cell, counted in bytes from the table's start; 0 stands for a cell without
+/// samples. Every place is checked once, so that asking is free of checks.
 class CellTable {
  public:
-  /// Throws Failure, which begins with `name`, when the layout needs more than the table has, or an offset leads out of it or to a place
-  /// that no sample can begin at.
+  /// Throws Failure, which begins with `name`, when the layout needs more than the table has, or an
+  /// offset leads out of it or to a place that no sample can begin at.
   CellTable(const CGDataTypeFDD& group, std::span<const std::byte> table, const std::string& name);
 
   [[nodiscard]] std::uint64_t Cells() const { return m_cells; }

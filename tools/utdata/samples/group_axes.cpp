@@ -19,7 +19,11 @@ bool IsUnsigned(const CGDataTypeFDD& group) {
 }
 
 vset_groupId PrivateIdentity(const CGDataTypeFDD& group) {
-  return {6, static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&group) & 0xFFFFFFFFU), 0, 0, 0};
+  return {6,
+          static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&group) & 0xFFFFFFFFU),
+          0,
+          0,
+          0};
 }
 
 }  // namespace
@@ -28,7 +32,8 @@ double ZeroOfSamples(const CGDataTypeFDD& group) {
   const double minimum = group.dataMinimum;
   const double maximum = group.dataMaximum;
   const bool isAScan = enum_IsAscanData(static_cast<gdata_enumDataClass>(PlainClass(group))) != 0;
-  const bool isWave = isAScan && IsUnsigned(group) && group.GetDataRectification() == gdata_RectifNone;
+  const bool isWave =
+      isAScan && IsUnsigned(group) && group.GetDataRectification() == gdata_RectifNone;
   return isWave && maximum > minimum ? minimum + (maximum - minimum) / 2 : 0;
 }
 
@@ -85,7 +90,10 @@ void GroupAxes::AddAmplitudeUnits() {
   m_units->AdjustSubUnit2(kvt_AxisAmplitude, unit_Point, positive / 100, negative / 100, 0, 0, 0);
 }
 
-ShownAxis GroupAxes::Shown(const CUnit* unit, double base, double baseStep, std::uint32_t quantity) const {
+ShownAxis GroupAxes::Shown(const CUnit* unit,
+                           double base,
+                           double baseStep,
+                           std::uint32_t quantity) const {
   ShownAxis axis;
   axis.quantity = quantity;
   if (!unit) return axis;
@@ -112,11 +120,15 @@ ShownAxis GroupAxes::Columns() const {
 }
 
 ShownAxis GroupAxes::Rows() const {
-  return Shown(ScanUnit(kvt_AxisRow, m_group.rowUnits), m_group.rowOffset, m_group.rowResolution, m_group.rowQuantity);
+  return Shown(ScanUnit(kvt_AxisRow, m_group.rowUnits),
+               m_group.rowOffset,
+               m_group.rowResolution,
+               m_group.rowQuantity);
 }
 
 ShownAxis GroupAxes::Samples() const {
-  return OnUltrasoundAxis(NaturalUnit(), m_group.sampleOffset, m_group.sampleResolution, m_group.sampleQuantity);
+  return OnUltrasoundAxis(
+      NaturalUnit(), m_group.sampleOffset, m_group.sampleResolution, m_group.sampleQuantity);
 }
 
 std::optional<ShownAxis> GroupAxes::HalfPath() const {
@@ -132,20 +144,28 @@ std::optional<ShownAxis> GroupAxes::PositionsOnHalfPath() const {
 }
 
 const CUnit* GroupAxes::NaturalUnit() const {
-  if (m_group.sampleUnits == kvt_UnitSecond) return m_units->GetUnit(kvt_AxisSample, unit_Time, unit_Microsecond);
-  if (m_group.sampleUnits == kvt_UnitMetre) return m_units->GetUnit(kvt_AxisSample, unit_HalfPath, unit_Millimetre);
-  if (m_group.sampleUnits == kvt_UnitDegree) return m_units->GetUnit(kvt_AxisSample, unit_Angle, unit_Degree);
+  if (m_group.sampleUnits == kvt_UnitSecond)
+    return m_units->GetUnit(kvt_AxisSample, unit_Time, unit_Microsecond);
+  if (m_group.sampleUnits == kvt_UnitMetre)
+    return m_units->GetUnit(kvt_AxisSample, unit_HalfPath, unit_Millimetre);
+  if (m_group.sampleUnits == kvt_UnitDegree)
+    return m_units->GetUnit(kvt_AxisSample, unit_Angle, unit_Degree);
   return nullptr;
 }
 
-ShownAxis GroupAxes::OnUltrasoundAxis(const CUnit* unit, double offset, double step, std::uint32_t quantity) const {
+ShownAxis GroupAxes::OnUltrasoundAxis(const CUnit* unit,
+                                      double offset,
+                                      double step,
+                                      std::uint32_t quantity) const {
   return Shown(unit, offset * m_basePerSecond, step * m_basePerSecond, quantity);
 }
 
-std::optional<ShownAxis> GroupAxes::OnHalfPath(double offset, double step, std::uint32_t quantity) const {
+std::optional<ShownAxis> GroupAxes::OnHalfPath(double offset,
+                                               double step,
+                                               std::uint32_t quantity) const {
   if (m_group.sampleUnits != kvt_UnitSecond || !IsPositive(m_group.soundSpeed)) return std::nullopt;
-  const ShownAxis axis =
-      OnUltrasoundAxis(m_units->GetUnit(kvt_AxisSample, unit_HalfPath, unit_Millimetre), offset, step, quantity);
+  const ShownAxis axis = OnUltrasoundAxis(
+      m_units->GetUnit(kvt_AxisSample, unit_HalfPath, unit_Millimetre), offset, step, quantity);
   return axis.symbol.empty() ? std::nullopt : std::optional(axis);
 }
 
@@ -155,25 +175,30 @@ double GroupAxes::Percent(double value) const {
 }
 
 double GroupAxes::Decibels(double percent) const {
-  return m_units->GetUnit(kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel)->ConvertFromBase(std::abs(percent));
+  return m_units->GetUnit(kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel)
+      ->ConvertFromBase(std::abs(percent));
 }
 
 double GroupAxes::PercentOfDecibels(double decibels) const {
-  return m_units->GetUnit(kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel)->ConvertToBase(decibels);
+  return m_units->GetUnit(kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel)
+      ->ConvertToBase(decibels);
 }
 
 std::string GroupAxes::DecibelText(double percent) const {
-  return ToUtf8(m_units->GetUnit(kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel)->FormatValue(Decibels(percent)));
+  return ToUtf8(m_units->GetUnit(kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel)
+                    ->FormatValue(Decibels(percent)));
 }
 
 std::string GroupAxes::PercentText(double percent) const {
-  return ToUtf8(m_units->GetUnit(kvt_AxisAmplitude, unit_Percent, unit_DataPercent)->FormatValue(percent));
+  return ToUtf8(
+      m_units->GetUnit(kvt_AxisAmplitude, unit_Percent, unit_DataPercent)->FormatValue(percent));
 }
 
 std::string GroupAxes::AmplitudeRange() const {
   const double low = Percent(m_group.dataMinimum);
   const double high = Percent(m_group.dataMaximum);
-  const double smallest = std::abs(Percent(m_zero == std::floor(m_zero) ? m_zero + 1 : m_zero + 0.5));
+  const double smallest =
+      std::abs(Percent(m_zero == std::floor(m_zero) ? m_zero + 1 : m_zero + 0.5));
   if (!std::isfinite(low) || !std::isfinite(high) || smallest > 100) return "no scale";
   const double largest = std::max(std::abs(low), std::abs(high));
   return Number(low) + " to " + utdata::program::Percent(high) + ", " +

@@ -1,4 +1,5 @@
-// The axes of a data group as they are shown: from the index of a cell, sample or value to a number in an everyday unit.
+// The axes of a data group as they are shown: from the index of a cell, sample or value to a number
+// in an everyday unit.
 #pragma once
 
 #include <cstdint>
@@ -26,10 +27,12 @@ struct ShownAxis {
   [[nodiscard]] std::string Range() const;
 };
 
-/// The value that counts as no amplitude: the middle of the range of A-scans with unrectified unsigned samples, 0 of all others.
+/// The value that counts as no amplitude: the middle of the range of A-scans with unrectified
+/// unsigned samples, 0 of all others.
 [[nodiscard]] double ZeroOfSamples(const CGDataTypeFDD& group);
 
-/// Converts through a unit set of the group's own, which is given back at the end. Host and group must outlive it.
+/// Converts through a unit set of the group's own, which is given back at the end. Host and group
+/// must outlive it.
 class GroupAxes {
  public:
   GroupAxes(Host& host, const CGDataTypeFDD& group);
@@ -37,19 +40,23 @@ class GroupAxes {
   GroupAxes(const GroupAxes&) = delete;
   GroupAxes& operator=(const GroupAxes&) = delete;
 
-  /// The scan axes in millimetres or degrees; in plain numbers where the record gives no usable spacing. So do the others.
+  /// The scan axes in millimetres or degrees; in plain numbers where the record gives no usable
+  /// spacing. So do the others.
   [[nodiscard]] ShownAxis Columns() const;
   [[nodiscard]] ShownAxis Rows() const;
   /// The sample axis in microseconds, where it is one of time.
   [[nodiscard]] ShownAxis Samples() const;
-  /// The sample axis in millimetres of half sound path; none where it is not one of time, or the sound speed is unknown.
+  /// The sample axis in millimetres of half sound path; none where it is not one of time, or the
+  /// sound speed is unknown.
   [[nodiscard]] std::optional<ShownAxis> HalfPath() const;
-  /// The values of a position C-scan along the sample axis: from its data offset in steps of its data resolution.
+  /// The values of a position C-scan along the sample axis: from its data offset in steps of its
+  /// data resolution.
   [[nodiscard]] ShownAxis Positions() const;
   /// The same in millimetres of half sound path.
   [[nodiscard]] std::optional<ShownAxis> PositionsOnHalfPath() const;
 
-  /// Percent of full scale of a sample value, negative below the zero of the samples; NaN for a range that has no extent.
+  /// Percent of full scale of a sample value, negative below the zero of the samples; NaN for a
+  /// range that has no extent.
   [[nodiscard]] double Percent(double value) const;
   /// dB below full scale of an amplitude in percent; minus infinity for 0.
   [[nodiscard]] double Decibels(double percent) const;
@@ -59,24 +66,34 @@ class GroupAxes {
   [[nodiscard]] std::string DecibelText(double percent) const;
   /// "26.1 %"
   [[nodiscard]] std::string PercentText(double percent) const;
-  /// "-100 to 100 %, -90.3 to 0.0 dB": the range of the values, and the levels from one step above zero to the largest amplitude.
+  /// "-100 to 100 %, -90.3 to 0.0 dB": the range of the values, and the levels from one step above
+  /// zero to the largest amplitude.
   [[nodiscard]] std::string AmplitudeRange() const;
 
  private:
   void AddScanUnits(kvt_enumAxis axis);
   void AddSampleUnits();
   void AddAmplitudeUnits();
-  [[nodiscard]] ShownAxis Shown(const CUnit* unit, double base, double baseStep, std::uint32_t quantity) const;
+  [[nodiscard]] ShownAxis Shown(const CUnit* unit,
+                                double base,
+                                double baseStep,
+                                std::uint32_t quantity) const;
   [[nodiscard]] const CUnit* ScanUnit(kvt_enumAxis axis, kvt_enumUnits units) const;
   [[nodiscard]] const CUnit* NaturalUnit() const;
-  [[nodiscard]] ShownAxis OnUltrasoundAxis(const CUnit* unit, double offset, double step, std::uint32_t quantity) const;
-  [[nodiscard]] std::optional<ShownAxis> OnHalfPath(double offset, double step, std::uint32_t quantity) const;
+  [[nodiscard]] ShownAxis OnUltrasoundAxis(const CUnit* unit,
+                                           double offset,
+                                           double step,
+                                           std::uint32_t quantity) const;
+  [[nodiscard]] std::optional<ShownAxis> OnHalfPath(double offset,
+                                                    double step,
+                                                    std::uint32_t quantity) const;
 
   CVolumeSet& m_volume;
   const CGDataTypeFDD& m_group;
   double m_zero;
   CUnitSet* m_units;
-  double m_basePerSecond = 1;  ///< half path in metres of one second of flight; 1 where the sound speed is unknown
+  double m_basePerSecond =
+      1;  ///< half path in metres of one second of flight; 1 where the sound speed is unknown
 };
 
 }  // namespace utdata::program

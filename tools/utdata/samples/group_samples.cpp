@@ -75,9 +75,12 @@ GroupSamples::~GroupSamples() { m_host.GetTableFactory()->ReleaseLUT(m_table); }
 void GroupSamples::CheckKind(const std::string& name) const {
   const std::uint32_t size = SizeOfType(m_descriptor->GetDataType());
   if (size == 0 || size != m_descriptor->GetSampleSize())
-    throw Failure(name, cannotBeDrawn, "samples of " + SampleTypeName(*m_descriptor) + " have no display codes");
+    throw Failure(name,
+                  cannotBeDrawn,
+                  "samples of " + SampleTypeName(*m_descriptor) + " have no display codes");
   const double range = m_descriptor->GetDataMax() - m_descriptor->GetDataMin();
-  if (!std::isfinite(range) || range <= 0) throw Failure(name, cannotBeDrawn, "the range of its values has no extent");
+  if (!std::isfinite(range) || range <= 0)
+    throw Failure(name, cannotBeDrawn, "the range of its values has no extent");
 }
 
 /// Tables over all raw samples, so that a correction costs nothing.
@@ -85,17 +88,19 @@ void GroupSamples::FillValues(const CGDataTypeFDD& group) {
   const lut_enumConversion conversion = CLookUpTable::GetConversionStyle(m_descriptor.get());
   const Correction correct = CorrectionOf(m_descriptor->GetDataType());
   const double zero = ZeroOfSamples(group);
-  const bool tableIsCentred = group.GetDataType() == kvt_UInt16 && group.GetDataRectification() == gdata_RectifNone;
+  const bool tableIsCentred =
+      group.GetDataType() == kvt_UInt16 && group.GetDataRectification() == gdata_RectifNone;
   m_canAmplify = IsWide() && tableIsCentred == (zero != 0);
   m_values.resize(IsWide() ? 0x10000 : 0x100);
   m_amplitudes.resize(m_values.size());
   for (std::size_t raw = 0; raw < m_values.size(); ++raw) {
     m_values[raw] = correct(raw, conversion);
-    const double twice = 2 * std::abs(m_values[raw] - zero);  // doubled: a zero may lie between two values
+    const double twice =
+        2 * std::abs(m_values[raw] - zero);  // doubled: a zero may lie between two values
     m_amplitudes[raw] = static_cast<std::uint32_t>(std::clamp(twice, 0.0, 1e9));
   }
-  m_silent =
-      static_cast<std::uint16_t>(std::min_element(m_amplitudes.begin(), m_amplitudes.end()) - m_amplitudes.begin());
+  m_silent = static_cast<std::uint16_t>(std::min_element(m_amplitudes.begin(), m_amplitudes.end()) -
+                                        m_amplitudes.begin());
 }
 
 Peaks GroupSamples::FindPeaks(const CellRange& cells, bool quiet) const {
@@ -156,12 +161,14 @@ bool GroupSamples::Convert(const CellRange& cells, std::vector<std::uint8_t>& co
   bool converted = true;
   for (std::uint64_t index = 0; index < cells.count && converted; ++index) {
     const auto* samples = reinterpret_cast<const Sample*>(m_cells.Cell(cells.At(index)));
-    converted = m_table->ConvertBlock(samples ? samples : silence.data(), vector, codes.data() + index * vector);
+    converted = m_table->ConvertBlock(
+        samples ? samples : silence.data(), vector, codes.data() + index * vector);
   }
   return converted;
 }
 
-std::vector<std::uint8_t> GroupSamples::CodesOf(std::span<const std::uint16_t> raw, std::uint32_t gain) {
+std::vector<std::uint8_t> GroupSamples::CodesOf(std::span<const std::uint16_t> raw,
+                                                std::uint32_t gain) {
   if (IsWide()) m_table->RemapLUT(m_descriptor.get(), gain);
   std::vector<std::uint8_t> codes(raw.size());
   std::transform(raw.begin(), raw.end(), codes.begin(), [this](std::uint16_t sample) {

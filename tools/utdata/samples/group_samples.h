@@ -1,4 +1,5 @@
-// The samples of a data group, ready to be shown: as display codes, as values, and by their amplitudes.
+// The samples of a data group, ready to be shown: as display codes, as values, and by their
+// amplitudes.
 #pragma once
 
 #include <cstdint>
@@ -28,12 +29,12 @@ struct Peaks {
   StrongestSample strongest;       ///< the first of several
 };
 
-/// Holds the group's table of samples and its look-up table. Host and group must outlive it; used by one thread. A cell without samples
-/// counts as one without amplitude.
+/// Holds the group's table of samples and its look-up table. Host and group must outlive it; used
+/// by one thread. A cell without samples counts as one without amplitude.
 class GroupSamples {
  public:
-  /// Throws Failure, which begins with `name`, when the group has no samples or they are not of a kind that can be shown.
-  /// REQUIRES: the group is of class 1, 2 or 3.
+  /// Throws Failure, which begins with `name`, when the group has no samples or they are not of a
+  /// kind that can be shown. REQUIRES: the group is of class 1, 2 or 3.
   /// @param name of the file and the group, for failures
   GroupSamples(Host& host, const CGDataTypeFDD& group, const std::string& name);
   ~GroupSamples();
@@ -42,22 +43,25 @@ class GroupSamples {
 
   [[nodiscard]] const CellTable& Cells() const { return m_cells; }
 
-  /// The samples farthest from the zero of the group's samples, one of each cell. Shows progress on long work.
+  /// The samples farthest from the zero of the group's samples, one of each cell. Shows progress on
+  /// long work.
   [[nodiscard]] Peaks FindPeaks(const CellRange& cells, bool quiet) const;
 
   /// Display codes of the samples of some cells, one cell after the other.
   /// @param gain amplification by a whole number, 1 or more; 16-bit samples only
   [[nodiscard]] std::vector<std::uint8_t> Codes(const CellRange& cells, std::uint32_t gain);
   /// The same of samples as they are stored.
-  [[nodiscard]] std::vector<std::uint8_t> CodesOf(std::span<const std::uint16_t> raw, std::uint32_t gain);
+  [[nodiscard]] std::vector<std::uint8_t> CodesOf(std::span<const std::uint16_t> raw,
+                                                  std::uint32_t gain);
 
   /// The samples of a cell, corrected for byte order, compression and offset.
   [[nodiscard]] std::vector<std::int32_t> Values(std::uint64_t cell) const;
   /// The same of one sample as it is stored.
   [[nodiscard]] std::int32_t ValueOf(std::uint16_t raw) const { return m_values[raw]; }
 
-  /// Whether Codes amplifies: samples of 8 bits go through a table without amplification, and C-scans whose table would amplify about
-  /// the middle of their range, though they begin at 0, through an unamplified one.
+  /// Whether Codes amplifies: samples of 8 bits go through a table without amplification, and
+  /// C-scans whose table would amplify about the middle of their range, though they begin at 0,
+  /// through an unamplified one.
   [[nodiscard]] bool CanAmplify() const { return m_canAmplify; }
 
  private:

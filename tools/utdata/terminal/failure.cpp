@@ -21,7 +21,10 @@ constexpr std::array<std::pair<int, std::string_view>, 6> advices = {{
 
 }  // namespace
 
-Failure::Failure(std::string_view file, std::string_view what, std::string_view why, std::string_view advice) {
+Failure::Failure(std::string_view file,
+                 std::string_view what,
+                 std::string_view why,
+                 std::string_view advice) {
   std::string line;
   for (const std::string_view part : {file, what, why}) {
     if (part.empty()) continue;
@@ -43,8 +46,8 @@ Failure Failure::OfLibrary(int status, std::string_view file, std::string_view w
 }
 
 std::string_view Failure::AdviceFor(int status) {
-  const auto* found =
-      std::find_if(advices.begin(), advices.end(), [=](const auto& entry) { return entry.first == status; });
+  const auto* found = std::find_if(
+      advices.begin(), advices.end(), [=](const auto& entry) { return entry.first == status; });
   return found == advices.end() ? std::string_view{} : found->second;
 }
 

@@ -14,12 +14,17 @@ class Failure : public std::exception {
   /// @param what   what failed ("cannot be read")
   /// @param why    the reason
   /// @param advice what to do about it, empty where there is nothing to do
-  Failure(std::string_view file, std::string_view what, std::string_view why, std::string_view advice = {});
+  Failure(std::string_view file,
+          std::string_view what,
+          std::string_view why,
+          std::string_view advice = {});
 
-  /// The failure that the file-format layer told last on this thread, with advice that fits its status.
+  /// The failure that the file-format layer told last on this thread, with advice that fits its
+  /// status.
   [[nodiscard]] static Failure OfLibrary(int status, std::string_view file, std::string_view what);
 
-  /// What a user can do about a status of the file-format layer; empty where there is nothing to say.
+  /// What a user can do about a status of the file-format layer; empty where there is nothing to
+  /// say.
   [[nodiscard]] static std::string_view AdviceFor(int status);
 
   [[nodiscard]] const char* what() const noexcept override { return m_line.c_str(); }
@@ -31,7 +36,9 @@ class Failure : public std::exception {
 /// The user stopped the program while it was making something.
 class Interrupted : public std::exception {
  public:
-  [[nodiscard]] const char* what() const noexcept override { return "interrupted; nothing was written"; }
+  [[nodiscard]] const char* what() const noexcept override {
+    return "interrupted; nothing was written";
+  }
 };
 
 }  // namespace utdata::program

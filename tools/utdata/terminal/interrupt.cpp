@@ -24,7 +24,8 @@ extern "C" void OnStopSignal(int) {
   const char* path = unfinishedPath;
   if (!path) return;
   constexpr std::string_view line = "utdata: interrupted; nothing was written\n";
-  if (unlink(path) == 0 && write(STDERR_FILENO, line.data(), line.size()) < 0) _exit(interruptedStatus);
+  if (unlink(path) == 0 && write(STDERR_FILENO, line.data(), line.size()) < 0)
+    _exit(interruptedStatus);
   _exit(interruptedStatus);
 }
 

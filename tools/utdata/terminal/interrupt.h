@@ -5,8 +5,8 @@
 
 namespace utdata::program {
 
-/// While one exists, an interrupt or a termination request only sets a flag, which ThrowIfInterrupted answers to. The former
-/// behaviour comes back with its end. One at a time.
+/// While one exists, an interrupt or a termination request only sets a flag, which
+/// ThrowIfInterrupted answers to. The former behaviour comes back with its end. One at a time.
 class InterruptScope {
  public:
   InterruptScope();
@@ -18,8 +18,8 @@ class InterruptScope {
 /// Throws Interrupted when the user has asked to stop.
 void ThrowIfInterrupted();
 
-/// While one exists inside an InterruptScope, an interrupt takes the unfinished form of a file away and ends the program at once: for
-/// calls that cannot be asked to stop. One at a time.
+/// While one exists inside an InterruptScope, an interrupt takes the unfinished form of a file away
+/// and ends the program at once: for calls that cannot be asked to stop. One at a time.
 class UnfinishedFileScope {
  public:
   /// @param path the file as it will be called; it is written beside that name, with ".part" added

@@ -15,7 +15,8 @@ constexpr const char* forceReplaces = "--force replaces it";
 
 void ThrowOn(os::Error error, const std::string& path) {
   if (error == os::Error::None) return;
-  throw Failure(path, cannotBeWritten, os::ErrorText(error), error == os::Error::Exists ? forceReplaces : "");
+  throw Failure(
+      path, cannotBeWritten, os::ErrorText(error), error == os::Error::Exists ? forceReplaces : "");
 }
 
 }  // namespace
@@ -23,7 +24,8 @@ void ThrowOn(os::Error error, const std::string& path) {
 void CheckNewFile(const std::string& path, bool replace) {
   const std::filesystem::path target(ToWide(path));
   std::error_code ignored;
-  if (std::filesystem::is_directory(target, ignored)) throw Failure(path, cannotBeWritten, "it is a folder");
+  if (std::filesystem::is_directory(target, ignored))
+    throw Failure(path, cannotBeWritten, "it is a folder");
   if (!replace && os::CurrentFileSystem().Exists(ToWide(path)))
     throw Failure(path, cannotBeWritten, "the file exists", forceReplaces);
   const std::filesystem::path folder = target.parent_path();
@@ -32,12 +34,15 @@ void CheckNewFile(const std::string& path, bool replace) {
 }
 
 NewFile::NewFile(std::string path) : m_path(std::move(path)) {
-  ThrowOn(os::CurrentFileSystem().Open(ToWide(UnfinishedPath()), os::OpenMode::OpenOrCreate, m_file), m_path);
+  ThrowOn(
+      os::CurrentFileSystem().Open(ToWide(UnfinishedPath()), os::OpenMode::OpenOrCreate, m_file),
+      m_path);
   ThrowOn(m_file->Truncate(0), m_path);
 }
 
 NewFile::~NewFile() {
-  if (m_file && !m_whole) static_cast<void>(os::CurrentFileSystem().Remove(ToWide(UnfinishedPath())));
+  if (m_file && !m_whole)
+    static_cast<void>(os::CurrentFileSystem().Remove(ToWide(UnfinishedPath())));
 }
 
 void NewFile::Append(std::span<const std::byte> bytes) {
@@ -48,7 +53,8 @@ void NewFile::Append(std::span<const std::byte> bytes) {
 void NewFile::Commit(bool replace) {
   ThrowOn(m_file->Sync(), m_path);
   ThrowIfInterrupted();
-  ThrowOn(os::CurrentFileSystem().Rename(ToWide(UnfinishedPath()), ToWide(m_path), replace), m_path);
+  ThrowOn(os::CurrentFileSystem().Rename(ToWide(UnfinishedPath()), ToWide(m_path), replace),
+          m_path);
   m_whole = true;
 }
 

@@ -11,12 +11,12 @@
 
 namespace utdata::program {
 
-/// Fails when a file cannot be made at `path`: one of that name unless `replace` is true, or a folder that is missing. Cheap, for a
-/// check before long work.
+/// Fails when a file cannot be made at `path`: one of that name unless `replace` is true, or a
+/// folder that is missing. Cheap, for a check before long work.
 void CheckNewFile(const std::string& path, bool replace);
 
-/// A file that is written piece by piece beside its name, and gets that name at the end; until then its end takes it away. Every
-/// operation throws Failure.
+/// A file that is written piece by piece beside its name, and gets that name at the end; until then
+/// its end takes it away. Every operation throws Failure.
 class NewFile {
  public:
   /// Begins the unfinished form, empty.
@@ -31,8 +31,8 @@ class NewFile {
 
   void Append(std::span<const std::byte> bytes);
 
-  /// Brings everything to the medium and gives the file its name; what stood there is replaced only when `replace` is true. Throws
-  /// Interrupted when the user has asked to stop.
+  /// Brings everything to the medium and gives the file its name; what stood there is replaced only
+  /// when `replace` is true. Throws Interrupted when the user has asked to stop.
   void Commit(bool replace);
 
  private:
@@ -42,7 +42,8 @@ class NewFile {
   bool m_whole = false;
 };
 
-/// Writes the bytes as a NewFile. An interrupt leaves nothing behind. REQUIRES: an InterruptScope. Throws Failure.
+/// Writes the bytes as a NewFile. An interrupt leaves nothing behind. REQUIRES: an InterruptScope.
+/// Throws Failure.
 void WriteNewFile(const std::string& path, std::span<const std::byte> bytes, bool replace);
 
 }  // namespace utdata::program

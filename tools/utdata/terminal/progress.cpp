@@ -30,7 +30,8 @@ void Progress::At(std::uint64_t done, std::uint64_t total) {
 
 void Progress::Draw(std::uint64_t done, std::uint64_t total, double elapsed) {
   constexpr std::size_t width = 24;
-  const double share = total == 0 ? 0 : std::min(1.0, static_cast<double>(done) / static_cast<double>(total));
+  const double share =
+      total == 0 ? 0 : std::min(1.0, static_cast<double>(done) / static_cast<double>(total));
   const auto filled = static_cast<std::size_t>(share * static_cast<double>(width));
   const std::string bar = std::string(filled, '=') + std::string(width - filled, ' ');
   const double rate = static_cast<double>(done) / elapsed;

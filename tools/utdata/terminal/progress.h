@@ -7,7 +7,8 @@
 
 namespace utdata::program {
 
-/// Shows itself on a terminal only, and only for work that has run for a second; takes its line away at its end. Used by one thread.
+/// Shows itself on a terminal only, and only for work that has run for a second; takes its line
+/// away at its end. Used by one thread.
 class Progress {
  public:
   /// @param task  what is being done ("importing scan.raw")

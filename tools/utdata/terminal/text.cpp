@@ -13,9 +13,12 @@ constexpr char32_t replacement = 0xFFFD;
 
 bool IsCharacter(char32_t code) { return code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF); }
 
-unsigned char ByteAt(std::string_view text, std::size_t at) { return static_cast<unsigned char>(text[at]); }
+unsigned char ByteAt(std::string_view text, std::size_t at) {
+  return static_cast<unsigned char>(text[at]);
+}
 
-/// The character at `at`, which moves behind it; a value that is not a character when the bytes are malformed.
+/// The character at `at`, which moves behind it; a value that is not a character when the bytes are
+/// malformed.
 char32_t NextCharacter(std::string_view text, std::size_t& at) {
   constexpr char32_t malformed = 0xFFFFFFFF;
   constexpr std::array<char32_t, 4> smallest = {0, 0x80, 0x800, 0x10000};
@@ -48,7 +51,8 @@ void AppendUtf8(std::string& text, char32_t code) {
   const unsigned more = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
   const std::array<char32_t, 4> lead = {0, 0xC0, 0xE0, 0xF0};
   text += static_cast<char>(lead[more] | code >> (6 * more));
-  for (unsigned left = more; left-- > 0;) text += static_cast<char>(0x80U | (code >> (6 * left) & 0x3FU));
+  for (unsigned left = more; left-- > 0;)
+    text += static_cast<char>(0x80U | (code >> (6 * left) & 0x3FU));
 }
 
 }  // namespace
@@ -103,8 +107,9 @@ std::string Printable(std::string_view utf8) {
 }
 
 std::size_t DisplayWidth(std::string_view utf8) {
-  return static_cast<std::size_t>(std::count_if(
-      utf8.begin(), utf8.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
+  return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), [](char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+  }));
 }
 
 }  // namespace utdata::program

@@ -20,7 +20,8 @@ std::vector<std::string> Spellings(const CLI::Option& option) {
   return names;
 }
 
-/// The case of one verb: the words after an option that lists its own, else the verb's options; files are left to the shell.
+/// The case of one verb: the words after an option that lists its own, else the verb's options;
+/// files are left to the shell.
 std::string VerbCase(const CLI::App& verb) {
   std::ostringstream text;
   std::vector<std::string> all;
@@ -29,13 +30,14 @@ std::string VerbCase(const CLI::App& verb) {
     const std::vector<std::string> names = Spellings(*option);
     all.insert(all.end(), names.begin(), names.end());
     if (const auto choices = ChoicesOf(*option); !choices.empty())
-      text << "        " << CLI::detail::join(names, "|") << ") words='" << Joined(choices) << "' ;;\n";
+      text << "        " << CLI::detail::join(names, "|") << ") words='" << Joined(choices)
+           << "' ;;\n";
   }
   std::vector<std::string> positional;
   for (const CLI::Option* option : PositionalsOf(verb))
     for (const std::string& choice : ChoicesOf(*option)) positional.push_back(choice);
-  text << "        *) if [[ $word == -* ]]; then words='" << Joined(all) << "'; else words='" << Joined(positional)
-       << "'; fi ;;\n      esac ;;\n";
+  text << "        *) if [[ $word == -* ]]; then words='" << Joined(all) << "'; else words='"
+       << Joined(positional) << "'; fi ;;\n      esac ;;\n";
   return text.str();
 }
 
@@ -65,8 +67,8 @@ std::string BashCompletion(const CLI::App& program) {
 }  // namespace
 
 void AddCompletionVerb(CLI::App& program) {
-  CLI::App& verb =
-      *program.add_subcommand("completion", "Prints a shell's completion, made from what the verbs declare");
+  CLI::App& verb = *program.add_subcommand(
+      "completion", "Prints a shell's completion, made from what the verbs declare");
   verb.group(hiddenVerbs);
   const auto shell = std::make_shared<std::string>();
   verb.add_option("SHELL", *shell, "The shell")->required()->check(CLI::IsMember({"bash"}));

@@ -5,7 +5,8 @@
 namespace utdata::program {
 
 std::vector<const CLI::App*> ListedVerbs(const CLI::App& program) {
-  return program.get_subcommands([](const CLI::App* verb) { return verb->get_group() != hiddenVerbs; });
+  return program.get_subcommands(
+      [](const CLI::App* verb) { return verb->get_group() != hiddenVerbs; });
 }
 
 std::vector<const CLI::Option*> OptionsOf(const CLI::App& verb) {

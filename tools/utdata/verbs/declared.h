@@ -18,7 +18,8 @@ inline constexpr const char* hiddenVerbs = "";
 /// Its other arguments.
 [[nodiscard]] std::vector<const CLI::Option*> PositionalsOf(const CLI::App& verb);
 
-/// The words that an argument's type lists, "append|companion|new" or "TEXT:{time,path}"; empty when it takes any.
+/// The words that an argument's type lists, "append|companion|new" or "TEXT:{time,path}"; empty
+/// when it takes any.
 [[nodiscard]] std::vector<std::string> ChoicesOf(const CLI::Option& option);
 
 }  // namespace utdata::program

@@ -44,7 +44,9 @@ class Steps {
     const std::string took = Duration(std::chrono::duration<double>(now - m_start).count());
     m_start = now;
     ThrowIfInterrupted();
-    if (!m_quiet) PrintResult(step + std::string(10 - step.size(), ' ') + Printable(result) + "  (" + took + ")\n");
+    if (!m_quiet)
+      PrintResult(step + std::string(10 - step.size(), ' ') + Printable(result) + "  (" + took +
+                  ")\n");
   }
 
  private:
@@ -71,7 +73,8 @@ void Remove(const std::string& path) {
 /// Takes away the companions of a former demonstration, those that came by editing it included.
 void RemoveCompanions(const std::string& folder) {
   for (int number = 1; number <= 99; ++number) {
-    const std::string path = folder + "/weld.A" + std::to_string(number / 10) + std::to_string(number % 10);
+    const std::string path =
+        folder + "/weld.A" + std::to_string(number / 10) + std::to_string(number % 10);
     if (!os::CurrentFileSystem().Exists(ToWide(path))) return;
     Remove(path);
   }
@@ -83,23 +86,33 @@ DemoPaths Prepare(const DemoOptions& options) {
   std::filesystem::create_directories(ToWide(options.folder), error);
   if (error) throw Failure(options.folder, "cannot be made", error.message());
   const std::string weld = options.folder + "/weld";
-  const DemoPaths paths = {
-      weld + ".acq", weld + ".fpd", weld + ".A01", options.folder + "/crack.png", options.folder + "/cscan.png"};
+  const DemoPaths paths = {weld + ".acq",
+                           weld + ".fpd",
+                           weld + ".A01",
+                           options.folder + "/crack.png",
+                           options.folder + "/cscan.png"};
   if (options.force) RemoveCompanions(options.folder);
   CheckNewPath(paths.inspection, options.force);
-  for (const std::string& path : {paths.acquisition, paths.crack, paths.flaws}) CheckNewFile(path, options.force);
+  for (const std::string& path : {paths.acquisition, paths.crack, paths.flaws})
+    CheckNewFile(path, options.force);
   return paths;
 }
 
-RecordedBlocks Acquire(const DemoPaths& paths, const WeldScan& scan, const DemoOptions& options, Steps& steps) {
+RecordedBlocks Acquire(const DemoPaths& paths,
+                       const WeldScan& scan,
+                       const DemoOptions& options,
+                       Steps& steps) {
   const std::vector<std::int16_t> samples = Simulate(scan, options.quiet);
   steps.Done("simulate",
              Millimetres(scan.thickness) + " welded plate, three side-drilled holes, a crack; " +
                  Number(scan.frequency / 1e6) + " MHz; " + std::to_string(scan.rows) + " × " +
-                 std::to_string(scan.columns) + " A-scans of " + std::to_string(scan.samples) + " samples");
+                 std::to_string(scan.columns) + " A-scans of " + std::to_string(scan.samples) +
+                 " samples");
   if (options.force) Remove(paths.acquisition);
   const RecordedBlocks blocks = AcquireScan(paths.acquisition, scan, samples);
-  steps.Done("acquire", paths.acquisition + ": A-scans, and two C-scans of the back wall, " + Bytes(blocks.size));
+  steps.Done(
+      "acquire",
+      paths.acquisition + ": A-scans, and two C-scans of the back wall, " + Bytes(blocks.size));
   return blocks;
 }
 
@@ -122,8 +135,9 @@ CGGateTypeDescr WriteGated(const DemoPaths& paths, Steps& steps, bool quiet) {
   GatedInspection gated = RefineFlawGate(loaded, quiet);
   const GatedGroup& seen = gated.groups.front();
   steps.Done("gate",
-             "gate " + std::to_string(gated.gate.gateId) + " now at " + Percent(gated.gate.positiveLevel) + " from " +
-                 Microseconds(gated.gate.start) + "; its strongest echo has " +
+             "gate " + std::to_string(gated.gate.gateId) + " now at " +
+                 Percent(gated.gate.positiveLevel) + " from " + Microseconds(gated.gate.start) +
+                 "; its strongest echo has " +
                  Percent(std::round(PercentOf(seen, StrongestCell(seen)))));
   const std::string written = loaded.WriteCompanion(gated.changes.Groups());
   steps.Done("write", written + ": the changed gate and C-scans of it, beside the untouched file");
@@ -138,11 +152,14 @@ void Show(const DemoPaths& paths,
           Steps& steps) {
   const Document document = Document::Load(paths.inspection);
   const auto& gates = document.Groups().gates;
-  const bool gateHolds =
-      std::any_of(gates.begin(), gates.end(), [&](const CGGateTypeDescr* gate) { return *gate == changed; });
+  const bool gateHolds = std::any_of(
+      gates.begin(), gates.end(), [&](const CGGateTypeDescr* gate) { return *gate == changed; });
   if (!gateHolds || document.Groups().data.GetCount() != 5 || document.Files().size() != 2)
-    throw Failure(paths.inspection, "does not load as it was written", "the companion's changes are missing");
-  steps.Done("reload", paths.inspection + " with its companion: the change is applied, the C-scans are there");
+    throw Failure(
+        paths.inspection, "does not load as it was written", "the companion's changes are missing");
+  steps.Done(
+      "reload",
+      paths.inspection + " with its companion: the change is applied, the C-scans are there");
   steps.Done("picture", paths.crack + ": " + DrawCrack(document, scan, paths.crack, options.force));
   steps.Done("picture", paths.flaws + ": " + DrawFlaws(document, scan, paths.flaws, options.force));
   for (const std::string& path : {paths.inspection, paths.companion}) {
@@ -156,10 +173,12 @@ void Show(const DemoPaths& paths,
 void SayWhatNext(const DemoOptions& options) {
   const std::string folder = Printable(options.folder);
   const std::string inspection = folder + "/weld.fpd";
-  PrintResult("\nThe files and pictures are in " + folder + ": look at crack.png and cscan.png.\nTry next:\n" +
-              "  utdata render " + inspection + " --data 0 --view a --row 5 --column 132 -o " + folder +
-              "/ascan.png\n  utdata gate " + inspection + " --channel 0 --gate 3 --start 4 --width 2 --as append\n" +
-              "  utdata tree " + folder + "/weld.A01\n");
+  PrintResult("\nThe files and pictures are in " + folder +
+              ": look at crack.png and cscan.png.\nTry next:\n" + "  utdata render " + inspection +
+              " --data 0 --view a --row 5 --column 132 -o " + folder +
+              "/ascan.png\n  utdata gate " + inspection +
+              " --channel 0 --gate 3 --start 4 --width 2 --as append\n" + "  utdata tree " +
+              folder + "/weld.A01\n");
 }
 
 void Demo(const DemoOptions& options) {
@@ -178,9 +197,12 @@ void Demo(const DemoOptions& options) {
 
 void AddDemoVerb(CLI::App& program) {
   CLI::App& verb = *program.add_subcommand(
-      "demo", "Takes a simulated weld scan the whole road: acquire, inspect, gate, picture, verify");
+      "demo",
+      "Takes a simulated weld scan the whole road: acquire, inspect, gate, picture, verify");
   const auto options = std::make_shared<DemoOptions>();
-  verb.add_option("--out", options->folder, "Folder for the files")->capture_default_str()->type_name("DIR");
+  verb.add_option("--out", options->folder, "Folder for the files")
+      ->capture_default_str()
+      ->type_name("DIR");
   verb.add_flag("--force", options->force, "Replace the files of a former demonstration");
   verb.add_flag("--quiet", options->quiet, "Print no messages and no progress");
   verb.footer(example);

@@ -26,12 +26,16 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* explanation =
-    "SELECTOR is the number of a group in the order of the file, from 0, or its ids (channel=0, or gate=1,channel=0)\n"
-    "that match exactly one. 'info' and 'material' need none; a data group is named as 'render' names it. Without\n"
-    "KEY=VALUE, the group's fields are shown with their keys, units and ranges, and nothing is written. Values are in\n"
+    "SELECTOR is the number of a group in the order of the file, from 0, or its ids (channel=0, or "
+    "gate=1,channel=0)\n"
+    "that match exactly one. 'info' and 'material' need none; a data group is named as 'render' "
+    "names it. Without\n"
+    "KEY=VALUE, the group's fields are shown with their keys, units and ranges, and nothing is "
+    "written. Values are in\n"
     "the units shown.\n"
     "\n"
-    "A change is written behind what is there (append), or beside it as the next numbered companion. General\n"
+    "A change is written behind what is there (append), or beside it as the next numbered "
+    "companion. General\n"
     "information is changed in a whole new file only (new).\n"
     "\n"
     "Keys and their units:\n";
@@ -39,7 +43,8 @@ constexpr const char* explanation =
 constexpr const char* example =
     "\n"
     "Example:\n"
-    "  utdata demo --force && utdata edit utdata-demo/weld.fpd gate gate=1 start=1.5 positiveLevel=25\n";
+    "  utdata demo --force && utdata edit utdata-demo/weld.fpd gate gate=1 start=1.5 "
+    "positiveLevel=25\n";
 
 struct EditOptions {
   std::string file;
@@ -60,7 +65,9 @@ std::string Describe(const std::string& group, const Record& record) {
   return text.empty() ? group : text;
 }
 
-std::string Describe(const std::string&, const CGDataTypeFDD& record) { return IdLabel(record) + ClassName(record); }
+std::string Describe(const std::string&, const CGDataTypeFDD& record) {
+  return IdLabel(record) + ClassName(record);
+}
 
 template <class Items>
 std::size_t Select(const std::vector<typename Items::Item*>& items,
@@ -72,7 +79,8 @@ std::size_t Select(const std::vector<typename Items::Item*>& items,
   std::size_t wanted = 0;
   const bool byIndex = IsIndex(selector, wanted);
   for (std::size_t index = 0; index < items.size(); ++index)
-    if (byIndex ? index == wanted : HasIds(EditIds(Items::Of(*items[index])), selector)) matches.push_back(index);
+    if (byIndex ? index == wanted : HasIds(EditIds(Items::Of(*items[index])), selector))
+      matches.push_back(index);
   if (matches.size() == 1) return matches.front();
   TextTable table({"#", "group", "name"});
   const auto& name = EditFields(static_cast<typename Items::Record*>(nullptr)).front();
@@ -82,7 +90,8 @@ std::size_t Select(const std::vector<typename Items::Item*>& items,
   }
   PrintResult(table.Text());
   throw Failure(options.file,
-                "'" + selector + "' matches " + (matches.empty() ? "no" : std::to_string(matches.size())) + " " +
+                "'" + selector + "' matches " +
+                    (matches.empty() ? "no" : std::to_string(matches.size())) + " " +
                     options.group + (matches.empty() ? "" : "s"),
                 "name one of those listed by its number or its ids");
 }
@@ -109,8 +118,9 @@ Record Changed(const Record& before, const EditWords& words) {
   Record after = before;
   const auto fields = EditFields(&before);
   for (const auto& [key, text] : words.values) {
-    const auto field =
-        std::find_if(fields.begin(), fields.end(), [&name = key](const auto& known) { return name == known.key; });
+    const auto field = std::find_if(fields.begin(), fields.end(), [&name = key](const auto& known) {
+      return name == known.key;
+    });
     if (field == fields.end()) {
       PrintResult(FieldsText(before));
       throw WrongUsage(key, "is none of the keys listed");
@@ -126,11 +136,14 @@ Record Changed(const Record& before, const EditWords& words) {
 
 /// One change in words; values that look alike are told with every digit that counts.
 template <class Record>
-std::string ChangeText(const RecordField<Record>& field, const Record& before, const Record& after) {
+std::string ChangeText(const RecordField<Record>& field,
+                       const Record& before,
+                       const Record& after) {
   constexpr int everyDigit = 9;
   const bool alike = Shown(field, before) == Shown(field, after);
   const int digits = alike ? everyDigit : 6;
-  return std::string(field.key) + " " + Shown(field, before, digits) + " -> " + Shown(field, after, digits);
+  return std::string(field.key) + " " + Shown(field, before, digits) + " -> " +
+         Shown(field, after, digits);
 }
 
 std::string Write(Document& document, const EditOptions& options) {
@@ -141,16 +154,22 @@ std::string Write(Document& document, const EditOptions& options) {
 }
 
 template <class Record>
-void Report(const EditOptions& options, const Record& before, const Record& after, const std::string& written) {
+void Report(const EditOptions& options,
+            const Record& before,
+            const Record& after,
+            const std::string& written) {
   std::string text;
   Json changes = Json::array();
   for (const auto& field : EditFields(&before)) {
     if (!Differs(field, before, after)) continue;
-    text += Describe(options.group, before) + ": " + Printable(ChangeText(field, before, after)) + "\n";
-    changes.push_back({{"key", field.key}, {"from", ValueJson(field, before)}, {"to", ValueJson(field, after)}});
+    text +=
+        Describe(options.group, before) + ": " + Printable(ChangeText(field, before, after)) + "\n";
+    changes.push_back(
+        {{"key", field.key}, {"from", ValueJson(field, before)}, {"to", ValueJson(field, after)}});
   }
-  text += written.empty() ? Describe(options.group, before) + ": has these values already; nothing is written\n"
-                          : "written to " + Printable(written) + "\n";
+  text += written.empty()
+              ? Describe(options.group, before) + ": has these values already; nothing is written\n"
+              : "written to " + Printable(written) + "\n";
   if (options.json) {
     Json result = FieldsJson(options, after);
     result["changes"] = changes;
@@ -163,14 +182,18 @@ void Report(const EditOptions& options, const Record& before, const Record& afte
 
 /// The item that the selector names.
 template <class Items>
-typename Items::Item& Choose(const Document& document, const EditOptions& options, const std::string& selector) {
+typename Items::Item& Choose(const Document& document,
+                             const EditOptions& options,
+                             const std::string& selector) {
   const auto items = Items::List(document.GetHost(), fset_All);
   return *items[Select<Items>(items, options, selector)];
 }
 
 /// A data group is named as everywhere else: by its row, or by fields of its JSON.
 template <>
-CIData& Choose<DataGroupItems>(const Document& document, const EditOptions& options, const std::string& selector) {
+CIData& Choose<DataGroupItems>(const Document& document,
+                               const EditOptions& options,
+                               const std::string& selector) {
   const SelectedGroup selected = SelectGroup(document, selector);
   CIData* item = document.GetHost().Data().RowOf(*selected.group).item;
   if (item) return *item;
@@ -191,7 +214,8 @@ void CheckChange(const EditOptions& options,
                     "'--as new -o OUT' writes one");
   } else if constexpr (std::is_same_v<Items, DataGroupItems>) {
     const std::string why = WhyNot(before, after);
-    if (!why.empty()) throw Failure(options.file, Describe(options.group, before) + " cannot be edited so", why);
+    if (!why.empty())
+      throw Failure(options.file, Describe(options.group, before) + " cannot be edited so", why);
   }
 }
 
@@ -235,7 +259,8 @@ constexpr EditGroup editGroups[] = {
 }  // namespace
 
 void AddEditVerb(CLI::App& program) {
-  CLI::App& verb = *program.add_subcommand("edit", "Changes fields of a group and writes the change");
+  CLI::App& verb =
+      *program.add_subcommand("edit", "Changes fields of a group and writes the change");
   const auto options = std::make_shared<EditOptions>();
   std::vector<std::string> names;
   std::string keys;
@@ -244,20 +269,24 @@ void AddEditVerb(CLI::App& program) {
     keys += group.keys(group.name);
   }
   verb.add_option("FILE", options->file, "Inspection file")->required();
-  verb.add_option("GROUP", options->group, "channel, gate, probe, patch, sub-channel, data, info or material")
+  verb.add_option("GROUP",
+                  options->group,
+                  "channel, gate, probe, patch, sub-channel, data, info or material")
       ->required()
       ->check(CLI::IsMember(names).description(""))
       ->type_name("");
-  verb.add_option("SELECTOR KEY=VALUE", options->words, "Which one, and its new values")->type_name("");
+  verb.add_option("SELECTOR KEY=VALUE", options->words, "Which one, and its new values")
+      ->type_name("");
   AddChangeOutput(verb, options->output);
   verb.add_flag("--json", options->json, "Print the result as JSON, quantities in base units");
   verb.add_flag("--quiet", options->quiet, "Print no result");
   verb.footer(explanation + keys + example);
   verb.callback([options] {
     CheckChangeOutput(options->output);
-    const auto* group = std::find_if(std::begin(editGroups), std::end(editGroups), [&](const EditGroup& known) {
-      return options->group == known.name;
-    });
+    const auto* group =
+        std::find_if(std::begin(editGroups), std::end(editGroups), [&](const EditGroup& known) {
+          return options->group == known.name;
+        });
     group->edit(*options);
   });
 }

@@ -22,10 +22,13 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* example =
-    "SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly one data group, as in\n"
-    "class=1,channel=0. A-scans become an array of rows x columns x samples, C-scans one of rows x columns. Beside a "
+    "SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly "
+    "one data group, as in\n"
+    "class=1,channel=0. A-scans become an array of rows x columns x samples, C-scans one of rows x "
+    "columns. Beside a "
     ".npy file,\n"
-    "a .json file of the same name tells axes, units and ranges; an .h5 file has them in itself. 'utdata import' reads "
+    "a .json file of the same name tells axes, units and ranges; an .h5 file has them in itself. "
+    "'utdata import' reads "
     "both.\n"
     "\n"
     "Example:\n"
@@ -49,7 +52,9 @@ struct Export {
   nlohmann::ordered_json description;
 };
 
-std::span<const std::byte> BytesOf(const std::string& text) { return std::as_bytes(std::span(text)); }
+std::span<const std::byte> BytesOf(const std::string& text) {
+  return std::as_bytes(std::span(text));
+}
 
 void ExportNpy(const ExportOptions& options, const Export& exported, Progress& progress) {
   const std::string described = DescriptionPath(options.output);
@@ -79,8 +84,8 @@ void ExportHdf5(const ExportOptions& options, const Export& exported, Progress& 
 std::string ShapeText(const DescribedArray& array) {
   std::string text;
   for (const DescribedAxis& axis : array.axes)
-    text +=
-        (text.empty() ? "" : " x ") + std::to_string(axis.quantity) + " " + axis.name + (axis.quantity == 1 ? "" : "s");
+    text += (text.empty() ? "" : " x ") + std::to_string(axis.quantity) + " " + axis.name +
+            (axis.quantity == 1 ? "" : "s");
   return text + " (" + array.type->name + ")";
 }
 
@@ -106,9 +111,11 @@ void ExportGroup(const ExportOptions& options) {
   CheckNotInput(document, options.output);
   const SelectedGroup selected = SelectGroup(document, options.selector);
   const std::string name = options.file + ": data group " + std::to_string(selected.index);
-  Export exported = {*selected.group, name, DescribeArray(document.GetHost(), *selected.group, name), {}};
+  Export exported = {
+      *selected.group, name, DescribeArray(document.GetHost(), *selected.group, name), {}};
   const std::string holder = options.output.substr(options.output.find_last_of('/') + 1);
-  exported.description = DescriptionJson(exported.array, *selected.group, isNpy ? holder : exportedDataSet);
+  exported.description =
+      DescriptionJson(exported.array, *selected.group, isNpy ? holder : exportedDataSet);
   {
     Progress progress("exporting " + options.output, options.quiet);
     isNpy ? ExportNpy(options, exported, progress) : ExportHdf5(options, exported, progress);
@@ -126,11 +133,16 @@ std::string CheckFormat(const std::string& path) {
 }  // namespace
 
 void AddExportVerb(CLI::App& program) {
-  CLI::App& verb = *program.add_subcommand("export", "Writes the samples and axes of a data group for other programs");
+  CLI::App& verb = *program.add_subcommand(
+      "export", "Writes the samples and axes of a data group for other programs");
   const auto options = std::make_shared<ExportOptions>();
   verb.add_option("FILE", options->file, "Inspection file")->required();
-  verb.add_option("--data", options->selector, "Data group to export")->required()->type_name("SELECTOR");
-  verb.add_option("-o,--output", options->output, "Array to make: a .npy file of NumPy, or an .h5 or .hdf5 file")
+  verb.add_option("--data", options->selector, "Data group to export")
+      ->required()
+      ->type_name("SELECTOR");
+  verb.add_option("-o,--output",
+                  options->output,
+                  "Array to make: a .npy file of NumPy, or an .h5 or .hdf5 file")
       ->required()
       ->check(CLI::Validator(CheckFormat, ""))
       ->type_name("OUT.npy|OUT.h5");

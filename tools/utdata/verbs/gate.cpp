@@ -19,12 +19,16 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* explanation =
-    "The gate covers round(width / sample step) samples from sample round((start - sample offset) / sample step). Its\n"
-    "amplitude is the largest absolute value in it, 100 % being the larger magnitude of the samples' range; its "
+    "The gate covers round(width / sample step) samples from sample round((start - sample offset) "
+    "/ sample step). Its\n"
+    "amplitude is the largest absolute value in it, 100 % being the larger magnitude of the "
+    "samples' range; its "
     "position\n"
-    "is the index of the sample where that first occurs, and 0 in a cell whose amplitude is below the threshold.\n"
+    "is the index of the sample where that first occurs, and 0 in a cell whose amplitude is below "
+    "the threshold.\n"
     "\n"
-    "Each data group with A-scans of the channel gets both C-scans. A gate that is there already is changed to the "
+    "Each data group with A-scans of the channel gets both C-scans. A gate that is there already "
+    "is changed to the "
     "one\n"
     "given; one that has C-scans already is refused.\n"
     "\n";
@@ -32,7 +36,8 @@ constexpr const char* explanation =
 constexpr const char* example =
     "Example:\n"
     "  utdata demo --force\n"
-    "  utdata gate utdata-demo/weld.fpd --channel 0 --gate 3 --start 4 --width 2 --threshold 10 --as companion\n";
+    "  utdata gate utdata-demo/weld.fpd --channel 0 --gate 3 --start 4 --width 2 --threshold 10 "
+    "--as companion\n";
 
 struct GateOptions {
   std::string file;
@@ -69,23 +74,27 @@ std::string GroupText(const GatedGroup& group) {
   const CGDataTypeFDD& ascans = *group.ascans->group;
   const GateWindow& window = group.window;
   std::string text = Label(ascans) + " " + std::to_string(ascans.rowQuantity) + " rows x " +
-                     std::to_string(ascans.columnQuantity) + " columns, samples " + std::to_string(window.first) +
-                     " to " + std::to_string(window.first + window.quantity - 1);
+                     std::to_string(ascans.columnQuantity) + " columns, samples " +
+                     std::to_string(window.first) + " to " +
+                     std::to_string(window.first + window.quantity - 1);
   if (window.isCut) text += " (the gate reaches beyond the A-scans)";
   const Strongest strongest(group);
   if (strongest.value == 0) return text + "; no echo";
   text += "; strongest echo " + Percent(Rounded(strongest.percent)) + " (" +
-          Decibels(Rounded(20 * std::log10(strongest.percent / 100))) + ") in row " + std::to_string(strongest.row) +
-          ", column " + std::to_string(strongest.column);
+          Decibels(Rounded(20 * std::log10(strongest.percent / 100))) + ") in row " +
+          std::to_string(strongest.row) + ", column " + std::to_string(strongest.column);
   if (strongest.position == 0) return text;
   const double time = ascans.sampleOffset + double{ascans.sampleResolution} * strongest.position;
   return text + " at sample " + std::to_string(strongest.position) + ", " + Microseconds(time);
 }
 
-std::string Text(const GateOptions& options, const GatedInspection& gated, const std::string& written) {
+std::string Text(const GateOptions& options,
+                 const GatedInspection& gated,
+                 const std::string& written) {
   std::string text = "gate " + std::to_string(gated.gate.gateId) + " of channel " +
-                     std::to_string(gated.gate.channelId) + (gated.isNewGate ? " added: " : " changed: ") +
-                     Number(options.start) + " to " + Number(options.start + options.width) + " µs";
+                     std::to_string(gated.gate.channelId) +
+                     (gated.isNewGate ? " added: " : " changed: ") + Number(options.start) +
+                     " to " + Number(options.start + options.width) + " µs";
   if (options.gate.threshold) text += ", threshold " + Percent(*options.gate.threshold);
   text += "\n";
   for (const GatedGroup& group : gated.groups) text += Printable(GroupText(group)) + "\n";
@@ -111,7 +120,9 @@ Json GroupJson(const GatedGroup& group) {
             {"position", strongest.position}}}};
 }
 
-Json ResultJson(const GateOptions& options, const GatedInspection& gated, const std::string& written) {
+Json ResultJson(const GateOptions& options,
+                const GatedInspection& gated,
+                const std::string& written) {
   const CGGateTypeDescr& gate = gated.gate;
   Json groups = Json::array();
   for (const GatedGroup& group : gated.groups) groups.push_back(GroupJson(group));
@@ -144,7 +155,8 @@ void Gate(const GateOptions& options) {
 void AddGateVerb(CLI::App& program) {
   constexpr double farthest = 1e6, shortest = 1e-6;  // µs
   constexpr std::uint32_t lastGate = 1999, lastChannel = 0xFFFFFFFE;
-  CLI::App& verb = *program.add_subcommand("gate", "Gates the A-scans of a channel and adds C-scans of what it sees");
+  CLI::App& verb = *program.add_subcommand(
+      "gate", "Gates the A-scans of a channel and adds C-scans of what it sees");
   const auto options = std::make_shared<GateOptions>();
   verb.add_option("FILE", options->file, "Inspection file")->required();
   verb.add_option("--channel", options->gate.channelId, "Channel, from 0")
@@ -163,7 +175,9 @@ void AddGateVerb(CLI::App& program) {
       ->required()
       ->check(Within(shortest, farthest))
       ->type_name("US");
-  verb.add_option("--threshold", options->gate.threshold, "Amplitude that a position needs, percent of full scale")
+  verb.add_option("--threshold",
+                  options->gate.threshold,
+                  "Amplitude that a position needs, percent of full scale")
       ->check(Within(0, 100))
       ->type_name("PCT");
   AddChangeOutput(verb, options->output);

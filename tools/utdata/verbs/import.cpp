@@ -26,17 +26,20 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* example =
-    "FILE.npy and the data set of FILE.h5:/path tell their shape and type, and what 'utdata export' wrote tells the "
+    "FILE.npy and the data set of FILE.h5:/path tell their shape and type, and what 'utdata "
+    "export' wrote tells the "
     "axes too;\n"
     "an option given here counts more. A headerless file needs --shape, --axes and --dtype.\n"
     "\n"
     "Example:\n"
     "  head -c 1310720 /dev/urandom > scan.raw\n"
-    "  utdata import scan.raw -o scan.fpd --shape 10,256,256 --axes row,sample,column --dtype u16 --rectified\n"
+    "  utdata import scan.raw -o scan.fpd --shape 10,256,256 --axes row,sample,column --dtype u16 "
+    "--rectified\n"
     "  utdata export scan.fpd --data 0 -o scan.npy && utdata import scan.npy -o again.fpd\n"
     "  utdata info again.fpd\n";
 
-/// A physical quantity of the command line, with the bounds that its field can hold in a sensible inspection.
+/// A physical quantity of the command line, with the bounds that its field can hold in a sensible
+/// inspection.
 struct QuantityOption {
   const char* name;
   float CGDataTypeFDD::*field;
@@ -48,15 +51,78 @@ struct QuantityOption {
   bool hasNominal;  ///< its preset is a nominal value that the user is told of
 };
 constexpr QuantityOption quantityOptions[] = {
-    {"--column-step", &CGDataTypeFDD::columnResolution, 1e3, "mm", "Distance between columns", 1e-6, 1e6, true},
-    {"--row-step", &CGDataTypeFDD::rowResolution, 1e3, "mm", "Distance between rows", 1e-6, 1e6, true},
-    {"--sample-step", &CGDataTypeFDD::sampleResolution, 1e9, "ns", "Two-way time between samples", 1e-3, 1e9, true},
-    {"--column-offset", &CGDataTypeFDD::columnOffset, 1e3, "mm", "Position of the first column", -1e6, 1e6, false},
-    {"--row-offset", &CGDataTypeFDD::rowOffset, 1e3, "mm", "Position of the first row", -1e6, 1e6, false},
-    {"--sample-offset", &CGDataTypeFDD::sampleOffset, 1e9, "ns", "Time of the first sample", -1e9, 1e9, false},
-    {"--sound-speed", &CGDataTypeFDD::soundSpeed, 1, "m/s", "Sound speed in the part", 1, 1e5, true},
-    {"--probe-angle", &CGDataTypeFDD::probeAngle, 1, "degrees", "Refracted angle in the part", -90, 90, false},
-    {"--thickness", &CGDataTypeFDD::partThickness, 1e3, "mm", "Thickness of the part, 0 unknown", 0, 1e6, false},
+    {"--column-step",
+     &CGDataTypeFDD::columnResolution,
+     1e3,
+     "mm",
+     "Distance between columns",
+     1e-6,
+     1e6,
+     true},
+    {"--row-step",
+     &CGDataTypeFDD::rowResolution,
+     1e3,
+     "mm",
+     "Distance between rows",
+     1e-6,
+     1e6,
+     true},
+    {"--sample-step",
+     &CGDataTypeFDD::sampleResolution,
+     1e9,
+     "ns",
+     "Two-way time between samples",
+     1e-3,
+     1e9,
+     true},
+    {"--column-offset",
+     &CGDataTypeFDD::columnOffset,
+     1e3,
+     "mm",
+     "Position of the first column",
+     -1e6,
+     1e6,
+     false},
+    {"--row-offset",
+     &CGDataTypeFDD::rowOffset,
+     1e3,
+     "mm",
+     "Position of the first row",
+     -1e6,
+     1e6,
+     false},
+    {"--sample-offset",
+     &CGDataTypeFDD::sampleOffset,
+     1e9,
+     "ns",
+     "Time of the first sample",
+     -1e9,
+     1e9,
+     false},
+    {"--sound-speed",
+     &CGDataTypeFDD::soundSpeed,
+     1,
+     "m/s",
+     "Sound speed in the part",
+     1,
+     1e5,
+     true},
+    {"--probe-angle",
+     &CGDataTypeFDD::probeAngle,
+     1,
+     "degrees",
+     "Refracted angle in the part",
+     -90,
+     90,
+     false},
+    {"--thickness",
+     &CGDataTypeFDD::partThickness,
+     1e3,
+     "mm",
+     "Thickness of the part, 0 unknown",
+     0,
+     1e6,
+     false},
 };
 
 struct ImportOptions {
@@ -67,7 +133,8 @@ struct ImportOptions {
   std::string dtype;
   bool bigEndian = false;
   bool rectified = false;
-  std::array<std::optional<double>, std::size(quantityOptions)> quantities;  ///< as given, in the units of the options
+  std::array<std::optional<double>, std::size(quantityOptions)>
+      quantities;  ///< as given, in the units of the options
   std::string channelName;
   InspectionTexts texts;
   bool force = false;
@@ -97,8 +164,9 @@ std::vector<std::uint64_t> ParseShape(const std::string& text) {
     shape.push_back(quantity);
   }
   if (!valid || shape.size() != 3)
-    throw CLI::ValidationError("--shape",
-                               "'" + text + "' is not three whole numbers from 1 to 4294967295, as in 10,256,256");
+    throw CLI::ValidationError(
+        "--shape",
+        "'" + text + "' is not three whole numbers from 1 to 4294967295, as in 10,256,256");
   return shape;
 }
 
@@ -109,8 +177,8 @@ std::vector<ArrayAxis> ParseAxes(const std::string& text) {
     const auto* const found = std::find(names.begin(), names.end(), part);
     const auto axis = static_cast<ArrayAxis>(found - names.begin());
     if (found == names.end() || std::find(axes.begin(), axes.end(), axis) != axes.end())
-      throw CLI::ValidationError("--axes",
-                                 "'" + text + "' is not row, column and sample in some order, joined by commas");
+      throw CLI::ValidationError(
+          "--axes", "'" + text + "' is not row, column and sample in some order, joined by commas");
     axes.push_back(axis);
   }
   return axes;
@@ -136,13 +204,16 @@ ForeignArray Describe(const ImportOptions& options, const ArrayName& name) {
   return array;
 }
 
-/// The axes as given, else as described; without both those of the one arrangement that an array of three axes has by itself.
+/// The axes as given, else as described; without both those of the one arrangement that an array of
+/// three axes has by itself.
 std::vector<ArrayAxis> ChooseAxes(const ImportOptions& options,
                                   const ForeignArray& array,
                                   std::vector<ArrayAxis> described) {
   const std::size_t quantity = array.shape.size();
-  const std::string has = "the array has " + std::to_string(quantity) + (quantity == 1 ? " axis" : " axes");
-  if (quantity == 0 || quantity > 3) throw Failure(options.array, "cannot be imported", has, "one to three are taken");
+  const std::string has =
+      "the array has " + std::to_string(quantity) + (quantity == 1 ? " axis" : " axes");
+  if (quantity == 0 || quantity > 3)
+    throw Failure(options.array, "cannot be imported", has, "one to three are taken");
   if (!options.axes.empty()) {
     const std::vector<ArrayAxis> given = ParseAxes(options.axes);
     if (given.size() == quantity) return given;
@@ -150,10 +221,14 @@ std::vector<ArrayAxis> ChooseAxes(const ImportOptions& options,
   }
   if (!described.empty()) return described;
   if (quantity == 3) return {ArrayAxis::Row, ArrayAxis::Column, ArrayAxis::Sample};
-  throw Failure(options.array, "cannot be imported", has, "name each with --axes, as in column,sample or row,column");
+  throw Failure(options.array,
+                "cannot be imported",
+                has,
+                "name each with --axes, as in column,sample or row,column");
 }
 
-/// Puts the quantities given on the command line into the record; tells which ones are nominal unless a description came with the array.
+/// Puts the quantities given on the command line into the record; tells which ones are nominal
+/// unless a description came with the array.
 std::string SetQuantities(const ImportOptions& options, bool isDescribed, CGDataTypeFDD& record) {
   std::string nominal;
   for (std::size_t index = 0; index < std::size(quantityOptions); ++index) {
@@ -164,7 +239,8 @@ std::string SetQuantities(const ImportOptions& options, bool isDescribed, CGData
     } else if (option.hasNominal && !isDescribed) {
       std::string name = option.name + 2;
       std::replace(name.begin(), name.end(), '-', ' ');
-      nominal += (nominal.empty() ? "" : ", ") + name + " " + Number(field * option.perBase) + " " + option.unit;
+      nominal += (nominal.empty() ? "" : ", ") + name + " " + Number(field * option.perBase) + " " +
+                 option.unit;
     }
   }
   return nominal;
@@ -181,10 +257,12 @@ void Report(const ImportOptions& options, const Document& document) {
   if (options.quiet) return;
   PrintResult(Printable(options.output) + ": " + std::to_string(data.rowQuantity) + " rows x " +
               std::to_string(data.columnQuantity) + " columns, " +
-              (PlainClass(data) == gdata_AScan ? "A-scans of " + std::to_string(data.sampleQuantity) + " samples"
-                                               : ClassName(data)) +
+              (PlainClass(data) == gdata_AScan
+                   ? "A-scans of " + std::to_string(data.sampleQuantity) + " samples"
+                   : ClassName(data)) +
               " (" + SampleTypeName(data) + ")\n");
-  if (!options.texts.nominal.empty()) std::fprintf(stderr, "nominal: %s\n", options.texts.nominal.c_str());
+  if (!options.texts.nominal.empty())
+    std::fprintf(stderr, "nominal: %s\n", options.texts.nominal.c_str());
 }
 
 void Import(ImportOptions options, const CLI::App& verb) {
@@ -197,14 +275,18 @@ void Import(ImportOptions options, const CLI::App& verb) {
   const std::vector<ArrayAxis> axes = ChooseAxes(options, array, described);
   CheckNewPath(options.output, options.force);
   const ArrayLayout layout = LayoutOf(array, axes, options.array);
-  SetLayout(record, layout, *array.type, std::find(axes.begin(), axes.end(), ArrayAxis::Sample) != axes.end());
+  SetLayout(record,
+            layout,
+            *array.type,
+            std::find(axes.begin(), axes.end(), ArrayAxis::Sample) != axes.end());
   options.texts.nominal = SetQuantities(options, !described.empty(), record);
   if (options.rectified) record.SetDataRectification(gdata_RectifFull);
   if (!options.channelName.empty()) SetName(record.channelName, ToWide(options.channelName));
   SampleMemory samples;
   {
     Progress progress("importing " + options.array, options.quiet);
-    samples = GatherArray(name, layout, [&](std::uint64_t done, std::uint64_t total) { progress.At(done, total); });
+    samples = GatherArray(
+        name, layout, [&](std::uint64_t done, std::uint64_t total) { progress.At(done, total); });
   }
   Document document = Document::New(options.output);
   AddScan(document, record, samples.get(), options.texts);
@@ -213,20 +295,26 @@ void Import(ImportOptions options, const CLI::App& verb) {
 }
 
 void AddArrayOptions(CLI::App& verb, ImportOptions& options) {
-  verb.add_option(
-          "ARRAY", options.array, "Array of samples: FILE.npy, FILE.h5:/path of a data set, or a headerless file")
+  verb.add_option("ARRAY",
+                  options.array,
+                  "Array of samples: FILE.npy, FILE.h5:/path of a data set, or a headerless file")
       ->required();
   verb.add_option("-o,--output", options.output, "Inspection file to make")->required();
-  verb.add_option("--shape", options.shape, "Quantities of the three axes of a headerless file, outermost first")
+  verb.add_option("--shape",
+                  options.shape,
+                  "Quantities of the three axes of a headerless file, outermost first")
       ->type_name("N,N,N");
   verb.add_option(
-          "--axes", options.axes, "Names of the axes, first (outermost) one first: row, column, sample in some order")
+          "--axes",
+          options.axes,
+          "Names of the axes, first (outermost) one first: row, column, sample in some order")
       ->type_name("A,B,C");
   verb.add_option("--dtype", options.dtype, "Sample type of a headerless file")
       ->check(CLI::IsMember({"u8", "i8", "u16", "i16"}).description(""))
       ->type_name("u8|i8|u16|i16");
-  verb.add_flag(
-      "--big-endian", options.bigEndian, "Samples of a headerless file are stored most significant byte first");
+  verb.add_flag("--big-endian",
+                options.bigEndian,
+                "Samples of a headerless file are stored most significant byte first");
   verb.add_flag("--rectified", options.rectified, "Amplitudes are rectified");
 }
 
@@ -244,11 +332,13 @@ void AddQuantityOptions(CLI::App& verb, ImportOptions& options) {
 }  // namespace
 
 void AddImportVerb(CLI::App& program) {
-  CLI::App& verb = *program.add_subcommand("import", "Makes an inspection file from an array of samples");
+  CLI::App& verb =
+      *program.add_subcommand("import", "Makes an inspection file from an array of samples");
   const auto options = std::make_shared<ImportOptions>();
   AddArrayOptions(verb, *options);
   AddQuantityOptions(verb, *options);
-  verb.add_option("--channel-name", options->channelName, "Name of the channel, at most 31 characters");
+  verb.add_option(
+      "--channel-name", options->channelName, "Name of the channel, at most 31 characters");
   verb.add_option("--title", options->texts.title, "Title of the inspection");
   verb.add_flag("--force", options->force, "Replace an existing file");
   verb.add_flag("--json", options->json, "Print the result as JSON");

@@ -24,19 +24,23 @@ void AddInfoVerb(CLI::App& program) {
     bool sorted = false;
     bool quiet = false;
   };
-  CLI::App& verb = *program.add_subcommand("info", "Shows the loaded inspection, its companions read");
+  CLI::App& verb =
+      *program.add_subcommand("info", "Shows the loaded inspection, its companions read");
   const auto options = std::make_shared<Options>();
   verb.add_option("FILE", options->file, "Inspection file")->required();
   verb.add_flag("--hash", options->hash, "Add the SHA-256 of each data group's samples");
-  verb.add_flag(
-      "--sorted", options->sorted, "Data groups by channel, sub-channel and the display order of their gates");
+  verb.add_flag("--sorted",
+                options->sorted,
+                "Data groups by channel, sub-channel and the display order of their gates");
   verb.add_flag("--json", options->json, "Print the result as JSON, quantities in base units");
   verb.add_flag("--quiet", options->quiet, "Print no progress");
   verb.footer(example);
   verb.callback([options] {
     const Document document = Document::Load(options->file);
-    const InfoContent content{.hash = options->hash, .sorted = options->sorted, .quiet = options->quiet};
-    PrintResult(options->json ? InfoJson(document, content).dump(2) + "\n" : InfoText(document, content));
+    const InfoContent content{
+        .hash = options->hash, .sorted = options->sorted, .quiet = options->quiet};
+    PrintResult(options->json ? InfoJson(document, content).dump(2) + "\n"
+                              : InfoText(document, content));
   });
 }
 

@@ -67,7 +67,8 @@ std::string Page(const CLI::App& program) {
   page << ".SH NAME\nutdata \\- " << Literal(program.get_description()) << "\n";
   page << ".SH SYNOPSIS\n.B utdata\n.I VERB\n[\\fIOPTIONS\\fR] [\\fIARGUMENTS\\fR]\n.SH VERBS\n";
   for (const CLI::App* verb : ListedVerbs(program)) {
-    page << ".SS utdata " << Literal(verb->get_name()) << "\n" << Literal(verb->get_description()) << ".\n";
+    page << ".SS utdata " << Literal(verb->get_name()) << "\n"
+         << Literal(verb->get_description()) << ".\n";
     Arguments(page, *verb);
     if (!verb->get_footer().empty()) page << ".PP\n" << Unfilled(verb->get_footer());
   }
@@ -78,7 +79,8 @@ std::string Page(const CLI::App& program) {
 }  // namespace
 
 void AddManualVerb(CLI::App& program) {
-  CLI::App& verb = *program.add_subcommand("manual", "Prints the manual page, made from what the verbs declare");
+  CLI::App& verb =
+      *program.add_subcommand("manual", "Prints the manual page, made from what the verbs declare");
   verb.group(hiddenVerbs);
   verb.footer("Example:\n  utdata manual > utdata.1\n");
   verb.callback([&program] { PrintResult(Page(program)); });

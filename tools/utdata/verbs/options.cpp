@@ -8,7 +8,8 @@ CLI::Validator Within(double minimum, double maximum) {
   const std::string range = Number(minimum) + " to " + Number(maximum);
   return {[=](const std::string& text) {
             double value = 0;
-            const bool valid = CLI::detail::lexical_cast(text, value) && value >= minimum && value <= maximum;
+            const bool valid =
+                CLI::detail::lexical_cast(text, value) && value >= minimum && value <= maximum;
             return valid ? std::string() : "'" + text + "' is not a number from " + range;
           },
           ""};
@@ -16,7 +17,9 @@ CLI::Validator Within(double minimum, double maximum) {
 
 void AddTables(CLI::App& verb, Tables& tables) {
   verb.add_flag_callback(
-      "--in-memory", [&tables] { tables = Tables::InMemory; }, "Read samples into memory instead of mapping the file");
+      "--in-memory",
+      [&tables] { tables = Tables::InMemory; },
+      "Read samples into memory instead of mapping the file");
 }
 
 void AddChangeOutput(CLI::App& verb, ChangeOutput& output) {
@@ -33,7 +36,9 @@ void CheckChangeOutput(const ChangeOutput& output) {
     throw CLI::ValidationError("--as new", "goes with -o OUT, and no other way does");
 }
 
-std::string WriteChanges(Document& document, CFContTypeFileDescr& changes, const ChangeOutput& output) {
+std::string WriteChanges(Document& document,
+                         CFContTypeFileDescr& changes,
+                         const ChangeOutput& output) {
   if (output.as == "append") return document.Append(changes);
   if (output.as == "companion") return document.WriteCompanion(changes);
   document.WriteCopy(changes, output.path, output.force);

@@ -30,6 +30,8 @@ void AddChangeOutput(CLI::App& verb, ChangeOutput& output);
 void CheckChangeOutput(const ChangeOutput& output);
 
 /// Writes the groups of `changes` where the user wants them. @return the path of the file written
-std::string WriteChanges(Document& document, CFContTypeFileDescr& changes, const ChangeOutput& output);
+std::string WriteChanges(Document& document,
+                         CFContTypeFileDescr& changes,
+                         const ChangeOutput& output);
 
 }  // namespace utdata::program

@@ -23,8 +23,10 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* example =
-    "SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly one data group, as in\n"
-    "class=1,channel=0. The soft gain that is not given is as much as the strongest echo of the picture allows.\n"
+    "SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly "
+    "one data group, as in\n"
+    "class=1,channel=0. The soft gain that is not given is as much as the strongest echo of the "
+    "picture allows.\n"
     "\n"
     "Example:\n"
     "  utdata demo --force && utdata render utdata-demo/weld.fpd --data 0 --view b -o bscan.png\n"
@@ -45,7 +47,9 @@ struct RenderOptions {
   bool json = false;
   Tables tables = Tables::Mapped;
 
-  [[nodiscard]] SampleAxis Samples() const { return samples == "path" ? SampleAxis::Path : SampleAxis::Time; }
+  [[nodiscard]] SampleAxis Samples() const {
+    return samples == "path" ? SampleAxis::Path : SampleAxis::Time;
+  }
 };
 
 /// A picture that has been drawn, and what there is to say about it.
@@ -57,22 +61,31 @@ struct Rendering {
 };
 
 nlohmann::ordered_json AxisFacts(const PlotAxis& axis) {
-  return {{"unit", axis.unit}, {"first", axis.first}, {"step", axis.step}, {"quantity", axis.quantity}};
+  return {
+      {"unit", axis.unit}, {"first", axis.first}, {"step", axis.step}, {"quantity", axis.quantity}};
 }
 
-Rendering RenderAScan(Host& host, const CGDataTypeFDD& group, const std::string& name, const RenderOptions& options) {
+Rendering RenderAScan(Host& host,
+                      const CGDataTypeFDD& group,
+                      const std::string& name,
+                      const RenderOptions& options) {
   const AScan scan =
-      MakeAScan(host, group, name, {options.row, options.column, options.gain, options.Samples(), options.quiet});
+      MakeAScan(host,
+                group,
+                name,
+                {options.row, options.column, options.gain, options.Samples(), options.quiet});
   nlohmann::ordered_json gates = nlohmann::ordered_json::array();
   for (const GateBar& gate : scan.plot.gates)
-    gates.push_back({{"name", gate.label}, {"from", gate.from}, {"to", gate.to}, {"level", gate.level}});
-  nlohmann::ordered_json facts = {{"row", scan.row},
-                                  {"column", scan.column},
-                                  {"strongest", {{"sample", scan.sample}, {"percent", scan.percent}}},
-                                  {"gain", scan.gain},
-                                  {"across", AxisFacts(scan.plot.across)},
-                                  {"values", {{"unit", "%"}, {"low", scan.plot.low}, {"high", scan.plot.high}}},
-                                  {"gates", std::move(gates)}};
+    gates.push_back(
+        {{"name", gate.label}, {"from", gate.from}, {"to", gate.to}, {"level", gate.level}});
+  nlohmann::ordered_json facts = {
+      {"row", scan.row},
+      {"column", scan.column},
+      {"strongest", {{"sample", scan.sample}, {"percent", scan.percent}}},
+      {"gain", scan.gain},
+      {"across", AxisFacts(scan.plot.across)},
+      {"values", {{"unit", "%"}, {"low", scan.plot.low}, {"high", scan.plot.high}}},
+      {"gates", std::move(gates)}};
   return {Draw(scan.plot, Font()), scan.plot.title, scan.plot.notes, std::move(facts)};
 }
 
@@ -82,11 +95,14 @@ Rendering RenderSection(Host& host,
                         const RenderOptions& options,
                         Cut cut) {
   const bool alongRow = cut == Cut::AlongRow;
-  const Section section =
-      MakeSection(host,
-                  group,
-                  name,
-                  {cut, alongRow ? options.row : options.column, options.gain, options.Samples(), options.quiet});
+  const Section section = MakeSection(host,
+                                      group,
+                                      name,
+                                      {cut,
+                                       alongRow ? options.row : options.column,
+                                       options.gain,
+                                       options.Samples(),
+                                       options.quiet});
   nlohmann::ordered_json facts;
   facts[alongRow ? "row" : "column"] = alongRow ? section.row : section.column;
   facts["strongest"] = {{alongRow ? "column" : "row", alongRow ? section.column : section.row},
@@ -98,32 +114,43 @@ Rendering RenderSection(Host& host,
   return {Draw(section.plot, Font()), section.plot.title, section.plot.notes, std::move(facts)};
 }
 
-Rendering RenderBScan(Host& host, const CGDataTypeFDD& group, const std::string& name, const RenderOptions& options) {
+Rendering RenderBScan(Host& host,
+                      const CGDataTypeFDD& group,
+                      const std::string& name,
+                      const RenderOptions& options) {
   return RenderSection(host, group, name, options, Cut::AlongRow);
 }
 
-Rendering RenderDScan(Host& host, const CGDataTypeFDD& group, const std::string& name, const RenderOptions& options) {
+Rendering RenderDScan(Host& host,
+                      const CGDataTypeFDD& group,
+                      const std::string& name,
+                      const RenderOptions& options) {
   return RenderSection(host, group, name, options, Cut::AlongColumn);
 }
 
-Rendering RenderCScan(Host& host, const CGDataTypeFDD& group, const std::string& name, const RenderOptions& options) {
+Rendering RenderCScan(Host& host,
+                      const CGDataTypeFDD& group,
+                      const std::string& name,
+                      const RenderOptions& options) {
   const CScan scan = MakeCScan(host, group, name, {options.gain, options.quiet});
   const ColorScale& scale = scan.plot.scale;
   const bool hasPositions = PlainClass(group) == gdata_CScanPosition;
   nlohmann::ordered_json cell = {{"row", scan.row}, {"column", scan.column}};
   if (PlainClass(group) == gdata_AScan) cell["sample"] = scan.sample;
   cell[hasPositions ? "position" : "percent"] = scan.value;
-  nlohmann::ordered_json facts = {{hasPositions ? "farthest" : "strongest", std::move(cell)},
-                                  {"gain", scan.gain},
-                                  {"across", AxisFacts(scan.plot.across)},
-                                  {"down", AxisFacts(scan.plot.down)},
-                                  {"values", {{"unit", scale.unit}, {"low", scale.low}, {"high", scale.high}}}};
+  nlohmann::ordered_json facts = {
+      {hasPositions ? "farthest" : "strongest", std::move(cell)},
+      {"gain", scan.gain},
+      {"across", AxisFacts(scan.plot.across)},
+      {"down", AxisFacts(scan.plot.down)},
+      {"values", {{"unit", scale.unit}, {"low", scale.low}, {"high", scale.high}}}};
   return {Draw(scan.plot, Font()), scan.plot.title, scan.plot.notes, std::move(facts)};
 }
 
 bool IsAScan(std::uint32_t plainClass) { return plainClass == gdata_AScan; }
 bool HasCScan(std::uint32_t plainClass) {
-  return IsAScan(plainClass) || plainClass == gdata_CScanAmplitude || plainClass == gdata_CScanPosition;
+  return IsAScan(plainClass) || plainClass == gdata_CScanAmplitude ||
+         plainClass == gdata_CScanPosition;
 }
 
 /// A view of the command line, the data classes and options that it has, and what draws it.
@@ -147,14 +174,16 @@ constexpr View views[] = {
 };
 
 const View& FindView(const std::string& name) {
-  return *std::find_if(std::begin(views), std::end(views), [&](const View& view) { return name == view.name; });
+  return *std::find_if(
+      std::begin(views), std::end(views), [&](const View& view) { return name == view.name; });
 }
 
 /// An option that a view has no use for is a mistake, which the user should hear of.
 void CheckOptions(const RenderOptions& options) {
   const View& view = FindView(options.view);
   const auto check = [&](const char* option, bool isGiven, bool isTaken) {
-    if (isGiven && !isTaken) throw CLI::ValidationError(option, std::string("a ") + view.spoken + " takes none");
+    if (isGiven && !isTaken)
+      throw CLI::ValidationError(option, std::string("a ") + view.spoken + " takes none");
   };
   check("--row", options.row.has_value(), view.takesRow);
   check("--column", options.column.has_value(), view.takesColumn);
@@ -164,12 +193,15 @@ void CheckOptions(const RenderOptions& options) {
 nlohmann::ordered_json Facts(const RenderOptions& options, const Rendering& rendering) {
   const Canvas& canvas = rendering.picture.canvas;
   const Rect& image = rendering.picture.image;
-  nlohmann::ordered_json facts = {
-      {"path", options.output},
-      {"title", rendering.title},
-      {"width", canvas.Width()},
-      {"height", canvas.Height()},
-      {"image", {{"left", image.left}, {"top", image.top}, {"width", image.width}, {"height", image.height}}}};
+  nlohmann::ordered_json facts = {{"path", options.output},
+                                  {"title", rendering.title},
+                                  {"width", canvas.Width()},
+                                  {"height", canvas.Height()},
+                                  {"image",
+                                   {{"left", image.left},
+                                    {"top", image.top},
+                                    {"width", image.width},
+                                    {"height", image.height}}}};
   facts.update(rendering.facts);
   return facts;
 }
@@ -190,10 +222,10 @@ void Render(const RenderOptions& options) {
   const View& view = FindView(options.view);
   const std::string name = options.file + ": data group " + std::to_string(selected.index);
   if (!view.suits(PlainClass(*selected.group)))
-    throw Failure(
-        name,
-        std::string("has no ") + view.spoken,
-        std::string("it is ") + ClassName(*selected.group) + ", and a " + view.spoken + " needs " + view.needs);
+    throw Failure(name,
+                  std::string("has no ") + view.spoken,
+                  std::string("it is ") + ClassName(*selected.group) + ", and a " + view.spoken +
+                      " needs " + view.needs);
   const Rendering rendering = view.render(document.GetHost(), *selected.group, name, options);
   WriteNewFile(options.output, rendering.picture.canvas.Png(), options.force);
   if (options.json)
@@ -205,28 +237,40 @@ void Render(const RenderOptions& options) {
 }  // namespace
 
 void AddRenderVerb(CLI::App& program) {
-  CLI::App& verb = *program.add_subcommand("render", "Draws a data group as a picture, through its look-up table");
+  CLI::App& verb = *program.add_subcommand(
+      "render", "Draws a data group as a picture, through its look-up table");
   const auto options = std::make_shared<RenderOptions>();
   verb.add_option("FILE", options->file, "Inspection file")->required();
-  verb.add_option("--data", options->selector, "Data group to draw")->required()->type_name("SELECTOR");
+  verb.add_option("--data", options->selector, "Data group to draw")
+      ->required()
+      ->type_name("SELECTOR");
   std::vector<std::string> names;
   for (const View& view : views) names.emplace_back(view.name);
   verb.add_option("--view",
                   options->view,
-                  "a: A-scan, one cell with its gates; b: B-scan, samples over the columns of a row; c: C-scan, rows "
+                  "a: A-scan, one cell with its gates; b: B-scan, samples over the columns of a "
+                  "row; c: C-scan, rows "
                   "over columns; "
                   "d: D-scan, samples over the rows of a column")
       ->required()
       ->check(CLI::IsMember(names));
-  verb.add_option("--row", options->row, "Row of an A- or B-scan, from 0; that of the strongest cell if not given");
-  verb.add_option(
-      "--column", options->column, "Column of an A- or D-scan, from 0; that of the strongest cell if not given");
-  verb.add_option("--gain", options->gain, "Soft gain of 16-bit samples, a whole factor")->check(CLI::Range(1, 1000));
+  verb.add_option("--row",
+                  options->row,
+                  "Row of an A- or B-scan, from 0; that of the strongest cell if not given");
+  verb.add_option("--column",
+                  options->column,
+                  "Column of an A- or D-scan, from 0; that of the strongest cell if not given");
+  verb.add_option("--gain", options->gain, "Soft gain of 16-bit samples, a whole factor")
+      ->check(CLI::Range(1, 1000));
   CLI::Option* samples =
-      verb.add_option("--samples", options->samples, "Sample axis: time, or path (half sound path, true to scale)")
+      verb.add_option("--samples",
+                      options->samples,
+                      "Sample axis: time, or path (half sound path, true to scale)")
           ->check(CLI::IsMember({"time", "path"}))
           ->capture_default_str();
-  verb.add_option("-o,--output", options->output, "Picture to make, a PNG file")->required()->type_name("PNG");
+  verb.add_option("-o,--output", options->output, "Picture to make, a PNG file")
+      ->required()
+      ->type_name("PNG");
   verb.add_flag("--force", options->force, "Replace an existing file");
   AddTables(verb, options->tables);
   verb.add_flag("--json", options->json, "Print what was drawn and where as JSON");

@@ -16,7 +16,8 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* example =
-    "The page needs no network: it carries the samples within itself, up to the limit. Of a data group that does not "
+    "The page needs no network: it carries the samples within itself, up to the limit. Of a data "
+    "group that does not "
     "fit, it\n"
     "has the largest amplitude of each A-scan only, and says so.\n"
     "\n"
@@ -41,17 +42,22 @@ void MakeReportFile(const ReportVerbOptions& options) {
   if (options.quiet) return;
   PrintResult(Printable(options.output) + ": " + std::to_string(report.views) +
               (report.views == 1 ? " view, " : " views, ") + Bytes(report.html.size()) + "\n");
-  for (const std::string& line : report.missing) PrintResult("not shown: " + Printable(line) + "\n");
+  for (const std::string& line : report.missing)
+    PrintResult("not shown: " + Printable(line) + "\n");
 }
 
 }  // namespace
 
 void AddReportVerb(CLI::App& program) {
-  CLI::App& verb = *program.add_subcommand("report", "Makes one page for a browser: views, tables and history");
+  CLI::App& verb =
+      *program.add_subcommand("report", "Makes one page for a browser: views, tables and history");
   const auto options = std::make_shared<ReportVerbOptions>();
   verb.add_option("FILE", options->file, "Inspection file")->required();
-  verb.add_option("-o,--output", options->output, "Page to make, an HTML file")->required()->type_name("HTML");
-  verb.add_option("--limit", options->megabytes, "Samples that the page may carry, in MB before packing")
+  verb.add_option("-o,--output", options->output, "Page to make, an HTML file")
+      ->required()
+      ->type_name("HTML");
+  verb.add_option(
+          "--limit", options->megabytes, "Samples that the page may carry, in MB before packing")
       ->check(CLI::Range(0, 1000))
       ->capture_default_str()
       ->type_name("MB");

@@ -27,7 +27,8 @@ void AddTreeVerb(CLI::App& program) {
     bool json = false;
     bool quiet = false;
   };
-  CLI::App& verb = *program.add_subcommand("tree", "Shows the groups and items of a file as stored");
+  CLI::App& verb =
+      *program.add_subcommand("tree", "Shows the groups and items of a file as stored");
   const auto options = std::make_shared<Options>();
   verb.add_option("FILE", options->file, "Inspection file")->required();
   verb.add_flag("--full", options->full, "Show whole arrays and texts");
@@ -37,7 +38,8 @@ void AddTreeVerb(CLI::App& program) {
   verb.callback([options] {
     SCFile::FileHandle opened = nullptr;
     const int status = SCFile::file_OpenReadOnly(ToWide(options->file).c_str(), &opened);
-    if (status != SCFile::status_Ok) throw Failure::OfLibrary(status, options->file, "cannot be read");
+    if (status != SCFile::status_Ok)
+      throw Failure::OfLibrary(status, options->file, "cannot be read");
     const std::unique_ptr<SCFile::Node, CloseFile> file(opened);
     const auto tree = TreeJson(file.get(), options->full);
     PrintResult(options->json ? tree.dump(2) + "\n" : TreeText(tree));

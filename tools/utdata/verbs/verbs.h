@@ -1,4 +1,5 @@
-// The verbs of the program, one file each. Adding a verb declares its options; its job runs when the command line names it.
+// The verbs of the program, one file each. Adding a verb declares its options; its job runs when
+// the command line names it.
 #pragma once
 
 #include <CLI/CLI.hpp>

@@ -33,18 +33,27 @@ void VerifyAll(const VerifyOptions& options) {
     else if (!options.quiet || !verdict.IsClean())
       PrintResult(verdict.Line() + "\n");
   }
-  if (options.json) PrintResult(results.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+  if (options.json)
+    PrintResult(results.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
+                "\n");
   if (bad.empty()) return;
-  const std::string others = bad.size() > 1 ? ", and " + std::to_string(bad.size() - 1) + " more not clean" : "";
-  throw Failure(bad.front().path, "not clean", bad.front().Word() + others, Failure::AdviceFor(bad.front().status));
+  const std::string others =
+      bad.size() > 1 ? ", and " + std::to_string(bad.size() - 1) + " more not clean" : "";
+  throw Failure(bad.front().path,
+                "not clean",
+                bad.front().Word() + others,
+                Failure::AdviceFor(bad.front().status));
 }
 
 }  // namespace
 
 void AddVerifyVerb(CLI::App& program) {
-  CLI::App& verb = *program.add_subcommand("verify", "Checks every byte of inspection files, sample blocks included");
+  CLI::App& verb = *program.add_subcommand(
+      "verify", "Checks every byte of inspection files, sample blocks included");
   const auto options = std::make_shared<VerifyOptions>();
-  verb.add_option("FILE", options->files, "Inspection files; companions are checked when they are named")->required();
+  verb.add_option(
+          "FILE", options->files, "Inspection files; companions are checked when they are named")
+      ->required();
   verb.add_flag("--json", options->json, "Print the results as JSON");
   verb.add_flag("--quiet", options->quiet, "Print only files that are not clean, and no progress");
   verb.footer(example);

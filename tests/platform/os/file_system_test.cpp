@@ -1,0 +1,200 @@
+// The machine's own file system behind the layer's interface, and paths.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+
+#include "interfaces/os.h"
+#include "platform/os/path.h"
+#include "tests/support/file_folder.h"
+#include "tests/support/small_disk.h"
+
+namespace {
+
+using namespace utdata::os;
+using utdata::test::FileFolder;
+
+std::unique_ptr<File> Open(const std::wstring& path, OpenMode mode, Error expected = Error::None) {
+  std::unique_ptr<File> file;
+  EXPECT_EQ(CurrentFileSystem().Open(path, mode, file), expected);
+  EXPECT_EQ(file != nullptr, expected == Error::None);
+  return file;
+}
+
+std::span<const std::byte> AsBytes(std::string_view text) { return std::as_bytes(std::span(text)); }
+
+/// Ends the process well, unless reading the byte ends it first.
+[[noreturn]] void Touch(const volatile std::byte* place) {
+  static_cast<void>(*place);
+  std::exit(0);
+}
+
+TEST(FileSystem, OpensByMode) {
+  const FileFolder folder;
+  const std::wstring path = folder / L"a\x00E9\U0001F527";
+  Open(path, OpenMode::Read, Error::NotFound);
+  Open(path, OpenMode::ReadWrite, Error::NotFound);
+  Open(folder / L"", OpenMode::Read, Error::NotAFile);
+  Open(L"", OpenMode::Read, Error::NotFound);
+  Open(folder / std::wstring(300, L'x'), OpenMode::Create, Error::PathTooLong);
+  EXPECT_EQ(Open(path, OpenMode::Create)->WriteAt(0, AsBytes("content")), Error::None);
+  Open(path, OpenMode::Create, Error::Exists);
+  EXPECT_NE(Open(path, OpenMode::Read)->WriteAt(0, AsBytes("x")), Error::None);
+  std::uint64_t size = 0;
+  EXPECT_EQ(Open(path, OpenMode::OpenOrCreate)->Size(size), Error::None);
+  EXPECT_EQ(size, 7u);
+}
+
+TEST(FileSystem, ReadsWritesAndMapsAPrivateView) {
+  const FileFolder folder;
+  const auto file = Open(folder / L"f", OpenMode::Create);
+  ASSERT_EQ(file->WriteAt(5000, AsBytes("hello")), Error::None);
+  ASSERT_EQ(file->Sync(), Error::None);
+  std::byte buffer[10];
+  std::size_t done = 0;
+  ASSERT_EQ(file->ReadAt(4998, buffer, done), Error::None);
+  EXPECT_EQ(std::string_view(reinterpret_cast<char*>(buffer), done),
+            std::string_view("\0\0hello", 7));
+  ASSERT_EQ(file->ReadAt(~std::uint64_t{0}, buffer, done), Error::None);
+  EXPECT_EQ(done, 0u);
+  std::unique_ptr<Mapping> view;
+  ASSERT_EQ(file->Map(4096, 909, view), Error::None);
+  EXPECT_EQ(view->Size(), 909u);
+  EXPECT_EQ(std::memcmp(view->Data() + 904, "hello", 5), 0);
+  view->Data()[904] = std::byte{'J'};
+  ASSERT_EQ(file->ReadAt(5000, buffer, done), Error::None);
+  EXPECT_EQ(buffer[0], std::byte{'h'});
+}
+
+TEST(FileSystem, MapsAFileSharedIntoReservedAddresses) {
+  const FileFolder folder;
+  constexpr std::size_t unit = 65536;
+  std::unique_ptr<AddressRange> range;
+  ASSERT_EQ(CurrentFileSystem().Reserve(4 * unit, range), Error::None);
+  const auto file = Open(folder / L"f", OpenMode::Create);
+  ASSERT_EQ(file->WriteAt(0, AsBytes("hello")), Error::None);
+  std::unique_ptr<FileMapping> mapping;
+  ASSERT_EQ(file->CreateMapping(unit + 100, mapping), Error::None);
+  EXPECT_EQ(mapping->Size(), unit + 100);
+  std::uint64_t size = 0;
+  ASSERT_EQ(file->Size(size), Error::None);
+  EXPECT_EQ(size, unit + 100) << "grown to what is mapped";
+  ASSERT_EQ(mapping->MapAt(*range, unit, unit + 100), Error::None);
+  std::byte* view = range->Data() + unit;
+  EXPECT_EQ(std::memcmp(view, "hello", 5), 0);
+  view[unit] = std::byte{7};
+  std::byte buffer[1];
+  std::size_t done = 0;
+  ASSERT_EQ(file->ReadAt(unit, buffer, done), Error::None);
+  EXPECT_EQ(buffer[0], std::byte{7}) << "stored for every reader";
+  EXPECT_EQ(range->Clear(unit, 2 * unit), Error::None);
+  EXPECT_DEATH(Touch(view), "") << "cleared";
+  ASSERT_EQ(mapping->MapAt(*range, unit, unit), Error::None) << "the place can be used again";
+  EXPECT_EQ(file->CreateMapping(10, mapping), Error::None);
+  ASSERT_EQ(file->Size(size), Error::None);
+  EXPECT_EQ(size, unit + 100) << "never cut";
+}
+
+TEST(FileSystem, MakesRoomThatAFullDiskCannotTakeBack) {
+  const utdata::test::SmallDisk disk(1 << 20);
+  if (!disk.IsMounted()) GTEST_SKIP() << "this machine mounts no file systems for a test";
+  const std::wstring path = disk / L"f";
+  const auto file = Open(path, OpenMode::Create);
+  std::uint64_t before = 0;
+  ASSERT_EQ(CurrentFileSystem().FreeSpace(path, before), Error::None);
+  EXPECT_EQ(before, 1u << 20);
+  ASSERT_EQ(file->Allocate(0, 3 << 18), Error::None);
+  std::uint64_t size = 0;
+  ASSERT_EQ(file->Size(size), Error::None);
+  EXPECT_EQ(size, 3u << 18);
+  std::uint64_t after = 0;
+  ASSERT_EQ(CurrentFileSystem().FreeSpace(disk / L"missing/g", after), Error::None);
+  EXPECT_EQ(after, 1u << 18) << "asked of the nearest directory that exists";
+  EXPECT_EQ(file->Allocate(3 << 18, (1 << 18) + 1), Error::DiskFull);
+  EXPECT_EQ(LastErrorNumber(), ENOSPC);
+}
+
+TEST(FileSystem, NumbersFailuresAsThePlatformDoes) {
+  const FileFolder folder;
+  const std::wstring path = folder / L"f";
+  const auto file = Open(path, OpenMode::Create);
+  Open(path, OpenMode::Create, Error::Exists);
+  EXPECT_EQ(LastErrorNumber(), EEXIST);
+  Open(path + L"/g", OpenMode::Create, Error::NotFound);
+  EXPECT_EQ(LastErrorNumber(), ENOTDIR) << "the number and not only the kind";
+  EXPECT_EQ(Fail(Error::NoMemory), Error::NoMemory);
+  EXPECT_EQ(LastErrorNumber(), ENOMEM);
+  std::thread([] { EXPECT_EQ(LastErrorNumber(), 0); }).join();
+  std::unique_ptr<AddressRange> range;
+  EXPECT_EQ(CurrentFileSystem().Reserve(std::size_t{1} << 60, range), Error::NoMemory);
+}
+
+TEST(Memory, IsToldInProportions) {
+  const MemoryStatus status = QueryMemoryStatus();
+  EXPECT_GT(status.totalPhysical, 1u << 20);
+  EXPECT_LE(status.availablePhysical, status.totalPhysical);
+  EXPECT_LE(status.loadPercent, 100u);
+  EXPECT_GE(status.totalPaged, status.totalPhysical);
+  EXPECT_LE(status.availableVirtual, status.totalVirtual);
+  EXPECT_GT(status.totalVirtual, 0u);
+}
+
+TEST(FileSystem, LocksPerOpenFile) {
+  const FileFolder folder;
+  const std::wstring path = folder / L"f";
+  auto one = Open(path, OpenMode::Create);
+  const auto two = Open(path, OpenMode::ReadWrite);
+  EXPECT_EQ(one->TryLock(), Error::None);
+  EXPECT_EQ(two->TryLock(), Error::Busy);
+  one.reset();
+  EXPECT_EQ(two->TryLock(), Error::None) << "closing gives the lock up";
+}
+
+TEST(FileSystem, RenamesWithAndWithoutReplacing) {
+  const FileFolder folder;
+  FileSystem& system = CurrentFileSystem();
+  const auto one = Open(folder / L"one", OpenMode::Create);
+  const auto two = Open(folder / L"two", OpenMode::Create);
+  EXPECT_EQ(system.Rename(folder / L"one", folder / L"two", false), Error::Exists);
+  EXPECT_TRUE(two->IsAt(folder / L"two"));
+  EXPECT_EQ(system.Rename(folder / L"one", folder / L"three", false), Error::None);
+  EXPECT_EQ(system.Rename(folder / L"three", folder / L"two", true), Error::None);
+  EXPECT_TRUE(one->IsAt(folder / L"two"));
+  EXPECT_FALSE(two->IsAt(folder / L"two"));
+  EXPECT_EQ(system.SyncDirectoryOf(folder / L"two"), Error::None);
+  EXPECT_EQ(folder.Names(), std::vector<std::wstring>{L"two"});
+  EXPECT_EQ(system.Remove(folder / L"two"), Error::None);
+  EXPECT_EQ(system.Remove(folder / L"two"), Error::NotFound);
+}
+
+TEST(Path, SplitsAtTheLastSeparatorAndDot) {
+  const struct {
+    const wchar_t *path, *directory, *name, *extension;
+  } cases[] = {
+      {L"/scans/weld.fpd", L"/scans/", L"weld", L".fpd"},
+      {L"weld.A01", L"", L"weld", L".A01"},
+      {L"a.b/weld", L"a.b/", L"weld", L""},
+      {L"weld.part.fpd", L"", L"weld.part", L".fpd"},
+      {L"x/.hidden", L"x/", L".hidden", L""},
+      {L"x/", L"x/", L"", L""},
+      {L"..", L"", L"..", L""},
+      {L"weld.", L"", L"weld", L"."},
+  };
+  for (const auto& each : cases) {
+    const PathParts parts = SplitPath(each.path);
+    EXPECT_EQ(parts.drive, L"");
+    EXPECT_EQ(parts.directory, each.directory) << each.path;
+    EXPECT_EQ(parts.name, each.name);
+    EXPECT_EQ(parts.extension, each.extension);
+  }
+}
+
+TEST(Path, KeepsNamesThatAreNotUtf8) {
+  for (const std::string name :
+       {"plain", "\xC3\xA9\xF0\x9F\x94\xA7", "\xFF\x80\xC3", "\xED\xA0\x80", "a\xC0\xAF"})
+    EXPECT_EQ(NarrowPath(WidePath(name)), name);
+}
+
+}  // namespace

@@ -1,0 +1,243 @@
+// The item pattern on every class that follows it, and what single classes do differently.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+
+#include "tests/support/report_capture.h"
+#include "utdata/ichan.h"
+#include "utdata/igate.h"
+#include "utdata/iinfo.h"
+#include "utdata/ipatch.h"
+#include "utdata/iprobe.h"
+#include "utdata/ischan.h"
+#include "utdata/ismat.h"
+
+namespace {
+
+using utdata::test::ReportCapture;
+
+// The exported names of each class under one name, and a field that tells two records apart.
+#define PATTERN(Class, prefix, Descriptor, field)                   \
+  struct Class##Pattern : Class {                                   \
+    using Record = Descriptor;                                      \
+    using Class::Class;                                             \
+    static constexpr auto text = &Descriptor::field;                \
+    Record* Ref() { return prefix##_GetInfoRef(); }                 \
+    void Copy(Record* out) { prefix##_GetInfoCopy(out); }           \
+    void Set(Record* in) { prefix##_SetInfoCopy(in); }              \
+    Record* FileSide() { return prefix##_GetGInfoRef(); }           \
+    void FileCopy(Record* out) { prefix##_GetGInfoCopy(out); }      \
+    void Replace(Record* source) { prefix##_ReplaceGInfo(source); } \
+    std::uint32_t Both(Record** working, Record** fileSide) {       \
+      return prefix##_ModifGet(working, fileSide);                  \
+    }                                                               \
+    bool Modified() { return prefix##_ModifGetStatus(); }           \
+    void Clear() { prefix##_ModifClear(); }                         \
+    bool New() { return prefix##_NewGetStatus(); }                  \
+  };
+PATTERN(CIChan, ichan1, CGChanTypeDescr, comment)
+PATTERN(CIProbe, iprob1, CGProbeTypeDescr, model)
+PATTERN(CIPatch, ipatch1, CGPatchTypeDescr, name)
+PATTERN(CISubChan, ischa1, CGSubchanTypeDescr, name)
+PATTERN(CIInfo, iinfo1, CGInfoTypeDescr, inspector)
+PATTERN(CISpecMat, ismat1, CGSpecmatTypeDescr, name)
+
+template <class Class>
+class ItemPattern : public testing::Test {
+ public:
+  using Record = typename Class::Record;
+  static Record Named(const wchar_t* text) {
+    Record record;
+    record.*Class::text = text;
+    return record;
+  }
+};
+using Patterns = testing::Types<CIChanPattern,
+                                CIProbePattern,
+                                CIPatchPattern,
+                                CISubChanPattern,
+                                CIInfoPattern,
+                                CISpecMatPattern>;
+TYPED_TEST_SUITE(ItemPattern, Patterns);
+
+TYPED_TEST(ItemPattern, AnItemOfTheFileWorksOnACopy) {
+  auto record = this->Named(L"stored");
+  TypeParam item(&record, 0);
+  typename TypeParam::Record *working = nullptr, *fileSide = nullptr;
+  EXPECT_EQ(0U, item.Both(&working, &fileSide));
+  EXPECT_EQ(&record, fileSide);
+  EXPECT_EQ(&record, item.FileSide());
+  EXPECT_EQ(item.Ref(), working);
+  EXPECT_NE(&record, working);
+  EXPECT_EQ(record, *working);
+  EXPECT_FALSE(item.New());
+  EXPECT_FALSE(item.Modified());
+}
+
+TYPED_TEST(ItemPattern, ANewItemKeepsNothingOfTheGivenRecord) {
+  auto record = std::make_unique<typename TypeParam::Record>(this->Named(L"given"));
+  TypeParam item(record.get(), 1);
+  record.reset();
+  typename TypeParam::Record *working = nullptr, *fileSide = item.Ref();
+  item.Both(&working, &fileSide);
+  EXPECT_EQ(nullptr, fileSide);
+  EXPECT_EQ(nullptr, item.FileSide());
+  EXPECT_EQ(this->Named(L"given"), *working);
+  auto untouched = this->Named(L"untouched");
+  item.FileCopy(&untouched);
+  EXPECT_EQ(this->Named(L"untouched"), untouched);
+  EXPECT_TRUE(item.New());
+  EXPECT_FALSE(item.Modified());
+}
+
+TYPED_TEST(ItemPattern, OnlyADifferingRecordModifies) {
+  auto record = this->Named(L"stored");
+  TypeParam item(&record, 0);
+  auto same = this->Named(L"stored"), other = this->Named(L"edited"), copy = this->Named(L"");
+  auto* const working = item.Ref();
+  item.Set(&same);
+  EXPECT_FALSE(item.Modified());
+  item.Set(&other);
+  EXPECT_TRUE(item.Modified());
+  EXPECT_EQ(working, item.Ref()) << "pointers handed out stay good";
+  item.Copy(&copy);
+  EXPECT_EQ(other, copy);
+  item.FileCopy(&copy);
+  EXPECT_EQ(this->Named(L"stored"), copy);
+  item.Clear();
+  EXPECT_FALSE(item.Modified());
+}
+
+TYPED_TEST(ItemPattern, ReplaceKeepsTheModifiedFlag) {
+  for (const int isNew : {0, 1}) {
+    auto record = this->Named(L"stored"), edited = this->Named(L"edited"),
+         replacement = this->Named(L"replacement");
+    TypeParam item(&record, isNew);
+    item.Replace(&replacement);
+    EXPECT_FALSE(item.Modified());
+    EXPECT_EQ(replacement, *item.Ref());
+    item.Set(&edited);
+    item.Replace(&replacement);
+    EXPECT_TRUE(item.Modified());
+    EXPECT_EQ(replacement, *item.Ref());
+    item.Replace(item.Ref());
+    EXPECT_EQ(replacement, *item.Ref()) << "its own working copy";
+  }
+}
+
+TYPED_TEST(ItemPattern, MissingRecordsAreReportedAndChangeNothing) {
+  ReportCapture reports;
+  TypeParam empty(nullptr, 0);
+  EXPECT_EQ(1U, reports.Assertions());
+  EXPECT_TRUE(empty.New());
+  EXPECT_EQ(typename TypeParam::Record{}, *empty.Ref());
+  auto record = this->Named(L"stored");
+  TypeParam item(&record, 0);
+  item.Set(nullptr);
+  item.Replace(nullptr);
+  item.Copy(nullptr);
+  item.FileCopy(nullptr);
+  item.Both(nullptr, nullptr);
+  EXPECT_EQ(7U, reports.Assertions());
+  EXPECT_FALSE(item.Modified());
+  EXPECT_EQ(record, *item.Ref());
+}
+
+TEST(Item, ReplaceCopiesIntoTheFileSideOrAdoptsIt) {
+  CGChanTypeDescr stored, replacement;
+  replacement.gain = 6;
+  CIChan channel(&stored, 0);
+  channel.ichan1_ReplaceGInfo(&replacement);
+  EXPECT_EQ(&stored, channel.ichan1_GetGInfoRef());
+  EXPECT_EQ(6, stored.gain);
+
+  CGSpecmatTypeDescr steel, copper;
+  copper.density = 8960;
+  CISpecMat material(&steel, 1);
+  EXPECT_TRUE(material.ismat1_NewGetStatus());
+  material.ismat1_ReplaceGInfo(&copper);
+  EXPECT_EQ(&copper, material.ismat1_GetGInfoRef());
+  EXPECT_FALSE(material.ismat1_NewGetStatus());
+  EXPECT_EQ(0, steel.density);
+  EXPECT_EQ(8960, material.ismat1_GetInfoRef()->density);
+}
+
+TEST(Item, IdsAndNamesAreThoseOfTheWorkingCopy) {
+  CGSubchanTypeDescr beam;
+  beam.subChannelId = 3;
+  beam.channelId = 7;
+  beam.name = L"45 degrees";
+  CISubChan subChannel(&beam, 0);
+  beam.channelId = 8;
+  ischa_id id;
+  ischa_name name;
+  subChannel.ischa1_GetId(&id);
+  subChannel.ischa1_GetName(&name);
+  EXPECT_EQ(3U, id.subChannelId);
+  EXPECT_EQ(7U, id.channelId);
+  EXPECT_STREQ(L"45 degrees", name.name);
+
+  CGGateTypeDescr echo;
+  echo.gateId = 2003;
+  echo.channelId = 7;
+  echo.name = L"back wall";
+  CIGate gate(&echo, 0);
+  igate_id gateId;
+  std::wstring gateName;
+  gate.igate1_GetId(&gateId);
+  gate.igate1_GetName(gateName);
+  EXPECT_EQ(2003U, gateId.gateId);
+  EXPECT_EQ(7U, gateId.channelId);
+  EXPECT_EQ(L"back wall", gateName);
+
+  CGChanTypeDescr record;
+  CIChan channel(&record, 1);
+  EXPECT_EQ(0, channel.ichan1_GetGInfoCopy(&record));
+  CIChan ofFile(&record, 0);
+  EXPECT_EQ(1, ofFile.ichan1_GetGInfoCopy(&record));
+  CDumpContext dump;
+  channel.Dump(dump);
+  EXPECT_EQ(L"A CIChan object\n", dump.Text());
+}
+
+TEST(Item, AGateSetterModifiesOnlyWithANewValue) {
+  struct Setter {
+    float CGGateTypeDescr::*field;
+    void (CIGate::*set)(float);
+    float (CIGate::*get)() const;
+  };
+  const Setter setters[] = {{&CGGateTypeDescr::start, &CIGate::Start, &CIGate::Start},
+                            {&CGGateTypeDescr::width, &CIGate::Width, &CIGate::Width},
+                            {&CGGateTypeDescr::positiveLevel, &CIGate::PLevel, &CIGate::PLevel},
+                            {&CGGateTypeDescr::negativeLevel, &CIGate::NLevel, &CIGate::NLevel}};
+  for (const auto& [field, set, get] : setters) {
+    CGGateTypeDescr record;
+    record.*field = 0.25F;
+    CIGate gate(&record, 0);
+    (gate.*set)(0.25F);
+    EXPECT_FALSE(gate.igate1_ModifGetStatus());
+    (gate.*set)(std::nextafter(0.25F, 1.0F));
+    EXPECT_TRUE(gate.igate1_ModifGetStatus());
+    EXPECT_EQ(std::nextafter(0.25F, 1.0F), (gate.*get)());
+    EXPECT_EQ((gate.*get)(), gate.igate1_GetInfoRef()->*field);
+    EXPECT_EQ(0.25F, record.*field);
+  }
+}
+
+TEST(Item, AnOnLineUpdateReplacesAndModifies) {
+  CGGateTypeDescr record, update;
+  update.start = 1e-6F;
+  CIGate gate(&record, 0);
+  gate.igate9_OnLineUpdate(&update, 0);
+  EXPECT_TRUE(gate.igate1_ModifGetStatus());
+  EXPECT_EQ(1e-6F, record.start);
+  EXPECT_EQ(1e-6F, gate.Start());
+  gate.igate1_ModifSetStatus(false);
+  ReportCapture reports;
+  gate.igate9_OnLineUpdate(nullptr, 0);
+  EXPECT_EQ(1U, reports.Assertions());
+  EXPECT_FALSE(gate.igate1_ModifGetStatus());
+}
+
+}  // namespace

@@ -1,0 +1,135 @@
+#include <string>
+#include <vector>
+
+#include "run_program.h"
+
+namespace utdata::test {
+namespace {
+
+constexpr const char* arrayOptions = " --shape 10,20,30 --axes row,column,sample --dtype u8";
+
+class BadInputTest : public ProgramTest {
+ protected:
+  void SetUp() override {
+    ProgramTest::SetUp();
+    WriteFile(At("scan.raw"), std::string(6000, 'r'));
+    ASSERT_EQ(Run(std::string("import scan.raw -o good.fpd") + arrayOptions).status, 0);
+    const std::string good = ReadFile(At("good.fpd"));
+    std::filesystem::create_directory(At("folder"));
+    WriteFile(At("empty.fpd"), "");
+    WriteFile(At("text.fpd"),
+              "This is a text, and a long one, so that it is not refused for its length alone.\n");
+    WriteFile(At("cut.fpd"), good.substr(0, good.size() / 2));
+    std::string flipped = good;
+    const std::size_t metadata =
+        good.find("utdata 0");  // the software's name in the general information
+    ASSERT_NE(metadata, std::string::npos);
+    flipped[metadata] = static_cast<char>(flipped[metadata] ^ 1);
+    WriteFile(At("flipped.fpd"), flipped);
+  }
+};
+
+TEST_F(BadInputTest, EveryReadingVerbRefusesAFileThatIsNoWholeInspection) {
+  const auto before = Names();
+  for (const std::string verb :
+       {"info", "tree", "verify", "info --json --hash", "verify --json", "verify --quiet"})
+    for (const std::string name :
+         {"missing.fpd", "folder", "empty.fpd", "text.fpd", "cut.fpd", "flipped.fpd"}) {
+      SCOPED_TRACE(verb + " " + name);
+      const ProgramResult result = Run(verb + " " + name);
+      ExpectOneLine(result, 1, name);
+      EXPECT_EQ(result.out.empty(), !verb.starts_with("verify")) << result.out;
+    }
+  EXPECT_EQ(Names(), before);
+}
+
+TEST_F(BadInputTest, VerifySaysALineForEachFile) {
+  const ProgramResult result = Run("verify good.fpd flipped.fpd text.fpd");
+  ExpectOneLine(result, 1, "flipped.fpd");
+  EXPECT_TRUE(result.out.starts_with("good.fpd: clean, 1 commit, ")) << result.out;
+  EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 3) << result.out;
+  EXPECT_NE(result.out.find("\nflipped.fpd: damaged"), std::string::npos) << result.out;
+}
+
+TEST_F(BadInputTest, VerifyFindsAFlippedSampleThatInfoDoesNotRead) {
+  std::string bytes = ReadFile(At("good.fpd"));
+  const std::size_t sample = bytes.find(std::string(100, 'r'));
+  ASSERT_NE(sample, std::string::npos);
+  bytes[sample + 50] = 's';
+  WriteFile(At("sample.fpd"), bytes);
+  EXPECT_EQ(Run("info sample.fpd").status, 0);
+  const ProgramResult result = Run("verify sample.fpd");
+  ExpectOneLine(result, 1, "sample.fpd");
+  EXPECT_TRUE(result.out.starts_with("sample.fpd: damaged: ")) << result.out;
+}
+
+TEST_F(BadInputTest, ImportRefusesWithoutLeavingAFile) {
+  struct Case {
+    std::string arguments;
+    std::string named;
+  };
+  const std::string options = arrayOptions;
+  const std::vector<Case> cases = {
+      {"missing.raw -o new.fpd" + options, "missing.raw"},
+      {"folder -o new.fpd" + options, "folder"},
+      {"empty.fpd -o new.fpd" + options, "empty.fpd"},
+      {"scan.raw -o new.fpd --shape 10,20,31 --axes row,column,sample --dtype u8", "6200"},
+      {"scan.raw -o new.fpd --shape 10,20,30 --axes row,column,sample --dtype u16", "12000"},
+      // Products that come back to 6000 when they are cut to 64 bits, or to 0.
+      {"scan.raw -o new.fpd --shape 4294967295,4294967295,4294967295 --axes row,column,sample "
+       "--dtype u16",
+       "scan.raw"},
+      {"empty.fpd -o new.fpd --shape 2147483648,2147483648,4 --axes row,column,sample --dtype u8",
+       "empty.fpd"},
+      {"scan.raw -o no/such/folder/new.fpd" + options, "no/such/folder/new.fpd"},
+      {"scan.raw -o scan.raw/new.fpd" + options, "scan.raw/new.fpd"},
+      {"scan.raw -o folder --force" + options, "folder"},
+      {"scan.raw -o good.fpd" + options, "good.fpd"},
+      {"scan.raw -o \"$(printf 'bad\\377.fpd')\"" + options, "UTF-8"},
+  };
+  const auto before = Names();
+  for (const Case& bad : cases) {
+    SCOPED_TRACE(bad.arguments);
+    ExpectOneLine(Run("import " + bad.arguments), 1, bad.named);
+    EXPECT_EQ(Names(), before);
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(At("folder")));
+}
+
+TEST_F(BadInputTest, WrongUsageIsToldApartFromFailure) {
+  const auto before = Names();
+  for (const std::string arguments :
+       {"",
+        "paint",
+        "info",
+        "info good.fpd --loud",
+        "import scan.raw -o new.fpd",
+        "import scan.raw -o new.fpd --shape 10,20 --axes row,column,sample --dtype u8",
+        "import scan.raw -o new.fpd --shape 10,20,0 --axes row,column,sample --dtype u8",
+        "import scan.raw -o new.fpd --shape 10,20,4294967296 --axes row,column,sample --dtype u8",
+        "import scan.raw -o new.fpd --shape 10,20,30 --axes row,row,sample --dtype u8",
+        "import scan.raw -o new.fpd --shape 10,20,30 --axes row,column,sample --dtype u32",
+        "import scan.raw -o new.fpd --shape 10,20,30 --axes row,column,sample --dtype u8 "
+        "--column-step nan",
+        "import scan.raw -o new.fpd --shape 10,20,30 --axes row,column,sample --dtype u8 "
+        "--sample-step 0"}) {
+    SCOPED_TRACE(arguments);
+    const ProgramResult result = Run(arguments);
+    ExpectOneLine(result, 2, "--help'");
+    EXPECT_EQ(result.out, "");
+  }
+  EXPECT_EQ(Names(), before);
+}
+
+TEST_F(BadInputTest, TextsFromAFileStayOnTheirLine) {
+  ASSERT_EQ(Run(std::string("import scan.raw -o odd.fpd --title \"$(printf 'a\\033[2J\\nb')\"") +
+                arrayOptions)
+                .status,
+            0);
+  const std::string text = Run("info odd.fpd").out;
+  EXPECT_EQ(text.find('\033'), std::string::npos);
+  EXPECT_NE(text.find("a\\x1b[2J\\x0ab"), std::string::npos) << text;
+}
+
+}  // namespace
+}  // namespace utdata::test
