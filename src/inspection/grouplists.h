@@ -1,10 +1,11 @@
-// The nineteen group lists of a file descriptor, told once: what each is called, and how its
+// The nineteen group lists of a file descriptor: what each is called, and how its
 // elements are deleted.
 #pragma once
 
 #include "utdata/fcont.h"
+#include "utdata/fset.h"
 
-namespace utdata::program {
+namespace utdata {
 
 /// Calls visit(name, list, remove) for each list in the order of the descriptor; `name` is the
 /// list's key in results, and `remove` deletes one element.
@@ -45,4 +46,44 @@ void VisitGroupLists(Descriptor& groups, Visitor&& visit) {
   visit("weld_fill", groups.weldFills, [](CGWeldFillDescr* group) { gweldFill_Delete(group, 1); });
 }
 
-}  // namespace utdata::program
+// How many groups of one list an inspection has: of the types that a file set holds, the items
+// there; of the others, the groups of the descriptor.
+
+inline std::size_t CountItems(CFSet& set, const CList<CGDataTypeFDD*>&) {
+  CIDataLst found;
+  return set.fset_GetIDataLst(&found);
+}
+inline std::size_t CountItems(CFSet& set, const CList<CGChanTypeDescr*>&) {
+  return set.fset_GetIChanCount();
+}
+inline std::size_t CountItems(CFSet& set, const CList<CGSubchanTypeDescr*>&) {
+  CISubChanLst found;
+  return set.fset_GetISubChanLst(&found, fset_All, fset_AnyId, fset_AnyId);
+}
+inline std::size_t CountItems(CFSet& set, const CList<CGGateTypeDescr*>&) {
+  CIGateLst found;
+  return set.fset_GetIGateLst(&found, fset_All, fset_AnyId, fset_AnyId);
+}
+inline std::size_t CountItems(CFSet& set, const CList<CGPatchTypeDescr*>&) {
+  CIPatchLst found;
+  return set.fset_GetIPatchLst(&found, fset_All, fset_AnyId);
+}
+inline std::size_t CountItems(CFSet& set, const CList<CGProbeTypeDescr*>&) {
+  CIProbeLst found;
+  return set.fset_GetIProbeLst(&found, fset_All, fset_AnyId);
+}
+inline std::size_t CountItems(CFSet& set, const CList<CGInfoTypeDescr*>&) {
+  return set.fset_GetIInfo(fset_All) ? 1 : 0;
+}
+inline std::size_t CountItems(CFSet& set, const CList<CGWeldScanPlanDescr*>&) {
+  return set.fset_GetGWeldScanPlanList().size();
+}
+inline std::size_t CountItems(CFSet& set, const CList<CGWeldFillDescr*>&) {
+  return set.fset_GetGWeldFillList().size();
+}
+template <class Descriptor>
+std::size_t CountItems(CFSet&, const CList<Descriptor*>& list) {
+  return static_cast<std::size_t>(list.GetCount());
+}
+
+}  // namespace utdata
