@@ -98,6 +98,7 @@ class UTDATA_API DataGroup {
   [[nodiscard]] bool HoldsAmplitudes() const;
   [[nodiscard]] bool HoldsPositions() const;
   [[nodiscard]] bool HasAScans() const;  ///< of class 1
+  [[nodiscard]] bool IsCScan() const;    ///< of any class with one value a cell
   [[nodiscard]] bool IsTofd() const;
 
   /// The C-scan of the same gate that holds positions to its amplitudes, or the reverse.
@@ -156,6 +157,9 @@ class UTDATA_API DataGroup {
   [[nodiscard]] std::span<const std::byte> Table() const;
   /// Whether there is a table: on disk, or in memory.
   [[nodiscard]] bool HasTable() const;
+  /// The bits of a sample without amplitude, as the table has them: what stands for a cell without
+  /// samples.
+  [[nodiscard]] std::uint16_t SilentSample() const;
   /// The samples as values, codes and peaks. Throws when there are none, or they are of a kind that
   /// has no codes.
   [[nodiscard]] utdata::Samples Samples() const;

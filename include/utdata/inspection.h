@@ -17,6 +17,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -98,8 +99,11 @@ class UTDATA_API Inspection {
   /// @param record  its layout and scaling; its ids must not be there already
   /// @param samples taken over; as many bytes as the record lays out
   DataGroup AddData(const CGDataTypeFDD& record, std::vector<std::byte> samples);
+  /// The same with samples that stay where they are and must live as long as the inspection.
+  DataGroup AddData(const CGDataTypeFDD& record, std::span<std::byte> samples);
 
-  // ---- groups of other types
+  // ---- groups of other types: those of a new inspection are added to the lists of Descriptor(),
+  // which owns them, before it is saved
 
   /// How many groups of each type there are, as (key, quantity) in the order of the file
   /// descriptor's lists; of types that a file set holds, how many items it has.

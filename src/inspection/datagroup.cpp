@@ -67,6 +67,7 @@ std::string DataGroup::IdLabel() const {
 bool DataGroup::HoldsAmplitudes() const { return utdata::HoldsAmplitudes(Class()); }
 bool DataGroup::HoldsPositions() const { return utdata::HoldsPositions(Class()); }
 bool DataGroup::HasAScans() const { return Class() == gdata_AScan; }
+bool DataGroup::IsCScan() const { return utdata::IsCScan(Class()); }
 bool DataGroup::IsTofd() const { return m_row->item->idata3_IsTOFD() != 0; }
 
 std::optional<DataGroup> DataGroup::Matched() const {

@@ -153,7 +153,7 @@ std::optional<DataGroup> Inspection::DataOf(const CIData* item) const {
   return row ? std::optional(DataGroup(*m_state, *row)) : std::nullopt;
 }
 
-DataGroup Inspection::AddData(const CGDataTypeFDD& record, std::vector<std::byte> samples) {
+DataGroup Inspection::AddData(const CGDataTypeFDD& record, std::span<std::byte> samples) {
   auto added = std::make_unique<CGDataTypeFDD>(record);
   added->dataPointer = samples.empty() ? nullptr : samples.data();
   added->dataSize = samples.size();
@@ -161,11 +161,20 @@ DataGroup Inspection::AddData(const CGDataTypeFDD& record, std::vector<std::byte
   added->SetGroupHandle(nullptr);
   DataRow& row = m_state->AddRow(*added, 1);
   row.added = std::move(added);
-  row.samples = std::move(samples);
+  row.table = samples;  // the item took it with the record
   row.added->SetDataBookmarkType(row.taken.GetDataBookmarkType());
-  if (!row.isListed)
-    throw Error(m_state->NameOf(row), "cannot be added", "another data group has its ids");
+  if (!row.isListed) {
+    const std::string name = m_state->NameOf(row);
+    m_state->RemoveLastRow();
+    throw Error(name, "cannot be added", "another data group has its ids");
+  }
   return {*m_state, row};
+}
+
+DataGroup Inspection::AddData(const CGDataTypeFDD& record, std::vector<std::byte> samples) {
+  const DataGroup added = AddData(record, std::span(samples));
+  m_state->rows.back().samples = std::move(samples);
+  return added;
 }
 
 std::vector<std::pair<std::string, std::size_t>> Inspection::CountGroups() const {

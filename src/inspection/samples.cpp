@@ -23,6 +23,25 @@ std::uint32_t SizeOfType(kvt_enumDataType type) {
   return type == kvt_Int16 || type == kvt_UInt16 ? 2 : 0;
 }
 
+/// The value of every raw sample.
+std::vector<std::int32_t> ValuesOfRaw(const CRDataTypeDD& descriptor) {
+  std::vector<std::int32_t> values(descriptor.GetSampleSize() == 2 ? 0x10000 : 0x100);
+  WithValues(descriptor, [&](const auto& reader) {
+    using Raw = typename std::remove_cvref_t<decltype(reader)>::Raw;
+    for (std::size_t raw = 0; raw < values.size(); ++raw)
+      values[raw] = reader.ValueOf(static_cast<Raw>(raw));
+    return true;
+  });
+  return values;
+}
+
+/// The raw sample whose value is nearest to zero.
+std::uint16_t SilentIn(const std::vector<std::int32_t>& values) {
+  const auto isNearer = [](std::int32_t a, std::int32_t b) { return std::abs(a) < std::abs(b); };
+  return static_cast<std::uint16_t>(std::min_element(values.begin(), values.end(), isNearer) -
+                                    values.begin());
+}
+
 }  // namespace
 
 struct Samples::Reader {
@@ -34,18 +53,8 @@ struct Samples::Reader {
     Check();
     cells = &state.CellsOf(row);
     isWide = descriptor.GetSampleSize() == 2;
-    values.resize(isWide ? 0x10000 : 0x100);
-    WithValues(descriptor, [this](const auto& reader) {
-      using Raw = typename std::remove_cvref_t<decltype(reader)>::Raw;
-      for (std::size_t raw = 0; raw < values.size(); ++raw)
-        values[raw] = reader.ValueOf(static_cast<Raw>(raw));
-      return true;
-    });
-    silent = static_cast<std::uint16_t>(
-        std::min_element(values.begin(),
-                         values.end(),
-                         [](std::int32_t a, std::int32_t b) { return std::abs(a) < std::abs(b); }) -
-        values.begin());
+    values = ValuesOfRaw(descriptor);
+    silent = SilentIn(values);
   }
   Reader(const Reader&) = delete;
   Reader& operator=(const Reader&) = delete;
@@ -127,6 +136,8 @@ Samples::~Samples() = default;
 utdata::Samples DataGroup::Samples() const {
   return utdata::Samples(std::make_unique<utdata::Samples::Reader>(*m_inspection, *m_row));
 }
+
+std::uint16_t DataGroup::SilentSample() const { return SilentIn(ValuesOfRaw(Descriptor())); }
 
 std::uint64_t Samples::CellQuantity() const { return m_reader->cells->Cells(); }
 std::uint32_t Samples::SamplesPerCell() const { return m_reader->cells->SamplesPerCell(); }

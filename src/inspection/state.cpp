@@ -109,6 +109,14 @@ DataRow& InspectionState::AddRow(const CGDataTypeFDD& stored, int isNew) {
   return row;
 }
 
+void InspectionState::RemoveLastRow() {
+  CIData* const item = rows.back().item;
+  rowOfItem.erase(item);
+  data.pop_back();
+  item->idata9_DeferDelete();
+  rows.pop_back();
+}
+
 DataRow* InspectionState::RowOf(const CIData* item) {
   if (!item) return nullptr;
   if (const auto found = rowOfItem.find(item); found != rowOfItem.end()) return found->second;
@@ -151,10 +159,6 @@ const CellTable& InspectionState::CellsOf(DataRow& row) {
 
 // The item never frees a table that is called mapped, so that both kinds live as long as the row.
 void InspectionState::Attach(DataRow& row) {
-  if (row.added && !row.samples.empty()) {
-    row.table = row.samples;  // the item took it with the record
-    return;
-  }
   std::uint64_t size = 0;
   const int status = gdata_SamplesMap(row.stored, &row.mapped, &size);
   if (status != SCFile::status_Ok)

@@ -30,7 +30,7 @@ struct DataRow {
   bool isListed = true;
 
   std::unique_ptr<CGDataTypeFDD> added;  ///< the record of one that is not in the descriptor yet
-  std::vector<std::byte> samples;        ///< of one that was added
+  std::vector<std::byte> samples;        ///< of one that was added with its samples
 
   std::timed_mutex tableLock;
   std::span<const std::byte> table;        ///< empty until attached
@@ -59,6 +59,8 @@ struct InspectionState final : IGDataSupplier {
 
   /// Makes an item of a record, the last of `rows`. @param isNew as for CFSet::fset_AddGData
   DataRow& AddRow(const CGDataTypeFDD& stored, int isNew);
+  /// REQUIRES: it is not listed.
+  void RemoveLastRow();
   /// The row of an item, or of a master; null for an item of another inspection.
   DataRow* RowOf(const CIData* item);
   /// The table of a row, attached to its item when first asked for.

@@ -54,8 +54,8 @@ void PrepareChild() {
     });
   } catch (const std::bad_alloc&) {
     status = outOfMemory;
-  } catch (const std::exception& failure) {
-    std::strncpy(report.failure.data(), failure.what(), report.failure.size() - 1);
+  } catch (const Failure& failure) {
+    std::strncpy(report.failure.data(), LineOf(failure).c_str(), report.failure.size() - 1);
     status = jobFailed;
   }
   _exit(status);

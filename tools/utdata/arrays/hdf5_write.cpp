@@ -147,7 +147,7 @@ class Writer {
 
 void WriteAll(const NewFile& file,
               const DescribedArray& array,
-              const CGDataTypeFDD& group,
+              const DataGroup& group,
               const std::string& description,
               const GatherProgress& progress) {
   Writer writer(file);
@@ -164,12 +164,11 @@ void WriteAll(const NewFile& file,
         {"half_path", "half sound path", "m", axis.first * half, axis.step * half, axis.quantity});
   }
   std::uint64_t done = 0;
-  ForEachPiece(
-      array, group, file.Path(), [&](std::span<const std::byte> piece, std::uint64_t total) {
-        writer.Append(piece);
-        done += piece.size();
-        progress(done, total);
-      });
+  ForEachPiece(array, group, [&](std::span<const std::byte> piece, std::uint64_t total) {
+    writer.Append(piece);
+    done += piece.size();
+    progress(done, total);
+  });
   writer.Close();
 }
 
@@ -179,7 +178,7 @@ void CheckHasHdf5(const std::string&) {}
 
 void WriteHdf5(const NewFile& file,
                const DescribedArray& array,
-               const CGDataTypeFDD& group,
+               const DataGroup& group,
                const std::string& description,
                const GatherProgress& progress) {
   const auto write = [&](const GatherProgress& told) {

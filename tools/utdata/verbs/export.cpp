@@ -9,13 +9,13 @@
 #include "arrays/foreign_array.h"
 #include "arrays/hdf5_file.h"
 #include "arrays/npy.h"
-#include "document/document.h"
 #include "listing/selector.h"
 #include "terminal/interrupt.h"
 #include "terminal/new_file.h"
 #include "terminal/output.h"
 #include "terminal/progress.h"
 #include "terminal/text.h"
+#include "verbs/options.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -46,8 +46,7 @@ struct ExportOptions {
 
 /// Exactly one data group, ready to be written.
 struct Export {
-  const CGDataTypeFDD& group;
-  const std::string& name;  ///< of the file and the group, for failures
+  DataGroup group;
   DescribedArray array;
   nlohmann::ordered_json description;
 };
@@ -67,7 +66,7 @@ void ExportNpy(const ExportOptions& options, const Export& exported, Progress& p
     done += piece.size();
     progress.At(done, total);
   };
-  ForEachPiece(exported.array, exported.group, exported.name, append);
+  ForEachPiece(exported.array, exported.group, append);
   NewFile description(described);
   description.Append(BytesOf(exported.description.dump(2) + "\n"));
   samples.Commit(options.force);
@@ -107,15 +106,12 @@ void ExportGroup(const ExportOptions& options) {
   const bool isNpy = ArrayName(options.output).format == ArrayFormat::Npy;
   if (!isNpy) CheckHasHdf5(options.output);
   CheckNewFile(options.output, options.force);
-  const Document document = Document::Load(options.file);
-  CheckNotInput(document, options.output);
-  const SelectedGroup selected = SelectGroup(document, options.selector);
-  const std::string name = options.file + ": data group " + std::to_string(selected.index);
-  Export exported = {
-      *selected.group, name, DescribeArray(document.GetHost(), *selected.group, name), {}};
+  const Inspection inspection = OpenInspection(options.file, SampleTables::Mapped, options.quiet);
+  CheckNotInput(inspection, options.output);
+  const DataGroup group = SelectGroup(inspection, options.selector);
+  Export exported = {group, DescribeArray(group), {}};
   const std::string holder = options.output.substr(options.output.find_last_of('/') + 1);
-  exported.description =
-      DescriptionJson(exported.array, *selected.group, isNpy ? holder : exportedDataSet);
+  exported.description = DescriptionJson(exported.array, group, isNpy ? holder : exportedDataSet);
   {
     Progress progress("exporting " + options.output, options.quiet);
     isNpy ? ExportNpy(options, exported, progress) : ExportHdf5(options, exported, progress);
