@@ -45,7 +45,7 @@ std::vector<std::size_t> ElementRows(const DataGroup& master) {
 
 }  // namespace
 
-Json DataRowJson(const DataGroup& group) {
+Json DataGroupJson(const DataGroup& group) {
   const CGDataTypeFDD& stored = group.Stored();
   return {
       {"label", group.Label()},
@@ -66,11 +66,16 @@ Json DataRowJson(const DataGroup& group) {
       {"maximum", SampleValueJson(stored.dataMaximum)},
       {"sample_bytes", stored.sampleSize},
       {"table_bytes", stored.samples.size},
-      {"item", group.IsListed()},
-      {"matched", IndexOf(group.Matched())},
-      {"meridio", IndexOf(group.MeridioAmplitudes())},
-      {"master_number", IndexOf(group.Master())},
   };
+}
+
+Json DataRowJson(const DataGroup& group) {
+  Json json = DataGroupJson(group);
+  json["item"] = group.IsListed();
+  json["matched"] = IndexOf(group.Matched());
+  json["meridio"] = IndexOf(group.MeridioAmplitudes());
+  json["master_number"] = IndexOf(group.Master());
+  return json;
 }
 
 Json MastersJson(const Inspection& inspection) {

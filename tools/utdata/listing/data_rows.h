@@ -10,8 +10,9 @@
 
 namespace utdata::program {
 
-/// A data group as an object, quantities in base units and as the file has them; with its bookmark
-/// type, the row of the C-scan that it is matched with, that of the amplitude C-scan that a
+/// A data group as an object, quantities in base units and as the file has them.
+[[nodiscard]] nlohmann::ordered_json DataGroupJson(const DataGroup& group);
+/// The same with the row of the C-scan that it is matched with, that of the amplitude C-scan that a
 /// position C-scan of a Meridio gate belongs to, and the number of its master, null where there is
 /// none.
 [[nodiscard]] nlohmann::ordered_json DataRowJson(const DataGroup& group);
