@@ -51,6 +51,14 @@ struct AxisScale {
   [[nodiscard]] double At(double index) const { return first + index * step; }
 };
 
+/// A gate on the axis of A-scans.
+struct PlacedGate {
+  const CGGateTypeDescr* gate = nullptr;  ///< of its item, good while that is not changed
+  bool isPlaced = false;                  ///< false: it follows another echo
+  double from = 0;                        ///< sample index
+  double to = 0;
+};
+
 /// How values of samples become percent of full scale, as coefficients: percent = value x above
 /// from 0 on, value x below under it.
 struct AmplitudeScale {
@@ -68,6 +76,7 @@ class UTDATA_API DataGroup {
   /// Its place among the data groups of the inspection, from 0; that of a master is its place among
   /// the masters.
   [[nodiscard]] std::size_t Index() const;
+  [[nodiscard]] std::string Name() const;  ///< "FILE: data group 3", as failures call it
   /// The record as the file has it; a master's as its item has it.
   [[nodiscard]] const CGDataTypeFDD& Stored() const;
   /// The record as its item took it, before any change: normalised, with a bookmark type.
@@ -129,6 +138,11 @@ class UTDATA_API DataGroup {
   /// dB below full scale of an amplitude in percent; minus infinity for 0.
   [[nodiscard]] double Decibels(double percent) const;
   [[nodiscard]] double PercentOfDecibels(double decibels) const;
+  /// An amplitude in percent as the item's unit prints it: "26.1 %", or with unit_DataDecibel
+  /// "-11.7 dB".
+  [[nodiscard]] std::string AmplitudeText(double percent, unit_enumDataUnit unit) const;
+  /// The enabled gates of the channel, where they lie on the axis of the samples.
+  [[nodiscard]] std::vector<PlacedGate> Gates() const;
 
   /// One A-scan, or the one value of a C-scan's cell, as stored: in the mapped file, not copied.
   /// Good while the inspection lives. Empty for a cell without samples. `Sample` is the stored

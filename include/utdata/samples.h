@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "utdata/datagroup.h"
+#include "utdata/lut.h"
 
 namespace utdata {
 
@@ -24,6 +25,19 @@ struct StrongestSample {
 struct Peaks {
   std::vector<std::int32_t> values;  ///< one a cell
   StrongestSample strongest;         ///< the first of several
+};
+
+/// The values that display codes run over, without amplification.
+struct CodeSpan {
+  double low = 0;
+  double high = 255;
+  /// Codes count 0, -1, 1, -2, 2 ... from the middle of the span; else from its low end.
+  bool isSigned = false;
+
+  /// The place of a code on the span: 0 at its low end, 255 at its high end.
+  [[nodiscard]] std::uint8_t PlaceOf(std::uint8_t code) const {
+    return isSigned ? static_cast<std::uint8_t>(CLookUpTable::UnRectifySC(code) + 128) : code;
+  }
 };
 
 /// Good while its inspection lives. Reading may run in several threads; Codes and CodesOf may not,
@@ -48,6 +62,7 @@ class UTDATA_API Samples {
   /// The same of values, one each.
   [[nodiscard]] std::vector<std::uint8_t> CodesOf(std::span<const std::int32_t> values,
                                                   std::uint32_t gain = 1);
+  [[nodiscard]] CodeSpan Span() const;
   /// Whether Codes amplifies: samples of 8 bits go through a table without amplification.
   [[nodiscard]] bool CanAmplify() const;
 

@@ -73,8 +73,10 @@ class SampleAxis {
         m_isTime && m_isUsable && (hasSpeed || group.Taken().soundSpeed != m_descriptor.soundSpeed);
     const double pathPerUnit = m_isTime ? m_descriptor.GetSoundSpeed() / 2 : 1;
     const bool isOfValues = group.HoldsPositions();
+    // The descriptor of a C-scan has a sample axis of its own, that of its values.
+    const CGDataTypeFDD& record = *m_item.idata1_GetGInfoRef();
     m_base = {
-        (isOfValues ? m_descriptor.GetDataOffs() : m_descriptor.GetSampleOffs()) * pathPerUnit,
+        (isOfValues ? m_descriptor.GetDataOffs() : double{record.sampleOffset}) * pathPerUnit,
         (isOfValues ? m_descriptor.GetDataResol() : m_descriptor.GetSampleResol()) * pathPerUnit};
     m_quantity = isOfValues ? 1 : m_descriptor.GetSampleQty();
   }
@@ -179,13 +181,39 @@ double DataGroup::PercentOfDecibels(double decibels) const {
   return unit ? unit->ConvertToBase(decibels) : unknown;
 }
 
+std::string DataGroup::AmplitudeText(double percent, unit_enumDataUnit unit) const {
+  const bool isDecibel = unit == unit_DataDecibel;
+  const CUnit* shown =
+      Item().idata3_GetUnit(kvt_AxisAmplitude, isDecibel ? unit_Decibel : unit_Percent, unit);
+  return shown ? ToUtf8(shown->FormatValue(isDecibel ? Decibels(percent) : percent)) : "---";
+}
+
+std::vector<PlacedGate> DataGroup::Gates() const {
+  std::vector<PlacedGate> gates;
+  const CRDataTypeDD& ascans = Descriptor();
+  if (ascans.sampleUnits != kvt_UnitSecond || !IsUsable(double{Stored().sampleResolution}))
+    return gates;
+  CIGateLst list;
+  m_inspection->set.fset_GetIGateLst(&list, fset_All, fset_AnyId, ascans.GetChannelID());
+  for (const CIGate* item : list) {
+    const CGGateTypeDescr& gate = *item->igate1_GetInfoRef();
+    if (gate.enabled == 0) continue;
+    const double from = (double{gate.start} - ascans.GetSampleOffs()) / ascans.GetSampleResol();
+    gates.push_back({&gate,
+                     gate.reference == ggate_RefInitialPulse,
+                     from,
+                     from + double{gate.width} / ascans.GetSampleResol()});
+  }
+  return gates;
+}
+
 utdata::ReadOut DataGroup::ReadOut(std::uint32_t row,
                                    std::uint32_t column,
                                    std::uint32_t sample) const {
   const CIData& item = Item();
   const utdata::Samples samples = Samples();
   if (row >= RowQuantity() || column >= ColumnQuantity() || sample >= samples.SamplesPerCell())
-    throw Error(m_inspection->NameOf(*m_row), "has no such position", "it is outside the data");
+    throw Error(Name(), "has no such position", "it is outside the data");
   utdata::ReadOut at;
   at.rowIndex = row;
   at.columnIndex = column;

@@ -33,6 +33,7 @@ std::string NameIn(const Names& names, Value value, const char* kind) {
 }  // namespace
 
 std::size_t DataGroup::Index() const { return m_row->index; }
+std::string DataGroup::Name() const { return m_inspection->NameOf(*m_row); }
 const CGDataTypeFDD& DataGroup::Stored() const { return *m_row->stored; }
 const CGDataTypeFDD& DataGroup::Taken() const { return m_row->taken; }
 CIData& DataGroup::Item() const { return *m_row->item; }
@@ -118,7 +119,7 @@ std::span<const std::byte> DataGroup::Cell(std::uint32_t row,
                                            std::uint32_t column,
                                            std::size_t sampleSize) const {
   const CellTable& cells = m_inspection->CellsOf(*m_row);
-  const std::string name = m_inspection->NameOf(*m_row);
+  const std::string name = Name();
   if (sampleSize != Descriptor().GetSampleSize())
     throw Error(name,
                 "cannot be read",

@@ -147,6 +147,16 @@ bool Samples::IsSigned() const {
   return type == kvt_Int8 || type == kvt_Int16;
 }
 
+CodeSpan Samples::Span() const {
+  const CRDataTypeDD& descriptor = m_reader->descriptor;
+  CodeSpan span;
+  span.isSigned = IsSigned();
+  if (!m_reader->isWide && !span.isSigned) return span;
+  span.low = descriptor.GetDataMin();
+  span.high = descriptor.GetDataMax();
+  return span;
+}
+
 bool Samples::CanAmplify() const {
   // A table of unrectified unsigned samples amplifies about the middle of their range.
   const bool isCentred = m_reader->descriptor.GetDataType() == kvt_UInt16 &&

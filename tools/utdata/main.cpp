@@ -72,6 +72,8 @@ int main(int argc, char** argv) {
     return Run(argc, argv);
   } catch (const Interrupted& interrupted) {
     return Fail(interrupted.what(), interruptedStatus);
+  } catch (const Failure& failure) {
+    return Fail(LineOf(failure).c_str(), jobFailed);
   } catch (const std::bad_alloc&) {
     return Fail("not enough memory", jobFailed);
   } catch (const std::exception& failure) {

@@ -8,6 +8,7 @@
 #include "arrays/description.h"
 #include "listing/data_rows.h"
 #include "terminal/failure.h"
+#include "terminal/output.h"
 #include "utdata/rdata.h"
 
 namespace utdata::program {

@@ -9,6 +9,7 @@
 
 #include "listing/data_rows.h"
 #include "terminal/failure.h"
+#include "terminal/output.h"
 #include "terminal/text.h"
 #include "utdata/newscan.h"
 
