@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/support/scratch_directory.h"
+#include "utdata/fset.h"
 #include "utdata/gating.h"
 #include "utdata/idata.h"
 #include "utdata/igate.h"
