@@ -38,8 +38,8 @@ class CDocument final : public IGDataSupplier {
     void* samples = nullptr;
     std::uint64_t size = 0;  // the mapping is the file's, and ends when that is closed
     if (!item || gdata_SamplesMap(&group, &samples, &size) != SCFile::status_Ok) return;
-    item->idata1_GetInfoRef()->SetDiskTable(static_cast<char*>(samples), true);
-    item->idata1_GetInfoRef()->SetDataLoaded(item->idata1_GetInfoRef()->GetDiskTable() != nullptr);
+    CRDataTypeDD& data = *item->idata1_GetInfoRef();
+    data.SetDataLoaded(data.SetDiskTable(static_cast<char*>(samples), true, size));
   }
 
   CFContTypeFileDescr& m_groups;

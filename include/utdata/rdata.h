@@ -48,21 +48,34 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   void Destroy();
 
   // ---- sample table
-  /// The table, or null: 32-bit words by which it starts, or one offset per cell with storage mode
-  /// 1.
+  /// The table, or null: samples, or one 32-bit offset per cell with storage mode 1.
   [[nodiscard]] std::uint32_t* GetDiskTable() const {
     return m_diskTable.load(std::memory_order_acquire);
   }
-  /// Attaches a table. Its first 36 bytes are cleared when they are a stale header: 0x3344 in the
-  /// low half of the first 32-bit word and 0x5553 in that of the second. A table that the record
-  /// makes shorter than 36 bytes has none. Any thread may read the table as soon as GetDiskTable
-  /// answers it. A block that the record tells to be smaller than its layout is reported and not
-  /// attached: the descriptor is then without a table and not loaded, and the block stays the
-  /// caller's.
+  /// Whether the table may be read: neither null nor the all-ones pointer, which stands for a table
+  /// that is not here.
+  [[nodiscard]] bool HasTable() const { return gdata_IsTable(GetDiskTable()); }
+  /// Attaches a table. Its first 36 bytes are cleared when they are a header of older writers
+  /// (gdata_OldHeaderSize). Any thread may read the table as soon as GetDiskTable answers it. What
+  /// the record says of a block elsewhere, in memory or on disk, does not count: this is a table of
+  /// its own, as large as its cells need, or as the record's data size states when it is the
+  /// record's data pointer. A view of a block on disk is as large as it is, and is attached as one
+  /// of stated size.
   /// @param table        null, the all-ones pointer, or samples; freed by Flush with delete[] of
   ///   std::byte, when owned and not mapped
   /// @param memoryMapped the table is a view of a file and is never freed here
   void SetDiskTable(char* table, bool memoryMapped);
+  /// The same of a table whose size the host states, which is how one is attached that may be
+  /// shorter than its layout. That is then reported and not attached: the descriptor is without a
+  /// table and not loaded, IsTableRefused says so, and the table stays the caller's.
+  /// @param size bytes of the table; one of storage by cells has to hold every cell, one with
+  ///   offsets the offsets and each cell that they name. Other storage modes are not measured
+  /// @return whether it is attached
+  bool SetDiskTable(char* table, bool memoryMapped, std::uint64_t size);
+  /// Whether the last table to be attached was refused.
+  [[nodiscard]] bool IsTableRefused() const {
+    return m_tableRefused.load(std::memory_order_acquire);
+  }
   [[nodiscard]] unsigned long GetTableAllocationSize() const { return m_tableAllocationSize; }
   void SetTableAllocationSize(unsigned long bytes) {
     m_tableAllocationSize = static_cast<std::uint32_t>(bytes);
@@ -171,19 +184,26 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   /// @return released through the factory by the caller
   [[nodiscard]] CLookUpTable* GetLookUpTable(IGDataSupplier* document);
 
-  /// Bytes that the table has at least, as far as the record tells; 0 when it does not.
+  /// Bytes of the attached table; 0 without one, and where nothing tells.
   [[nodiscard]] std::uint64_t KnownTableSize() const;
-  /// Bytes that the cells take: for storage by cells all their samples, for storage with offsets
-  /// the offsets alone. 0 without cells; the largest value when the product does not fit.
+  /// Bytes that a table has at least: for storage by cells those of all cells, for storage with
+  /// offsets the offsets alone. 0 without cells and for other storage modes; the largest value when
+  /// the product does not fit.
   [[nodiscard]] std::uint64_t NeededTableSize() const;
 
  protected:
-  void ValidateDiskTable(char* table) const;
+  void ValidateDiskTable(char* table, std::uint64_t size) const;
   void UnlinkMatchingCScan();
 
  private:
   void DeriveSampleAxis();
-  [[nodiscard]] std::uint64_t StatedTableSize() const;
+  void StoreTable(char* table, bool memoryMapped, std::uint64_t size);
+  [[nodiscard]] std::uint64_t TableSizeByRecord(const char* table) const;
+  [[nodiscard]] bool HoldsItsCells(const char* table, std::uint64_t size) const;
+  [[nodiscard]] std::uint64_t EndOfCells(const char* table, std::uint64_t size) const;
+  [[nodiscard]] std::uint64_t CellExtent() const;
+
+  static constexpr std::uint64_t unknownSize = ~std::uint64_t{0};
 
   std::uint32_t m_vectorSize = 0;
   std::uint32_t m_volumeSize = 0;
@@ -202,6 +222,8 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   std::atomic<bool> m_useMemoryMapped{false};  ///< published with the table
   std::int32_t m_dataOwned = 1;
   std::uint32_t m_tableAllocationSize = 0;
+  std::atomic<std::uint64_t> m_tableSize{0};  ///< bytes, or unknownSize; published with the table
+  std::atomic<bool> m_tableRefused{false};
   std::atomic<std::uint32_t*> m_diskTable{nullptr};
   std::atomic<bool> m_dataLoaded{false};
   std::atomic<bool> m_volumeLoaded{false};

@@ -68,8 +68,7 @@ void DataItems::Attach(const Row& row, Attached& table) const {
   const QuietReports quiet;  // a table that is shorter than its layout is refused; whoever counts
                              // on the layout says so
   CRDataTypeDD& descriptor = *row.item->idata1_GetInfoRef();
-  descriptor.SetDiskTable(bytes, true);
-  const bool isAttached = descriptor.GetDiskTable() != nullptr;
+  const bool isAttached = descriptor.SetDiskTable(bytes, true, table.bytes.size()) && bytes;
   descriptor.SetDataLoaded(isAttached);
   descriptor.SetVolumeLoaded(isAttached);
   if (m_tables == Tables::Mapped) row.item->SetDiskOrigin();
