@@ -42,8 +42,7 @@ class UTDATA_API CLookUpTable : public CObject {
   /// Builds the table of a descriptor's sample type and range: 256 codes for 8-bit samples, 65536
   /// for 16-bit samples, none for others. Limits that are not finite, equal or in reverse order are
   /// allowed. A quotient that is not a number counts as below the range; a maximum that is not a
-  /// number is reached by no sample, and one beyond 16 bits counts as the nearest 16-bit value
-  /// where it is compared with a sample.
+  /// number is reached by no sample.
   /// @param descriptor not null; read during the call only
   /// @param identity   copied; may be null
   CLookUpTable(const CRDataTypeDD* descriptor, const vset_groupId* identity);
@@ -57,6 +56,9 @@ class UTDATA_API CLookUpTable : public CObject {
   /// builds (UTDATA_CHECKED) anything else raises an assertion and gives 0; in others it must not
   /// be.
   [[nodiscard]] unsigned char Convert(const char sample) const {
+    return CodeAt(static_cast<unsigned char>(sample));
+  }
+  [[nodiscard]] unsigned char Convert(const signed char sample) const {
     return CodeAt(static_cast<unsigned char>(sample));
   }
   [[nodiscard]] unsigned char Convert(const unsigned char sample) const { return CodeAt(sample); }
@@ -76,6 +78,9 @@ class UTDATA_API CLookUpTable : public CObject {
   /// @return false, and nothing is written, when the samples are not of the table's type or the
   ///   table has no codes
   [[nodiscard]] bool ConvertBlock(const char* samples,
+                                  std::size_t count,
+                                  unsigned char* codes) const;
+  [[nodiscard]] bool ConvertBlock(const signed char* samples,
                                   std::size_t count,
                                   unsigned char* codes) const;
   [[nodiscard]] bool ConvertBlock(const unsigned char* samples,

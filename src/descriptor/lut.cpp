@@ -26,11 +26,9 @@ short RemoveWordOffset(short sample) {
   return static_cast<short>(static_cast<std::uint16_t>(sample) ^ 0x8000u);
 }
 
-/// Whether a sample reaches the maximum, which is first cut to a 16-bit integer.
-bool Reaches(short sample, double maximum) {
-  if (std::isnan(maximum)) return false;
-  return sample >= static_cast<short>(std::clamp(maximum, -32768.0, 32767.0));
-}
+/// Whether a sample reaches the maximum, cut to an integer. No sample reaches one that is beyond its
+/// type, or is not a number.
+bool Reaches(short sample, double maximum) { return sample >= std::trunc(maximum); }
 
 /// Clamped; NaN gives the lower end.
 double Clamp(double value, double low, double high) {
@@ -302,6 +300,12 @@ bool CLookUpTable::ConvertBlock(const char* samples,
   if (m_dataType != kvt_Int8) return false;
   m_block->Bytes(reinterpret_cast<const std::uint8_t*>(samples), count, codes);
   return true;
+}
+
+bool CLookUpTable::ConvertBlock(const signed char* samples,
+                                std::size_t count,
+                                unsigned char* codes) const {
+  return ConvertBlock(reinterpret_cast<const char*>(samples), count, codes);
 }
 
 bool CLookUpTable::ConvertBlock(const unsigned char* samples,
