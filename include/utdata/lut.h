@@ -55,21 +55,27 @@ class UTDATA_API CLookUpTable : public CObject {
   /// taken as unsigned (int: its low 16 bits; unsigned int as given), is one of them. In checked
   /// builds (UTDATA_CHECKED) anything else raises an assertion and gives 0; in others it must not
   /// be.
-  [[nodiscard]] unsigned char Convert(const char sample) const {
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const char sample) const {
     return CodeAt(static_cast<unsigned char>(sample));
   }
-  [[nodiscard]] unsigned char Convert(const signed char sample) const {
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const signed char sample) const {
     return CodeAt(static_cast<unsigned char>(sample));
   }
-  [[nodiscard]] unsigned char Convert(const unsigned char sample) const { return CodeAt(sample); }
-  [[nodiscard]] unsigned char Convert(const short sample) const {
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const unsigned char sample) const {
+    return CodeAt(sample);
+  }
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const short sample) const {
     return CodeAt(static_cast<std::uint16_t>(sample));
   }
-  [[nodiscard]] unsigned char Convert(const unsigned short sample) const { return CodeAt(sample); }
-  [[nodiscard]] unsigned char Convert(const int sample) const {
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const unsigned short sample) const {
+    return CodeAt(sample);
+  }
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const int sample) const {
     return CodeAt(static_cast<std::uint32_t>(sample) & 0xFFFFu);
   }
-  [[nodiscard]] unsigned char Convert(const unsigned int sample) const { return CodeAt(sample); }
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const unsigned int sample) const {
+    return CodeAt(sample);
+  }
 
   /// Display codes of many raw samples: exactly those of Convert, many samples an instruction where
   /// the table allows it.
@@ -99,9 +105,9 @@ class UTDATA_API CLookUpTable : public CObject {
   /// table.
   /// @return the codes, the same storage as before; null for a table without codes
   const unsigned char* RemapLUT(const CRDataTypeDD* descriptor, std::uint32_t lab);
-  [[nodiscard]] std::uint32_t GetLAB() const { return LAB; }
+  [[nodiscard]] std::uint32_t GetLAB() const;
 
-  std::int32_t AddRef() { return ++m_referenceCount; }
+  std::int32_t AddRef();
   /// Gives back one reference. @return the count left; 0: the table has been destroyed
   std::int32_t Release();
 
