@@ -195,6 +195,9 @@ UTDATA_API int file_BlockRead(const Node* group,
 UTDATA_API int file_BlockMap(Node* group, std::uint32_t index, void** data);
 /// Ends a view. @param data as file_BlockMap gave it
 UTDATA_API int file_BlockUnmap(FileHandle file, void* data);
+/// The size in bytes of a view that file_BlockMap gave, of any file. False, and `size` is left
+/// alone, for an address at which no view starts; it is not read. Any thread.
+[[nodiscard]] UTDATA_API bool file_ViewSize(const void* data, std::uint64_t* size) noexcept;
 
 /// The file that a group belongs to; a file itself for a file. Null for null.
 [[nodiscard]] UTDATA_API FileHandle file_OfGroup(Node* group);

@@ -66,8 +66,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   ///   Null is reported and makes a bare item
   /// @param data     kept, not interpreted
   /// @param volumes  gives the document and the units; not owned, outlives the item
-  /// @param external not 0: the record's data pointer is a table of the caller's, which is attached
-  ///   and never freed by the item
+  /// @param external not 0: the record's data pointer is a table of the caller's, which is
+  ///   attached, as one of the record's data size unless that is 0, and never freed by the item
   /// @param reserved not used
   CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int external, long* reserved);
   /// A bare item: no record, no descriptor, no units.
@@ -287,14 +287,14 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// @return 0; -1 for a bare item, when the volume is loaded, and when the data are loaded and
   ///   `volume` is not 0 or they are no volume
   int idata1_DataLoad(int volume);
-  /// Copies the record copy, with the table in place of the data pointer (null for a master); loads
-  /// first. Null is reported.
+  /// Copies the record copy, with the table and its size in place of the data pointer and its (null
+  /// and 0 for a master); loads first. Null is reported.
   void idata1_GetGInfoCopy(CGDataTypeFDD* out);
   /// The sample table, as soon as there is one: waits without limit, looking every 50 ms, until
   /// another thread attaches it. Takes no lock; the item has to outlive the call. A bare item is
   /// reported and has none. So as not to wait for ever, a host attaches every table before it asks,
-  /// or asks idata1_GetInfoRef()->GetDiskTable() first, which never waits. A table that was refused
-  /// because it is shorter than its layout never comes.
+  /// or asks idata1_GetInfoRef()->GetDiskTable() first, which never waits. Null when the last table
+  /// to be attached was refused for being shorter than its layout.
   [[nodiscard]] void* idata3_GetDataTablePtr() const;
   [[nodiscard]] int IsDiskOrigin() const {
     return m_diskOrigin.load(std::memory_order_relaxed) == 1;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <iterator>
 
-#include "utdata/enum.h"
-
 namespace utdata {
 namespace {
 
@@ -55,9 +53,7 @@ bool IsGathered(gdata_enumDataClass dataClass) {
   return !IsMaster(dataClass) && Means(dataClass, Gathered);
 }
 
-bool IsCScan(gdata_enumDataClass dataClass) {
-  return enum_IsCscanData(ClassOfElements(dataClass)) != 0;
-}
+bool IsCScan(gdata_enumDataClass dataClass) { return gdata_HoldsOneValuePerCell(dataClass); }
 
 const char* ClassName(gdata_enumDataClass dataClass) {
   const Row* row = Find(dataClass);

@@ -7,16 +7,5 @@ std::int32_t enum_IsAscanData(gdata_enumDataClass dataClass) {
 }
 
 std::int32_t enum_IsCscanData(gdata_enumDataClass dataClass) {
-  switch (dataClass) {
-    case gdata_CScanAmplitude:
-    case gdata_CScanPosition:
-    case gdata_CScanPositionFirst:
-    case gdata_CScanPositionLast:
-    case gdata_CScanThickness:
-    case gdata_CScanStatistic:
-    case gdata_CScanAngle:
-      return 1;
-    default:
-      return 0;
-  }
+  return (dataClass & gdata_MultiChannelMaster) == 0 && gdata_HoldsOneValuePerCell(dataClass);
 }

@@ -178,8 +178,7 @@ void InspectionState::Attach(DataRow& row) {
   }
   const QuietReports quiet;  // of a table that its layout does not fit; whoever reads it says so
   CRDataTypeDD& layout = *row.item->idata1_GetInfoRef();
-  layout.SetDiskTable(reinterpret_cast<char*>(bytes), true);
-  const bool isAttached = layout.GetDiskTable() != nullptr;
+  const bool isAttached = layout.SetDiskTable(reinterpret_cast<char*>(bytes), true, size);
   layout.SetDataLoaded(isAttached);
   layout.SetVolumeLoaded(isAttached);
   if (options.tables == SampleTables::Mapped) row.item->SetDiskOrigin();

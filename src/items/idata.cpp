@@ -42,8 +42,12 @@ CIData::CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int exter
   if (m_external) {
     m_descriptor->SetDataLoaded(true);
     m_descriptor->SetVolumeLoaded(true);
-    m_descriptor->SetDiskTable(static_cast<char*>(m_descriptor->dataPointer),
-                               m_descriptor->GetUseMemoryMappedFilePointer());
+    auto* const table = static_cast<char*>(m_descriptor->dataPointer);
+    const bool isMapped = m_descriptor->GetUseMemoryMappedFilePointer();
+    if (m_descriptor->dataSize != 0)
+      m_descriptor->SetDiskTable(table, isMapped, m_descriptor->dataSize);
+    else
+      m_descriptor->SetDiskTable(table, isMapped);
   }
   m_descriptor->SetSampleAxisScale(1.0);
   InitializeUnits();

@@ -170,10 +170,9 @@ void CIData::idata1_GetGInfoCopy(CGDataTypeFDD* out) {
   idata1_DataLoad(0);
   const LockScope lock(*this);
   *out = *m_record;
-  const bool isOwnBlock =
-      !idata1_IsMultiChannelMaster() && m_descriptor->GetDiskTable() == m_record->dataPointer;
-  out->dataPointer = idata1_IsMultiChannelMaster() ? nullptr : m_descriptor->GetDiskTable();
-  if (!isOwnBlock) out->dataSize = 0;  // it was the size of another block
+  const bool hasTable = !idata1_IsMultiChannelMaster();
+  out->dataPointer = hasTable ? m_descriptor->GetDiskTable() : nullptr;
+  out->dataSize = hasTable ? m_descriptor->KnownTableSize() : 0;
 }
 
 void* CIData::idata3_GetDataTablePtr() const {
@@ -181,6 +180,7 @@ void* CIData::idata3_GetDataTablePtr() const {
   if (!m_descriptor) return nullptr;
   for (;;) {
     if (void* const table = m_descriptor->GetDiskTable()) return table;
+    if (m_descriptor->IsTableRefused()) return nullptr;
     std::this_thread::sleep_for(tablePoll);
   }
 }

@@ -61,7 +61,9 @@ CIData::ChannelScanning CIData::ReadChannelScanning(std::uint32_t channelId) con
     m_document->HandleParameterRequest(request, 0);
   };
   read(PRM_ID_ElectronicScanning, &scanning.mode, sizeof scanning.mode);
-  read(PRM_ID_bLinearMerged, &scanning.isLinearMerged, sizeof scanning.isLinearMerged);
+  std::uint8_t merged = 0;  // a database may answer with any byte, which a bool cannot hold
+  read(PRM_ID_bLinearMerged, &merged, sizeof merged);
+  scanning.isLinearMerged = merged != 0;
   return scanning;
 }
 

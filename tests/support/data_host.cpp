@@ -27,7 +27,7 @@ void DataHost::HandleParameterRequest(PellamServiceParam& request, std::int32_t)
   const auto found = scanning.find(request.index - 1);
   if (found == scanning.end()) return;
   if (request.variable == PRM_ID_ElectronicScanning) request.Answer(&found->second.mode, 4);
-  if (request.variable == PRM_ID_bLinearMerged) request.Answer(&found->second.isLinearMerged, 1);
+  if (request.variable == PRM_ID_bLinearMerged) request.Answer(&found->second.linearMerged, 1);
 }
 
 std::unique_ptr<CIData> DataHost::Make(CGDataTypeFDD record, int external) {

@@ -19,7 +19,7 @@ class DataHost : public IGDataSupplier {
   /// What the parameter database says of a channel.
   struct Scanning {
     enumElectronicScanning mode = escan_Unknown;
-    bool isLinearMerged = false;
+    std::uint8_t linearMerged = 0;
   };
 
   DataHost();
