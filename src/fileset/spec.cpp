@@ -3,11 +3,13 @@
 
 #include <utility>
 
-#include "utdata/itemlist.h"
+#include "src/items/itemlookup.h"
 
 CSpec::CSpec() = default;
 CSpec::~CSpec() = default;
+
 void CSpec::Dump(CDumpContext&) const {}
+
 kvt_enumUnitSystems CSpec::spec_GetPreferredUnitSystem() const {
   return m_values.preferredUnitSystem;
 }
