@@ -32,14 +32,12 @@ class Document final : public IGDataSupplier {
 
  private:
   void Add(CGDataTypeFDD& group) {
-    CIData* item = m_set.fset_AddGData(&group, nullptr, &m_volumes, 0);
+    bool isAdded = false;  // else the item, if any, is another group's, with samples of its own
+    CIData* item = m_set.fset_AddGData(&group, nullptr, &m_volumes, 0, &isAdded);
     void* samples = nullptr;
     std::uint64_t size = 0;  // the mapping is the file's, and ends when that is closed
-    // An item that has its table already was there before: its ids are another group's.
-    if (item && item->idata1_GetInfoRef()->GetDiskTable()) return;
-    if (!item || gdata_SamplesMap(&group, &samples, &size) != SCFile::status_Ok) return;
-    item->idata1_GetInfoRef()->SetDiskTable(static_cast<char*>(samples), true);
-    item->idata1_GetInfoRef()->SetDataLoaded(item->idata1_GetInfoRef()->GetDiskTable() != nullptr);
+    if (isAdded && gdata_SamplesMap(&group, &samples, &size) == SCFile::status_Ok)
+      item->AttachTable(static_cast<char*>(samples), true, size);
   }
 
   CFContTypeFileDescr& m_groups;

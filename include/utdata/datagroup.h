@@ -82,7 +82,7 @@ class UTDATA_API DataGroup {
   /// The record as its item took it, before any change: normalised, with a bookmark type.
   [[nodiscard]] const CGDataTypeFDD& Taken() const;
   [[nodiscard]] CIData& Item() const;
-  [[nodiscard]] CRDataTypeDD& Descriptor() const;
+  [[nodiscard]] const CRDataTypeDD& Descriptor() const;
   /// Whether the file set holds it. One whose ids another group has, or that says of itself that it
   /// is a master, has an item that stands alone.
   [[nodiscard]] bool IsListed() const;

@@ -102,6 +102,9 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// Gives the descriptor a table as CRDataTypeDD::SetDiskTable does, and marks the data as loaded
   /// when there is one then. Null takes it away. Nothing for a bare item.
   void AttachTable(char* table, bool memoryMapped);
+  /// The same with the table's size in bytes; one that the item's layout does not fit is refused.
+  /// @return whether the item has the table
+  bool AttachTable(char* table, bool memoryMapped, std::uint64_t size);
 
   /// The modified and the new flag, under the lock. A bare item is not modified and is new.
   [[nodiscard]] int idata1_ModifGetStatus() const;

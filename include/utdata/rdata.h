@@ -158,7 +158,7 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   /// conversion; null when the document is null or has no table factory. A data class other than 1,
   /// 2 and 3 raises an assertion.
   /// @return released through the factory by the caller
-  [[nodiscard]] CLookUpTable* GetLookUpTable(IGDataSupplier* document);
+  [[nodiscard]] CLookUpTable* GetLookUpTable(IGDataSupplier* document) const;
 
   /// Bytes of the attached table; 0 without one, and where nothing tells.
   [[nodiscard]] std::uint64_t KnownTableSize() const;

@@ -249,7 +249,7 @@ std::uint32_t CRDataTypeDD::GetFormatMask() const {
   return sampleSize >= 4 ? 0xFFFFFFFFu : (std::uint32_t{1} << (8 * sampleSize)) - 1;
 }
 
-CLookUpTable* CRDataTypeDD::GetLookUpTable(IGDataSupplier* document) {
+CLookUpTable* CRDataTypeDD::GetLookUpTable(IGDataSupplier* document) const {
   CTableFactory* const factory = document ? document->GetTableFactory() : nullptr;
   if (!factory) return nullptr;
   std::uint32_t classKind = 0;

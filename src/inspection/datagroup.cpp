@@ -37,7 +37,7 @@ std::string DataGroup::Name() const { return m_inspection->NameOf(*m_row); }
 const CGDataTypeFDD& DataGroup::Stored() const { return *m_row->stored; }
 const CGDataTypeFDD& DataGroup::Taken() const { return m_row->taken; }
 CIData& DataGroup::Item() const { return *m_row->item; }
-CRDataTypeDD& DataGroup::Descriptor() const { return *m_row->item->idata1_GetInfoRef(); }
+const CRDataTypeDD& DataGroup::Descriptor() const { return *m_row->item->Descriptor(); }
 bool DataGroup::IsListed() const { return m_row->isListed; }
 
 bool DataGroup::IsMaster() const { return utdata::IsMaster(Stored().dataClass); }

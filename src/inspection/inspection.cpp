@@ -255,9 +255,11 @@ CVolumeSet& Inspection::VolumeSet() const { return m_state->volume; }
 CFContTypeFileDescr& Inspection::Descriptor() const { return *m_state->descriptor; }
 IGDataSupplier& Inspection::Supplier() const { return *m_state; }
 
-double GateHandle::Start() const { return m_gate->igate1_GetInfoRef()->start; }
-double GateHandle::Width() const { return m_gate->igate1_GetInfoRef()->width; }
-double GateHandle::Level() const { return m_gate->igate1_GetInfoRef()->positiveLevel; }
+double GateHandle::Start() const { return std::as_const(*m_gate).igate1_GetInfoRef()->start; }
+double GateHandle::Width() const { return std::as_const(*m_gate).igate1_GetInfoRef()->width; }
+double GateHandle::Level() const {
+  return std::as_const(*m_gate).igate1_GetInfoRef()->positiveLevel;
+}
 
 void GateHandle::SetStart(double seconds) const {
   if (!std::isfinite(seconds)) throw Error({}, "gate start cannot be set", "it is not a number");

@@ -46,10 +46,7 @@ std::uint16_t SilentIn(const std::vector<std::int32_t>& values) {
 
 struct Samples::Reader {
   Reader(InspectionState& inspection, DataRow& dataRow)
-      : state(inspection),
-        row(dataRow),
-        descriptor(*dataRow.item->idata1_GetInfoRef()),
-        rule(descriptor) {
+      : state(inspection), row(dataRow), descriptor(*dataRow.item->Descriptor()), rule(descriptor) {
     Check();
     cells = &state.CellsOf(row);
     isWide = descriptor.GetSampleSize() == 2;
@@ -119,7 +116,7 @@ struct Samples::Reader {
 
   InspectionState& state;
   DataRow& row;
-  CRDataTypeDD& descriptor;
+  const CRDataTypeDD& descriptor;
   AmplitudeRule rule;
   const CellTable* cells = nullptr;
   CLookUpTable* table = nullptr;  ///< of the factory, given back at the end

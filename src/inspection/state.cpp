@@ -153,7 +153,7 @@ const CellTable& InspectionState::CellsOf(DataRow& row) {
   TableOf(row);
   const std::lock_guard lock(row.tableLock);
   if (!row.cells)
-    row.cells = std::make_unique<CellTable>(*row.item->idata1_GetInfoRef(), row.table, NameOf(row));
+    row.cells = std::make_unique<CellTable>(*row.item->Descriptor(), row.table, NameOf(row));
   return *row.cells;
 }
 
@@ -177,10 +177,7 @@ void InspectionState::Attach(DataRow& row) {
     bytes = row.copy.get();
   }
   const QuietReports quiet;  // of a table that its layout does not fit; whoever reads it says so
-  CRDataTypeDD& layout = *row.item->idata1_GetInfoRef();
-  const bool isAttached = layout.SetDiskTable(reinterpret_cast<char*>(bytes), true, size);
-  layout.SetDataLoaded(isAttached);
-  layout.SetVolumeLoaded(isAttached);
+  row.item->AttachTable(reinterpret_cast<char*>(bytes), true, size);
   if (options.tables == SampleTables::Mapped) row.item->SetDiskOrigin();
   row.table = {bytes, size};
 }

@@ -136,6 +136,14 @@ void CIData::AttachTable(char* table, bool memoryMapped) {
   m_descriptor->SetDataLoaded(m_descriptor->GetDiskTable() != nullptr);
 }
 
+bool CIData::AttachTable(char* table, bool memoryMapped, std::uint64_t size) {
+  if (!m_descriptor) return false;
+  const bool isAttached = m_descriptor->SetDiskTable(table, memoryMapped, size) && table;
+  m_descriptor->SetDataLoaded(isAttached);
+  m_descriptor->SetVolumeLoaded(isAttached);
+  return isAttached;
+}
+
 int CIData::idata0_Init() { return 0; }
 
 IGDataSupplier* CIData::GetDocument() const { return m_document; }
