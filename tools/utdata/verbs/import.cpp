@@ -25,7 +25,7 @@
 namespace utdata::program {
 namespace {
 
-constexpr const char* example =
+constexpr const char* importExample =
     "FILE.npy and the data set of FILE.h5:/path tell their shape and type, and what 'utdata "
     "export' wrote tells the "
     "axes too;\n"
@@ -246,7 +246,7 @@ std::string SetQuantities(const ImportOptions& options, bool isDescribed, CGData
   return nominal;
 }
 
-void Report(const ImportOptions& options, const Document& document) {
+void ReportImport(const ImportOptions& options, const Document& document) {
   const CGDataTypeFDD& data = *document.Groups().data.GetHead();
   if (options.json) {
     nlohmann::ordered_json result = {{"path", options.output}, {"data", {DataGroupJson(data)}}};
@@ -291,7 +291,7 @@ void Import(ImportOptions options, const CLI::App& verb) {
   Document document = Document::New(options.output);
   AddScan(document, record, samples.get(), options.texts);
   document.WriteNew(options.force);
-  Report(options, document);
+  ReportImport(options, document);
 }
 
 void AddArrayOptions(CLI::App& verb, ImportOptions& options) {
@@ -343,7 +343,7 @@ void AddImportVerb(CLI::App& program) {
   verb.add_flag("--force", options->force, "Replace an existing file");
   verb.add_flag("--json", options->json, "Print the result as JSON");
   verb.add_flag("--quiet", options->quiet, "Print no messages and no progress");
-  verb.footer(example);
+  verb.footer(importExample);
   verb.callback([&verb, options] { Import(*options, verb); });
 }
 
