@@ -8,6 +8,7 @@ find_path(UTDATA_XXHASH_INCLUDE_DIR xxhash.h REQUIRED)
 file(GLOB_RECURSE utdata_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*.cpp ${PROJECT_SOURCE_DIR}/platform/*.cpp)
 
 add_library(utdata_objects OBJECT ${utdata_sources})
+utdata_unity(utdata_objects)
 set_target_properties(utdata_objects PROPERTIES
   POSITION_INDEPENDENT_CODE ON
   CXX_VISIBILITY_PRESET hidden

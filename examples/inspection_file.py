@@ -1,4 +1,5 @@
-"""A reader of inspection files in Python alone, written from docs/file-format.md, whose sections its functions are named after.
+"""A reader of inspection files in Python alone, written from docs/file-format.md, whose sections
+its functions are named after.
 
     file = open_inspection("weld.fpd")      # metadata only; refuses damage with DamagedFile
     for group in file.groups: ...           # Group, Value and Block, in the file's order
@@ -19,7 +20,8 @@ SEGMENT_MAGIC = b"utgroup\n"
 MAX_DEPTH = 16
 MAX_NAME = 131068
 MAX_GAP = 4103
-TYPES = ["group", None, "i8", "u8", "i16", "u16", "i32", "u32", "i64", "u64", "f32", "f64", "text", "block"]
+INTEGERS = ["i8", "u8", "i16", "u16", "i32", "u32", "i64", "u64"]
+TYPES = ["group", None, *INTEGERS, "f32", "f64", "text", "block"]
 ELEMENT = [1, 0, 1, 1, 2, 2, 4, 4, 8, 8, 4, 8, 1, 40]
 NUMBER = dict(zip(range(2, 12), "bBhHiIqQfd"))
 TEXT, BLOCK = 12, 13
@@ -113,7 +115,9 @@ def read_slot(page):
     if len(page) < PAGE or page[:8] != SLOT_MAGIC or any(page[64:]):
         return None
     commit, end, tops, offset, size, link_checksum, checksum = struct.unpack_from("<7Q", page, 8)
-    return Slot(commit, end, tops, Link(offset, size, link_checksum)) if xxh3_64(page[:56]) == checksum else None
+    if xxh3_64(page[:56]) != checksum:
+        return None
+    return Slot(commit, end, tops, Link(offset, size, link_checksum))
 
 
 def was_a_slot(page):
@@ -128,7 +132,9 @@ def which_slot_counts(pages, size):
     if not a or a != b:
         require(newest.end < size, "its commit slots disagree")
         whole = a and b and abs(a.commit - b.commit) == 1
-        require(whole or (not (a and b) and all(map(was_a_slot, pages))), "its commit slots disagree")
+        require(
+            whole or (not (a and b) and all(map(was_a_slot, pages))), "its commit slots disagree"
+        )
     require(newest.end >= DATA_START, "commit slot: end")
     require((newest.tops == 0) == (newest.last == Link(0, 0, 0)), "commit slot: number of groups")
     return newest
@@ -152,11 +158,11 @@ class BodyReader:
         start, size = at + 8, count * ELEMENT[kind]
         following = start + (size + 3) // 4 * 4
         require(following <= end, "item: longer than its group")
-        require(not any(self.data[start + size:following]), "item: padding")
+        require(not any(self.data[start + size : following]), "item: padding")
         if kind == 0:
             require(size % 4 == 0, "group: size")
             return self.body(code, start, following, depth), following
-        return self.value(code, kind, count, self.data[start:start + size]), following
+        return self.value(code, kind, count, self.data[start : start + size]), following
 
     def value(self, code, kind, count, content):
         if kind == BLOCK:
@@ -169,9 +175,14 @@ class BodyReader:
 
     def block(self, block):
         require(block.offset % PAGE == 0 and block.offset >= DATA_START, "block: offset")
-        require(block.chunk & (block.chunk - 1) == 0 and PAGE <= block.chunk <= 1 << 26, "block: chunk")
+        require(
+            block.chunk & (block.chunk - 1) == 0 and PAGE <= block.chunk <= 1 << 26, "block: chunk"
+        )
         require(block.table % 8 == 0 and block.table >= block.offset + block.size, "block: table")
-        require(block.table + block.table_size <= self.data_end, "block: beyond the segment that names it")
+        require(
+            block.table + block.table_size <= self.data_end,
+            "block: beyond the segment that names it",
+        )
         return block
 
     def body(self, code, at, end, depth):
@@ -181,8 +192,8 @@ class BodyReader:
         at += 8
         padded = (name_size + 3) // 4 * 4
         require(name_size <= MAX_NAME and at + padded <= end, "group: name")
-        require(not any(self.data[at + name_size:at + padded]), "group: padding")
-        group = Group(code, decode(self.data[at:at + name_size]))
+        require(not any(self.data[at + name_size : at + padded]), "group: padding")
+        group = Group(code, decode(self.data[at : at + name_size]))
         at += padded
         for _ in range(count):
             item, at = self.item(at, end, depth + 1)
@@ -240,7 +251,8 @@ class InspectionFile:
         return self._file.read(size)
 
     def _read_state(self):
-        """The record that counts. A commit between two reads looks like damage: read again until it looks the same twice."""
+        """The record that counts. A commit between two reads looks like damage: read again until it
+        looks the same twice."""
         before = None
         for attempt in range(16):
             pages = [self._read(PAGE * page, PAGE) for page in range(3)]
@@ -281,24 +293,34 @@ class InspectionFile:
     def read_chunks(self, block):
         """The chunks of a block one after the other, each checked."""
         table = self._read(block.table, block.table_size)
-        require(len(table) == block.table_size and xxh3_64(table) == block.checksum, "block: table's checksum")
+        require(
+            len(table) == block.table_size and xxh3_64(table) == block.checksum,
+            "block: table's checksum",
+        )
         for number, (checksum,) in enumerate(struct.iter_unpack("<Q", table)):
             at = number * block.chunk
             chunk = self._read(block.offset + at, min(block.chunk, block.size - at))
-            require(xxh3_64(chunk) == checksum, f"block at {block.offset}: checksum of chunk {number}")
+            require(
+                xxh3_64(chunk) == checksum, f"block at {block.offset}: checksum of chunk {number}"
+            )
             yield chunk
 
     def verify(self):
-        """Checks what opening did not: blocks, and that what stands between everything is zero and belongs to nobody twice."""
+        """Checks what opening did not: blocks, and that what stands between everything is zero and
+        belongs to nobody twice."""
         extents = list(self._segments)
         for block in self.blocks():
             for _ in self.read_chunks(block):
                 pass
             extents += [(block.offset, block.size), (block.table, block.table_size)]
         at = DATA_START
-        for offset, size in sorted(extent for extent in extents if extent[1]) + [(self.slot.end, 0)]:
+        used = sorted(extent for extent in extents if extent[1])
+        for offset, size in used + [(self.slot.end, 0)]:
             require(offset >= at, f"two values share the byte at {offset}")
-            require(offset - at <= MAX_GAP and not any(self._read(at, offset - at)), f"bytes of nothing at {at}")
+            require(
+                offset - at <= MAX_GAP and not any(self._read(at, offset - at)),
+                f"bytes of nothing at {at}",
+            )
             at = offset + size
 
 

@@ -72,13 +72,13 @@ class SampleAxis {
     m_hasPath =
         m_isTime && m_isUsable && (hasSpeed || group.Taken().soundSpeed != m_descriptor.soundSpeed);
     const double pathPerUnit = m_isTime ? m_descriptor.GetSoundSpeed() / 2 : 1;
-    const bool isOfValues = group.HoldsPositions();
     // The descriptor of a C-scan has a sample axis of its own, that of its values.
     const CGDataTypeFDD& record = *m_item.idata1_GetGInfoRef();
+    const bool isOfValues = group.HoldsPositions();
     m_base = {
         (isOfValues ? m_descriptor.GetDataOffs() : double{record.sampleOffset}) * pathPerUnit,
-        (isOfValues ? m_descriptor.GetDataResol() : m_descriptor.GetSampleResol()) * pathPerUnit};
-    m_quantity = isOfValues ? 1 : m_descriptor.GetSampleQty();
+        (isOfValues ? m_descriptor.GetDataResol() : double{record.sampleResolution}) * pathPerUnit};
+    m_quantity = isOfValues ? 1 : group.SampleQuantity();
   }
 
   [[nodiscard]] AxisScale Natural() const {

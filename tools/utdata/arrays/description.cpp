@@ -112,9 +112,10 @@ constexpr NameField nameFields[] = {{"channel_name", &CGDataTypeFDD::channelName
                                     {"gate_name", &CGDataTypeFDD::gateName}};
 
 /// A description that is being read.
-class Reader {
+class RecordReader {
  public:
-  Reader(const std::string& holder, CGDataTypeFDD& record) : m_holder(holder), m_record(record) {}
+  RecordReader(const std::string& holder, CGDataTypeFDD& record)
+      : m_holder(holder), m_record(record) {}
 
   void ReadRecord(const Json& record) {
     for (const NumberField& field : numberFields)
@@ -229,7 +230,7 @@ std::vector<ArrayAxis> ReadDescription(const ForeignArray& array, CGDataTypeFDD&
   const Json description = Json::parse(array.description, nullptr, false);
   if (!description.is_object() || description.value("format", Json()) != Json(descriptionFormat))
     return {};
-  Reader reader(array.describedBy, record);
+  RecordReader reader(array.describedBy, record);
   if (description.value("version", Json()) != Json(descriptionVersion))
     reader.Refuse("its version", "is not known");
   if (description.value("type", Json()) != Json(array.type->name))

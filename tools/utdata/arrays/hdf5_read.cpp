@@ -20,12 +20,12 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* cannotBeImported = "cannot be imported";
-constexpr std::size_t mostAxes = H5S_MAX_RANK;
+constexpr std::size_t mostHdf5Axes = H5S_MAX_RANK;
 
 /// What the child finds, as both processes see it.
 struct Header {
   std::uint64_t axes;
-  std::array<std::uint64_t, mostAxes> shape;
+  std::array<std::uint64_t, mostHdf5Axes> shape;
   std::uint64_t sampleSize;
   bool isSigned;
   std::uint64_t descriptionSize;
@@ -37,9 +37,9 @@ Failure Crashed(const std::string& path) {
 }
 
 /// An open data set; every step throws Failure.
-class Reader final : public ArraySource {
+class Hdf5Reader final : public ArraySource {
  public:
-  Reader(const std::string& path, const std::string& dataSet)
+  Hdf5Reader(const std::string& path, const std::string& dataSet)
       : m_path(path), m_name(path + ":" + dataSet) {
     SilenceHdf5();
     m_file = {H5Fopen(path.c_str(), H5F_ACC_RDONLY, H5P_DEFAULT), H5Fclose};
@@ -177,7 +177,7 @@ ForeignArray ReadHdf5Header(const std::string& path, const std::string& dataSet)
   const SharedMemory memory(sizeof(Header));
   Header& header = *new (memory.Bytes().data()) Header;
   const auto read = [&](const GatherProgress&) {
-    const Reader reader(path, dataSet);
+    const Hdf5Reader reader(path, dataSet);
     reader.Check();
     reader.Tell(header);
   };
@@ -199,7 +199,7 @@ SampleMemory GatherHdf5(const std::string& path,
   if (!layout.Size(size)) throw std::bad_alloc();
   auto memory = std::make_shared<SharedMemory>(size);
   const auto read = [&](const GatherProgress& told) {
-    Reader reader(path, dataSet);
+    Hdf5Reader reader(path, dataSet);
     reader.Check();
     reader.CheckIs(layout);
     GatherAScans(reader, layout, memory->Bytes(), told);

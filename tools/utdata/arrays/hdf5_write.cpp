@@ -14,9 +14,9 @@ namespace utdata::program {
 namespace {
 
 /// A file that is being made; every step throws Failure.
-class Writer {
+class Hdf5Writer {
  public:
-  explicit Writer(const NewFile& file) : m_path(file.Path()) {
+  explicit Hdf5Writer(const NewFile& file) : m_path(file.Path()) {
     SilenceHdf5();
     m_file = Made(H5Fcreate(file.UnfinishedPath().c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT),
                   H5Fclose);
@@ -150,7 +150,7 @@ void WriteAll(const NewFile& file,
               const DataGroup& group,
               const std::string& description,
               const GatherProgress& progress) {
-  Writer writer(file);
+  Hdf5Writer writer(file);
   writer.MakeSamples(array);
   writer.DescribeSamples(array, description);
   for (unsigned place = 0; place < array.axes.size(); ++place) {

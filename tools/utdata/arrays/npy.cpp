@@ -20,7 +20,7 @@ namespace {
 constexpr std::string_view magic = "\x93NUMPY";
 constexpr std::size_t largestHeader =
     65536;  ///< bytes; the header of three axes takes about a hundred
-constexpr std::size_t mostAxes = 32;
+constexpr std::size_t mostNpyAxes = 32;
 
 /// The literal of a header, read from its front. A failed step leaves it anywhere; the header is
 /// then refused as a whole.
@@ -59,7 +59,7 @@ class Literal {
       std::uint64_t number = 0;
       const auto [end, error] =
           std::from_chars(m_text.data(), m_text.data() + m_text.size(), number);
-      if (error != std::errc() || numbers.size() == mostAxes) return false;
+      if (error != std::errc() || numbers.size() == mostNpyAxes) return false;
       m_text.remove_prefix(static_cast<std::size_t>(end - m_text.data()));
       numbers.push_back(number);
       Take("L");  // as older writers have it

@@ -25,7 +25,7 @@
 namespace utdata::program {
 namespace {
 
-constexpr const char* example =
+constexpr const char* demoExample =
     "Example:\n"
     "  utdata demo --out utdata-demo --force\n"
     "  utdata info utdata-demo/weld.fpd\n";
@@ -212,7 +212,7 @@ void AddDemoVerb(CLI::App& program) {
       ->type_name("DIR");
   verb.add_flag("--force", options->force, "Replace the files of a former demonstration");
   verb.add_flag("--quiet", options->quiet, "Print no messages and no progress");
-  verb.footer(example);
+  verb.footer(demoExample);
   verb.callback([options] { Demo(*options); });
 }
 

@@ -22,7 +22,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr const char* explanation =
+constexpr const char* editExplanation =
     "SELECTOR is the number of a group in the order of the file, from 0, or its ids (channel=0, or "
     "gate=1,channel=0)\n"
     "that match exactly one. 'info' and 'material' need none; a data group is named as 'render' "
@@ -37,7 +37,7 @@ constexpr const char* explanation =
     "\n"
     "Keys and their units:\n";
 
-constexpr const char* example =
+constexpr const char* editExample =
     "\n"
     "Example:\n"
     "  utdata demo --force && utdata edit utdata-demo/weld.fpd gate gate=1 start=1.5 "
@@ -140,11 +140,11 @@ std::string ChangeText(const RecordField<Record>& field,
 }
 
 template <class Record>
-void Report(const EditOptions& options,
-            const std::string& what,
-            const Record& before,
-            const Record& after,
-            const std::string& written) {
+void ReportEdit(const EditOptions& options,
+                const std::string& what,
+                const Record& before,
+                const Record& after,
+                const std::string& written) {
   std::string text;
   Json changes = Json::array();
   for (const auto& field : EditFields(&before)) {
@@ -231,11 +231,11 @@ void EditOne(const EditOptions& options) {
     return;
   }
   const typename Items::Record after = Changed(before, words);
-  if (after == before) return Report(options, what, before, after, "");
+  if (after == before) return ReportEdit(options, what, before, after, "");
   CheckChange<Items>(options, what, before, after);
   Items::Change(item, after);
   const typename Items::Record taken = Items::Of(item);
-  Report(options, what, before, taken, Save(inspection, options.output));
+  ReportEdit(options, what, before, taken, Save(inspection, options.output));
 }
 
 struct EditGroup {
@@ -278,7 +278,7 @@ void AddEditVerb(CLI::App& program) {
   AddChangeOutput(verb, options->output);
   verb.add_flag("--json", options->json, "Print the result as JSON, quantities in base units");
   verb.add_flag("--quiet", options->quiet, "Print no result");
-  verb.footer(explanation + keys + example);
+  verb.footer(editExplanation + keys + editExample);
   verb.callback([options] {
     CheckChangeOutput(options->output);
     const auto* group =

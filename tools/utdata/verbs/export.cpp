@@ -21,7 +21,7 @@
 namespace utdata::program {
 namespace {
 
-constexpr const char* example =
+constexpr const char* exportExample =
     "SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly "
     "one data group, as in\n"
     "class=1,channel=0. A-scans become an array of rows x columns x samples, C-scans one of rows x "
@@ -88,7 +88,7 @@ std::string ShapeText(const DescribedArray& array) {
   return text + " (" + array.type->name + ")";
 }
 
-void Report(const ExportOptions& options, const Export& exported) {
+void ReportExport(const ExportOptions& options, const Export& exported) {
   if (options.json) {
     nlohmann::ordered_json result = {{"path", options.output}};
     result.update(exported.description);
@@ -116,7 +116,7 @@ void ExportGroup(const ExportOptions& options) {
     Progress progress("exporting " + options.output, options.quiet);
     isNpy ? ExportNpy(options, exported, progress) : ExportHdf5(options, exported, progress);
   }
-  Report(options, exported);
+  ReportExport(options, exported);
 }
 
 /// Refuses an output whose name tells no format.
@@ -145,7 +145,7 @@ void AddExportVerb(CLI::App& program) {
   verb.add_flag("--force", options->force, "Replace existing files");
   verb.add_flag("--json", options->json, "Print what was written as JSON");
   verb.add_flag("--quiet", options->quiet, "Print no progress and no result");
-  verb.footer(example);
+  verb.footer(exportExample);
   verb.callback([options] { ExportGroup(*options); });
 }
 

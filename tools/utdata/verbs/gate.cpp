@@ -21,7 +21,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr const char* explanation =
+constexpr const char* gateExplanation =
     "The gate covers round(width / sample step) samples from sample round((start - sample offset)\n"
     "/ sample step). Its amplitude is the largest in percent of full scale, each half wave by its\n"
     "own slope, on the positive scale; its position is the index of the sample where that first\n"
@@ -33,7 +33,7 @@ constexpr const char* explanation =
     "given; one that has C-scans already is refused.\n"
     "\n";
 
-constexpr const char* example =
+constexpr const char* gateExample =
     "Example:\n"
     "  utdata demo --force\n"
     "  utdata gate utdata-demo/weld.fpd --channel 0 --gate 3 --start 4 --width 2 --threshold 10 "
@@ -175,7 +175,7 @@ void AddGateVerb(CLI::App& program) {
   AddTables(verb, options->tables);
   verb.add_flag("--json", options->json, "Print the result as JSON, quantities in base units");
   verb.add_flag("--quiet", options->quiet, "Print no progress and no result");
-  verb.footer(std::string(explanation) + example);
+  verb.footer(std::string(gateExplanation) + gateExample);
   verb.callback([options] {
     CheckChangeOutput(options->output);
     options->gate.start = options->start / 1e6;

@@ -25,7 +25,7 @@
 namespace utdata::program {
 namespace {
 
-constexpr const char* example =
+constexpr const char* importExample =
     "FILE.npy and the data set of FILE.h5:/path tell their shape and type, and what 'utdata "
     "export' wrote tells the "
     "axes too;\n"
@@ -247,7 +247,7 @@ std::string SetQuantities(const ImportOptions& options, bool isDescribed, CGData
   return nominal;
 }
 
-void Report(const ImportOptions& options, const DataGroup& data) {
+void ReportImport(const ImportOptions& options, const DataGroup& data) {
   if (options.json) {
     nlohmann::ordered_json result = {{"path", options.output}, {"data", {DataGroupJson(data)}}};
     result["data"][0]["table_bytes"] = data.Table().size();
@@ -301,7 +301,7 @@ void Import(ImportOptions options, const CLI::App& verb) {
     const UnfinishedFileScope unfinished(options.output);
     inspection.SaveAs(options.output, options.force);
   }
-  Report(options, data);
+  ReportImport(options, data);
 }
 
 void AddArrayOptions(CLI::App& verb, ImportOptions& options) {
@@ -353,7 +353,7 @@ void AddImportVerb(CLI::App& program) {
   verb.add_flag("--force", options->force, "Replace an existing file");
   verb.add_flag("--json", options->json, "Print the result as JSON");
   verb.add_flag("--quiet", options->quiet, "Print no messages and no progress");
-  verb.footer(example);
+  verb.footer(importExample);
   verb.callback([&verb, options] { Import(*options, verb); });
 }
 

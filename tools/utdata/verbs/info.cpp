@@ -10,7 +10,7 @@
 namespace utdata::program {
 namespace {
 
-constexpr const char* example =
+constexpr const char* infoExample =
     "Example:\n"
     "  utdata demo --force && utdata info utdata-demo/weld.fpd\n";
 
@@ -34,7 +34,7 @@ void AddInfoVerb(CLI::App& program) {
                 "Data groups by channel, sub-channel and the display order of their gates");
   verb.add_flag("--json", options->json, "Print the result as JSON, quantities in base units");
   verb.add_flag("--quiet", options->quiet, "Print no progress");
-  verb.footer(example);
+  verb.footer(infoExample);
   verb.callback([options] {
     const Inspection inspection = OpenInspection(options->file);
     const InfoContent content{

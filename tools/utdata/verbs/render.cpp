@@ -20,7 +20,7 @@
 namespace utdata::program {
 namespace {
 
-constexpr const char* example =
+constexpr const char* renderExample =
     "SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly "
     "one data group, as in\n"
     "class=1,channel=0. The soft gain that is not given is as much as the strongest echo of the "
@@ -251,7 +251,7 @@ void AddRenderVerb(CLI::App& program) {
   AddTables(verb, options->tables);
   verb.add_flag("--json", options->json, "Print what was drawn and where as JSON");
   verb.add_flag("--quiet", options->quiet, "Print no progress and no result");
-  verb.footer(example);
+  verb.footer(renderExample);
   verb.callback([options, samples] {
     options->samplesGiven = samples->count() > 0;
     Render(*options);

@@ -15,7 +15,7 @@
 namespace utdata::program {
 namespace {
 
-constexpr const char* example =
+constexpr const char* reportExample =
     "The page needs no network: it carries the samples within itself, up to the limit. Of a data "
     "group that does not "
     "fit, it\n"
@@ -63,7 +63,7 @@ void AddReportVerb(CLI::App& program) {
       ->type_name("MB");
   verb.add_flag("--force", options->force, "Replace an existing file");
   verb.add_flag("--quiet", options->quiet, "Print no progress and no result");
-  verb.footer(example);
+  verb.footer(reportExample);
   verb.callback([options] { MakeReportFile(*options); });
 }
 

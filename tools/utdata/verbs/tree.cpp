@@ -10,7 +10,7 @@
 namespace utdata::program {
 namespace {
 
-constexpr const char* example =
+constexpr const char* treeExample =
     "Example:\n"
     "  utdata demo --force && utdata tree utdata-demo/weld.A01\n";
 
@@ -34,7 +34,7 @@ void AddTreeVerb(CLI::App& program) {
   verb.add_flag("--full", options->full, "Show whole arrays and texts");
   verb.add_flag("--json", options->json, "Print the result as JSON");
   verb.add_flag("--quiet", options->quiet, "Print no messages (this verb has none)");
-  verb.footer(example);
+  verb.footer(treeExample);
   verb.callback([options] {
     SCFile::FileHandle opened = nullptr;
     const int status = SCFile::file_OpenReadOnly(ToWide(options->file).c_str(), &opened);

@@ -11,7 +11,7 @@
 namespace utdata::program {
 namespace {
 
-constexpr const char* example =
+constexpr const char* verifyExample =
     "Example:\n"
     "  utdata demo --force && utdata verify utdata-demo/weld.fpd utdata-demo/weld.A01\n";
 
@@ -53,7 +53,7 @@ void AddVerifyVerb(CLI::App& program) {
       ->required();
   verb.add_flag("--json", options->json, "Print the results as JSON");
   verb.add_flag("--quiet", options->quiet, "Print only files that are not clean, and no progress");
-  verb.footer(example);
+  verb.footer(verifyExample);
   verb.callback([options] { VerifyAll(*options); });
 }
 
