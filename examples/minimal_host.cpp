@@ -3,7 +3,6 @@
 //   minimal_host FILE
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -54,8 +53,8 @@ static void Tell(CIData& item) {
   const CUnit* millimetres = item.idata3_GetUnit(kvt_AxisColumn, unit_Length, unit_Millimetre);
   const double last =
       item.idata3_GetColOffs() + (item.idata3_GetColQty() - 1) * item.idata3_GetColResol();
-  std::printf("%ls class %u: %u columns up to %g mm, %u rows, samples %s\n",
-              label.c_str(),
+  std::printf("%s class %u: %u columns up to %g mm, %u rows, samples %s\n",
+              utdata::NarrowFromWide(label).c_str(),
               static_cast<unsigned>(item.idata3_GetDataId()),
               static_cast<unsigned>(item.idata3_GetColQty()),
               millimetres ? millimetres->ConvertFromBase(last) : last,
@@ -69,7 +68,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   CFCont container;
-  const std::wstring path = std::filesystem::path(argv[1]).wstring();
+  const std::wstring path = utdata::WideFromNarrow(argv[1]);
   const int options[8] = {0, 0, 0, 0, 1, 1, 0, 0};  // read the companions too
   std::unique_ptr<CFContTypeFileDescr> file(container.FileLoad(path.c_str(), nullptr, nullptr));
   if (!file || container.FileUpdate(path.c_str(), file.get(), options, nullptr, nullptr) != 0) {
