@@ -36,9 +36,9 @@ void WriteWhole(CFContTypeFileDescr& groups, const std::string& path, bool repla
   SCFile::GroupHandle topGroup = nullptr;
   SCFile::FileHandle file = nullptr;
   const int status = CFCont().FileWrite(nullptr, &groups, replace ? 0 : 1, &topGroup, &file, 0);
-  if (status != SCFile::status_Ok) throw Failure::OfLibrary(status, path, "cannot be written");
-  if (const int closed = SCFile::file_Close(file); closed != SCFile::status_Ok)
-    throw Failure::OfLibrary(closed, path, "cannot be closed");
+  const Failure failure = Failure::OfLibrary(status, path, "cannot be written");
+  if (file) SCFile::file_Close(file);
+  if (status != SCFile::status_Ok) throw failure;
 }
 
 /// Calls join(list, other) for each pair of lists of two descriptors that hold the same type.
@@ -155,7 +155,7 @@ std::string Document::LastFile() const {
 void CheckNewPath(const std::string& path, bool replace) {
   if (!replace && Exists(path))
     throw Failure(path, "cannot be written", "the file exists", "--force replaces it");
-  const std::filesystem::path folder = std::filesystem::path(ToWide(path)).parent_path();
+  const std::filesystem::path folder = std::filesystem::path(path).parent_path();
   std::error_code ignored;
   if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
     throw Failure(path, "cannot be written", "its folder does not exist", "make the folder first");
@@ -169,8 +169,7 @@ void CheckNewPath(const std::string& path, bool replace) {
 void CheckNotInput(const Document& document, const std::string& path) {
   for (const std::string& file : document.Files()) {
     std::error_code ignored;
-    if (std::filesystem::equivalent(
-            std::filesystem::path(ToWide(file)), std::filesystem::path(ToWide(path)), ignored))
+    if (std::filesystem::equivalent(file, path, ignored))
       throw Failure(
           path, "cannot be written", "it is the inspection file itself", "choose another name");
   }

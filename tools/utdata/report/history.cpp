@@ -129,8 +129,8 @@ class History {
 Json HistoryJson(const Document& document) {
   History history;
   for (const SCFile::FileHandle file : document.Groups().files) {
-    const std::filesystem::path path(SCFile::file_Path(file));
-    history.Read(TreeJson(file, false), ToUtf8(path.filename().wstring()));
+    const std::filesystem::path path = ToUtf8(SCFile::file_Path(file));
+    history.Read(TreeJson(file, false), path.filename().string());
   }
   return history.Events();
 }

@@ -17,7 +17,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::string FileName(const std::string& path) {
-  return ToUtf8(std::filesystem::path(ToWide(path)).filename().wstring());
+  return std::filesystem::path(path).filename().string();
 }
 
 /// JSON within a script element: nothing in it can end the element.

@@ -10,13 +10,14 @@
 namespace utdata::program {
 namespace {
 
-constexpr std::array<std::pair<int, std::string_view>, 6> advices = {{
+constexpr std::array<std::pair<int, std::string_view>, 7> advices = {{
     {SCFile::status_Exists, "--force replaces it"},
     {SCFile::status_NewerVersion, "a newer version of this program reads it"},
     {SCFile::status_Damaged, "restore it from a copy"},
     {SCFile::status_NotInspection, "'utdata import' makes an inspection file from raw samples"},
     {SCFile::status_Locked, "end the other program that writes it, then try again"},
     {SCFile::status_DiskFull, "make room, then try again"},
+    {SCFile::status_InTheWay, "move it away, then try again"},
 }};
 
 }  // namespace
@@ -42,6 +43,7 @@ Failure Failure::OfLibrary(int status, std::string_view file, std::string_view w
   if (why.starts_with(opening)) why.erase(0, opening.size());
   constexpr std::string_view said = "cannot be opened: ";  // `what` tells it
   if (why.starts_with(said)) why.erase(0, said.size());
+  if (status == SCFile::status_NotDurable) what = {};  // nothing failed but what `why` tells
   return {file, what, why, AdviceFor(status)};
 }
 
