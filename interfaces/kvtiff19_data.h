@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "interfaces/export.h"
-#include "interfaces/kvtiff19_types.h"
+#include "export.h"
+#include "kvtiff19_types.h"
 
 namespace utdata::kvtiff19 {
 template <class Record>

@@ -33,8 +33,8 @@
 #include <string>
 #include <vector>
 
-#include "interfaces/export.h"
-#include "interfaces/kvtiff19_types.h"
+#include "export.h"
+#include "kvtiff19_types.h"
 
 /// Channel: one set of pulser, receiver and path settings.
 struct CGChanTypeDescr {
@@ -356,7 +356,7 @@ struct CGWeldFillDescr {
   std::vector<std::array<double, 2>> outline;  ///< (across the weld, depth), m
 };
 
-#include "interfaces/kvtiff19_data.h"
+#include "kvtiff19_data.h"
 
 #define UTDATA_FAMILY(prefix, Descriptor)                                                \
   UTDATA_API int prefix##_Init(SCFile::LockCallback lock,                                \

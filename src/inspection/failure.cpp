@@ -46,6 +46,7 @@ Error Error::OfFileLayer(int status, const std::string& file, std::string_view w
   // The layer begins with the file and with what it tried, which `file` and `what` say already.
   for (const std::string& opening : {file + ": ", std::string("cannot be opened: ")})
     if (why.starts_with(opening)) why.erase(0, opening.size());
+  if (status == SCFile::status_NotDurable) what = {};  // nothing failed but what `why` says
   return {file, what, why, {}, status};
 }
 

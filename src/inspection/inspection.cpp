@@ -244,9 +244,9 @@ void Inspection::SaveAs(const std::string& path, bool replace) {
   SCFile::GroupHandle top = nullptr;
   SCFile::FileHandle file = nullptr;
   const int status = CFCont().FileWrite(nullptr, &copy, replace ? 0 : 1, &top, &file, 0);
-  if (status != SCFile::status_Ok) throw Error::OfFileLayer(status, path, cannotBeWritten);
-  if (const int closed = SCFile::file_Close(file); closed != SCFile::status_Ok)
-    throw Error::OfFileLayer(closed, path, "cannot be closed");
+  const Error failure = Error::OfFileLayer(status, path, cannotBeWritten);
+  if (file) SCFile::file_Close(file);  // everything is committed, or nothing is to be
+  if (status != SCFile::status_Ok) throw failure;
 }
 
 CFSet& Inspection::FileSet() const { return m_state->set; }

@@ -61,7 +61,7 @@ ForeignArray ReadNpy(const std::string& path) {
 }  // namespace
 
 std::string DescriptionPath(const std::string& path) {
-  return ToUtf8(std::filesystem::path(ToWide(path)).replace_extension(L".json").wstring());
+  return std::filesystem::path(path).replace_extension(".json").string();
 }
 
 ArrayName::ArrayName(std::string given) : text(std::move(given)), file(text) {

@@ -11,13 +11,14 @@
 namespace utdata::program {
 namespace {
 
-constexpr std::array<std::pair<int, std::string_view>, 6> remedies = {{
+constexpr std::array<std::pair<int, std::string_view>, 7> remedies = {{
     {SCFile::status_Exists, "--force replaces it"},
     {SCFile::status_NewerVersion, "a newer version of this program reads it"},
     {SCFile::status_Damaged, "restore it from a copy"},
     {SCFile::status_NotInspection, "'utdata import' makes an inspection file from raw samples"},
     {SCFile::status_Locked, "end the other program that writes it, then try again"},
     {SCFile::status_DiskFull, "make room, then try again"},
+    {SCFile::status_InTheWay, "move it away, then try again"},
 }};
 
 std::string RemedyFor(const Failure& failure) {

@@ -85,7 +85,7 @@ void RemoveCompanions(const std::string& folder) {
 /// Makes the folder, and makes room in it: with force, the files of a former demonstration go.
 DemoPaths Prepare(const DemoOptions& options) {
   std::error_code error;
-  std::filesystem::create_directories(ToWide(options.folder), error);
+  std::filesystem::create_directories(options.folder, error);
   if (error) throw Failure(options.folder, "cannot be made", error.message());
   const std::string weld = options.folder + "/weld";
   const DemoPaths paths = {weld + ".acq",

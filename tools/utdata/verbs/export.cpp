@@ -58,7 +58,8 @@ std::span<const std::byte> BytesOf(const std::string& text) {
 void ExportNpy(const ExportOptions& options, const Export& exported, Progress& progress) {
   const std::string described = DescriptionPath(options.output);
   CheckNewFile(described, options.force);
-  NewFile samples(options.output);
+  NewFile samples(options.output, options.force);
+  NewFile description(described, options.force);
   samples.Append(BytesOf(NpyHeaderBytes(*exported.array.type, exported.array.Shape())));
   std::uint64_t done = 0;
   const auto append = [&](std::span<const std::byte> piece, std::uint64_t total) {
@@ -67,17 +68,15 @@ void ExportNpy(const ExportOptions& options, const Export& exported, Progress& p
     progress.At(done, total);
   };
   ForEachPiece(exported.array, exported.group, append);
-  NewFile description(described);
   description.Append(BytesOf(exported.description.dump(2) + "\n"));
-  samples.Commit(options.force);
-  description.Commit(options.force);
+  CommitTogether(samples, description);
 }
 
 void ExportHdf5(const ExportOptions& options, const Export& exported, Progress& progress) {
-  NewFile file(options.output);
+  NewFile file(options.output, options.force);
   const auto tell = [&](std::uint64_t done, std::uint64_t total) { progress.At(done, total); };
   WriteHdf5(file, exported.array, exported.group, exported.description.dump(), tell);
-  file.Commit(options.force);
+  file.Commit();
 }
 
 std::string ShapeText(const DescribedArray& array) {
