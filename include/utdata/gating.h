@@ -55,9 +55,9 @@ struct GateResult {
 /// there, and adds the C-scans; nothing is saved. Throws, and changes nothing, when the channel has
 /// no A-scans, the gate covers no sample, has C-scans already, or two groups of A-scans differ in
 /// neither patch nor sub-channel.
-[[nodiscard]] UTDATA_API GateResult Gate(Inspection& inspection,
-                                         const GateSettings& settings,
-                                         const Watch& watch = {});
+UTDATA_API GateResult Gate(Inspection& inspection,
+                           const GateSettings& settings,
+                           const Watch& watch = {});
 
 /// What a gate would see in A-scans that stand cell after cell in memory, as an instrument's own
 /// gate does.

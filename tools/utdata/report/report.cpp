@@ -37,6 +37,16 @@ std::string TitleOf(const Inspection& inspection) {
   return FileName(inspection.Path());
 }
 
+/// Levels in decibels are a straight line over the decades of percent: where it is at full scale,
+/// and how far it rises a decade.
+Json DecibelsJson(const Inspection& inspection) {
+  for (const DataGroup& group : inspection.Data())
+    if (group.HoldsAmplitudes())
+      return {{"full", group.Decibels(100)},
+              {"perDecade", group.Decibels(100) - group.Decibels(10)}};
+  return nullptr;
+}
+
 void Replace(std::string& page, std::string_view mark, std::string_view text) {
   const std::size_t at = page.find(mark);
   if (at != std::string::npos) page.replace(at, mark.size(), text);
@@ -52,6 +62,7 @@ Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
                       {"files", std::move(files)},
                       {"maker", "utdata " UTDATA_VERSION},
                       {"tables", TablesJson(inspection)},
+                      {"decibels", DecibelsJson(inspection)},
                       {"views", views.views},
                       {"missing", views.missing},
                       {"defects", DefectsJson(inspection)},

@@ -9,7 +9,6 @@
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
-#include "utdata/idata.h"
 #include "utdata/samples.h"
 
 namespace utdata::program {
@@ -45,7 +44,7 @@ std::string Name(const DataGroup& group) {
 /// Percent of full scale of one step of the samples, on either side of zero.
 Json AmplitudeJson(const DataGroup& group) {
   const AmplitudeScale scale = group.Amplitudes();
-  return {{"zero", 0.0}, {"above", scale.above}, {"below", scale.below}};
+  return {{"above", scale.above}, {"below", scale.below}};
 }
 
 /// Numbers rounded to a micrometre; null where there is none.
@@ -134,7 +133,6 @@ class ViewMaker {
     if (const auto depth = group.Depths()) view["depth"] = AxisJson(*depth, "sample");
     if (const auto depths = group.TofdDepths(); !depths.empty())
       view["tofdDepths"] = TableJson(depths);
-    view["angle"] = group.Item().idata3_GetProbeAngle();
     view["amplitude"] = AmplitudeJson(group);
     view["wave"] = group.IsTofd();
     view["signed"] = samples.IsSigned();
