@@ -119,13 +119,12 @@ std::span<const std::byte> DataGroup::Cell(std::uint32_t row,
                                            std::uint32_t column,
                                            std::size_t sampleSize) const {
   const CellTable& cells = m_inspection->CellsOf(*m_row);
-  const std::string name = Name();
   if (sampleSize != Descriptor().GetSampleSize())
-    throw Error(name,
+    throw Error(Name(),
                 "cannot be read",
                 "its samples have " + std::to_string(Descriptor().GetSampleSize()) + " bytes");
   if (row >= RowQuantity() || column >= ColumnQuantity())
-    throw Error(name,
+    throw Error(Name(),
                 "cannot be read",
                 "it has " + std::to_string(RowQuantity()) + " rows and " +
                     std::to_string(ColumnQuantity()) + " columns");

@@ -151,7 +151,8 @@ TEST_F(RecordingTest, ABlockThatDoesNotLieInTheFileIsRefused) {
   }
 }
 
-/// An index table that is turned twice, or turned for a data group that is not taken, leads nowhere.
+/// An index table that is turned twice, or turned for a data group that is not taken, leads
+/// nowhere.
 TEST_F(RecordingTest, AnIndexTableIsTurnedOnce) {
   Recording recording(Write(RecordedBytes()));
   Inspection inspection = Inspection::New(NewPath());
