@@ -118,6 +118,15 @@ double DepthOfPath(const CIData& item) {
   return std::cos(double{item.idata3_GetProbeAngle()} * std::numbers::pi / 180);
 }
 
+/// One-way path of the lateral wave between two TOFD probes, metres: half the straight way. No
+/// diffracted echo comes before it.
+double LateralPath(const CIData& item) {
+  double sagitta = 0;
+  double half = double{item.Descriptor()->probeSeparation} / 2;
+  item.GetCircularParameter(&sagitta, &half);  // leaves those of a flat part
+  return half;
+}
+
 const CUnit* DecibelUnit(const CIData& item) {
   return item.idata3_GetUnit(kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel);
 }
@@ -157,8 +166,10 @@ std::vector<double> DataGroup::TofdDepths() const {
   std::vector<double> depths;
   if (!IsTofd() || !samples.HasPath()) return depths;
   const CUnit* unit = samples.Unit(unit_TofdDepth, unit_Millimetre);
-  for (std::uint32_t sample = 0; sample < samples.Quantity(); ++sample)
-    depths.push_back(unit ? unit->ConvertFromBase(samples.At(sample)) : unknown);
+  for (std::uint32_t sample = 0; sample < samples.Quantity(); ++sample) {
+    const double path = samples.At(sample);
+    depths.push_back(unit && path >= LateralPath(Item()) ? unit->ConvertFromBase(path) : unknown);
+  }
   return depths;
 }
 
@@ -239,7 +250,8 @@ utdata::ReadOut DataGroup::ReadOut(std::uint32_t row,
   if (hasSamples && axis.HasPath()) {
     at.halfPath = {item, kvt_AxisSample, unit_HalfPath, path};
     at.depth = {item, kvt_AxisSample, unit_HalfPath, path * DepthOfPath(item)};
-    if (IsTofd()) at.tofdDepth = {item, kvt_AxisSample, unit_TofdDepth, path};
+    if (IsTofd() && path >= LateralPath(item))
+      at.tofdDepth = {item, kvt_AxisSample, unit_TofdDepth, path};
   }
   at.percent = HoldsPositions() ? unknown : Percent(at.value);
   at.decibels = HoldsPositions() ? unknown : Decibels(at.percent);
