@@ -34,12 +34,12 @@ class CDocument final : public IGDataSupplier {
 
  private:
   void Add(CGDataTypeFDD& group) {
-    CIData* item = m_set.fset_AddGData(&group, nullptr, &m_volumes, 0);
+    bool isAdded = false;  // else the item, if any, is another group's, with samples of its own
+    CIData* item = m_set.fset_AddGData(&group, nullptr, &m_volumes, 0, &isAdded);
     void* samples = nullptr;
     std::uint64_t size = 0;  // the mapping is the file's, and ends when that is closed
-    if (!item || gdata_SamplesMap(&group, &samples, &size) != SCFile::status_Ok) return;
-    item->idata1_GetInfoRef()->SetDiskTable(static_cast<char*>(samples), true);
-    item->idata1_GetInfoRef()->SetDataLoaded(item->idata1_GetInfoRef()->GetDiskTable() != nullptr);
+    if (!isAdded || gdata_SamplesMap(&group, &samples, &size) != SCFile::status_Ok) return;
+    item->AttachTable(static_cast<char*>(samples), true);
   }
 
   CFContTypeFileDescr& m_groups;
@@ -60,7 +60,7 @@ static void Tell(CIData& item) {
               static_cast<unsigned>(item.idata3_GetColQty()),
               millimetres ? millimetres->ConvertFromBase(last) : last,
               static_cast<unsigned>(item.idata3_GetRowQty()),
-              item.idata1_GetInfoRef()->IsDataLoaded() ? "at hand" : "missing");
+              item.Descriptor()->IsDataLoaded() ? "at hand" : "missing");
 }
 
 int main(int argc, char** argv) {

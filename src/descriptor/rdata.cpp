@@ -33,10 +33,10 @@ std::uint32_t QuantityOfRange(double range) {
              : 1;
 }
 
-/// The descriptor of a linked item that lives and has one, else null.
+/// The descriptor of a linked item that lives and has one, else null. No id may be changed.
 CRDataTypeDD* DescriptorOf(const utdata::DataItemLink& link) {
   const CIData* const item = link.Get();
-  return item ? item->idata1_GetInfoRef() : nullptr;
+  return item ? const_cast<CRDataTypeDD*>(item->Descriptor()) : nullptr;
 }
 
 /// Whether a table is memory that may be read: the all-ones pointer stands for one that is not

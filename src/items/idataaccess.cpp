@@ -4,7 +4,8 @@
 #include <limits>
 #include <thread>
 
-#include "src/items/idatarecord.h"
+#include "src/foundation/dataclass.h"
+#include "src/items/idatainside.h"
 #include "utdata/error.h"
 #include "utdata/idata.h"
 #include "utdata/idatalst.h"
@@ -185,24 +186,29 @@ void* CIData::idata3_GetDataTablePtr() const {
   }
 }
 
-bool CIData::idata1_DataIsVolume() const {
-  const gdata_enumDataClass c = idata3_GetDataId();
-  return c == gdata_AScan || c == gdata_AScanMerged || c == gdata_BeamSimulation;
+int CIData::IsDiskOrigin() const {
+  return m_diskOrigin.load(std::memory_order_relaxed) == 1 ? 1 : 0;
 }
 
-bool CIData::idata3_isAmplitudeData() const {
-  const std::uint32_t c = utdata::ClassOfElements(idata3_GetDataId());
-  return c == gdata_AScan || c == gdata_AScanMerged || c == gdata_AScanProcessed;
+void CIData::SetDiskOrigin() { m_diskOrigin.store(1, std::memory_order_relaxed); }
+
+bool CIData::idata1_DataIsVolume() const {
+  const gdata_enumDataClass c = idata3_GetDataId();
+  return !utdata::IsMaster(c) && utdata::IsVolume(c);
 }
+
+bool CIData::idata3_isAmplitudeData() const { return utdata::IsAScan(idata3_GetDataId()); }
 
 bool CIData::idata3_IsAnalogData() const {
   const gdata_enumDataClass c = idata3_GetDataId();
-  return c == gdata_Analog || c == gdata_AnalogScaled || c == gdata_AnalogCounter;
+  return !utdata::IsMaster(c) && utdata::IsAnalog(c);
 }
 
 bool CIData::idata3_IsEddyCurrentData() const {
   const gdata_enumDataClass c = idata3_GetDataId();
-  return c == gdata_EddyCurrentX || c == gdata_EddyCurrentY;
+  return !utdata::IsMaster(c) && utdata::IsEddyCurrent(c);
 }
 
 bool CIData::idata3_IsBeamSimulation() const { return idata3_GetDataId() == gdata_BeamSimulation; }
+
+bool CIData::idata3_IsLABEnabled() const { return false; }

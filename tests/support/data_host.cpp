@@ -60,9 +60,6 @@ EditableItem::EditableItem(DataHost& host, const idata_typeId& id)
   SetId(id);  // construction may have assigned a bookmark type
 }
 
-void EditableItem::SetId(const idata_typeId& id) {
-  const HomeScope home(*this);
-  GiveIds(*idata1_GetInfoRef(), id);
-}
+void EditableItem::SetId(const idata_typeId& id) { GiveIds(*idata1_GetInfoRef(), id); }
 
 }  // namespace utdata::test

@@ -52,7 +52,7 @@ class EditableItem : public CIData {
  public:
   EditableItem(DataHost& host, const idata_typeId& id);
 
-  /// Changes the ids as an item's own operations do.
+  /// Through the reference to the item's descriptor.
   void SetId(const idata_typeId& id);
 
  private:
