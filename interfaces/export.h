@@ -1,4 +1,5 @@
-// The export macro of the library's boundary.
+// The export macros of the library's boundary: UTDATA_API marks what belongs to it, UTDATA_LOCAL
+// what is declared inside an exported class and does not.
 #pragma once
 
 #if defined(UTDATA_STATIC)
@@ -11,4 +12,10 @@
 #endif
 #else
 #define UTDATA_API __attribute__((visibility("default")))
+#endif
+
+#if defined(UTDATA_STATIC) || defined(_WIN32)
+#define UTDATA_LOCAL
+#else
+#define UTDATA_LOCAL __attribute__((visibility("hidden")))
 #endif
