@@ -27,10 +27,8 @@ target_include_directories(utdata PUBLIC
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-# Installed, the interface headers find each other through the quote path: on the ordinary path, include/utdata/error.h would hide
-# the C library's <error.h> from the host.
-target_compile_options(utdata INTERFACE
-  $<INSTALL_INTERFACE:$<$<NOT:$<CXX_COMPILER_ID:MSVC>>:-iquote$<INSTALL_PREFIX>/${CMAKE_INSTALL_INCLUDEDIR}/utdata>>)
+# Headers find each other from where they stand: include/utdata/ is on no path, since its error.h and unit.h would hide those of the
+# C library and of the host.
 target_link_libraries(utdata PUBLIC Eigen3::Eigen PRIVATE Threads::Threads)
 if(NOT MSVC AND NOT APPLE AND NOT UTDATA_SANITIZE)
   target_link_options(utdata PRIVATE -Wl,--no-undefined)

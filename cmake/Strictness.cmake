@@ -1,9 +1,12 @@
-# What every target of ours is compiled with: utdata_strict carries the warnings, and the sanitizers apply to all.
+# What every target of ours is compiled with: utdata_strict carries the warnings and the rules of
+# arithmetic, and the sanitizers apply to all.
 
 add_library(utdata_strict INTERFACE)
 if(NOT MSVC)
   target_compile_options(utdata_strict INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
+    # One rounding per operation, so that codes and units are the same numbers on every processor.
+    -ffp-contract=off
     $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
     # g++ 12 takes inlined assignments of short texts for overlapping copies.
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>

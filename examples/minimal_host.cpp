@@ -1,66 +1,31 @@
-// A whole host, small: loads an inspection with its companions, makes data items of its data
-// groups, attaches their samples, and tells what is there, in millimetres.
+// A whole host, small: opens an inspection with its companions, lists its data groups, shows an
+// A-scan in display codes and one position in everyday units, moves a gate, and saves the change as
+// a companion, which it then reads back. Paths and texts are UTF-8.
 //   minimal_host FILE
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
-#include <memory>
 #include <string>
 
-#include "utdata/fcont.h"
-#include "utdata/fset.h"
-#include "utdata/idata.h"
-#include "utdata/idatalst.h"
-#include "utdata/supplier.h"
-#include "utdata/tablefactory.h"
-#include "utdata/vset.h"
+#include "utdata/inspection.h"
+#include "utdata/readout.h"
+#include "utdata/samples.h"
 
-// One opened inspection; the library knows the class by this name. What refers to something stands
-// behind it, and so goes first.
-class CDocument final : public IGDataSupplier {
- public:
-  explicit CDocument(CFContTypeFileDescr& groups) : m_groups(groups) {
-    m_volumes.vol_FillBaseUnits();
-    for (CGDataTypeFDD* group : groups.data) Add(*group);
-  }
-  CFSet* GetFileSet() override { return &m_set; }
-  CTableFactory* GetTableFactory() override { return &m_tables; }
-  CVolumeSet* GetVolumeSet() override { return &m_volumes; }
-  CFContTypeFileDescr* GetFileDescriptor() override { return &m_groups; }
-  void OnDataGroupAdded(std::int32_t) override {}
-  void HandleParameterRequest(PellamServiceParam&, std::int32_t) override {
-  }  // no parameter database: presets stay
-  void OnParametersChanged() override {}
-
- private:
-  void Add(CGDataTypeFDD& group) {
-    CIData* item = m_set.fset_AddGData(&group, nullptr, &m_volumes, 0);
-    void* samples = nullptr;
-    std::uint64_t size = 0;  // the mapping is the file's, and ends when that is closed
-    if (!item || gdata_SamplesMap(&group, &samples, &size) != SCFile::status_Ok) return;
-    item->idata1_GetInfoRef()->SetDiskTable(static_cast<char*>(samples), true);
-    item->idata1_GetInfoRef()->SetDataLoaded(item->idata1_GetInfoRef()->GetDiskTable() != nullptr);
-  }
-
-  CFContTypeFileDescr& m_groups;
-  CTableFactory m_tables;
-  CVolumeSet m_volumes{this, unit_Length, L"", unit_Length, L""};
-  CFSet m_set{this};
-};
-
-static void Tell(CIData& item) {
-  std::wstring label, idLabel;
-  item.idata3_GetChannelIdName(&label, &idLabel, 0);
-  const CUnit* millimetres = item.idata3_GetUnit(kvt_AxisColumn, unit_Length, unit_Millimetre);
-  const double last =
-      item.idata3_GetColOffs() + (item.idata3_GetColQty() - 1) * item.idata3_GetColResol();
-  std::printf("%ls class %u: %u columns up to %g mm, %u rows, samples %s\n",
-              label.c_str(),
-              static_cast<unsigned>(item.idata3_GetDataId()),
-              static_cast<unsigned>(item.idata3_GetColQty()),
-              millimetres ? millimetres->ConvertFromBase(last) : last,
-              static_cast<unsigned>(item.idata3_GetRowQty()),
-              item.idata1_GetInfoRef()->IsDataLoaded() ? "at hand" : "missing");
+static void Show(const utdata::DataGroup& ascans) {
+  utdata::Samples samples = ascans.Samples();
+  const std::uint64_t cell = samples.FindPeaks(ascans.AllCells()).strongest.cell;
+  const auto row = static_cast<std::uint32_t>(cell / ascans.ColumnQuantity());
+  const auto column = static_cast<std::uint32_t>(cell % ascans.ColumnQuantity());
+  for (const std::uint8_t code : samples.Codes({cell, 1})) std::printf("%02x", code);
+  std::printf("\n");
+  const std::uint32_t sample = samples.FindPeaks({cell, 1}).strongest.sample;
+  const utdata::ReadOut at = ascans.ReadOut(row, column, sample);
+  std::printf("column %.1f mm, row %.1f mm: %.2f µs, depth %.1f mm, %.1f %%, %.1f dB\n",
+              at.column.In(unit_Millimetre),
+              at.row.In(unit_Millimetre),
+              at.time.In(unit_Microsecond),
+              at.depth.In(unit_Millimetre),
+              at.percent,
+              at.decibels);
 }
 
 int main(int argc, char** argv) {
@@ -68,21 +33,21 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: minimal_host FILE\n");
     return 2;
   }
-  CFCont container;
-  const std::wstring path = std::filesystem::path(argv[1]).wstring();
-  const int options[8] = {0, 0, 0, 0, 1, 1, 0, 0};  // read the companions too
-  std::unique_ptr<CFContTypeFileDescr> file(container.FileLoad(path.c_str(), nullptr, nullptr));
-  if (!file || container.FileUpdate(path.c_str(), file.get(), options, nullptr, nullptr) != 0) {
-    file.release();  // a failed update has deleted it
-    std::fprintf(stderr, "%s\n", SCFile::file_LastError().c_str());
+  try {
+    auto inspection = utdata::Inspection::Open(argv[1]);
+    for (const std::string& warning : inspection.Warnings())
+      std::printf("warning: %s\n", warning.c_str());
+    for (const utdata::DataGroup& group : inspection.Data())
+      std::printf("%s%s\n", group.Label().c_str(), group.ClassName().c_str());
+    Show(inspection.Data({.dataClass = gdata_AScan, .channel = 0}));
+
+    const utdata::GateHandle gate = inspection.Gate(0, 1);
+    gate.SetStart(gate.Start() + 0.1e-6);
+    std::printf("gate moved, written to %s\n", inspection.SaveCompanion().c_str());
+    const auto again = utdata::Inspection::Open(argv[1]);
+    std::printf("it starts at %.2f µs now\n", again.Gate(0, 1).Start() * 1e6);
+  } catch (const utdata::Error& error) {
+    std::fprintf(stderr, "%s\n", error.what());
     return 1;
   }
-  {
-    CDocument document(*file);
-    CIDataLst items;
-    document.GetFileSet()->fset_GetIDataLst(&items);
-    for (CIData* item : items) Tell(*item);
-  }
-  utdata::DeleteGroups(*file);
-  container.FileClose(file.get());
 }

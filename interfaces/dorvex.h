@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "interfaces/export.h"
+#include "export.h"
 
 namespace Aurelis {
 

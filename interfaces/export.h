@@ -12,3 +12,10 @@
 #else
 #define UTDATA_API __attribute__((visibility("default")))
 #endif
+
+/// On an inline member of an exported class that the library offers by name as well.
+#if defined(UTDATA_STATIC) || defined(_WIN32)
+#define UTDATA_INLINE_API
+#else
+#define UTDATA_INLINE_API UTDATA_API
+#endif

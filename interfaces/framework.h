@@ -14,7 +14,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "interfaces/export.h"
+#include "export.h"
 
 class CObject;
 class CArchive;
@@ -111,14 +111,15 @@ enum class ReportAnswer {
          ///< program goes on
 };
 
-/// Receives reports; called by the thread that reports, one call at a time. What is reported while
-/// a sink runs, by that same thread, goes to the default receiver, and so does a report whose sink
-/// throws.
+/// Receives reports; called by the thread that reports, without any lock, so that it may wait for
+/// other threads that report: several threads may be in it at once. What is reported while a sink
+/// runs, by that same thread, goes to the default receiver, and so does a report whose sink throws.
 using ReportSink = std::function<ReportAnswer(const Report&)>;
 
 /// Replaces the receiver of reports and returns the one before, which no other thread is in any
-/// more. An empty sink restores the default, which writes one line to the standard error stream in
-/// checked builds (UTDATA_CHECKED) and nothing otherwise.
+/// more: waits for those that are, unless it is called by a sink. An empty sink restores the
+/// default, which writes one line to the standard error stream in checked builds (UTDATA_CHECKED)
+/// and nothing otherwise.
 UTDATA_API ReportSink SetReportSink(ReportSink sink);
 
 /// Raises a plain assertion report. Never throws, never stops the program.

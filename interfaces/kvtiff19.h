@@ -13,9 +13,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
-#include "interfaces/export.h"
-#include "interfaces/kvtiff19_types.h"
+#include "export.h"
+#include "kvtiff19_types.h"
 
 namespace SCFile {
 
@@ -38,7 +39,10 @@ enum Status : int {
   status_BufferTooSmall,  ///< the caller's buffer does not hold the value
   status_TooLarge,        ///< a limit of the format (depth, name, count, size), or more than the
                           ///< machine's memory
-  status_Stopped          ///< the caller's progress function asked to stop
+  status_Stopped,         ///< the caller's progress function asked to stop
+  status_InTheWay,        ///< what stands at the name with ".part" is not an unfinished file
+  status_NotDurable       ///< all is written and stands under its name, but the name may not
+                          ///< outlive a power cut: its directory could not be synced
 };
 
 /// A few English words for a status.
@@ -47,6 +51,9 @@ enum Status : int {
 /// What went wrong in the last call of this thread that failed: the file, what failed and why, in
 /// one line of UTF-8.
 [[nodiscard]] UTDATA_API std::string file_LastError();
+/// For a layer above: notes why a call of its own failed, as file_LastError tells it, and returns
+/// the status.
+UTDATA_API int file_Fail(int status, const std::wstring& path, std::string_view why) noexcept;
 
 /// Value types of items.
 enum ValueType : std::uint8_t {
@@ -76,35 +83,40 @@ UTDATA_API int file_Init(LockCallback lock,
                          ErrorCallback error,
                          ProgressCallback progress);
 
-/// Opens an existing file for reading and, where the file allows it, later writing. Reads and
-/// checks all metadata; sample blocks are not touched. `file` is set only on success and is closed
-/// with file_Close.
+/// Opens an existing file for reading and, where the file allows it, later writing: the first write
+/// opens the same file once more. Reads and checks all metadata; sample blocks are not touched.
+/// `file` is set only on success and is closed with file_Close.
 UTDATA_API int file_Open(const wchar_t* path, FileHandle* file);
-/// As file_Open, but never for writing: takes no lock, and a write answers status_ReadOnly.
+/// As file_Open, but never for writing: a write answers status_ReadOnly.
 UTDATA_API int file_OpenReadOnly(const wchar_t* path, FileHandle* file);
 
 /// A new empty file; status_Exists when the name is taken, now or when the first commit comes. The
-/// file is written beside its name (with ".part" added) and takes the name with its first commit;
-/// closed before that, it leaves nothing behind. A second creation of the same name before then
-/// answers status_Locked.
+/// file is written beside its name (with ".part" added) and takes the name with its first commit. A
+/// second creation of the same name before then answers status_Locked. An unfinished file that a
+/// killed writer left is removed; anything else at the name with ".part", a link too, stays as it
+/// is and answers status_InTheWay.
 UTDATA_API int file_Create(const wchar_t* path, FileHandle* file);
 /// As file_Create, but an existing file of that name is replaced, in one step, by the first commit;
-/// until then it is untouched.
+/// until then it is untouched. The new file is as open to others as the one it replaces.
 UTDATA_API int file_CreateEx(const wchar_t* path, FileHandle* file);
 
 /// Makes everything written since the last commit part of the file: data first, then the commit
 /// record, each on the medium before the next, so that a crash leaves the file with all of it or
 /// none. Fails without changing the file when any write since the last commit failed; what was
 /// gathered is then dropped. Nothing to do is a success. Groups made before the commit stay
-/// readable.
+/// readable. status_NotDurable: the commit holds.
 UTDATA_API int file_Commit(FileHandle file);
 
 /// Drops everything written since the last commit and gives the writer's lock up; the groups made
-/// since then are empty from now on. Nothing to drop is a success.
+/// since then are empty from now on. Of a new file its creation is dropped too: unless it is written
+/// to again, nothing is left of it once it is closed. Nothing to drop is a success.
 UTDATA_API int file_Discard(FileHandle file);
 
-/// Closes the file, its groups and the views mapped from it. What was not committed is dropped.
-/// Null is status_BadArgument.
+/// Commits what was not committed yet, then closes the file, its groups and the views mapped from
+/// it; a file that was created exists from then on, though nothing was written to it. The answer is
+/// that of file_Commit: after any other than status_Ok and status_NotDurable the file is as it was
+/// committed last, and one that never was leaves nothing behind. Who must not commit calls
+/// file_Discard first. Null is status_BadArgument.
 UTDATA_API int file_Close(FileHandle file);
 
 /// Text coding of the file: 1 (Unicode) is the only one, and the default. Others answer
@@ -144,7 +156,7 @@ UTDATA_API int file_GroupOpen(Node* parent, GroupHandle* group, std::uint32_t ke
 
 /// Appends a new child group to a file or to an uncommitted group. The first one after opening or a
 /// commit takes the writer's lock: status_Locked, status_MovedOn or status_ReadOnly when that
-/// cannot be.
+/// cannot be. status_MovedOn also when the path leads to another file by now.
 /// @param typeCode 16-bit group type code
 /// @param name     null or empty for no name
 UTDATA_API int file_GroupCreate(Node* parent,
@@ -195,6 +207,9 @@ UTDATA_API int file_BlockRead(const Node* group,
 UTDATA_API int file_BlockMap(Node* group, std::uint32_t index, void** data);
 /// Ends a view. @param data as file_BlockMap gave it
 UTDATA_API int file_BlockUnmap(FileHandle file, void* data);
+/// The size in bytes of a view that file_BlockMap gave, of any file. False, and `size` is left
+/// alone, for an address at which no view starts; it is not read. Any thread.
+[[nodiscard]] UTDATA_API bool file_ViewSize(const void* data, std::uint64_t* size) noexcept;
 
 /// The file that a group belongs to; a file itself for a file. Null for null.
 [[nodiscard]] UTDATA_API FileHandle file_OfGroup(Node* group);
@@ -224,4 +239,4 @@ UTDATA_API int file_Verify(const wchar_t* path,
 
 }  // namespace SCFile
 
-#include "interfaces/kvtiff19_families.h"
+#include "kvtiff19_families.h"

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "interfaces/export.h"
-#include "interfaces/kvtiff19_types.h"
+#include "export.h"
+#include "kvtiff19_types.h"
 
 namespace utdata::kvtiff19 {
 template <class Record>
@@ -82,7 +82,7 @@ class UTDATA_API CGDataTypeFDD {
   gdata_enumInspGeometry inspectionGeometry = gdata_GeometryFlat;
   std::uint32_t geometryKind = 0;  ///< 16 to 19 select the circular formulas
   void* dataPointer = nullptr;   ///< samples in memory, not owned; null when they are on disk only
-  std::uint64_t dataSize = 0;    ///< bytes at dataPointer; 0: as the layout says (LayoutSize)
+  std::uint64_t dataSize = 0;    ///< bytes at dataPointer; 0: not stated, as LayoutSize says
   std::uint32_t cellSize = 0;    ///< bytes of one cell
   std::uint32_t sampleSize = 0;  ///< bytes per sample
   gdata_bitmapFileOptions fileFormat = gdata_OptionNone;
@@ -115,8 +115,9 @@ class UTDATA_API CGDataTypeFDD {
   [[nodiscard]] SCFile::GroupHandle GetGroupHandle() const { return m_group; }
   void SetGroupHandle(SCFile::GroupHandle group) { m_group = group; }
 
-  /// Bytes of a sample block laid out cell by cell: sample size x samples x columns x rows, for
-  /// storage by cells. False when the product does not fit 64 bits or the storage mode is another.
+  /// Bytes of a sample block that is stored by cells: columns x rows cells, each as wide as its
+  /// samples (one of a C-scan) or as the cell size, whichever is more. False when the product does
+  /// not fit 64 bits or the storage mode is another.
   [[nodiscard]] bool LayoutSize(std::uint64_t& size) const;
 
  private:

@@ -33,8 +33,8 @@
 #include <string>
 #include <vector>
 
-#include "interfaces/export.h"
-#include "interfaces/kvtiff19_types.h"
+#include "export.h"
+#include "kvtiff19_types.h"
 
 /// Channel: one set of pulser, receiver and path settings.
 struct CGChanTypeDescr {
@@ -356,7 +356,7 @@ struct CGWeldFillDescr {
   std::vector<std::array<double, 2>> outline;  ///< (across the weld, depth), m
 };
 
-#include "interfaces/kvtiff19_data.h"
+#include "kvtiff19_data.h"
 
 #define UTDATA_FAMILY(prefix, Descriptor)                                                \
   UTDATA_API int prefix##_Init(SCFile::LockCallback lock,                                \
@@ -428,9 +428,12 @@ UTDATA_API void gdata_Delete(CGDataTypeFDD*& descriptor, int whole);
 /// As for the other families. A group that holds samples sets the record's sample reference; the
 /// data pointer stays as it is.
 UTDATA_API int gdata_ReadGroupInfo(SCFile::GroupHandle group, CGDataTypeFDD* descriptor);
-/// As for the other families, and writes the samples: from the data pointer when there is one (with
-/// a base: when it is not the base's pointer), else, with a null base, from the block that the
-/// sample reference names (a record without either has none).
+/// As for the other families, and writes the samples. With a data pointer these are the bytes that
+/// it leads to, unless the base has the same ones: its block on disk holds them, as the checksums
+/// of its chunks tell, or it was never read from a file and has the same pointer. Without one, and
+/// without a base, they are copied from the block that the sample reference names; a record
+/// without either has none. The all-ones pointer counts as none. The size of what a pointer leads
+/// to is the record's data size, else that of the view that starts there, else the layout's.
 /// @param flag handed through by the caller; has no effect on what is written
 UTDATA_API int gdata_WriteGroupInfo(SCFile::GroupHandle group,
                                     const CGDataTypeFDD* base,
@@ -448,3 +451,13 @@ UTDATA_API int gdata_SamplesMap(const CGDataTypeFDD* descriptor, void** data, st
 UTDATA_API int gdata_SamplesRead(const CGDataTypeFDD* descriptor,
                                  std::byte** data,
                                  std::uint64_t* size);
+/// Whether a data pointer leads to samples: neither null nor all ones, which stands for samples
+/// that are not here.
+[[nodiscard]] inline bool gdata_IsTable(const void* samples) {
+  return samples && reinterpret_cast<std::uintptr_t>(samples) != ~std::uintptr_t{0};
+}
+/// Bytes at the start of samples that are a header of older writers, which readers take for zeros:
+/// 36 when the low halves of the first two 32-bit words are 0x3344 and 0x5553, else 0. The second
+/// word is read only when the first is right.
+/// @param size bytes of the samples; fewer than 36 have no header
+[[nodiscard]] UTDATA_API std::uint64_t gdata_OldHeaderSize(const void* samples, std::uint64_t size);

@@ -44,6 +44,23 @@ enum gdata_enumDataClass : std::uint32_t {
   gdata_MultiChannelMaster = 0x8000  ///< added to one of the above
 };
 
+/// Whether each cell of a class holds one value, whatever a record says of samples: C-scans do, and
+/// the masters that gather them.
+[[nodiscard]] constexpr bool gdata_HoldsOneValuePerCell(gdata_enumDataClass dataClass) {
+  switch (dataClass & ~std::uint32_t{gdata_MultiChannelMaster}) {
+    case gdata_CScanAmplitude:
+    case gdata_CScanPosition:
+    case gdata_CScanPositionFirst:
+    case gdata_CScanPositionLast:
+    case gdata_CScanThickness:
+    case gdata_CScanStatistic:
+    case gdata_CScanAngle:
+      return true;
+    default:
+      return false;
+  }
+}
+
 /// What kind of view a data group is listed under. 0: not assigned yet.
 enum eDataBookmarkType : std::uint32_t {
   bookmark_None = 0,

@@ -13,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-#include "interfaces/export.h"
+#include "export.h"
 
 namespace utdata::os {
 
@@ -43,10 +43,18 @@ enum class Error : std::uint8_t {
 UTDATA_API Error Fail(Error error) noexcept;
 
 enum class OpenMode : std::uint8_t {
-  Read,         ///< existing regular file, read only
-  ReadWrite,    ///< existing regular file
-  Create,       ///< new file for reading and writing; Exists when the name is taken
-  OpenOrCreate  ///< for reading and writing, made when missing, content kept
+  Read,           ///< existing regular file, read only
+  ReadWrite,      ///< existing regular file
+  ReadWriteHere,  ///< as ReadWrite, but NotAFile when the name is a symbolic link
+  Create          ///< new file for reading and writing; Exists when the name is taken
+};
+
+/// Tells files apart: equal for two names of one file. A file that is gone may leave its identity
+/// to another, so that only files that are open are compared, or open ones with names.
+struct FileIdentity {
+  std::uint64_t device = 0;
+  std::uint64_t number = 0;
+  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 };
 
 /// A private copy-on-write view of part of a file. Unmapped by the destructor; outlives the File it
@@ -86,7 +94,8 @@ class FileMapping {
   [[nodiscard]] virtual Error MapAt(AddressRange& range, std::size_t offset, std::size_t size) = 0;
 };
 
-/// An open regular file; closed by the destructor.
+/// An open regular file; closed by the destructor. It is never a standard stream, not even of a
+/// process whose standard streams are closed: what somebody prints there does not go into it.
 class File {
  public:
   virtual ~File() = default;
@@ -120,8 +129,9 @@ class File {
   /// need none.
   [[nodiscard]] virtual Error TryLock() = 0;
   virtual void Unlock() noexcept = 0;
-  /// Whether `path` still names this very file.
-  [[nodiscard]] virtual bool IsAt(const std::wstring& path) = 0;
+  [[nodiscard]] virtual Error Identify(FileIdentity& identity) = 0;
+  /// From now on who may read and write this file is as for the file at `path`.
+  [[nodiscard]] virtual Error CopyPermissionsOf(const std::wstring& path) = 0;
 };
 
 class FileSystem {
@@ -131,6 +141,8 @@ class FileSystem {
                                    OpenMode mode,
                                    std::unique_ptr<File>& file) = 0;
   [[nodiscard]] virtual bool Exists(const std::wstring& path) = 0;
+  /// Of the file that `path` leads to, through links as Open goes; NotFound when there is none.
+  [[nodiscard]] virtual Error Identify(const std::wstring& path, FileIdentity& identity) = 0;
   /// Gives a file a new name in the same directory, in one step. With replace false an existing
   /// `to` makes it fail with Exists.
   [[nodiscard]] virtual Error Rename(const std::wstring& from,

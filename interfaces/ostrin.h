@@ -11,9 +11,9 @@
 #include <mutex>
 #include <thread>
 
-#include "interfaces/export.h"
-#include "interfaces/os.h"
-#include "interfaces/thread_safety.h"
+#include "export.h"
+#include "os.h"
+#include "thread_safety.h"
 
 /// Many readers or one writer, with time-outs.
 ///

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-#include "interfaces/export.h"
+#include "export.h"
 
 /// Variables of the database that the library reads.
 enum enumPellamVariable : std::uint32_t {

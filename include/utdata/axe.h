@@ -14,7 +14,9 @@ class UTDATA_API CAxe {
  public:
   static constexpr std::size_t nameSize = 32;  ///< wide characters of a name with its terminator
 
-  CAxe() = default;  ///< no limits, start and range 0, no name
+  CAxe();  ///< no limits, start and range 0, no name
+  CAxe(const CAxe&);
+  CAxe& operator=(const CAxe&);
 
   /// Names the axis; limits stay. A name of more than 31 characters raises an assertion and is cut.
   /// Null counts as empty.
@@ -26,21 +28,19 @@ class UTDATA_API CAxe {
   void SetEnd(double end);      ///< the start stays; enables the limits
   void SetRange(double range);  ///< the start stays; enables the limits
 
-  [[nodiscard]] double GetStart() const { return m_start; }
-  [[nodiscard]] double GetRange() const { return m_range; }
-  [[nodiscard]] double GetEnd() const { return m_start + m_range; }
-  [[nodiscard]] const wchar_t* GetName() const {
-    return m_name;
-  }  ///< valid until the axis changes or ends
-  [[nodiscard]] std_enumUnits GetUnits() const { return m_units; }
-  [[nodiscard]] int LimitsEnabled() const { return m_limitsEnabled; }
+  [[nodiscard]] double GetStart() const;
+  [[nodiscard]] double GetRange() const;
+  [[nodiscard]] double GetEnd() const;
+  [[nodiscard]] const wchar_t* GetName() const;  ///< valid until the axis changes or ends
+  [[nodiscard]] std_enumUnits GetUnits() const;
+  [[nodiscard]] int LimitsEnabled() const;
 
   /// 1 when `value` lies within the limits, both ends included, else 0 (always 0 with a negative
   /// range, and for NaN).
   [[nodiscard]] int IsValueInAxe(double value) const;
 
-  /// 1 when both axes have a name and names and units are equal, else 0. Limits are not compared.
-  [[nodiscard]] int operator==(const CAxe& other) const;
+  /// Whether both axes have a name, and names and units are equal. Limits are not compared.
+  [[nodiscard]] bool operator==(const CAxe& other) const;
 
  private:
   std::int32_t m_limitsEnabled = 0;

@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "interfaces/export.h"
 
@@ -17,10 +18,10 @@ class UTDATA_API Error : public std::runtime_error {
   /// @param why    the reason
   /// @param remedy what to do about it; empty where there is nothing to do
   /// @param status of the file-format layer, where the failure came from there
-  Error(std::string file,
-        std::string what,
-        std::string why,
-        std::string remedy = {},
+  Error(std::string_view file,
+        std::string_view what,
+        std::string_view why,
+        std::string_view remedy = {},
         int status = 0);
   Error(const Error&);
   Error& operator=(const Error&);
@@ -34,7 +35,9 @@ class UTDATA_API Error : public std::runtime_error {
   [[nodiscard]] int Status() const noexcept;
 
   /// The failure that the file-format layer reported last on this thread.
-  [[nodiscard]] static Error OfFileLayer(int status, const std::string& file, std::string what);
+  [[nodiscard]] static Error OfFileLayer(int status,
+                                         const std::string& file,
+                                         std::string_view what);
 
  private:
   std::string m_file;
@@ -45,9 +48,9 @@ class UTDATA_API Error : public std::runtime_error {
 };
 
 /// The wide form of well-formed UTF-8 without U+0000. Throws Error when it is anything else.
-[[nodiscard]] UTDATA_API std::wstring ToWide(const std::string& utf8);
+[[nodiscard]] UTDATA_API std::wstring ToWide(std::string_view utf8);
 
 /// The UTF-8 form of a wide text; what is not a character becomes U+FFFD.
-[[nodiscard]] UTDATA_API std::string ToUtf8(const std::wstring& text);
+[[nodiscard]] UTDATA_API std::string ToUtf8(std::wstring_view text);
 
 }  // namespace utdata

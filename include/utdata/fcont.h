@@ -140,8 +140,9 @@ class UTDATA_API CFCont {
   /// @param writeFlag 0: a data group that `loaded` lacks leaves a copy in its data list, the base
   ///                  of later writes. The copy belongs to `loaded` like every other; its samples
   ///                  are those in the file, its data pointer is null
-  /// @return 0 when everything is on the medium, else the status of the call that failed, and the
-  ///   file is as it was before
+  /// @return 0 when everything is on the medium. SCFile::status_NotDurable: all is written as after
+  ///   0, and the new file stands under its name, which may not outlive a power cut. Any other
+  ///   status is that of the call that failed: files and `loaded` are as before
   [[nodiscard]] int FileWrite(CFContTypeFileDescr* loaded,
                               CFContTypeFileDescr* descriptor,
                               int newFile,

@@ -21,15 +21,12 @@
 // the one, the master list the other.
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <initializer_list>
-#include <limits>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "interfaces/kvtiff19.h"
-#include "interfaces/ostrin.h"
 #include "utdata/enum.h"
 #include "utdata/ichanlst.h"
 #include "utdata/idatalst.h"
@@ -38,7 +35,6 @@
 #include "utdata/ipatchlst.h"
 #include "utdata/iprobelst.h"
 #include "utdata/ischanlst.h"
-#include "utdata/itemindex.h"
 
 class CDocument;
 class CVolumeSet;
@@ -81,15 +77,6 @@ class UTDATA_API IFSet {
   ~IFSet() = default;
 };
 
-namespace utdata {
-
-/// How long a query of a file set waits for the reader side, in milliseconds.
-inline constexpr std::uint32_t queryTimeoutMs = 500;
-
-using DataList = IndexedItemList<CIDataLst>;
-
-}  // namespace utdata
-
 class UTDATA_API CFSet final : public IFSet {
  public:
   /// Makes an empty set. @param document the host's, not owned; null is reported
@@ -103,7 +90,7 @@ class UTDATA_API CFSet final : public IFSet {
   ~CFSet();
 
   /// Takes no lock.
-  [[nodiscard]] CDocument* fset_GetDocument() const { return m_document; }
+  [[nodiscard]] CDocument* fset_GetDocument() const;
   /// The number of channels. Takes no lock.
   [[nodiscard]] std::uint32_t fset_GetIChanCount() const;
 
@@ -185,9 +172,18 @@ class UTDATA_API CFSet final : public IFSet {
   /// @param context    kept in the item, the host's
   /// @param volumeSet  gives the item its units and its document; not owned, outlives the set
   /// @param isNew      not 0: the descriptor's data pointer is a table of the host's, see CIData
+  /// @param isAdded    receives whether the descriptor has become an item; may be null
   /// @return the item, owned by the set. For ids that are there already null, but for classes 17
-  ///         and 2000 the item that has them. Null when an argument is missing or the class has the
-  ///         master bit
+  ///         and 2000 the item that has them, which is that of another group, with another layout
+  ///         perhaps: the samples of this one must not be attached to it. Null when an argument is
+  ///         missing or the class has the master bit
+  CIData* fset_AddGData(CGDataTypeFDD* descriptor,
+                        void* context,
+                        CVolumeSet* volumeSet,
+                        int isNew,
+                        bool* isAdded);
+  /// The same for a host that asks what the answer is in another way, as by comparing the item's
+  /// record (CIData::idata1_GetGInfoRef) with the descriptor.
   CIData* fset_AddGData(CGDataTypeFDD* descriptor, void* context, CVolumeSet* volumeSet, int isNew);
   /// Destroys every match in the data list, and each master with its last sub-channel. 0, or 1 when
   /// there was no match.
@@ -287,10 +283,7 @@ class UTDATA_API CFSet final : public IFSet {
   virtual void Dump(CDumpContext& context) const;  ///< writes nothing
 
  private:
-  struct Range {
-    float minimum = std::numeric_limits<float>::max();
-    float maximum = std::numeric_limits<float>::lowest();
-  };
+  struct Contents;
 
   /// Display order of a gate, by gate number; 0 for one that is not here. Filled once, then only
   /// read.
@@ -299,32 +292,6 @@ class UTDATA_API CFSet final : public IFSet {
   static void FillGateOrdering();
   static std::int32_t GateOrder(std::uint32_t gateId);
 
-  [[nodiscard]] bool HasDataOfClass(std::initializer_list<gdata_enumDataClass> classes) const;
-  /// The list that lookups of a data class go to.
-  [[nodiscard]] const utdata::DataList& ListOf(std::uint32_t dataClass) const
-      UTDATA_REQUIRES_SHARED(m_lock);
-  CIData* MasterFor(CGDataTypeFDD& element, void* context, CVolumeSet* volumeSet, int isNew)
-      UTDATA_REQUIRES(m_lock);
-  CIData* AddMaster(CGDataTypeFDD& element,
-                    std::uint32_t gateId,
-                    void* context,
-                    CVolumeSet* volumeSet,
-                    int isNew) UTDATA_REQUIRES(m_lock);
-  void DestroyDataItem(CIData* item) UTDATA_REQUIRES(m_lock);
-
   CDocument* const m_document;
-  mutable CReaderWriterLock m_lock UTDATA_ACQUIRED_BEFORE(m_weldLock);
-  utdata::IndexedItemList<CIPatchLst> m_patches UTDATA_GUARDED_BY(m_lock){m_lock};
-  utdata::IndexedItemList<CIProbeLst> m_probes UTDATA_GUARDED_BY(m_lock){m_lock};
-  utdata::IndexedItemList<CIChanLst> m_channels UTDATA_GUARDED_BY(m_lock){m_lock};
-  utdata::IndexedItemList<CISubChanLst> m_subChannels UTDATA_GUARDED_BY(m_lock){m_lock};
-  utdata::IndexedItemList<CIGateLst> m_gates UTDATA_GUARDED_BY(m_lock){m_lock};
-  mutable utdata::Mutex
-      m_weldLock;  ///< lets the weld lists be copied while the set is being changed
-  std::vector<CGWeldScanPlanDescr*> m_weldScanPlans UTDATA_GUARDED_BY(m_weldLock);
-  std::vector<CGWeldFillDescr*> m_weldFills UTDATA_GUARDED_BY(m_weldLock);
-  utdata::DataList m_data UTDATA_GUARDED_BY(m_lock){m_lock};
-  utdata::DataList m_masters UTDATA_GUARDED_BY(m_lock){m_lock};
-  CIInfo* m_info UTDATA_GUARDED_BY(m_lock) = nullptr;
-  std::array<Range, 6> m_ranges;  ///< start empty; nothing in the library reads or changes them
+  const std::unique_ptr<Contents> m_contents;  ///< the lists and the lock over them
 };

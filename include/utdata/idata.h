@@ -6,10 +6,11 @@
 // record and the run-time descriptor that is built from it; it refers to the volume set, which
 // outlives it, and gives its unit set back to that.
 //
-// Locks. Each item has a re-entrant lock of its own; operations say whether they take it. Of two
-// items' locks a master's is taken before its element's. A change of what queries of the file set
-// read also takes that set's writer side, before the item's own lock. Units take no lock: the host
-// serialises their use. Reads that take no lock rely on the file set's queries.
+// Locks. Each item has a re-entrant lock of its own; operations say whether they take it, and take
+// no other but those of the items they concern. Of two items' locks a master's is taken before its
+// element's, both after a file set's. Ids are read in one piece while another thread changes them.
+// Units take no lock: the host serialises their use. Reads that take no lock are not protected from
+// changes on another thread.
 //
 // Axes are those of kvt_enumAxis. A multi-channel master is a data item that gathers the data
 // groups of one channel's sub-channels, its elements.
@@ -23,11 +24,9 @@
 
 #include "interfaces/kvtiff19.h"
 #include "interfaces/pellam.h"
-#include "interfaces/thread_safety.h"
 #include "utdata/enum.h"
 #include "utdata/idatatypes.h"
 #include "utdata/item.h"
-#include "utdata/itemlink.h"
 #include "utdata/rdata.h"
 #include "utdata/unit.h"
 
@@ -66,8 +65,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   ///   Null is reported and makes a bare item
   /// @param data     kept, not interpreted
   /// @param volumes  gives the document and the units; not owned, outlives the item
-  /// @param external not 0: the record's data pointer is a table of the caller's, which is attached
-  ///   and never freed by the item
+  /// @param external not 0: the record's data pointer is a table of the caller's, which is
+  ///   attached, as one of the record's data size unless that is 0, and never freed by the item
   /// @param reserved not used
   CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int external, long* reserved);
   /// A bare item: no record, no descriptor, no units.
@@ -85,19 +84,27 @@ class UTDATA_API CIData : public utdata::PlacedItem {
 
   // ---- identity and status
 
-  int idata0_Init() { return 0; }  ///< no effect
-  [[nodiscard]] IGDataSupplier* GetDocument() const { return m_document; }
+  int idata0_Init();  ///< no effect
+  [[nodiscard]] IGDataSupplier* GetDocument() const;
   /// A bare item leaves the record alone.
   void idata1_GetId(idata_typeId& id) const;
   /// A missing record is reported; a bare item leaves it alone.
   void idata1_GetName(idata_typeName* names) const;
-  /// The record copy, owned by the item; null in a bare item. Its ids may not be changed through
-  /// the pointer.
-  [[nodiscard]] CGDataTypeFDD* idata1_GetGInfoRef() { return m_record.get(); }
-  [[nodiscard]] const CGDataTypeFDD* idata1_GetGInfoRef() const { return m_record.get(); }
-  /// The descriptor, owned by the item; null in a bare item. Its ids may not be changed through the
-  /// pointer.
-  [[nodiscard]] CRDataTypeDD* idata1_GetInfoRef() const { return m_descriptor.get(); }
+  /// The record copy, owned by the item; null in a bare item.
+  [[nodiscard]] CGDataTypeFDD* idata1_GetGInfoRef();
+  [[nodiscard]] const CGDataTypeFDD* idata1_GetGInfoRef() const;
+  /// The descriptor, owned by the item; null in a bare item. Ids may be changed through the pointer:
+  /// the file set looks at the item in every look-up from then on. Who only reads takes Descriptor,
+  /// who only attaches a table AttachTable, and look-ups stay fast.
+  [[nodiscard]] CRDataTypeDD* idata1_GetInfoRef() const;
+  /// The descriptor, to be read.
+  [[nodiscard]] const CRDataTypeDD* Descriptor() const;
+  /// Gives the descriptor a table as CRDataTypeDD::SetDiskTable does, and marks the data as loaded
+  /// when there is one then. Null takes it away. Nothing for a bare item.
+  void AttachTable(char* table, bool memoryMapped);
+  /// The same with the table's size in bytes; one that the item's layout does not fit is refused.
+  /// @return whether the item has the table
+  bool AttachTable(char* table, bool memoryMapped, std::uint64_t size);
 
   /// The modified and the new flag, under the lock. A bare item is not modified and is new.
   [[nodiscard]] int idata1_ModifGetStatus() const;
@@ -105,8 +112,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   [[nodiscard]] int idata1_NewGetStatus() const;
   void idata1_NewClear();
   /// The flags as they stand, without the lock.
-  [[nodiscard]] int idata3_IsModified() const { return m_modified.load(std::memory_order_relaxed); }
-  [[nodiscard]] int idata3_IsNew() const { return m_new.load(std::memory_order_relaxed); }
+  [[nodiscard]] int idata3_IsModified() const;
+  [[nodiscard]] int idata3_IsNew() const;
   void idata3_Modified();       ///< sets the modified flag, under the lock
   void idata3_New();            ///< sets the new flag, under the lock
   void idata3_ClearModified();  ///< under the lock
@@ -131,11 +138,12 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// Whether the item is a sub-channel's data group, of a class that is gathered, with a master;
   /// which is the item itself when linear merging made it one and nobody has added it to another.
   [[nodiscard]] bool idata1_IsMultiChannelElement() const;
-  /// Appends an element, whose master this item becomes, under the lock. The master takes the
-  /// element's data type, and its sub-channel id when that is larger. An element that differs in
-  /// layout is reported and added all the same. Null, the item itself, an item that is an element
-  /// already or has elements, and a call on an item that gathers none are reported and change
-  /// nothing. Always true.
+  /// Appends an element, whose master this item becomes, under the lock. An element that a master
+  /// lists already, this one or another, leaves that list. The master takes the element's data
+  /// type, and its sub-channel id when that is larger. An element that differs in layout is reported
+  /// and added all the same. Null, a bare item, the item itself, one that lists this item directly
+  /// or through others, and a call on an item that gathers none are reported and change nothing.
+  /// Always true.
   bool idata1_SubChannelAdd(CIData* element);
   /// Takes an element out of this master's list, under the lock; the element goes on naming its
   /// master. One that is not in the list is reported. Always true.
@@ -147,10 +155,10 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   [[nodiscard]] std::uint32_t idata1_SubChannelQty() const;
   /// The elements in the order of their adding, owned by the item, to be read only; null for an
   /// item that gathers none.
-  [[nodiscard]] CIDataLst* idata1_SubChannelGetList() const { return m_elements.get(); }
+  [[nodiscard]] CIDataLst* idata1_SubChannelGetList() const;
   /// The master while it lives, which is the item itself for a master; null for an item without.
-  [[nodiscard]] CIData* idata1_SubChannelMaster() const { return m_master.Get(); }
-  [[nodiscard]] CIData* idata1_SubChannelLastModifiedGet() const { return nullptr; }
+  [[nodiscard]] CIData* idata1_SubChannelMaster() const;
+  [[nodiscard]] CIData* idata1_SubChannelLastModifiedGet() const;
   /// Replaces `out` with the elements ordered by bookmark type, channel, sub-channel and gate id;
   /// equal ones keep their order.
   void GetOrderedSubChannelList(CIDataLst* out) const;
@@ -158,7 +166,7 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// owning it. Identity as a master, links to C-scans and units stay the master's. Under the lock;
   /// nothing for an item that is no master or has no element.
   void idata1_UpdateMasterChannel();
-  void NotifyChangeToConsList() {}  ///< no effect
+  void NotifyChangeToConsList();  ///< no effect
   /// Gives a bookmark type to the item's master and to the elements that SubChannelGet finds for
   /// the numbers 1 to their quantity. Nothing for an item without a master.
   void SetDataBookmarkTypeofAssociatedChannel(const eDataBookmarkType& type);
@@ -202,8 +210,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// The item's units, made with it and destroyed with it. Each axis converts to the base of the
   /// volume set's axis: columns and rows to what the record has them in, samples to the one-way
   /// path in metres, amplitudes to percent of full scale.
-  [[nodiscard]] CUnitSet* idata3_UnitsGet() const { return m_pUnitInfo; }
-  [[nodiscard]] CVolumeSet* idata3_GetVSet() const { return m_volumes; }
+  [[nodiscard]] CUnitSet* idata3_UnitsGet() const;
+  [[nodiscard]] CVolumeSet* idata3_GetVSet() const;
   [[nodiscard]] kvt_enumUnitSystems idata3_GetUnitSystem() const;  ///< under the lock
   /// The item's unit of an axis; of family unit_Point whatever the data unit. Null where there is
   /// none. Lives as long as the item.
@@ -287,19 +295,17 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// @return 0; -1 for a bare item, when the volume is loaded, and when the data are loaded and
   ///   `volume` is not 0 or they are no volume
   int idata1_DataLoad(int volume);
-  /// Copies the record copy, with the table in place of the data pointer (null for a master); loads
-  /// first. Null is reported.
+  /// Copies the record copy, with the table and its size in place of the data pointer and its (null
+  /// and 0 for a master); loads first. Null is reported.
   void idata1_GetGInfoCopy(CGDataTypeFDD* out);
   /// The sample table, as soon as there is one: waits without limit, looking every 50 ms, until
   /// another thread attaches it. Takes no lock; the item has to outlive the call. A bare item is
   /// reported and has none. So as not to wait for ever, a host attaches every table before it asks,
-  /// or asks idata1_GetInfoRef()->GetDiskTable() first, which never waits. A table that was refused
-  /// because it is shorter than its layout never comes.
+  /// or asks idata1_GetInfoRef()->GetDiskTable() first, which never waits. Null when the last table
+  /// to be attached was refused for being shorter than its layout.
   [[nodiscard]] void* idata3_GetDataTablePtr() const;
-  [[nodiscard]] int IsDiskOrigin() const {
-    return m_diskOrigin.load(std::memory_order_relaxed) == 1;
-  }
-  void SetDiskOrigin() { m_diskOrigin.store(1, std::memory_order_relaxed); }
+  [[nodiscard]] int IsDiskOrigin() const;
+  void SetDiskOrigin();
 
   // By the descriptor's data class; only the amplitude test passes over the master bit.
   [[nodiscard]] bool idata1_DataIsVolume() const;
@@ -307,24 +313,16 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   [[nodiscard]] bool idata3_IsAnalogData() const;
   [[nodiscard]] bool idata3_IsEddyCurrentData() const;
   [[nodiscard]] bool idata3_IsBeamSimulation() const;
-  [[nodiscard]] bool idata3_IsLABEnabled() const { return false; }
+  [[nodiscard]] bool idata3_IsLABEnabled() const;
 
  private:
-  /// Holds an item's lock for a scope. A checked build reports a master's lock that is asked for
-  /// while one of its element's is held.
-  class UTDATA_SCOPED_CAPABILITY LockScope {
-   public:
-    explicit LockScope(const CIData& item) UTDATA_ACQUIRE(item.m_lock);
-    ~LockScope() UTDATA_RELEASE();
-    LockScope(const LockScope&) = delete;
-    LockScope& operator=(const LockScope&) = delete;
+  friend struct utdata::ItemAccess;
 
-   private:
-    const CIData& m_item;
-  };
+  class LockScope;
+  struct Inside;
 
   struct DestroyDescriptor {
-    void operator()(CRDataTypeDD* descriptor) const { descriptor->Destroy(); }
+    void operator()(CRDataTypeDD* descriptor) const;
   };
 
   /// What the parameter database knows of a channel.
@@ -345,6 +343,11 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   [[nodiscard]] CIData* MatchPosition(const CGDataTypeFDD& record, CFSet& set, bool& meridio);
   [[nodiscard]] CIData* MatchEddyCurrent(const CGDataTypeFDD& record, CFSet& set);
   void TakeSampleAxisOf(const CGDataTypeFDD& position, CIData* positionItem);
+  [[nodiscard]] std::array<std::uint32_t, 6> Ids() const;
+  void PublishIds();
+  [[nodiscard]] CIData* ListedBy() const;
+  [[nodiscard]] bool IsUnder(const CIData& item) const;
+  bool TakeOut(CIData& element);
   void LeaveMaster();
   void LetElementsGo();
   void ReturnTableOf(const CIData& element);
@@ -356,8 +359,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// Chooses the units of the data axis, and of the sample axis where the class or TOFD asks for
   /// it. Construction only.
   void ChooseInitialUnits();
-  /// Brings every unit in line with the descriptor. Nothing for a bare item.
-  void UpdateUnits() UTDATA_REQUIRES(m_lock);
+  /// Brings every unit in line with the descriptor. Nothing for a bare item. Under the lock.
+  void UpdateUnits();
   /// Hands an operation to whom it concerns: from an element to its master; from there to the
   /// elements in order, then to the master itself. An item without either gets it alone. Under the
   /// lock of the master.
@@ -370,9 +373,7 @@ class UTDATA_API CIData : public utdata::PlacedItem {
                              int alternative,
                              int notify);
 
-  utdata::LiveDataItem m_live{
-      this};  ///< first of all, so that links to an item under construction hold
-  mutable utdata::RecursiveMutex m_lock;
+  const std::unique_ptr<Inside> m_inside;  ///< locks, and links to other items
   std::atomic<std::int32_t> m_unitRestored{0};
   const std::int32_t m_external;
   std::atomic<std::int32_t> m_modified{0};
@@ -387,8 +388,6 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   CUnitSet* m_pUnitInfo = nullptr;                                ///< owned through the volume set
   std::array<CUnit*, alternativeSample + 1>
       m_currentUnits{};  ///< by axis, then the alternative sample-axis unit; not owned
-  std::array<CUnit*, 6> m_pointUnits{};     ///< by axis, not owned
-  utdata::DataItemLink m_master;            ///< of an element its master, of a master itself
-  POSITION m_placeAmongElements = nullptr;  ///< in the master's list; null: in none
-  std::unique_ptr<CIDataLst> m_elements;    ///< present only in items that gather elements
+  std::array<CUnit*, 6> m_pointUnits{};   ///< by axis, not owned
+  std::unique_ptr<CIDataLst> m_elements;  ///< present only in items that gather elements
 };

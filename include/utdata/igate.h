@@ -6,26 +6,27 @@
 #include "utdata/enum.h"
 #include "utdata/item.h"
 
-/// One gate of a file set; utdata/item.h tells the pattern, ownership and locks.
+/// One gate of a file set; utdata/item.h documents the pattern, ownership and locks.
 ///
 /// The single values may be read and set from several threads at once, but not read while the whole
 /// record is replaced. A setter that is given the stored value changes nothing, else it marks the
 /// gate as modified.
-class UTDATA_API CIGate : public utdata::Item<CGGateTypeDescr, ggate_Duplicate, nullptr> {
+class UTDATA_API CIGate : public utdata::Item<CGGateTypeDescr> {
  public:
-  CIGate(CGGateTypeDescr* descriptor, int isNew) : Item(descriptor, isNew) {}
+  CIGate(CGGateTypeDescr* descriptor, int isNew);
+  ~CIGate() override;
   void Dump(CDumpContext& context) const override;
 
   void igate1_GetId(igate_id* id) const;
   void igate1_GetName(std::wstring& name) const;
-  [[nodiscard]] CGGateTypeDescr* igate1_GetInfoRef() const { return InfoRef(); }
+  [[nodiscard]] CGGateTypeDescr* igate1_GetInfoRef() const;
   /// A new gate leaves `copy` alone.
-  void igate1_GetGInfoCopy(CGGateTypeDescr* copy) const { CopyFileSide(copy); }
-  void igate1_ReplaceGInfo(const CGGateTypeDescr* source) { Replace(source); }
-  [[nodiscard]] bool igate1_ModifGetStatus() const { return IsModified(); }
-  void igate1_ModifSetStatus(bool modified) { SetModifiedLocked(modified); }
-  void igate1_ModifClear() { SetModifiedLocked(false); }
-  [[nodiscard]] bool igate1_NewGetStatus() const { return IsNew(); }
+  void igate1_GetGInfoCopy(CGGateTypeDescr* copy) const;
+  void igate1_ReplaceGInfo(const CGGateTypeDescr* source);
+  [[nodiscard]] bool igate1_ModifGetStatus() const;
+  void igate1_ModifSetStatus(bool modified);
+  void igate1_ModifClear();
+  [[nodiscard]] bool igate1_NewGetStatus() const;
 
   /// Replaces the record as igate1_ReplaceGInfo does and marks the gate as modified. @param flags
   /// no effect

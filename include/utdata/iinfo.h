@@ -5,24 +5,23 @@
 
 using iinfo_typeDescr = CGInfoTypeDescr;
 
-/// The general information of a file set; utdata/item.h tells the pattern, ownership and locks.
-class UTDATA_API CIInfo : public utdata::Item<CGInfoTypeDescr, ginfo_Duplicate, ginfo_Delete> {
+/// The general information of a file set; utdata/item.h documents the pattern, ownership and locks.
+class UTDATA_API CIInfo : public utdata::Item<CGInfoTypeDescr> {
  public:
-  CIInfo(CGInfoTypeDescr* descriptor, int isNew) : Item(descriptor, isNew) {}
+  CIInfo(CGInfoTypeDescr* descriptor, int isNew);
+  ~CIInfo() override;
   void Dump(CDumpContext& context) const override;
 
-  [[nodiscard]] iinfo_typeDescr* iinfo1_GetInfoRef() const { return InfoRef(); }
-  void iinfo1_GetInfoCopy(iinfo_typeDescr* copy) const { CopyInfo(copy); }
-  void iinfo1_SetInfoCopy(const iinfo_typeDescr* info) { SetInfo(info); }
-  [[nodiscard]] CGInfoTypeDescr* iinfo1_GetGInfoRef() const { return FileSide(); }
+  [[nodiscard]] iinfo_typeDescr* iinfo1_GetInfoRef() const;
+  void iinfo1_GetInfoCopy(iinfo_typeDescr* copy) const;
+  void iinfo1_SetInfoCopy(const iinfo_typeDescr* info);
+  [[nodiscard]] CGInfoTypeDescr* iinfo1_GetGInfoRef() const;
   /// A new item leaves `copy` alone.
-  void iinfo1_GetGInfoCopy(CGInfoTypeDescr* copy) const { CopyFileSide(copy); }
-  void iinfo1_ReplaceGInfo(const CGInfoTypeDescr* source) { Replace(source); }
+  void iinfo1_GetGInfoCopy(CGInfoTypeDescr* copy) const;
+  void iinfo1_ReplaceGInfo(const CGInfoTypeDescr* source);
   /// Always 0. The file side is null for a new item.
-  std::uint32_t iinfo1_ModifGet(CGInfoTypeDescr** working, CGInfoTypeDescr** fileSide) const {
-    return GetBoth(working, fileSide);
-  }
-  [[nodiscard]] bool iinfo1_ModifGetStatus() const { return IsModified(); }
-  void iinfo1_ModifClear() { SetModifiedLocked(false); }
-  [[nodiscard]] bool iinfo1_NewGetStatus() const { return IsNew(); }
+  std::uint32_t iinfo1_ModifGet(CGInfoTypeDescr** working, CGInfoTypeDescr** fileSide) const;
+  [[nodiscard]] bool iinfo1_ModifGetStatus() const;
+  void iinfo1_ModifClear();
+  [[nodiscard]] bool iinfo1_NewGetStatus() const;
 };

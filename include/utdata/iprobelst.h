@@ -4,27 +4,13 @@
 #include "utdata/iprobe.h"
 #include "utdata/itemlist.h"
 
-namespace utdata {
-
-struct ProbeListTraits {
-  using Item = CIProbe;
-  static constexpr std::array rules{IdRule::Exact};
-  static std::array<std::uint32_t, 1> IdsOf(const Item& item) {
-    iprob_id id;
-    item.iprob1_GetId(&id);
-    return {id.probeId};
-  }
-  static bool IsModified(const Item& item) { return item.iprob1_ModifGetStatus(); }
-  static bool IsNew(const Item& item) { return item.iprob1_NewGetStatus(); }
-};
-
-}  // namespace utdata
-
-/// utdata/itemlist.h tells the lookups.
-class UTDATA_API CIProbeLst : public utdata::ItemList<utdata::ProbeListTraits> {
+/// utdata/itemlist.h documents the lookups.
+class UTDATA_API CIProbeLst : public utdata::ItemList<CIProbe, 1> {
   DECLARE_DYNAMIC(CIProbeLst)
 
  public:
+  CIProbeLst();
+  ~CIProbeLst() override;
   void Dump(CDumpContext& context) const override;
 
   [[nodiscard]] CIProbe* GetIProbe(fset_enumFilters filter, std::uint32_t probeId) const;

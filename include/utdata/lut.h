@@ -42,8 +42,7 @@ class UTDATA_API CLookUpTable : public CObject {
   /// Builds the table of a descriptor's sample type and range: 256 codes for 8-bit samples, 65536
   /// for 16-bit samples, none for others. Limits that are not finite, equal or in reverse order are
   /// allowed. A quotient that is not a number counts as below the range; a maximum that is not a
-  /// number is reached by no sample, and one beyond 16 bits counts as the nearest 16-bit value
-  /// where it is compared with a sample.
+  /// number is reached by no sample.
   /// @param descriptor not null; read during the call only
   /// @param identity   copied; may be null
   CLookUpTable(const CRDataTypeDD* descriptor, const vset_groupId* identity);
@@ -56,18 +55,27 @@ class UTDATA_API CLookUpTable : public CObject {
   /// taken as unsigned (int: its low 16 bits; unsigned int as given), is one of them. In checked
   /// builds (UTDATA_CHECKED) anything else raises an assertion and gives 0; in others it must not
   /// be.
-  [[nodiscard]] unsigned char Convert(const char sample) const {
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const char sample) const {
     return CodeAt(static_cast<unsigned char>(sample));
   }
-  [[nodiscard]] unsigned char Convert(const unsigned char sample) const { return CodeAt(sample); }
-  [[nodiscard]] unsigned char Convert(const short sample) const {
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const signed char sample) const {
+    return CodeAt(static_cast<unsigned char>(sample));
+  }
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const unsigned char sample) const {
+    return CodeAt(sample);
+  }
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const short sample) const {
     return CodeAt(static_cast<std::uint16_t>(sample));
   }
-  [[nodiscard]] unsigned char Convert(const unsigned short sample) const { return CodeAt(sample); }
-  [[nodiscard]] unsigned char Convert(const int sample) const {
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const unsigned short sample) const {
+    return CodeAt(sample);
+  }
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const int sample) const {
     return CodeAt(static_cast<std::uint32_t>(sample) & 0xFFFFu);
   }
-  [[nodiscard]] unsigned char Convert(const unsigned int sample) const { return CodeAt(sample); }
+  [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const unsigned int sample) const {
+    return CodeAt(sample);
+  }
 
   /// Display codes of many raw samples: exactly those of Convert, many samples an instruction where
   /// the table allows it.
@@ -76,6 +84,9 @@ class UTDATA_API CLookUpTable : public CObject {
   /// @return false, and nothing is written, when the samples are not of the table's type or the
   ///   table has no codes
   [[nodiscard]] bool ConvertBlock(const char* samples,
+                                  std::size_t count,
+                                  unsigned char* codes) const;
+  [[nodiscard]] bool ConvertBlock(const signed char* samples,
                                   std::size_t count,
                                   unsigned char* codes) const;
   [[nodiscard]] bool ConvertBlock(const unsigned char* samples,
@@ -94,9 +105,9 @@ class UTDATA_API CLookUpTable : public CObject {
   /// table.
   /// @return the codes, the same storage as before; null for a table without codes
   const unsigned char* RemapLUT(const CRDataTypeDD* descriptor, std::uint32_t lab);
-  [[nodiscard]] std::uint32_t GetLAB() const { return LAB; }
+  [[nodiscard]] std::uint32_t GetLAB() const;
 
-  std::int32_t AddRef() { return ++m_referenceCount; }
+  std::int32_t AddRef();
   /// Gives back one reference. @return the count left; 0: the table has been destroyed
   std::int32_t Release();
 

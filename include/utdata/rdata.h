@@ -48,142 +48,138 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   void Destroy();
 
   // ---- sample table
-  /// The table, or null: 32-bit words by which it starts, or one offset per cell with storage mode
-  /// 1.
-  [[nodiscard]] std::uint32_t* GetDiskTable() const {
-    return m_diskTable.load(std::memory_order_acquire);
-  }
-  /// Attaches a table. Its first 36 bytes are cleared when they are a stale header: 0x3344 in the
-  /// low half of the first 32-bit word and 0x5553 in that of the second. A table that the record
-  /// makes shorter than 36 bytes has none. Any thread may read the table as soon as GetDiskTable
-  /// answers it. A block that the record tells to be smaller than its layout is reported and not
-  /// attached: the descriptor is then without a table and not loaded, and the block stays the
-  /// caller's.
+  /// The table, or null: samples, or one 32-bit offset per cell with storage mode 1.
+  [[nodiscard]] std::uint32_t* GetDiskTable() const;
+  /// Whether the table may be read: neither null nor the all-ones pointer, which stands for a table
+  /// that is not here.
+  [[nodiscard]] bool HasTable() const;
+  /// Attaches a table. Its first 36 bytes are cleared when they are a header of older writers
+  /// (gdata_OldHeaderSize). Any thread may read the table as soon as GetDiskTable answers it. What
+  /// the record says of a block elsewhere, in memory or on disk, does not count: this is a table of
+  /// its own, as large as its cells need, or as the record's data size states when it is the
+  /// record's data pointer. A view of a block on disk is as large as it is, and is attached as one
+  /// of stated size.
   /// @param table        null, the all-ones pointer, or samples; freed by Flush with delete[] of
   ///   std::byte, when owned and not mapped
   /// @param memoryMapped the table is a view of a file and is never freed here
   void SetDiskTable(char* table, bool memoryMapped);
-  [[nodiscard]] unsigned long GetTableAllocationSize() const { return m_tableAllocationSize; }
-  void SetTableAllocationSize(unsigned long bytes) {
-    m_tableAllocationSize = static_cast<std::uint32_t>(bytes);
-  }
-  [[nodiscard]] int IsDataLoaded() const {
-    return m_dataLoaded.load(std::memory_order_acquire) ? 1 : 0;
-  }
-  void SetDataLoaded(bool loaded) { m_dataLoaded.store(loaded, std::memory_order_release); }
-  [[nodiscard]] int IsVolumeLoaded() const {
-    return m_volumeLoaded.load(std::memory_order_acquire) ? 1 : 0;
-  }
-  void SetVolumeLoaded(bool loaded) { m_volumeLoaded.store(loaded, std::memory_order_release); }
-  [[nodiscard]] bool GetUseMemoryMappedFilePointer() const {
-    return m_useMemoryMapped.load(std::memory_order_relaxed);
-  }
-  [[nodiscard]] std::int32_t IsDataOwned() const { return m_dataOwned; }
+  /// The same of a table whose size the host states, which is how one is attached that may be
+  /// shorter than its layout. That is then reported and not attached: the descriptor is without a
+  /// table and not loaded, IsTableRefused says so, and the table stays the caller's.
+  /// @param size bytes of the table; one of storage by cells has to hold every cell, one with
+  ///   offsets the offsets and each cell that they name. Other storage modes are not measured
+  /// @return whether it is attached
+  bool SetDiskTable(char* table, bool memoryMapped, std::uint64_t size);
+  /// Whether the last table to be attached was refused.
+  [[nodiscard]] bool IsTableRefused() const;
+  [[nodiscard]] unsigned long GetTableAllocationSize() const;
+  void SetTableAllocationSize(unsigned long bytes);
+  [[nodiscard]] int IsDataLoaded() const;
+  void SetDataLoaded(bool loaded);
+  [[nodiscard]] int IsVolumeLoaded() const;
+  void SetVolumeLoaded(bool loaded);
+  [[nodiscard]] bool GetUseMemoryMappedFilePointer() const;
+  [[nodiscard]] std::int32_t IsDataOwned() const;
   /// Drops the table, freeing it when it is owned and not mapped. Loaded flags stay. The argument
   /// is not used.
   void Flush(int);
 
   // ---- record
-  [[nodiscard]] gdata_enumDataClass GetDataClass() const { return dataClass; }
-  [[nodiscard]] std::uint32_t GetChannelID() const { return channelId; }
-  [[nodiscard]] const wchar_t* GetChannelIDName() const { return channelName; }
-  [[nodiscard]] std::uint32_t GetSubChannelID() const { return subChannelId; }
-  [[nodiscard]] std::uint32_t GetGateId() const { return gateId; }
-  [[nodiscard]] std::uint32_t GetColQty() const { return columnQuantity; }
-  [[nodiscard]] double GetColResol() const { return columnResolution; }  ///< m or degrees
-  [[nodiscard]] double GetColOffs() const { return columnOffset; }       ///< m or degrees
-  [[nodiscard]] kvt_enumUnits GetColUnits() const { return columnUnits; }
-  [[nodiscard]] std::uint32_t GetRowQty() const { return rowQuantity; }
-  [[nodiscard]] double GetRowResol() const { return rowResolution; }  ///< m or degrees
-  [[nodiscard]] double GetRowOffs() const { return rowOffset; }       ///< m or degrees
-  [[nodiscard]] kvt_enumUnits GetRowUnits() const { return rowUnits; }
-  void SetRowUnits(kvt_enumUnits units) { rowUnits = units; }
-  [[nodiscard]] std::uint32_t GetSampleQty() const { return sampleQuantity; }
-  [[nodiscard]] double GetSampleResol() const { return sampleResolution; }  ///< s, two-way
-  [[nodiscard]] double GetSampleOffs() const { return sampleOffset; }       ///< s
-  [[nodiscard]] std::uint32_t GetDataCompBits() const { return compressionBits; }
-  [[nodiscard]] std::uint32_t GetDataCompLSBitsPos() const { return compressionLSBit; }
-  [[nodiscard]] double GetDataMin() const { return dataMinimum; }
-  [[nodiscard]] double GetDataMax() const { return dataMaximum; }
-  [[nodiscard]] double GetDataResol() const { return dataResolution; }
-  [[nodiscard]] double GetDataOffs() const { return dataOffset; }
-  [[nodiscard]] double GetPartThickness() const { return partThickness; }  ///< m
-  [[nodiscard]] double GetInspRadius() const { return inspectionRadius; }  ///< m
-  [[nodiscard]] double GetSoundSpeed() const { return soundSpeed; }        ///< m/s
-  [[nodiscard]] gdata_enumInspGeometry GetInspGeometry() const { return inspectionGeometry; }
-  [[nodiscard]] std::uint32_t GetCellSize() const { return cellSize; }      ///< bytes
-  [[nodiscard]] std::uint32_t GetSampleSize() const { return sampleSize; }  ///< bytes
-  [[nodiscard]] gdata_bitmapFileOptions GetFileFormat() const { return fileFormat; }
-  [[nodiscard]] kvt_enumStorMode GetStorageMode() const { return storageMode; }
-  [[nodiscard]] int IsSwapNeeded() const { return byteSwap != 0 ? 1 : 0; }
+  [[nodiscard]] gdata_enumDataClass GetDataClass() const;
+  [[nodiscard]] std::uint32_t GetChannelID() const;
+  [[nodiscard]] const wchar_t* GetChannelIDName() const;
+  [[nodiscard]] std::uint32_t GetSubChannelID() const;
+  [[nodiscard]] std::uint32_t GetGateId() const;
+  [[nodiscard]] std::uint32_t GetColQty() const;
+  [[nodiscard]] double GetColResol() const;  ///< m or degrees
+  [[nodiscard]] double GetColOffs() const;   ///< m or degrees
+  [[nodiscard]] kvt_enumUnits GetColUnits() const;
+  [[nodiscard]] std::uint32_t GetRowQty() const;
+  [[nodiscard]] double GetRowResol() const;  ///< m or degrees
+  [[nodiscard]] double GetRowOffs() const;   ///< m or degrees
+  [[nodiscard]] kvt_enumUnits GetRowUnits() const;
+  void SetRowUnits(kvt_enumUnits units);
+  [[nodiscard]] std::uint32_t GetSampleQty() const;
+  [[nodiscard]] double GetSampleResol() const;  ///< s, two-way
+  [[nodiscard]] double GetSampleOffs() const;   ///< s
+  [[nodiscard]] std::uint32_t GetDataCompBits() const;
+  [[nodiscard]] std::uint32_t GetDataCompLSBitsPos() const;
+  [[nodiscard]] double GetDataMin() const;
+  [[nodiscard]] double GetDataMax() const;
+  [[nodiscard]] double GetDataResol() const;
+  [[nodiscard]] double GetDataOffs() const;
+  [[nodiscard]] double GetPartThickness() const;  ///< m
+  [[nodiscard]] double GetInspRadius() const;     ///< m
+  [[nodiscard]] double GetSoundSpeed() const;     ///< m/s
+  [[nodiscard]] gdata_enumInspGeometry GetInspGeometry() const;
+  [[nodiscard]] std::uint32_t GetCellSize() const;    ///< bytes
+  [[nodiscard]] std::uint32_t GetSampleSize() const;  ///< bytes
+  [[nodiscard]] gdata_bitmapFileOptions GetFileFormat() const;
+  [[nodiscard]] kvt_enumStorMode GetStorageMode() const;
+  [[nodiscard]] int IsSwapNeeded() const;
 
   // ---- fixed answers
-  [[nodiscard]] std::uint32_t GetModeID() const { return 0; }
-  [[nodiscard]] std::uint32_t GetSubModeID() const { return 0; }
-  [[nodiscard]] double GetLAB() const { return 0.0; }
-  [[nodiscard]] double GetInUncontroled() const { return 0.0; }
-  [[nodiscard]] double GetInUncontroledPos() const { return 0.0; }
-  [[nodiscard]] double GetOutUncontroled() const { return 0.0; }
-  [[nodiscard]] double GetOutUncontroledPos() const { return 0.0; }
+  [[nodiscard]] std::uint32_t GetModeID() const;
+  [[nodiscard]] std::uint32_t GetSubModeID() const;
+  [[nodiscard]] double GetLAB() const;
+  [[nodiscard]] double GetInUncontroled() const;
+  [[nodiscard]] double GetInUncontroledPos() const;
+  [[nodiscard]] double GetOutUncontroled() const;
+  [[nodiscard]] double GetOutUncontroledPos() const;
 
   // ---- run-time fields
-  [[nodiscard]] std::uint32_t GetVectorSize() const {
-    return m_vectorSize;
-  }  ///< bytes of one A-scan, modulo 2^32
-  [[nodiscard]] std::uint32_t GetVolumeSize() const {
-    return m_volumeSize;
-  }  ///< bytes of all A-scans, modulo 2^32
-  [[nodiscard]] std::uint32_t& GetGroupVersionNumber() { return m_groupVersion; }
-  [[nodiscard]] std::uint32_t GetGroupVersionNumber() const { return m_groupVersion; }
+  [[nodiscard]] std::uint32_t GetVectorSize() const;  ///< bytes of one A-scan, modulo 2^32
+  [[nodiscard]] std::uint32_t GetVolumeSize() const;  ///< bytes of all A-scans, modulo 2^32
+  [[nodiscard]] std::uint32_t& GetGroupVersionNumber();
+  [[nodiscard]] std::uint32_t GetGroupVersionNumber() const;
   /// The partner while it lives, else null; not owned.
-  [[nodiscard]] CIData* GetMatchedCScan() const { return m_matchedCScan.Get(); }
-  void SetMatchedCScan(CIData* item) { m_matchedCScan = item; }
-  [[nodiscard]] CIData* GetMeridioAmpCscan() const { return m_meridioAmpCScan.Get(); }
-  void SetMeridioAmpCscan(CIData* item) { m_meridioAmpCScan = item; }
+  [[nodiscard]] CIData* GetMatchedCScan() const;
+  void SetMatchedCScan(CIData* item);
+  [[nodiscard]] CIData* GetMeridioAmpCscan() const;
+  void SetMeridioAmpCscan(CIData* item);
   /// Divisor of the slopes of the sample axis's units. 0 until the owner of the descriptor sets it,
   /// which must be before units are updated; 1 gives the slopes as they are.
-  [[nodiscard]] double GetSampleAxisScale() const { return m_sampleAxisScale; }
-  void SetSampleAxisScale(double scale) { m_sampleAxisScale = scale; }
+  [[nodiscard]] double GetSampleAxisScale() const;
+  void SetSampleAxisScale(double scale);
   /// The native point unit of the column, row or sample axis, not owned; null until set, and for
   /// other axes.
-  [[nodiscard]] CUnit* GetPointUnit(kvt_enumAxis axis) const {
-    return axis <= kvt_AxisSample ? m_pointUnits[axis] : nullptr;
-  }
+  [[nodiscard]] CUnit* GetPointUnit(kvt_enumAxis axis) const;
   void SetPointUnits(CUnit* column, CUnit* row, CUnit* sample);
-  [[nodiscard]] double GetSampleStart() const {
-    return m_sampleStart;
-  }  ///< first sample position in base units
-  [[nodiscard]] double GetSampleStop() const {
-    return m_sampleStop;
-  }  ///< last sample position in base units
+  [[nodiscard]] double GetSampleStart() const;  ///< first sample position in base units
+  [[nodiscard]] double GetSampleStop() const;   ///< last sample position in base units
   void SetSampleLimits(float start, float stop);
 
   // ---- samples
   /// All bits of one sample: 0xFF, 0xFFFF, 0xFFFFFF, 0xFFFFFFFF for 1 to 4 bytes; 0 for none, as 4
   /// for more.
   [[nodiscard]] std::uint32_t GetFormatMask() const;
-  [[nodiscard]] std::uint32_t FormatSample(unsigned int sample) const {
-    return sample & GetFormatMask();
-  }
+  [[nodiscard]] std::uint32_t FormatSample(unsigned int sample) const;
   /// The look-up table of this group's samples, shared with groups of equal channel, gate and
   /// conversion; null when the document is null or has no table factory. A data class other than 1,
   /// 2 and 3 raises an assertion.
   /// @return released through the factory by the caller
-  [[nodiscard]] CLookUpTable* GetLookUpTable(IGDataSupplier* document);
+  [[nodiscard]] CLookUpTable* GetLookUpTable(IGDataSupplier* document) const;
 
-  /// Bytes that the table has at least, as far as the record tells; 0 when it does not.
+  /// Bytes of the attached table; 0 without one, and where nothing tells.
   [[nodiscard]] std::uint64_t KnownTableSize() const;
-  /// Bytes that the cells take: for storage by cells all their samples, for storage with offsets
-  /// the offsets alone. 0 without cells; the largest value when the product does not fit.
+  /// Bytes that a table has at least: for storage by cells those of all cells, for storage with
+  /// offsets the offsets alone. 0 without cells and for other storage modes; the largest value when
+  /// the product does not fit.
   [[nodiscard]] std::uint64_t NeededTableSize() const;
 
  protected:
-  void ValidateDiskTable(char* table) const;
+  void ValidateDiskTable(char* table, std::uint64_t size) const;
   void UnlinkMatchingCScan();
 
  private:
   void DeriveSampleAxis();
-  [[nodiscard]] std::uint64_t StatedTableSize() const;
+  void StoreTable(char* table, bool memoryMapped, std::uint64_t size);
+  [[nodiscard]] std::uint64_t TableSizeByRecord(const char* table) const;
+  [[nodiscard]] bool HoldsItsCells(const char* table, std::uint64_t size) const;
+  [[nodiscard]] std::uint64_t EndOfCells(const char* table, std::uint64_t size) const;
+  [[nodiscard]] std::uint64_t CellExtent() const;
+
+  static constexpr std::uint64_t unknownSize = ~std::uint64_t{0};
 
   std::uint32_t m_vectorSize = 0;
   std::uint32_t m_volumeSize = 0;
@@ -202,6 +198,8 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   std::atomic<bool> m_useMemoryMapped{false};  ///< published with the table
   std::int32_t m_dataOwned = 1;
   std::uint32_t m_tableAllocationSize = 0;
+  std::atomic<std::uint64_t> m_tableSize{0};  ///< bytes, or unknownSize; published with the table
+  std::atomic<bool> m_tableRefused{false};
   std::atomic<std::uint32_t*> m_diskTable{nullptr};
   std::atomic<bool> m_dataLoaded{false};
   std::atomic<bool> m_volumeLoaded{false};

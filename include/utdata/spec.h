@@ -12,9 +12,10 @@
 /// The specimen: its material, once added, and the unit system it is described in.
 class UTDATA_API CSpec : public CObject {
  public:
-  CSpec() = default;
+  CSpec();
   CSpec(const CSpec&) = delete;
   CSpec& operator=(const CSpec&) = delete;
+  ~CSpec() override;
   void Dump(CDumpContext& context) const override;  ///< writes nothing
 
   /// Makes the material item; null, and nothing is changed, when there is one or when the
@@ -29,9 +30,7 @@ class UTDATA_API CSpec : public CObject {
   /// Makes the caller's record the material's file side (CISpecMat::ismat1_ReplaceGInfo); null when
   /// there is no material.
   CISpecMat* spec_SpecMatReplace(CGSpecmatTypeDescr* descriptor);
-  [[nodiscard]] kvt_enumUnitSystems spec_GetPreferredUnitSystem() const {
-    return m_values.preferredUnitSystem;
-  }
+  [[nodiscard]] kvt_enumUnitSystems spec_GetPreferredUnitSystem() const;
 
  private:
   struct Values {
@@ -49,7 +48,7 @@ enum scandora_enumViewType : std::uint32_t { scandora_ViewDefault = 12 };
 /// One information field that the host shows.
 class UTDATA_API CInfoField : public CObject {
  public:
-  CInfoField() = default;
+  CInfoField();
   /// @param dataId the data item it concerns; not owned, may be null
   CInfoField(std::int32_t id,
              std::wstring description,
@@ -60,24 +59,25 @@ class UTDATA_API CInfoField : public CObject {
              scandora_enumViewType viewType,
              idata_typeId* dataId);
   /// Copies share the data id's record.
-  CInfoField(const CInfoField&) = default;
-  CInfoField& operator=(const CInfoField&) = default;
+  CInfoField(const CInfoField&);
+  CInfoField& operator=(const CInfoField&);
+  ~CInfoField() override;
 
-  [[nodiscard]] std::int32_t GetId() const { return m_id; }
-  [[nodiscard]] std::wstring GetCategory() const { return m_category; }
-  [[nodiscard]] std::wstring GetDescription() const { return m_description; }
-  [[nodiscard]] std::wstring GetShortName() const { return m_shortName; }
-  [[nodiscard]] std::wstring GetUnit() const { return m_unit; }
-  [[nodiscard]] scandora_enumViewType GetViewType() const { return m_viewType; }
-  [[nodiscard]] int IsActiveView() const { return m_isActiveView; }
-  [[nodiscard]] idata_typeId* GetDataId() const { return m_dataId; }
+  [[nodiscard]] std::int32_t GetId() const;
+  [[nodiscard]] std::wstring GetCategory() const;
+  [[nodiscard]] std::wstring GetDescription() const;
+  [[nodiscard]] std::wstring GetShortName() const;
+  [[nodiscard]] std::wstring GetUnit() const;
+  [[nodiscard]] scandora_enumViewType GetViewType() const;
+  [[nodiscard]] int IsActiveView() const;
+  [[nodiscard]] idata_typeId* GetDataId() const;
 
-  void SetDescription(std::wstring description) { m_description = std::move(description); }
-  void SetShortName(std::wstring shortName) { m_shortName = std::move(shortName); }
-  void SetUnit(std::wstring unit) { m_unit = std::move(unit); }
-  void SetViewType(scandora_enumViewType viewType) { m_viewType = viewType; }
-  void SetIsActiveView(int isActiveView) { m_isActiveView = isActiveView; }
-  void SetDataId(idata_typeId* dataId) { m_dataId = dataId; }
+  void SetDescription(std::wstring description);
+  void SetShortName(std::wstring shortName);
+  void SetUnit(std::wstring unit);
+  void SetViewType(scandora_enumViewType viewType);
+  void SetIsActiveView(int isActiveView);
+  void SetDataId(idata_typeId* dataId);
 
  private:
   std::int32_t m_isActiveView = 1;

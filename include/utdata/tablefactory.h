@@ -29,7 +29,7 @@ class UTDATA_API CTableFactory : public CObject {
   /// factory's is ignored.
   void ReleaseLUT(CLookUpTable* table);
 
-  [[nodiscard]] std::ptrdiff_t GetTableQty() const { return m_tables.GetCount(); }
+  [[nodiscard]] std::ptrdiff_t GetTableQty() const;
 
  private:
   CList<CLookUpTable*> m_tables;

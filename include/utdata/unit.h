@@ -25,7 +25,8 @@ enum unit_enumUnits : std::uint32_t {
   unit_OneWayTime = 9,
   unit_Path = 10,      ///< there and back
   unit_HalfPath = 11,  ///< one way
-  unit_Depth = 12,
+  unit_Depth = 12,  ///< one way along the beam, as half path: no angle is in it. Below the surface
+                    ///< an echo lies at this times the cosine of the refracted angle
   unit_TofdDepth = 13,
   unit_Scaled = 14,  ///< scaled analog data
   unit_Reserved15 = 15,
@@ -64,9 +65,8 @@ enum unit_enumConversionType : std::int32_t {
       4  ///< 0 for 0, else 100 + d / 80 * 100 with d = 20 log10(|v| / 100), at least -80
 };
 
+/// Carries no run-time class record of its own.
 class UTDATA_API CUnit : public CObject {
-  DECLARE_DYNAMIC(CUnit)
-
  public:
   /// A unit that is not valid until it is updated: family 0, conversion -1, slopes 1, no parent.
   CUnit();
@@ -117,11 +117,11 @@ class UTDATA_API CUnit : public CObject {
   void SetDisplayPrecision(int digits);
 
   void GetUnitType(unit_enumUnits& family, unit_enumDataUnit& dataUnit) const;
-  [[nodiscard]] int GetDisplayPrecision() const { return m_precision; }
+  [[nodiscard]] int GetDisplayPrecision() const;
   /// printf format of one value: "%.1f" until the precision changes, then "%-12.Nf"; empty while
   /// the unit is not valid.
   [[nodiscard]] std::wstring GetDisplayFormat() const;
-  [[nodiscard]] CUnit* GetParent() const { return m_parent; }
+  [[nodiscard]] CUnit* GetParent() const;
 
   /// Base value of a displayed value. A TOFD or unknown conversion with a slope of 0 raises an
   /// assertion and gives 0; the linear ones divide by it.
@@ -131,10 +131,11 @@ class UTDATA_API CUnit : public CObject {
   /// rounding. Where several displayed values share a base value: of two slopes the value at or
   /// above 0; of TOFD the one on the branch on which the base grows with the displayed value; of dB
   /// (type 3) the one at or below 0; of type 4 the one at or above 0, and 0 for base 0. Where none
-  /// has it: 0 in the gap that two slopes with a negative offset leave around 0; NaN for a TOFD
-  /// path shorter than the path offset, for a type 3 base below 0 or above 100, for a type 4 base
-  /// below 0. A type 3 base of 0 gives minus infinity. NaN stays NaN; a TOFD or unknown conversion
-  /// with a slope of 0 raises an assertion and gives 0, as ConvertToBase does.
+  /// has it: 0 in the gap that two slopes leave around 0, with a negative offset when the negative
+  /// slope is the greater, with a positive offset when the positive slope is; NaN for a TOFD path
+  /// shorter than the path offset, for a type 3 base below 0 or above 100, for a type 4 base below
+  /// 0. A type 3 base of 0 gives minus infinity. NaN stays NaN; a TOFD or unknown conversion with a
+  /// slope of 0 raises an assertion and gives 0, as ConvertToBase does.
   [[nodiscard]] double ConvertFromBase(const double& base) const;
 
   /// The data unit's symbol ("mm", L"\u00b5s", "%"); empty for generic values, points and scaled
@@ -154,34 +155,27 @@ class UTDATA_API CUnit : public CObject {
   /// Which format a value is printed with. Not the text itself: an item has dozens of units.
   enum class DisplayFormat : std::uint8_t { None, Initial, Precise };
 
-  void SetParameters(unit_enumUnits family,
-                     unit_enumDataUnit dataUnit,
-                     unit_enumConversionType conversion,
-                     double positiveSlope,
-                     double negativeSlope,
-                     double offset,
-                     CUnit* parent,
-                     std::int32_t precision,
-                     double depthOffset,
-                     double pathOffset,
-                     double auxiliary,
-                     DisplayFormat displayFormat);
+  struct Parameters {
+    unit_enumUnits family = unit_Generic;
+    unit_enumDataUnit dataUnit = unit_DataGeneric;
+    unit_enumConversionType conversion = unit_ConversionNone;
+    DisplayFormat displayFormat = DisplayFormat::None;
+    double positiveSlope = 1;
+    double negativeSlope = 1;
+    double offset = 0;       ///< of the linear conversions; for TOFD the constant under the root
+    double depthOffset = 0;  ///< TOFD, subtracted from the displayed value
+    double pathOffset = 0;   ///< TOFD, added to the root
+    double auxiliary = 0;
+    CUnit* parent = nullptr;
+    std::int32_t precision = 0;
+  };
+
+  void SetParameters(const Parameters& parameters);
   [[nodiscard]] double TofdToBase(double displayed) const;
   [[nodiscard]] double TofdFromBase(double base) const;
   [[nodiscard]] double LinearFromBase(double base) const;
 
-  std::int32_t m_precision = 0;
+  Parameters m_parameters;
   std::uint32_t m_tag = 0;  ///< low 32 bits of the object's own address: a copied or stale object
                             ///< does not pass for a unit
-  double m_positiveSlope = 1;
-  double m_negativeSlope = 1;
-  double m_offset = 0;       ///< of the linear conversions; for TOFD the constant under the root
-  double m_depthOffset = 0;  ///< TOFD, subtracted from the displayed value
-  double m_pathOffset = 0;   ///< TOFD, added to the root
-  double m_auxiliary = 0;
-  unit_enumConversionType m_conversion = unit_ConversionNone;
-  unit_enumUnits m_family = unit_Generic;
-  unit_enumDataUnit m_dataUnit = unit_DataGeneric;
-  DisplayFormat m_displayFormat = DisplayFormat::None;
-  CUnit* m_parent = nullptr;
 };

@@ -21,19 +21,14 @@ class CVolumeSet;
 /// The identity by which unit sets and look-up tables are shared.
 class UTDATA_API vset_groupId {
  public:
-  vset_groupId() = default;  ///< all zeros
+  vset_groupId();  ///< all zeros
   vset_groupId(std::uint32_t newKind,
                std::uint32_t firstValue,
                std::uint32_t secondValue,
                std::uint32_t thirdValue,
-               std::uint32_t fourthValue)
-      : kind(newKind),
-        first(firstValue),
-        second(secondValue),
-        third(thirdValue),
-        fourth(fourthValue) {}
-  vset_groupId(const vset_groupId&) = default;
-  vset_groupId& operator=(const vset_groupId&) = default;
+               std::uint32_t fourthValue);
+  vset_groupId(const vset_groupId&);
+  vset_groupId& operator=(const vset_groupId&);
   virtual ~vset_groupId();  ///< leaves all zeros
 
   std::uint32_t kind =
@@ -120,8 +115,8 @@ class UTDATA_API CUnitSet : public CObject {
   /// The units of an axis in order; null for an axis that the set does not have.
   [[nodiscard]] const CList<CUnit*>* GetUnits(kvt_enumAxis axis) const;
 
-  [[nodiscard]] const vset_groupId& GetIdentity() const { return m_identity; }
-  [[nodiscard]] std::int32_t GetReferenceCount() const { return m_referenceCount; }
+  [[nodiscard]] const vset_groupId& GetIdentity() const;
+  [[nodiscard]] std::int32_t GetReferenceCount() const;
 
  private:
   friend class CVolumeSet;

@@ -34,7 +34,7 @@ class UTDATA_API CVolumeSet {
   /// @return owned here; given back with vol_DeleteUnitSet
   [[nodiscard]] CUnitSet* vol_CreateUnitSet(const vset_groupId& identity, int* created);
   /// Gives back one reference; the set is destroyed with its last one. Clears the caller's pointer.
-  /// A count that is already 0 raises an assertion.
+  /// A set that another volume set made, or nobody did, is reported and keeps its references.
   void vol_DeleteUnitSet(CUnitSet** set);
 
   /// The axis, or null outside 0 to 5.
@@ -46,7 +46,7 @@ class UTDATA_API CVolumeSet {
   void vol_SetLimits(kvt_enumAxis axis, double start, double end);
   /// The limits last accepted as (start, end); (0, 0) before, and outside 0 to 5.
   [[nodiscard]] std::pair<double, double> vol_GetLimits(kvt_enumAxis axis) const;
-  [[nodiscard]] IGDataSupplier* vol_GetDocument() const { return m_document; }
+  [[nodiscard]] IGDataSupplier* vol_GetDocument() const;
 
   /// Fills the base units of the axes that have none: degrees on the axes named, metres on the
   /// other length axes (0, 1, 4, 5), metres of half path on the sample axis, percent on the

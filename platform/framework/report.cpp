@@ -1,6 +1,6 @@
-// Where assertions and traces go. One lock is held while a sink runs, so that reports of several
-// threads arrive one after the other and a replaced sink is never still in use; a thread that is
-// inside a sink holds it already.
+// Where assertions and traces go. No lock is held while a sink runs: it may wait for whatever it
+// likes, another report included. A sink that is replaced is left by all threads first.
+#include <condition_variable>
 #include <cstdio>
 #include <memory>
 #include <mutex>
@@ -12,9 +12,15 @@
 namespace utdata {
 namespace {
 
+struct Installed {
+  ReportSink sink;
+  std::size_t running = 0;  // calls of it; guarded by Receiver::lock
+};
+
 struct Receiver {
   std::mutex lock;
-  std::shared_ptr<const ReportSink> sink;  // guarded by lock; null for the default
+  std::condition_variable left;          // some sink is no longer running
+  std::shared_ptr<Installed> installed;  // guarded by lock; null for the default
 };
 
 /// Never destroyed: objects that outlive main may still report.
@@ -44,22 +50,36 @@ ReportAnswer DefaultSink([[maybe_unused]] const Report& report) {
   return ReportAnswer::Continue;
 }
 
-ReportAnswer CallSink(const Report& report) {
-  Receiver& receiver = TheReceiver();
-  const std::lock_guard<std::mutex> held(receiver.lock);
-  const std::shared_ptr<const ReportSink> sink =
-      receiver.sink;  // stays alive while it runs, even if it replaces itself
-  if (!sink) return DefaultSink(report);
-  struct Inside {
-    Inside() { insideSink = true; }
-    ~Inside() { insideSink = false; }
-  } const inside;
-  return (*sink)(report);
-}
+/// A call of the sink in place; of none when there is none.
+class SinkCall {
+ public:
+  SinkCall() {
+    const std::lock_guard<std::mutex> held(m_receiver.lock);
+    m_installed = m_receiver.installed;
+    if (m_installed) ++m_installed->running;
+    insideSink = m_installed != nullptr;
+  }
+  SinkCall(const SinkCall&) = delete;
+  SinkCall& operator=(const SinkCall&) = delete;
+  ~SinkCall() {
+    insideSink = false;
+    if (!m_installed) return;
+    const std::lock_guard<std::mutex> held(m_receiver.lock);
+    --m_installed->running;
+    m_receiver.left.notify_all();
+  }
+  ReportAnswer Run(const Report& report) const {
+    return m_installed ? m_installed->sink(report) : DefaultSink(report);
+  }
+
+ private:
+  Receiver& m_receiver = TheReceiver();
+  std::shared_ptr<Installed> m_installed;
+};
 
 ReportAnswer Deliver(const Report& report) noexcept {
   try {
-    return insideSink ? DefaultSink(report) : CallSink(report);
+    return insideSink ? DefaultSink(report) : SinkCall().Run(report);
   } catch (...) {
     try {
       return DefaultSink(report);
@@ -72,12 +92,14 @@ ReportAnswer Deliver(const Report& report) noexcept {
 }  // namespace
 
 ReportSink SetReportSink(ReportSink sink) {
-  auto next = sink ? std::make_shared<const ReportSink>(std::move(sink)) : nullptr;
+  std::shared_ptr<Installed> other;
+  if (sink) other = std::make_shared<Installed>(Installed{std::move(sink)});
   Receiver& receiver = TheReceiver();
-  std::unique_lock<std::mutex> held(receiver.lock, std::defer_lock);
-  if (!insideSink) held.lock();
-  receiver.sink.swap(next);
-  return next ? *next : ReportSink();
+  std::unique_lock<std::mutex> held(receiver.lock);
+  receiver.installed.swap(other);
+  if (!other) return {};
+  if (!insideSink) receiver.left.wait(held, [&] { return other->running == 0; });
+  return other->sink;
 }
 
 void ReportAssertion(const char* file, unsigned line, std::wstring_view text) noexcept {

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
+#include <utility>
 
-#include "platform/kvtiff19/items.h"
+#include "interfaces/thread_safety.h"
+#include "platform/kvtiff19/guard.h"
 #include "platform/kvtiff19/reader.h"
 #include "platform/kvtiff19/writer.h"
 
@@ -12,13 +15,54 @@ namespace {
 
 using os::Error;
 
-/// The view of a block without bytes: an address of its own, so that each view is unmapped once.
-class EmptyMapping final : public os::Mapping {
+/// The sizes of all views, by address.
+class ViewSizes {
  public:
-  std::byte* Data() const noexcept override { return const_cast<std::byte*>(&m_place); }
-  std::size_t Size() const noexcept override { return 0; }
+  void Add(const void* data, std::uint64_t size) {
+    const MutexScope lock(m_lock);
+    m_sizes.emplace(data, size);
+  }
+  void Remove(const void* data) {
+    const MutexScope lock(m_lock);
+    m_sizes.erase(data);
+  }
+  bool Find(const void* data, std::uint64_t& size) {
+    const MutexScope lock(m_lock);
+    const auto found = m_sizes.find(data);
+    if (found == m_sizes.end()) return false;
+    size = found->second;
+    return true;
+  }
 
  private:
+  Mutex m_lock;
+  std::map<const void*, std::uint64_t> m_sizes UTDATA_GUARDED_BY(m_lock);
+};
+
+/// Never destroyed: a host's static objects may close files after the library's own have gone.
+ViewSizes& AllViews() {
+  static ViewSizes& views = *new ViewSizes;
+  return views;
+}
+
+/// A view of a block, known to AllViews while it lasts. That of a block without bytes has an
+/// address of its own, so that each view is unmapped once.
+class View final : public os::Mapping {
+ public:
+  explicit View(std::unique_ptr<os::Mapping> mapping) : m_mapping(std::move(mapping)) {
+    AllViews().Add(Data(), Size());
+  }
+  ~View() override { AllViews().Remove(Data()); }
+  View(const View&) = delete;
+  View& operator=(const View&) = delete;
+
+  std::byte* Data() const noexcept override {
+    return m_mapping ? m_mapping->Data() : const_cast<std::byte*>(&m_place);
+  }
+  std::size_t Size() const noexcept override { return m_mapping ? m_mapping->Size() : 0; }
+
+ private:
+  std::unique_ptr<os::Mapping> m_mapping;  ///< null: no bytes
   std::byte m_place{};
 };
 
@@ -56,6 +100,17 @@ int WriteBlock(OpenFile& file, Bytes data, BlockRef& block) {
   if (const Error error = file.handle->WriteAt(block.tableOffset, table); error != Error::None)
     return FailWrite(file, error, "a block cannot be written");
   file.writeEnd = block.tableOffset + table.size();
+  return SCFile::status_Ok;
+}
+
+int FindBlock(const Node* group, std::uint32_t index, BlockRef& block) {
+  if (!IsGroup(group)) return BadCall("not a group");
+  if (group->state != NodeState::Committed || index >= group->itemCount)
+    return FailAt(*group->file, SCFile::status_BadArgument, "no committed item has that index");
+  const std::byte* item = ItemAt(*group, index);
+  if (DecodeItemHeader(item).type != SCFile::value_Block)
+    return FailAt(*group->file, SCFile::status_BadArgument, "the item is not a block");
+  block = DecodeBlockRef(item + itemHeaderSize);
   return SCFile::status_Ok;
 }
 
@@ -100,19 +155,36 @@ int ReadBlock(const OpenFile& file,
   return SCFile::status_Ok;
 }
 
+bool BlockHolds(const OpenFile& file, const BlockRef& block, Bytes data, AsRead asRead) {
+  if (block.size != data.size()) return false;
+  std::vector<std::uint64_t> checksums;
+  if (ReadBlockTable(file, block, checksums) != SCFile::status_Ok) return false;
+  std::vector<std::byte> stored;
+  for (std::size_t index = 0; index < checksums.size(); ++index) {
+    const std::uint64_t start = index * block.chunk;
+    const Bytes chunk =
+        data.subspan(static_cast<std::size_t>(start),
+                     static_cast<std::size_t>(std::min(block.chunk, block.size - start)));
+    if (Checksum(chunk) == checksums[index]) continue;
+    stored.resize(chunk.size());
+    if (ReadWhole(file, block.offset + start, stored) != SCFile::status_Ok) return false;
+    if (start == 0) asRead(stored);
+    if (!std::equal(chunk.begin(), chunk.end(), stored.begin())) return false;
+  }
+  return true;
+}
+
 int MapBlock(OpenFile& file, const BlockRef& block, void** data) {
   if (block.size > std::numeric_limits<std::size_t>::max())
     return FailAt(file, SCFile::status_TooLarge, "a block is larger than the machine's memory");
   std::unique_ptr<os::Mapping> mapping;
-  if (block.size == 0) {
-    mapping = std::make_unique<EmptyMapping>();
-  } else if (const Error error =
-                 file.handle->Map(block.offset, static_cast<std::size_t>(block.size), mapping);
-             error != Error::None) {
-    return FailOs(file.path, error, "a block cannot be mapped");
+  if (block.size != 0) {
+    const Error error =
+        file.handle->Map(block.offset, static_cast<std::size_t>(block.size), mapping);
+    if (error != Error::None) return FailOs(file.path, error, "a block cannot be mapped");
   }
-  *data = mapping->Data();
-  file.mappings.push_back(std::move(mapping));
+  file.mappings.push_back(std::make_unique<View>(std::move(mapping)));
+  *data = file.mappings.back()->Data();
   return SCFile::status_Ok;
 }
 
@@ -123,5 +195,7 @@ bool UnmapBlock(OpenFile& file, const void* data) {
   file.mappings.erase(found);
   return true;
 }
+
+bool FindView(const void* data, std::uint64_t& size) { return AllViews().Find(data, size); }
 
 }  // namespace utdata::kvtiff19

@@ -12,6 +12,9 @@ namespace utdata::kvtiff19 {
 /// holes.
 [[nodiscard]] int WriteBlock(OpenFile& file, Bytes data, BlockRef& block);
 
+/// The block at an index of a committed group.
+[[nodiscard]] int FindBlock(const Node* group, std::uint32_t index, BlockRef& block);
+
 /// Reads and checks the checksums of a block's chunks.
 [[nodiscard]] int ReadBlockTable(const OpenFile& file,
                                  const BlockRef& block,
@@ -24,8 +27,22 @@ namespace utdata::kvtiff19 {
                             std::uint64_t from,
                             std::span<std::byte> buffer);
 
+/// Makes of a block's first bytes what its readers take them for.
+using AsRead = void (*)(std::span<std::byte> start);
+
+/// Whether a block holds exactly these bytes. The checksums of its chunks tell; a chunk is read
+/// only where they do not match, since it may still be where the bytes come from: damaged on disk,
+/// or with a start that readers change.
+[[nodiscard]] bool BlockHolds(const OpenFile& file,
+                              const BlockRef& block,
+                              Bytes data,
+                              AsRead asRead);
+
 /// Maps a whole block for as long as the file is open, or until UnmapBlock.
 [[nodiscard]] int MapBlock(OpenFile& file, const BlockRef& block, void** data);
 [[nodiscard]] bool UnmapBlock(OpenFile& file, const void* data);
+/// The size of the view that starts at an address, of whatever file; false when none does. Any
+/// thread.
+[[nodiscard]] bool FindView(const void* data, std::uint64_t& size);
 
 }  // namespace utdata::kvtiff19

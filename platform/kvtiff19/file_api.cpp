@@ -20,17 +20,19 @@ int OpenExisting(const wchar_t* path, Node** file, bool readOnly) {
   std::unique_ptr<OpenFile> opened;
   if (const int status = StartFile(path, file, opened)) return status;
   opened->readOnly = readOnly;
-  os::Error error = os::Error::AccessDenied;
-  if (!readOnly)
-    error = opened->fileSystem->Open(opened->path, os::OpenMode::ReadWrite, opened->handle);
-  if (error == os::Error::AccessDenied) {
-    opened->readOnly = true;
-    error = opened->fileSystem->Open(opened->path, os::OpenMode::Read, opened->handle);
-  }
-  if (error != os::Error::None) return FailOs(opened->path, error, "cannot be opened");
+  if (const os::Error error =
+          opened->fileSystem->Open(opened->path, os::OpenMode::Read, opened->handle);
+      error != os::Error::None)
+    return FailOs(opened->path, error, "cannot be opened");
   if (const int status = ReadCommitted(*opened)) return status;
   *file = opened.release();
   return SCFile::status_Ok;
+}
+
+int CommitOrDrop(OpenFile& file) {
+  const int status = Guarded([&] { return Commit(file); });
+  if (status == SCFile::status_TooLarge && file.writing) Drop(file);
+  return status;
 }
 
 /// What stands at `path` refuses a new file there: anything where nothing may be replaced, else
@@ -49,10 +51,7 @@ int CreateNew(const wchar_t* path, Node** file, bool replace) {
   if (const int status = StartFile(path, file, created)) return status;
   created->replace = replace;
   if (const int status = CheckPlace(*created)) return status;
-  if (const int status = BeginNewFile(*created)) {
-    Abandon(*created);
-    return status;
-  }
+  if (const int status = BeginNewFile(*created)) return status;
   *file = created.release();
   return SCFile::status_Ok;
 }
@@ -92,10 +91,7 @@ int file_CreateEx(const wchar_t* path, FileHandle* file) {
 
 int file_Commit(FileHandle file) {
   if (!IsFile(file)) return BadCall("not a file");
-  OpenFile& open = *file->file;
-  int status = Guarded([&] { return Commit(open); });
-  if (status == status_TooLarge && open.writing) Drop(open);
-  return status;
+  return CommitOrDrop(*file->file);
 }
 
 int file_Discard(FileHandle file) {
@@ -107,10 +103,9 @@ int file_Discard(FileHandle file) {
 int file_Close(FileHandle file) {
   if (!IsFile(file)) return BadCall("not a file");
   const std::unique_ptr<OpenFile> closed(file->file);
-  return Guarded([&] {
-    Abandon(*closed);
-    return status_Ok;
-  });
+  const int status = CommitOrDrop(*closed);
+  Abandon(*closed);
+  return status;
 }
 
 int file_SetCharacterFormat(FileHandle file, int format) {

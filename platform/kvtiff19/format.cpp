@@ -11,6 +11,8 @@ namespace {
 constexpr std::array<unsigned char, 8> fileMagic = {0xD5, 'U', 'T', 'D', 0x0D, 0x0A, 0x1A, 0x0A};
 constexpr std::array<unsigned char, 8> slotMagic = {'u', 't', 'c', 'o', 'm', 'm', 'i', 't'};
 constexpr std::array<unsigned char, 8> segmentMagic = {'u', 't', 'g', 'r', 'o', 'u', 'p', 0x0A};
+// Cannot be mistaken for the beginning of a whole file.
+constexpr std::string_view unfinishedMark = "\xD5UTDpart: an unfinished inspection file\n";
 
 bool StartsWith(Bytes bytes, const std::array<unsigned char, 8>& magic) {
   return bytes.size() >= magic.size() && std::memcmp(bytes.data(), magic.data(), magic.size()) == 0;
@@ -66,6 +68,12 @@ int CheckHeader(Bytes page) noexcept {
                      Load<std::uint64_t>(page.data() + 16) == Checksum(page.first(16)) &&
                      AllZero(page.subspan(headerSize));
   return sound ? SCFile::status_Ok : SCFile::status_Damaged;
+}
+
+std::array<std::byte, pageSize> EncodeUnfinishedMark() noexcept {
+  std::array<std::byte, pageSize> page{};
+  std::memcpy(page.data(), unfinishedMark.data(), unfinishedMark.size());
+  return page;
 }
 
 std::array<std::byte, slotSize> EncodeSlot(const CommitRecord& record) noexcept {

@@ -89,6 +89,10 @@ void CopyNumbers(std::byte* target,
 /// when the file is.
 [[nodiscard]] int CheckHeader(Bytes page) noexcept;
 
+/// The page that a new file begins with until everything in it is written, and ends with until it
+/// has its name.
+[[nodiscard]] std::array<std::byte, pageSize> EncodeUnfinishedMark() noexcept;
+
 /// Names a stretch of the file with what it must hold; all zero names nothing.
 struct Link {
   std::uint64_t offset = 0;

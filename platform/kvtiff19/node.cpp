@@ -5,6 +5,16 @@
 
 namespace utdata::kvtiff19 {
 
+os::Error OpenFile::IsAt(const std::wstring& name, bool& is) const {
+  is = false;
+  os::FileIdentity mine;
+  if (const os::Error error = handle->Identify(mine); error != os::Error::None) return error;
+  os::FileIdentity there;
+  const os::Error error = fileSystem->Identify(name, there);
+  is = error == os::Error::None && mine == there;
+  return error == os::Error::NotFound ? os::Error::None : error;
+}
+
 bool OpenFile::FitsType(const Node& group) const {
   return !std::binary_search(misfits.begin(), misfits.end(), group.items.data(), std::less<>());
 }

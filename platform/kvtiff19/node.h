@@ -71,11 +71,13 @@ struct OpenFile : Node {
   std::wstring path;
   os::FileSystem* fileSystem = nullptr;
   std::unique_ptr<os::File> handle;
-  bool readOnly = false;
-  bool isNew = false;    ///< still under its ".part" name
-  bool replace = false;  ///< a new file that may take the place of another
-  bool writing = false;  ///< holds the writer's lock
-  CommitRecord current;  ///< what is committed
+  bool readOnly = false;    ///< never to be written
+  bool isWritable = false;  ///< the handle is open for writing too
+  bool isNew = false;       ///< still under its ".part" name
+  bool isWanted = false;    ///< of a new file: it is to exist once it is closed
+  bool replace = false;     ///< a new file that may take the place of another
+  bool writing = false;     ///< holds the writer's lock
+  CommitRecord current;     ///< what is committed
   std::size_t committedTops = 0;
   std::uint64_t writeEnd = dataStart;  ///< where the next bytes are written while `writing`
   int failure = 0;  ///< status of the first write that failed since the last commit
@@ -88,6 +90,8 @@ struct OpenFile : Node {
   std::vector<std::unique_ptr<os::Mapping>> mappings;
 
   [[nodiscard]] std::wstring PartPath() const { return path + L".part"; }
+  /// Whether `name` still leads to the open file.
+  [[nodiscard]] os::Error IsAt(const std::wstring& name, bool& is) const;
   /// Whether a group that was read at opening fits its type.
   [[nodiscard]] bool FitsType(const Node& group) const;
   Node& AddGroup(Node& parent, NodeState newState, std::uint16_t code);

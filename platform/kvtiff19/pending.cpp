@@ -21,6 +21,21 @@ int Remember(OpenFile& file, int status) noexcept {
   return status;
 }
 
+/// Forgets the groups gathered since the last commit, and that any of them failed.
+void Forget(OpenFile& file) noexcept {
+  for (Node& node : file.groups) {
+    if (node.state != NodeState::Pending) continue;
+    node.state = NodeState::Dropped;
+    node.itemCount = 0;
+    node.pending.reset();
+    node.itemOffsets.clear();
+  }
+  file.children.resize(file.committedTops);
+  file.failure = SCFile::status_Ok;
+  file.failureText.clear();
+  file.isWanted = false;
+}
+
 }  // namespace
 
 int FailWrite(OpenFile& file, int status, std::string_view what) {
@@ -41,6 +56,7 @@ int AddPending(Node& parent, std::uint16_t typeCode, std::string name, Node*& gr
     return FailWrite(file, SCFile::status_TooLarge, "groups are nested too deep");
   if (parent.state == NodeState::File) {
     if (const int status = BeginWrite(file)) return Remember(file, status);
+    file.isWanted = true;
   }
   Node& node = file.AddGroup(parent, NodeState::Pending, typeCode);
   node.pending = std::make_unique<PendingGroup>();
@@ -78,35 +94,27 @@ int AppendStored(Node& group,
 }
 
 void Drop(OpenFile& file) noexcept {
-  for (Node& node : file.groups) {
-    if (node.state != NodeState::Pending) continue;
-    node.state = NodeState::Dropped;
-    node.itemCount = 0;
-    node.pending.reset();
-    node.itemOffsets.clear();
-  }
-  file.children.resize(file.committedTops);
-  file.failure = SCFile::status_Ok;
-  file.failureText.clear();
+  Forget(file);
   if (!file.writing) return;
-  file.writeEnd = file.isNew ? dataStart : file.current.end;
-  const os::Error error = file.handle->Truncate(file.isNew ? 0 : file.current.end);
-  if (!file.isNew) {
-    // Bytes that could not be cut off are behind the committed end: the next writer cuts them.
-    file.handle->Unlock();
-    file.writing = false;
-  } else if (error != os::Error::None) {
-    // Old bytes would show through holes.
-    FailWrite(file, error, "what was written before cannot be cut off");
+  if (file.isNew) {
+    if (const os::Error error = EmptyNewFile(file); error != os::Error::None)
+      FailWrite(file, error, "what was written before cannot be cut off");
+    return;
   }
+  // Bytes that cannot be cut off are behind the committed end: the next writer cuts them.
+  static_cast<void>(file.handle->Truncate(file.current.end));
+  file.writeEnd = file.current.end;
+  file.handle->Unlock();
+  file.writing = false;
 }
 
 void Abandon(OpenFile& file) noexcept {
-  const bool leavesNothing = file.isNew && file.handle;
+  if (!file.isNew) return Drop(file);
+  Forget(file);
   // Removed while the lock is held, so that it cannot be another writer's.
-  if (leavesNothing && file.handle->IsAt(file.PartPath()))
+  bool isOurs = false;
+  if (file.IsAt(file.PartPath(), isOurs) == os::Error::None && isOurs)
     static_cast<void>(file.fileSystem->Remove(file.PartPath()));
-  Drop(file);
 }
 
 }  // namespace utdata::kvtiff19

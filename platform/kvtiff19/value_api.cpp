@@ -80,18 +80,6 @@ int WriteValue(Node& group,
   return AppendStored(group, itemCode, static_cast<std::uint8_t>(valueType), count, stored);
 }
 
-/// The block at an index of a committed group.
-int FindBlock(const Node* group, std::uint32_t index, BlockRef& block) {
-  if (!IsGroup(group)) return BadCall("not a group");
-  if (group->state != NodeState::Committed || index >= group->itemCount)
-    return FailAt(*group->file, SCFile::status_BadArgument, "no committed item has that index");
-  const std::byte* item = ItemAt(*group, index);
-  if (DecodeItemHeader(item).type != SCFile::value_Block)
-    return FailAt(*group->file, SCFile::status_BadArgument, "the item is not a block");
-  block = DecodeBlockRef(item + itemHeaderSize);
-  return SCFile::status_Ok;
-}
-
 }  // namespace
 }  // namespace utdata::kvtiff19
 
@@ -182,6 +170,13 @@ int file_BlockUnmap(FileHandle file, void* data) {
   return UnmapBlock(*file->file, data)
              ? status_Ok
              : FailAt(*file->file, status_BadArgument, "no view starts there");
+}
+
+bool file_ViewSize(const void* data, std::uint64_t* size) noexcept {
+  std::uint64_t found = 0;
+  if (!FindView(data, found)) return false;
+  Give(size, found);
+  return true;
 }
 
 }  // namespace SCFile

@@ -36,10 +36,22 @@ Error BringToRest(OpenFile& file) {
   return error;
 }
 
-/// REQUIRES: the lock is held.
-int CheckUnmoved(OpenFile& file) {
-  if (!file.handle->IsAt(file.path))
-    return FailAt(file, SCFile::status_MovedOn, "another file has taken its name");
+/// status_MovedOn unless `path` still leads to the open file.
+int CheckPlace(const OpenFile& file, const std::wstring& path, std::string_view gone) {
+  bool isHere = false;
+  if (const Error error = file.IsAt(path, isHere); error != Error::None)
+    return FailOs(path, error, "cannot be looked at");
+  return isHere ? SCFile::status_Ok : FailAt(file, SCFile::status_MovedOn, gone);
+}
+
+/// Takes the writer's lock on the file that was loaded, as it was loaded.
+int LockUnmoved(OpenFile& file) {
+  const Error locked = file.handle->TryLock();
+  if (locked == Error::Busy)
+    return FailAt(file, SCFile::status_Locked, "another writer has the file");
+  if (locked != Error::None) return FailOs(file.path, locked, "cannot be locked");
+  if (const int status = CheckPlace(file, file.path, "another file has taken its name"))
+    return status;
   SlotState state;
   if (const int status = ReadSlots(file, state)) return status;
   if (state.record != file.current)
@@ -52,28 +64,49 @@ int CheckUnmoved(OpenFile& file) {
                               : FailOs(file.path, error, "cannot be made ready for writing");
 }
 
-/// First commit of a new file: all of it on the medium, then the name.
-int CommitNew(OpenFile& file, const CommitRecord& record) {
-  const auto failed = [&](Error error, std::string_view what) {
-    return FailOs(file.path, error, what);
-  };
-  if (const Error error = file.handle->WriteAt(headerOffset, EncodeHeader()); error != Error::None)
-    return failed(error, "cannot be written");
-  for (const std::size_t slot : {0u, 1u})
-    if (const Error error = WriteSlot(file, slot, record); error != Error::None)
-      return failed(error, "cannot be written");
-  // A file without groups ends at its slots' page.
-  if (const Error error = file.handle->Truncate(record.end); error != Error::None)
-    return failed(error, "cannot be written");
-  if (const Error error = file.handle->Sync(); error != Error::None)
-    return failed(error, "cannot be brought to the disk");
-  if (!file.handle->IsAt(file.PartPath()))
-    return FailAt(file, SCFile::status_MovedOn, "the file being written was taken away");
+/// Opens a loaded file once more, for writing; what was loaded shows whether it is the same one.
+int Reopen(const OpenFile& file, std::unique_ptr<os::File>& writable) {
+  const Error error = file.fileSystem->Open(file.path, os::OpenMode::ReadWrite, writable);
+  if (error == Error::AccessDenied)
+    return FailAt(
+        file, SCFile::status_ReadOnly, "it cannot be opened for writing: permission denied");
+  if (error == Error::NotFound)
+    return FailAt(file, SCFile::status_MovedOn, "it is not under its name any more");
+  if (error != Error::None) return FailOs(file.path, error, "cannot be opened for writing");
+  os::FileIdentity loaded;
+  os::FileIdentity opened;
+  for (const Error told : {file.handle->Identify(loaded), writable->Identify(opened)})
+    if (told != Error::None) return FailOs(file.path, told, "cannot be looked at");
+  return loaded == opened ? SCFile::status_Ok
+                          : FailAt(file, SCFile::status_MovedOn, "another file has taken its name");
+}
+
+/// Gives a new file, all of which is on the medium, its name.
+int TakeName(OpenFile& file) {
+  if (const int status = CheckPlace(file, file.PartPath(), "the file being written was taken away"))
+    return status;
+  if (file.replace)
+    if (const Error error = file.handle->CopyPermissionsOf(file.path);
+        error != Error::None && error != Error::NotFound)
+      return FailOs(file.path, error, "its permissions cannot be kept");
   if (const Error error = file.fileSystem->Rename(file.PartPath(), file.path, file.replace);
       error != Error::None)
-    return failed(error, "cannot take its name");
+    return FailOs(file.path, error, "cannot take its name");
   file.isNew = false;
   return SCFile::status_Ok;
+}
+
+/// First commit of a new file: all of it on the medium, then the name. Until it has that, one of
+/// its ends says that it is unfinished.
+int CommitNew(OpenFile& file, const CommitRecord& record) {
+  Error error = file.handle->WriteAt(record.end, EncodeUnfinishedMark());
+  if (error == Error::None) error = file.handle->WriteAt(headerOffset, EncodeHeader());
+  for (const std::size_t slot : {0u, 1u})
+    if (error == Error::None) error = WriteSlot(file, slot, record);
+  if (error != Error::None) return FailOs(file.path, error, "cannot be written");
+  error = file.handle->Sync();
+  if (error != Error::None) return FailOs(file.path, error, "cannot be brought to the disk");
+  return TakeName(file);
 }
 
 /// Puts the old record back after the new one could not be made durable; what stands behind the
@@ -146,39 +179,19 @@ int BeginWrite(OpenFile& file) {
   if (file.writing) return SCFile::status_Ok;
   if (file.readOnly)
     return FailAt(file, SCFile::status_ReadOnly, "the file was opened for reading only");
-  const Error error = file.handle->TryLock();
-  if (error == Error::Busy)
-    return FailAt(file, SCFile::status_Locked, "another writer has the file");
-  if (error != Error::None) return FailOs(file.path, error, "cannot be locked");
-  if (const int status = CheckUnmoved(file)) {
+  std::unique_ptr<os::File> before;
+  if (!file.isWritable) {
+    if (const int status = Reopen(file, before)) return status;
+    before.swap(file.handle);
+  }
+  if (const int status = LockUnmoved(file)) {
     file.handle->Unlock();
+    if (before) before.swap(file.handle);
     return status;
   }
-  file.writing = true;
+  file.isWritable = file.writing = true;
   file.writeEnd = file.current.end;
   return SCFile::status_Ok;
-}
-
-int BeginNewFile(OpenFile& file) {
-  // Another writer's file may take its name between our opening and our lock; then the name is free
-  // again.
-  constexpr int attempts = 64;
-  const std::wstring path = file.PartPath();
-  for (int attempt = 0; attempt < attempts; ++attempt) {
-    if (const Error error = file.fileSystem->Open(path, os::OpenMode::OpenOrCreate, file.handle);
-        error != Error::None)
-      return FailOs(file.path, error, "cannot be created");
-    const Error error = file.handle->TryLock();
-    if (error == Error::Busy)
-      return FailAt(file, SCFile::status_Locked, "another writer is creating it");
-    if (error != Error::None) return FailOs(file.path, error, "cannot be locked");
-    if (!file.handle->IsAt(path)) continue;
-    file.isNew = file.writing = true;
-    if (const Error cut = file.handle->Truncate(0); cut != Error::None)
-      return FailOs(file.path, cut, "cannot be created");
-    return SCFile::status_Ok;
-  }
-  return FailAt(file, SCFile::status_Locked, "other writers keep creating it");
 }
 
 int Commit(OpenFile& file) {
@@ -187,7 +200,7 @@ int Commit(OpenFile& file) {
     Drop(file);
     return status;
   }
-  if (!file.writing) return SCFile::status_Ok;
+  if (!file.writing || (file.isNew && !file.isWanted)) return SCFile::status_Ok;
   const bool wasNew = file.isNew;
   Segments segments;
   if (const int status = WriteGathered(file, segments)) {
@@ -197,9 +210,13 @@ int Commit(OpenFile& file) {
   Adopt(file, segments);
   if (!wasNew) return SCFile::status_Ok;
   const Error error = file.fileSystem->SyncDirectoryOf(file.path);
-  return error == Error::None
-             ? SCFile::status_Ok
-             : FailOs(file.path, error, "the file's name cannot be brought to the disk");
+  if (error == Error::None) {
+    // The mark of an unfinished file goes; one that stays is a tail like any other.
+    static_cast<void>(file.handle->Truncate(file.current.end));
+    return SCFile::status_Ok;
+  }
+  FailOs(file.path, error, "it is written, but its name cannot be brought to the disk");
+  return SCFile::status_NotDurable;
 }
 
 }  // namespace utdata::kvtiff19

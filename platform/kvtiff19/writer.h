@@ -15,8 +15,12 @@ int FailWrite(OpenFile& file, os::Error error, std::string_view what);
 /// status_MovedOn when that cannot be.
 [[nodiscard]] int BeginWrite(OpenFile& file);
 
-/// Opens NAME.part of a new file, empty and locked.
+/// Makes NAME.part of a new file, marked as unfinished and locked. A failure leaves nothing of it
+/// behind.
 [[nodiscard]] int BeginNewFile(OpenFile& file);
+
+/// Makes what is under NAME.part as BeginNewFile made it, also after a first commit that failed.
+[[nodiscard]] os::Error EmptyNewFile(OpenFile& file) noexcept;
 
 /// A new pending group under a file or a pending group. @param name UTF-8
 [[nodiscard]] int AddPending(Node& parent, std::uint16_t typeCode, std::string name, Node*& group);
@@ -31,7 +35,7 @@ int FailWrite(OpenFile& file, os::Error error, std::string_view what);
 [[nodiscard]] int Commit(OpenFile& file);
 
 /// Forgets what was gathered since the last commit, cuts the file back and gives the lock up. A new
-/// file stays empty and locked.
+/// file stays unfinished and locked.
 void Drop(OpenFile& file) noexcept;
 
 /// Drop, and a new file that was never committed leaves nothing behind.

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -18,6 +19,50 @@
 
 namespace utdata::os {
 namespace {
+
+FileIdentity IdentityOf(const struct stat& status) {
+  return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
+}
+
+constexpr int firstOfOurs = 3;  ///< descriptors below are the standard streams, open or not
+
+/// Takes the standard streams that are closed, so that no file opened meanwhile becomes one of
+/// them. Whoever writes to one of them fails as before.
+class ClosedStreamsTaken {
+ public:
+  ClosedStreamsTaken() {
+    for (int stream = 0; stream < firstOfOurs; ++stream)
+      if (::fcntl(stream, F_GETFD) < 0) Take();
+  }
+  ClosedStreamsTaken(const ClosedStreamsTaken&) = delete;
+  ClosedStreamsTaken& operator=(const ClosedStreamsTaken&) = delete;
+  ~ClosedStreamsTaken() {
+    for (std::size_t index = 0; index < m_count; ++index) ::close(m_taken[index]);
+  }
+
+ private:
+  void Take() {
+    const int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (descriptor >= 0) m_taken[m_count++] = descriptor;
+  }
+
+  int m_taken[firstOfOurs] = {};
+  std::size_t m_count = 0;
+};
+
+/// open, with a descriptor that is no standard stream; -1 with errno as it has it.
+int OpenDescriptor(const char* path, int flags) {
+  // One that is only read may be a standard stream for a moment: nobody can write to it.
+  std::optional<ClosedStreamsTaken> taken;
+  if ((flags & O_ACCMODE) != O_RDONLY) taken.emplace();
+  const int opened = Uninterrupted([&] { return ::open(path, flags | O_CLOEXEC, 0666); });
+  if (opened < 0 || opened >= firstOfOurs) return opened;
+  const int moved = ::fcntl(opened, F_DUPFD_CLOEXEC, firstOfOurs);
+  const int number = errno;
+  ::close(opened);
+  errno = number;
+  return moved;
+}
 
 class PosixFile final : public File {
  public:
@@ -113,11 +158,18 @@ class PosixFile final : public File {
 
   void Unlock() noexcept override { ::flock(m_descriptor, LOCK_UN); }
 
-  bool IsAt(const std::wstring& path) override {
-    struct stat here {};
-    struct stat there {};
-    return ::fstat(m_descriptor, &here) == 0 && ::stat(NarrowPath(path).c_str(), &there) == 0 &&
-           here.st_dev == there.st_dev && here.st_ino == there.st_ino;
+  Error Identify(FileIdentity& identity) override {
+    struct stat status {};
+    if (::fstat(m_descriptor, &status) != 0) return LastError();
+    identity = IdentityOf(status);
+    return Error::None;
+  }
+
+  Error CopyPermissionsOf(const std::wstring& path) override {
+    constexpr mode_t permissions = 0777;
+    struct stat status {};
+    if (::stat(NarrowPath(path).c_str(), &status) != 0) return LastError();
+    return ::fchmod(m_descriptor, status.st_mode & permissions) == 0 ? Error::None : LastError();
   }
 
  private:
@@ -128,13 +180,16 @@ class PosixFileSystem final : public FileSystem {
  public:
   Error Open(const std::wstring& path, OpenMode mode, std::unique_ptr<File>& file) override {
     static constexpr int flagsOf[] = {
-        O_RDONLY, O_RDWR, O_RDWR | O_CREAT | O_EXCL, O_RDWR | O_CREAT};
+        O_RDONLY, O_RDWR, O_RDWR | O_NOFOLLOW, O_RDWR | O_CREAT | O_EXCL};
     // Without O_NONBLOCK, opening a pipe would wait for its other end.
-    const int flags = flagsOf[static_cast<std::size_t>(mode)] | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    const int flags = flagsOf[static_cast<std::size_t>(mode)] | O_NONBLOCK | O_NOCTTY;
     const std::string narrow = NarrowPath(path);
     if (narrow.empty()) return Fail(Error::NotFound);
-    const int descriptor = Uninterrupted([&] { return ::open(narrow.c_str(), flags, 0666); });
-    if (descriptor < 0) return LastError();
+    const int descriptor = OpenDescriptor(narrow.c_str(), flags);
+    if (descriptor < 0) {
+      const bool isLink = errno == ELOOP && mode == OpenMode::ReadWriteHere;
+      return isLink ? Fail(Error::NotAFile) : LastError();
+    }
     auto opened = std::make_unique<PosixFile>(descriptor);
     struct stat status {};
     if (::fstat(descriptor, &status) != 0) return LastError();
@@ -146,6 +201,13 @@ class PosixFileSystem final : public FileSystem {
   bool Exists(const std::wstring& path) override {
     struct stat status {};
     return ::lstat(NarrowPath(path).c_str(), &status) == 0;
+  }
+
+  Error Identify(const std::wstring& path, FileIdentity& identity) override {
+    struct stat status {};
+    if (::stat(NarrowPath(path).c_str(), &status) != 0) return LastError();
+    identity = IdentityOf(status);
+    return Error::None;
   }
 
   Error Rename(const std::wstring& from, const std::wstring& to, bool replace) override {
@@ -169,10 +231,8 @@ class PosixFileSystem final : public FileSystem {
 
   Error SyncDirectoryOf(const std::wstring& path) override {
     const std::string directory = NarrowPath(SplitPath(path).directory);
-    const int descriptor = Uninterrupted([&] {
-      return ::open(directory.empty() ? "." : directory.c_str(),
-                    O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    });
+    const int descriptor =
+        OpenDescriptor(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY);
     if (descriptor < 0) return LastError();
     const int result = Uninterrupted([&] { return ::fsync(descriptor); });
     const Error error = result == 0 || errno == EINVAL

@@ -12,10 +12,19 @@ using namespace utdata::container;
 
 namespace {
 
-struct CloseFile {
-  void operator()(SCFile::FileHandle file) const { SCFile::file_Close(file); }
+/// Takes a new file away that did not become whole.
+struct AbandonFile {
+  void operator()(SCFile::FileHandle file) const {
+    SCFile::file_Discard(file);
+    SCFile::file_Close(file);
+  }
 };
-using OwnedFile = std::unique_ptr<SCFile::Node, CloseFile>;
+using NewFile = std::unique_ptr<SCFile::Node, AbandonFile>;
+
+/// Whether what was written is in the file, be its name on the medium or not.
+bool IsCommitted(int status) {
+  return status == SCFile::status_Ok || status == SCFile::status_NotDurable;
+}
 
 /// Drops what a file that goes on living has gathered, unless it was committed.
 class Gathering {
@@ -71,42 +80,44 @@ int CFCont::WriteNewFile(CFContTypeFileDescr* descriptor,
   int status = newFile ? SCFile::file_Create(descriptor->path, &created)
                        : SCFile::file_CreateEx(descriptor->path, &created);
   if (status != SCFile::status_Ok) return status;
-  OwnedFile owned(created);
+  NewFile owned(created);
   SCFile::file_SetCharacterFormat(created, 1);
   SCFile::GroupHandle top = nullptr;
   status = WriteNewFileDescriptor(created, descriptor, &top, writeFlag);
   if (status == SCFile::status_Ok) status = SCFile::file_Commit(created);
-  if (status != SCFile::status_Ok) return status;
+  if (!IsCommitted(status)) return status;
   if (topGroup) *topGroup = top;
   *file = owned.release();
-  return SCFile::status_Ok;
+  return status;
 }
 
 int CFCont::WriteCompanion(CFContTypeFileDescr* loaded,
                            CFContTypeFileDescr* descriptor,
                            int writeFlag) {
   const std::wstring path = loaded->path;
-  if (!CompanionNameFits(path)) return SCFile::status_TooLarge;
+  if (!CompanionNameFits(path))
+    return SCFile::file_Fail(
+        SCFile::status_TooLarge, path, "the path is too long for the name of a companion");
   const Companions companions = ListCompanions(path);
   if (companions.gap) return SCFile::status_Ok;
   const std::wstring name = CompanionName(path, static_cast<int>(companions.names.size()) + 1);
   SCFile::FileHandle created = nullptr;
   int status = SCFile::file_Create(name.c_str(), &created);
   if (status != SCFile::status_Ok) return status;
-  OwnedFile owned(created);
+  NewFile owned(created);
   Changes changes(*loaded, writeFlag);
   status = WriteExistingFileDescriptor(created, descriptor, &changes);
   if (status != SCFile::status_Ok) return status;
   SCFile::file_SetCharacterFormat(created, 1);
   const POSITION joined = loaded->files.AddTail(created);
   status = SCFile::file_Commit(created);
-  if (status != SCFile::status_Ok) {
+  if (!IsCommitted(status)) {
     loaded->files.RemoveAt(joined);
     return status;
   }
   owned.release();
   changes.Settle();
-  return SCFile::status_Ok;
+  return status;
 }
 
 int CFCont::WriteAppended(CFContTypeFileDescr* loaded,

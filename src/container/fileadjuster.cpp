@@ -7,14 +7,18 @@
 namespace {
 
 /// The cell offsets of a table with storage mode 1. The quantity is a signed 32-bit product: a
-/// negative one means none.
+/// negative one means none. Offsets that a table of known size does not hold are reported and left
+/// out.
 std::span<std::uint32_t> CellOffsets(const CRDataTypeDD& descriptor) {
-  if (descriptor.GetStorageMode() != kvt_StorIndexed) return {};
-  const auto cells = static_cast<std::int32_t>(descriptor.GetColQty() * descriptor.GetRowQty());
-  const std::uint64_t held = descriptor.KnownTableSize() / sizeof(std::uint32_t);
-  return {descriptor.GetDiskTable(),
-          static_cast<std::size_t>(
-              std::min<std::uint64_t>(static_cast<std::uint64_t>(std::max(cells, 0)), held))};
+  if (descriptor.GetStorageMode() != kvt_StorIndexed || !descriptor.HasTable()) return {};
+  const auto quantity = static_cast<std::int32_t>(descriptor.GetColQty() * descriptor.GetRowQty());
+  std::uint64_t cells = static_cast<std::uint32_t>(std::max(quantity, 0));
+  if (const std::uint64_t known = descriptor.KnownTableSize(); known != 0) {
+    const std::uint64_t held = known / sizeof(std::uint32_t);
+    UTDATA_ASSERT(cells <= held);
+    cells = std::min(cells, held);
+  }
+  return {descriptor.GetDiskTable(), static_cast<std::size_t>(cells)};
 }
 
 void Shift(CList<CRDataTypeDD*>& descriptors,

@@ -2,77 +2,29 @@
 
 #include <array>
 #include <utility>
-#include <vector>
 
 #include "interfaces/thread_safety.h"
+#include "src/foundation/hashtable.h"
 
 namespace utdata {
 
 namespace {
 
 std::uint64_t HashOf(const CIData* item) {
-  const std::uint64_t spread =
-      std::uint64_t{reinterpret_cast<std::uintptr_t>(item)} * 0x9E3779B97F4A7C15U;
-  return spread ^ spread >> 32;
+  return SpreadBits(reinterpret_cast<std::uintptr_t>(item));
 }
 
-/// Serial numbers by address, with open addressing: one array, at most half full, so that a look-up
-/// reads one place of it.
-class SerialTable {
- public:
-  void Insert(const CIData* item, std::uint64_t serial) {
-    if (m_used * 2 >= m_slots.size()) Grow();
-    Slot& slot = m_slots[PlaceOf(item)];
-    if (!slot.item) ++m_used;
-    slot = {item, serial};
-  }
-
-  bool Erase(const CIData* item) {
-    if (m_slots.empty()) return false;
-    std::size_t hole = PlaceOf(item);
-    if (!m_slots[hole].item) return false;
-    // Whoever was pushed past the hole moves back, so that every run stays without a gap.
-    for (std::size_t next = (hole + 1) & Mask(); m_slots[next].item; next = (next + 1) & Mask()) {
-      const std::size_t pushed = (next - HashOf(m_slots[next].item)) & Mask();
-      if (pushed < ((next - hole) & Mask())) continue;
-      m_slots[hole] = m_slots[next];
-      hole = next;
-    }
-    m_slots[hole] = {};
-    --m_used;
-    return true;
-  }
-
-  /// 0 for an address that is not here.
-  [[nodiscard]] std::uint64_t Find(const CIData* item) const {
-    return m_slots.empty() ? 0 : m_slots[PlaceOf(item)].serial;
-  }
-
- private:
-  struct Slot {
-    const CIData* item = nullptr;  ///< null: empty
-    std::uint64_t serial = 0;
-  };
-
-  [[nodiscard]] std::size_t Mask() const { return m_slots.size() - 1; }
-
-  /// Where an address is, or would go.
-  [[nodiscard]] std::size_t PlaceOf(const CIData* item) const {
-    std::size_t place = HashOf(item) & Mask();
-    while (m_slots[place].item && m_slots[place].item != item) place = (place + 1) & Mask();
-    return place;
-  }
-
-  void Grow() {
-    std::vector<Slot> before(m_slots.empty() ? 16 : 2 * m_slots.size());
-    before.swap(m_slots);
-    for (const Slot& slot : before)
-      if (slot.item) m_slots[PlaceOf(slot.item)] = slot;
-  }
-
-  std::vector<Slot> m_slots;  ///< a power of two
-  std::size_t m_used = 0;
+/// One item that lives.
+struct Entry {
+  const CIData* item = nullptr;  ///< null: no entry
+  std::uint64_t serial = 0;
+  [[nodiscard]] bool IsEmpty() const { return !item; }
+  [[nodiscard]] std::uint64_t Hash() const { return HashOf(item); }
 };
+
+auto Is(const CIData* item) {
+  return [item](const Entry& entry) { return entry.item == item; };
+}
 
 /// The items that live. Addresses are spread over parts with a lock each, so that threads seldom
 /// meet.
@@ -82,20 +34,23 @@ class Registry {
     const std::uint64_t serial = m_lastSerial.fetch_add(1, std::memory_order_relaxed) + 1;
     Part& part = PartOf(item);
     const MutexScope lock(part.lock);
-    part.serials.Insert(item, serial);
+    part.entries.Obtain(HashOf(item), Is(item)) = {item, serial};
   }
 
   bool Remove(const CIData* item) {
     Part& part = PartOf(item);
     const MutexScope lock(part.lock);
-    return part.serials.Erase(item);
+    const Entry* const entry = part.entries.Find(HashOf(item), Is(item));
+    if (entry) part.entries.Remove(*entry);
+    return entry != nullptr;
   }
 
   /// 0 where no item lives.
   std::uint64_t SerialOf(const CIData* item) {
     Part& part = PartOf(item);
     const MutexScope lock(part.lock);
-    return part.serials.Find(item);
+    const Entry* const entry = part.entries.Find(HashOf(item), Is(item));
+    return entry ? entry->serial : 0;
   }
 
  private:
@@ -103,9 +58,8 @@ class Registry {
 
   struct alignas(64) Part {
     Mutex lock;
-    SerialTable serials UTDATA_GUARDED_BY(lock);
+    HashTable<Entry> entries UTDATA_GUARDED_BY(lock);
   };
-
   Part& PartOf(const CIData* item) { return m_parts[HashOf(item) >> (64 - partBits)]; }
 
   std::array<Part, 1U << partBits> m_parts;

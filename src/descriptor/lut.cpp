@@ -26,11 +26,9 @@ short RemoveWordOffset(short sample) {
   return static_cast<short>(static_cast<std::uint16_t>(sample) ^ 0x8000u);
 }
 
-/// Whether a sample reaches the maximum, which is first cut to a 16-bit integer.
-bool Reaches(short sample, double maximum) {
-  if (std::isnan(maximum)) return false;
-  return sample >= static_cast<short>(std::clamp(maximum, -32768.0, 32767.0));
-}
+/// Whether a sample reaches the maximum, cut to an integer. None reaches one that is beyond its
+/// type, or not a number.
+bool Reaches(short sample, double maximum) { return sample >= std::trunc(maximum); }
 
 /// Clamped; NaN gives the lower end.
 double Clamp(double value, double low, double high) {
@@ -45,6 +43,27 @@ CLookUpTable::CLookUpTable(const CRDataTypeDD* descriptor, const vset_groupId* i
 }
 
 CLookUpTable::~CLookUpTable() = default;
+
+namespace {
+
+template <class Sample>
+using Converter = unsigned char (CLookUpTable::*)(Sample) const;
+
+/// Convert is inline in loops over samples, and here for whoever calls it by name.
+[[gnu::used]] const struct {
+  Converter<char> ofChar = &CLookUpTable::Convert;
+  Converter<signed char> ofSignedChar = &CLookUpTable::Convert;
+  Converter<unsigned char> ofUnsignedChar = &CLookUpTable::Convert;
+  Converter<short> ofShort = &CLookUpTable::Convert;
+  Converter<unsigned short> ofUnsignedShort = &CLookUpTable::Convert;
+  Converter<int> ofInt = &CLookUpTable::Convert;
+  Converter<unsigned int> ofUnsignedInt = &CLookUpTable::Convert;
+} converters;
+
+}  // namespace
+
+std::uint32_t CLookUpTable::GetLAB() const { return LAB; }
+std::int32_t CLookUpTable::AddRef() { return ++m_referenceCount; }
 
 lut_enumConversion CLookUpTable::GetConversionStyle(const CRDataTypeDD* descriptor) {
   std::uint32_t style = 0;
@@ -302,6 +321,12 @@ bool CLookUpTable::ConvertBlock(const char* samples,
   if (m_dataType != kvt_Int8) return false;
   m_block->Bytes(reinterpret_cast<const std::uint8_t*>(samples), count, codes);
   return true;
+}
+
+bool CLookUpTable::ConvertBlock(const signed char* samples,
+                                std::size_t count,
+                                unsigned char* codes) const {
+  return ConvertBlock(reinterpret_cast<const char*>(samples), count, codes);
 }
 
 bool CLookUpTable::ConvertBlock(const unsigned char* samples,

@@ -13,11 +13,6 @@ namespace {
 
 constexpr double largestSampleQuantity = 100'000'000;
 
-constexpr std::size_t headerSize =
-    36;  ///< bytes of the header that older writers leave at the start of a table
-constexpr std::uint16_t headerFirst = 0x3344;
-constexpr std::uint16_t headerSecond = 0x5553;
-
 /// Classes whose samples are already in the machine's byte order, whatever the record says.
 constexpr std::uint32_t nativeOrderClasses[] = {2, 3, 5, 6, 7, 8, 9, 12, 13, 16, 17};
 
@@ -33,22 +28,16 @@ std::uint32_t QuantityOfRange(double range) {
              : 1;
 }
 
-/// The descriptor of a linked item that lives and has one, else null.
+/// The descriptor of a linked item that lives and has one, else null. No id may be changed.
 CRDataTypeDD* DescriptorOf(const utdata::DataItemLink& link) {
   const CIData* const item = link.Get();
-  return item ? item->idata1_GetInfoRef() : nullptr;
+  return item ? const_cast<CRDataTypeDD*>(item->Descriptor()) : nullptr;
 }
 
-/// Whether a table is memory that may be read: the all-ones pointer stands for one that is not
-/// here.
-bool IsBlock(const char* table) {
-  return table && reinterpret_cast<std::uintptr_t>(table) != ~std::uintptr_t{0};
-}
-
-std::uint16_t LowHalf(const char* word) {
-  std::uint32_t value;
-  std::memcpy(&value, word, sizeof value);
-  return static_cast<std::uint16_t>(value & 0xFFFFu);
+std::uint32_t WordAt(const char* table, std::uint64_t index) {
+  std::uint32_t word;
+  std::memcpy(&word, table + index * sizeof word, sizeof word);
+  return word;
 }
 
 }  // namespace
@@ -111,8 +100,10 @@ CRDataTypeDD& CRDataTypeDD::DuplicateDD_From(const CRDataTypeDD& source) {
   m_meridioAmpCScan = source.m_meridioAmpCScan;
   SetDataLoaded(source.IsDataLoaded() != 0);
   SetVolumeLoaded(source.IsVolumeLoaded() != 0);
-  SetDiskTable(reinterpret_cast<char*>(source.GetDiskTable()),
-               source.GetUseMemoryMappedFilePointer());
+  StoreTable(reinterpret_cast<char*>(source.GetDiskTable()),
+             source.GetUseMemoryMappedFilePointer(),
+             source.m_tableSize.load(std::memory_order_relaxed));
+  m_tableRefused.store(source.IsTableRefused(), std::memory_order_release);
   m_reservedValue = source.m_reservedValue;
   m_sampleAxisScale = source.m_sampleAxisScale;
   m_tableAllocationSize = source.sampleQuantity * 4;
@@ -154,60 +145,87 @@ void CRDataTypeDD::Destroy() {
 }
 
 void CRDataTypeDD::SetDiskTable(char* table, bool memoryMapped) {
-  if (IsBlock(table)) {
-    const std::uint64_t stated = StatedTableSize();
-    const bool isWhole = stated == 0 || stated >= NeededTableSize();
-    UTDATA_ASSERT(isWhole);
-    if (!isWhole) {
-      SetDataLoaded(false);
-      SetVolumeLoaded(false);
-      table = nullptr;
-    }
-  }
-  ValidateDiskTable(table);
+  std::uint64_t viewSize = 0;
+  if (gdata_IsTable(table) && SCFile::file_ViewSize(table, &viewSize))
+    SetDiskTable(table, memoryMapped, viewSize);
+  else
+    StoreTable(table, memoryMapped, TableSizeByRecord(table));
+}
+
+bool CRDataTypeDD::SetDiskTable(char* table, bool memoryMapped, std::uint64_t size) {
+  const bool isWhole = !gdata_IsTable(table) || HoldsItsCells(table, size);
+  UTDATA_ASSERT(isWhole);
+  StoreTable(isWhole ? table : nullptr, memoryMapped, size);
+  if (isWhole) return true;
+  SetDataLoaded(false);
+  SetVolumeLoaded(false);
+  m_tableRefused.store(true, std::memory_order_release);
+  return false;
+}
+
+void CRDataTypeDD::StoreTable(char* table, bool memoryMapped, std::uint64_t size) {
+  ValidateDiskTable(table, size);
+  m_tableRefused.store(false, std::memory_order_relaxed);
   m_useMemoryMapped.store(memoryMapped, std::memory_order_relaxed);
+  m_tableSize.store(gdata_IsTable(table) ? size : 0, std::memory_order_relaxed);
   m_diskTable.store(reinterpret_cast<std::uint32_t*>(table), std::memory_order_release);
 }
 
-/// What the record says of the block that it names, in memory or on disk; 0 when it says nothing.
-std::uint64_t CRDataTypeDD::StatedTableSize() const {
-  if (dataSize != 0) return dataSize;
-  return samples.offset != gdata_typeSampleRef::none ? samples.size : 0;
+/// The size of a table of which the host says nothing: what the record states of it when it is the
+/// record's own, else as far as the cells reach.
+std::uint64_t CRDataTypeDD::TableSizeByRecord(const char* table) const {
+  if (!gdata_IsTable(table)) return 0;
+  if (table == dataPointer && dataSize != 0) return dataSize;
+  const std::uint64_t needed = NeededTableSize();
+  if (needed == 0 || needed == unknownSize) return unknownSize;
+  return storageMode == kvt_StorIndexed ? EndOfCells(table, unknownSize) : needed;
+}
+
+bool CRDataTypeDD::HoldsItsCells(const char* table, std::uint64_t size) const {
+  if (size < NeededTableSize()) return false;
+  return storageMode != kvt_StorIndexed || EndOfCells(table, size) <= size;
+}
+
+/// Where the last cell of a table with offsets ends, or the offsets do when all cells are without
+/// samples. An old header at the start counts as zeros. REQUIRES: the offsets are there.
+std::uint64_t CRDataTypeDD::EndOfCells(const char* table, std::uint64_t size) const {
+  const std::uint64_t end = NeededTableSize();
+  std::uint32_t last = 0;
+  for (std::uint64_t word = gdata_OldHeaderSize(table, size) / sizeof last;
+       word < end / sizeof last;
+       ++word)
+    last = std::max(last, WordAt(table, word));
+  return last == 0 ? end : std::max(end, last + CellExtent());
 }
 
 std::uint64_t CRDataTypeDD::KnownTableSize() const {
-  const std::uint64_t stated = StatedTableSize();
-  if (stated != 0 || samples.offset != gdata_typeSampleRef::none) return stated;
-  const std::uint64_t needed = NeededTableSize();
-  return storageMode == kvt_StorIndexed && needed < UINT64_MAX && needed != 0
-             ? needed + m_vectorSize
-             : needed;
+  const std::uint64_t size = m_tableSize.load(std::memory_order_relaxed);
+  return size == unknownSize ? 0 : size;
+}
+
+/// Bytes of one cell.
+std::uint64_t CRDataTypeDD::CellExtent() const {
+  const std::uint32_t samplesOfCell = gdata_HoldsOneValuePerCell(dataClass) ? 1 : sampleQuantity;
+  return std::max<std::uint64_t>(cellSize, std::uint64_t{sampleSize} * samplesOfCell);
 }
 
 std::uint64_t CRDataTypeDD::NeededTableSize() const {
-  const std::uint64_t cells = std::uint64_t{columnQuantity} * rowQuantity;
-  // The derived sample axis of a C-scan says nothing of its table, which has one value a cell.
-  const auto elementClass =
-      static_cast<gdata_enumDataClass>(dataClass & ~std::uint32_t{gdata_MultiChannelMaster});
-  const std::uint64_t vector =
-      std::uint64_t{sampleSize} * (enum_IsCscanData(elementClass) ? 1 : sampleQuantity);
-  const std::uint64_t cell = storageMode == kvt_StorIndexed
-                                 ? sizeof(std::uint32_t)
-                                 : std::max<std::uint64_t>(cellSize, vector);
-  return cells != 0 && cell > UINT64_MAX / cells ? UINT64_MAX : cells * cell;
+  if (storageMode == kvt_StorIndexed) {
+    const std::uint64_t cells = std::uint64_t{columnQuantity} * rowQuantity;
+    return cells > UINT64_MAX / sizeof(std::uint32_t) ? UINT64_MAX : cells * sizeof(std::uint32_t);
+  }
+  std::uint64_t size = 0;
+  return LayoutSize(size) || storageMode != kvt_StorCells ? size : UINT64_MAX;
 }
 
-void CRDataTypeDD::ValidateDiskTable(char* table) const {
-  if (!IsBlock(table)) return;
-  const std::uint64_t size = KnownTableSize();
-  if (size != 0 && size < headerSize) return;
-  if (LowHalf(table) == headerFirst && LowHalf(table + 4) == headerSecond)
-    std::memset(table, 0, headerSize);
+void CRDataTypeDD::ValidateDiskTable(char* table, std::uint64_t size) const {
+  if (gdata_IsTable(table))
+    std::memset(table, 0, static_cast<std::size_t>(gdata_OldHeaderSize(table, size)));
 }
 
 void CRDataTypeDD::Flush(int) {
   std::uint32_t* const table = GetDiskTable();
-  const bool isFreed = table && m_dataOwned && !GetUseMemoryMappedFilePointer();
+  const bool isFreed = gdata_IsTable(table) && m_dataOwned && !GetUseMemoryMappedFilePointer();
   SetDiskTable(nullptr, isFreed ? false : GetUseMemoryMappedFilePointer());
   if (isFreed) delete[] reinterpret_cast<std::byte*>(table);
 }
@@ -231,7 +249,7 @@ std::uint32_t CRDataTypeDD::GetFormatMask() const {
   return sampleSize >= 4 ? 0xFFFFFFFFu : (std::uint32_t{1} << (8 * sampleSize)) - 1;
 }
 
-CLookUpTable* CRDataTypeDD::GetLookUpTable(IGDataSupplier* document) {
+CLookUpTable* CRDataTypeDD::GetLookUpTable(IGDataSupplier* document) const {
   CTableFactory* const factory = document ? document->GetTableFactory() : nullptr;
   if (!factory) return nullptr;
   std::uint32_t classKind = 0;

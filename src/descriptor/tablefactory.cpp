@@ -34,3 +34,5 @@ void CTableFactory::ReleaseLUT(CLookUpTable* table) {
   const POSITION position = m_tables.Find(table);
   if (position && table->Release() == 0) m_tables.RemoveAt(position);
 }
+
+std::ptrdiff_t CTableFactory::GetTableQty() const { return m_tables.GetCount(); }

@@ -3,17 +3,9 @@
 
 #include <type_traits>
 
-#include "utdata/idatalst.h"
+#include "src/fileset/contents.h"
 
 namespace utdata {
-
-/// Ids that match every data item.
-inline constexpr CIDataLst::Ids everyDataItem{bookmark_None,
-                                              fset_AnyId,
-                                              fset_AnyId,
-                                              fset_AnyId,
-                                              fset_AnyId,
-                                              fset_AnyId};
 
 /// Takes a sub-channel out of its master's list. Returns the master; null for an item that has none
 /// or is its own.

@@ -3,22 +3,15 @@
 
 #include <type_traits>
 
+#include "src/fileset/contents.h"
 #include "src/fileset/data_lists.h"
+#include "src/items/recordids.h"
 
-using utdata::queryTimeoutMs;
-using utdata::ReaderScope;
+using utdata::IdsOf;
+using utdata::QueryScope;
 using utdata::WriterScope;
 
 namespace {
-
-// The ids of a descriptor, in the order of its type's lookups.
-std::array<std::uint32_t, 1> IdsOf(const CGChanTypeDescr& d) { return {d.channelId}; }
-std::array<std::uint32_t, 1> IdsOf(const CGPatchTypeDescr& d) { return {d.patchId}; }
-std::array<std::uint32_t, 1> IdsOf(const CGProbeTypeDescr& d) { return {d.probeId}; }
-std::array<std::uint32_t, 2> IdsOf(const CGGateTypeDescr& d) { return {d.gateId, d.channelId}; }
-std::array<std::uint32_t, 2> IdsOf(const CGSubchanTypeDescr& d) {
-  return {d.subChannelId, d.channelId};
-}
 
 void ReplaceIn(CIChan& item, const CGChanTypeDescr& d) { item.ichan1_ReplaceGInfo(&d); }
 void ReplaceIn(CIPatch& item, const CGPatchTypeDescr& d) { item.ipatch1_ReplaceGInfo(&d); }
@@ -32,9 +25,9 @@ template <class Items, class Descriptor>
 auto* AddTo(Items& items, Descriptor* descriptor, int isNew) {
   using Item = typename Items::Item;
   if (!descriptor || items.First(fset_All, IdsOf(*descriptor))) return static_cast<Item*>(nullptr);
-  auto* item = new Item(descriptor, isNew);
-  items.Add(item);
-  return item;
+  auto item = std::make_unique<Item>(descriptor, isNew);
+  items.Add(item.get());
+  return item.release();
 }
 
 template <class Items, class Ids>
@@ -59,33 +52,37 @@ std::uint32_t CountOf(const List& list) {
 
 }  // namespace
 
-CFSet::CFSet(CDocument* document) : m_document(document) {
+CFSet::CFSet(CDocument* document) : m_document(document), m_contents(std::make_unique<Contents>()) {
   UTDATA_ASSERT(document != nullptr);
   FillGateOrdering();
 }
 
-CFSet::CFSet(IGDataSupplier* supplier) : m_document(nullptr) {
+CFSet::CFSet(IGDataSupplier* supplier)
+    : m_document(nullptr), m_contents(std::make_unique<Contents>()) {
   UTDATA_ASSERT(supplier != nullptr);
   FillGateOrdering();
 }
 
 // Nobody else uses the set any more, so no lock is needed.
 CFSet::~CFSet() UTDATA_NO_THREAD_SAFETY_ANALYSIS {
-  RemoveFrom(m_probes, fset_All, std::array{fset_AnyId});
-  RemoveFrom(m_channels, fset_All, std::array{fset_AnyId});
-  RemoveFrom(m_subChannels, fset_All, std::array{fset_AnyId, fset_AnyId});
-  RemoveFrom(m_patches, fset_All, std::array{fset_AnyId});
-  utdata::DeleteDataItems(m_data);
-  utdata::DeleteDataItems(m_masters);
-  RemoveFrom(m_gates, fset_All, std::array{fset_AnyId, fset_AnyId});
-  for (CGWeldScanPlanDescr* plan : m_weldScanPlans) gweldsp_Delete(plan, 1);
-  for (CGWeldFillDescr* fill : m_weldFills) gweldFill_Delete(fill, 1);
-  delete m_info;
+  Contents& c = *m_contents;
+  RemoveFrom(c.probes, fset_All, std::array{fset_AnyId});
+  RemoveFrom(c.channels, fset_All, std::array{fset_AnyId});
+  RemoveFrom(c.subChannels, fset_All, std::array{fset_AnyId, fset_AnyId});
+  RemoveFrom(c.patches, fset_All, std::array{fset_AnyId});
+  utdata::DeleteDataItems(c.data);
+  utdata::DeleteDataItems(c.masters);
+  RemoveFrom(c.gates, fset_All, std::array{fset_AnyId, fset_AnyId});
+  for (CGWeldScanPlanDescr* plan : c.weldScanPlans) gweldsp_Delete(plan, 1);
+  for (CGWeldFillDescr* fill : c.weldFills) gweldFill_Delete(fill, 1);
+  delete c.info;
 }
+
+CDocument* CFSet::fset_GetDocument() const { return m_document; }
 
 // The count is kept for reading without the lock.
 std::uint32_t CFSet::fset_GetIChanCount() const UTDATA_NO_THREAD_SAFETY_ANALYSIS {
-  return static_cast<std::uint32_t>(m_channels.Count());
+  return static_cast<std::uint32_t>(m_contents->channels.Count());
 }
 
 void CFSet::AssertValid() const {}
@@ -93,42 +90,49 @@ void CFSet::AssertValid() const {}
 void CFSet::Dump(CDumpContext&) const {}
 
 CIChan* CFSet::fset_AddGChan(CGChanTypeDescr* descriptor, int isNew) {
-  const WriterScope writer(m_lock);
-  return AddTo(m_channels, descriptor, isNew);
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return AddTo(c.channels, descriptor, isNew);
 }
 
 CIChan* CFSet::fset_GetIChan(fset_enumFilters filter, std::uint32_t chanId) {
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  return reader ? m_channels.First(filter, {chanId}) : nullptr;
+  Contents& c = *m_contents;
+  const QueryScope query(c, &Contents::channels);
+  return query ? c.channels.First(filter, {chanId}) : nullptr;
 }
 
 std::uint32_t CFSet::fset_GetIChanLst(CIChanLst* out,
                                       fset_enumFilters filter,
                                       std::uint32_t chanId) {
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (reader) m_channels.Append(filter, *out, {chanId});
+  Contents& c = *m_contents;
+  const QueryScope query(c, &Contents::channels);
+  if (query) c.channels.Append(filter, *out, {chanId});
   return CountOf(*out);
 }
 
 std::uint32_t CFSet::fset_RemoveGChan(fset_enumFilters filter, std::uint32_t chanId) {
-  const WriterScope writer(m_lock);
-  return RemoveFrom(m_channels, filter, std::array{chanId});
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return RemoveFrom(c.channels, filter, std::array{chanId});
 }
 
 CIChan* CFSet::fset_ReplaceGChan(CGChanTypeDescr* descriptor) {
-  const WriterScope writer(m_lock);
-  return ReplaceAmong(m_channels, descriptor);
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return ReplaceAmong(c.channels, descriptor);
 }
 
 CIGate* CFSet::fset_AddGGate(CGGateTypeDescr* descriptor, int isNew) {
-  const WriterScope writer(m_lock);
-  return AddTo(m_gates, descriptor, isNew);
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return AddTo(c.gates, descriptor, isNew);
 }
 
 CIGate* CFSet::fset_GetIGate(fset_enumFilters filter, std::uint32_t gateId, std::uint32_t chanId) {
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  return reader ? m_gates.First(filter, {gateId, chanId}) : nullptr;
+  Contents& c = *m_contents;
+  const QueryScope query(c, &Contents::gates);
+  return query ? c.gates.First(filter, {gateId, chanId}) : nullptr;
 }
 
 std::uint32_t CFSet::fset_GetIGateLst(CIGateLst* out,
@@ -136,91 +140,106 @@ std::uint32_t CFSet::fset_GetIGateLst(CIGateLst* out,
                                       std::uint32_t gateId,
                                       std::uint32_t chanId) {
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (reader) m_gates.Append(filter, *out, {gateId, chanId});
+  Contents& c = *m_contents;
+  const QueryScope query(c, &Contents::gates);
+  if (query) c.gates.Append(filter, *out, {gateId, chanId});
   return CountOf(*out);
 }
 
 std::uint32_t CFSet::fset_RemoveGGate(fset_enumFilters filter,
                                       std::uint32_t gateId,
                                       std::uint32_t chanId) {
-  const WriterScope writer(m_lock);
-  return RemoveFrom(m_gates, filter, std::array{gateId, chanId});
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return RemoveFrom(c.gates, filter, std::array{gateId, chanId});
 }
 
 CIGate* CFSet::fset_ReplaceGGate(CGGateTypeDescr* descriptor) {
-  const WriterScope writer(m_lock);
-  return ReplaceAmong(m_gates, descriptor);
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return ReplaceAmong(c.gates, descriptor);
 }
 
 CIPatch* CFSet::fset_AddGPatch(CGPatchTypeDescr* descriptor, int isNew) {
-  const WriterScope writer(m_lock);
-  return AddTo(m_patches, descriptor, isNew);
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return AddTo(c.patches, descriptor, isNew);
 }
 
 CIPatch* CFSet::fset_GetIPatch(fset_enumFilters filter, std::uint32_t patchId) {
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  return reader ? m_patches.First(filter, {patchId}) : nullptr;
+  Contents& c = *m_contents;
+  const QueryScope query(c, &Contents::patches);
+  return query ? c.patches.First(filter, {patchId}) : nullptr;
 }
 
 std::uint32_t CFSet::fset_GetIPatchLst(CIPatchLst* out,
                                        fset_enumFilters filter,
                                        std::uint32_t patchId) {
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (reader) m_patches.Append(filter, *out, {patchId});
+  Contents& c = *m_contents;
+  const QueryScope query(c, &Contents::patches);
+  if (query) c.patches.Append(filter, *out, {patchId});
   return CountOf(*out);
 }
 
 std::uint32_t CFSet::fset_RemoveGPatch(fset_enumFilters filter, std::uint32_t patchId) {
-  const WriterScope writer(m_lock);
-  return RemoveFrom(m_patches, filter, std::array{patchId});
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return RemoveFrom(c.patches, filter, std::array{patchId});
 }
 
 CIPatch* CFSet::fset_ReplaceGPatch(CGPatchTypeDescr* descriptor) {
-  const WriterScope writer(m_lock);
-  return ReplaceAmong(m_patches, descriptor);
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return ReplaceAmong(c.patches, descriptor);
 }
 
 CIProbe* CFSet::fset_AddGProbe(CGProbeTypeDescr* descriptor, int isNew) {
-  const WriterScope writer(m_lock);
-  return AddTo(m_probes, descriptor, isNew);
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return AddTo(c.probes, descriptor, isNew);
 }
 
 CIProbe* CFSet::fset_GetIProbe(fset_enumFilters filter, std::uint32_t probeId) {
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  return reader ? m_probes.First(filter, {probeId}) : nullptr;
+  Contents& c = *m_contents;
+  const QueryScope query(c, &Contents::probes);
+  return query ? c.probes.First(filter, {probeId}) : nullptr;
 }
 
 std::uint32_t CFSet::fset_GetIProbeLst(CIProbeLst* out,
                                        fset_enumFilters filter,
                                        std::uint32_t probeId) {
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (reader) m_probes.Append(filter, *out, {probeId});
+  Contents& c = *m_contents;
+  const QueryScope query(c, &Contents::probes);
+  if (query) c.probes.Append(filter, *out, {probeId});
   return CountOf(*out);
 }
 
 std::uint32_t CFSet::fset_RemoveGProbe(fset_enumFilters filter, std::uint32_t probeId) {
-  const WriterScope writer(m_lock);
-  return RemoveFrom(m_probes, filter, std::array{probeId});
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return RemoveFrom(c.probes, filter, std::array{probeId});
 }
 
 CIProbe* CFSet::fset_ReplaceGProbe(CGProbeTypeDescr* descriptor) {
-  const WriterScope writer(m_lock);
-  return ReplaceAmong(m_probes, descriptor);
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return ReplaceAmong(c.probes, descriptor);
 }
 
 CISubChan* CFSet::fset_AddGSubChan(CGSubchanTypeDescr* descriptor, int isNew) {
-  const WriterScope writer(m_lock);
-  return AddTo(m_subChannels, descriptor, isNew);
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return AddTo(c.subChannels, descriptor, isNew);
 }
 
 CISubChan* CFSet::fset_GetISubChan(fset_enumFilters filter,
                                    std::uint32_t subChanId,
                                    std::uint32_t chanId) {
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  return reader ? m_subChannels.First(filter, {subChanId, chanId}) : nullptr;
+  Contents& c = *m_contents;
+  const QueryScope query(c, &Contents::subChannels);
+  return query ? c.subChannels.First(filter, {subChanId, chanId}) : nullptr;
 }
 
 std::uint32_t CFSet::fset_GetISubChanLst(CISubChanLst* out,
@@ -228,19 +247,22 @@ std::uint32_t CFSet::fset_GetISubChanLst(CISubChanLst* out,
                                          std::uint32_t subChanId,
                                          std::uint32_t chanId) {
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (reader) m_subChannels.Append(filter, *out, {subChanId, chanId});
+  Contents& c = *m_contents;
+  const QueryScope query(c, &Contents::subChannels);
+  if (query) c.subChannels.Append(filter, *out, {subChanId, chanId});
   return CountOf(*out);
 }
 
 std::uint32_t CFSet::fset_RemoveGSubChan(fset_enumFilters filter,
                                          std::uint32_t subChanId,
                                          std::uint32_t chanId) {
-  const WriterScope writer(m_lock);
-  return RemoveFrom(m_subChannels, filter, std::array{subChanId, chanId});
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return RemoveFrom(c.subChannels, filter, std::array{subChanId, chanId});
 }
 
 CISubChan* CFSet::fset_ReplaceGSubChan(CGSubchanTypeDescr* descriptor) {
-  const WriterScope writer(m_lock);
-  return ReplaceAmong(m_subChannels, descriptor);
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  return ReplaceAmong(c.subChannels, descriptor);
 }

@@ -4,9 +4,10 @@
 #include <utility>
 #include <vector>
 
-#include "src/fileset/data_lists.h"
-#include "utdata/fset.h"
+#include "src/fileset/contents.h"
+#include "src/foundation/dataclass.h"
 
+using utdata::QueryScope;
 using utdata::queryTimeoutMs;
 using utdata::ReaderScope;
 
@@ -20,15 +21,9 @@ gdata_enumDataClass ClassOf(const CIData& item) {
   return id.dataClass;
 }
 
-/// Data that viewers show apart from A-scans and C-scans.
-bool IsSpecial(gdata_enumDataClass dataClass) {
-  constexpr gdata_enumDataClass special[] = {gdata_AdvancedView,
-                                             gdata_EddyCurrentX,
-                                             gdata_BeamSimulation,
-                                             gdata_Analog,
-                                             gdata_AnalogScaled,
-                                             gdata_AnalogCounter};
-  return std::find(std::begin(special), std::end(special), dataClass) != std::end(special);
+std::uint32_t FirstProbeOf(const CIChan& channel) {
+  return utdata::ReadWorkingCopy(
+      channel, [](const CGChanTypeDescr& working) { return working.firstProbeId; });
 }
 
 CIDataLst::Ids IdsOfClass(std::uint32_t dataClass) {
@@ -61,10 +56,6 @@ std::int32_t CFSet::GateOrder(std::uint32_t gateId) {
 
 // Lookups.
 
-const utdata::DataList& CFSet::ListOf(std::uint32_t dataClass) const {
-  return dataClass != fset_AnyId && (dataClass & gdata_MultiChannelMaster) ? m_masters : m_data;
-}
-
 CIData* CFSet::fset_GetIData(fset_enumFilters filter,
                              std::uint32_t bookmarkType,
                              std::uint32_t patchId,
@@ -73,11 +64,12 @@ CIData* CFSet::fset_GetIData(fset_enumFilters filter,
                              std::uint32_t gateId,
                              std::uint32_t dataClass) {
   const CIDataLst::Ids ids{bookmarkType, patchId, chanId, subChanId, gateId, dataClass};
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (!reader) return nullptr;
-  const utdata::DataList& list = ListOf(dataClass);
-  CIData* const found = list.First(filter, ids);
-  return found || &list == &m_data ? found : m_data.First(filter, ids);
+  Contents& c = *m_contents;
+  const auto list = c.ListOf(dataClass);
+  const QueryScope query(c, list);
+  if (!query) return nullptr;
+  CIData* const found = (c.*list).First(filter, ids);
+  return found || list == &Contents::data ? found : c.data.First(filter, ids);
 }
 
 CIData* CFSet::fset_GetIData(const idata_typeId* id) {
@@ -93,19 +85,21 @@ CIData* CFSet::fset_GetIData(const idata_typeId* id) {
 
 std::uint32_t CFSet::fset_GetIDataLst(CIDataLst* out) {
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (reader) m_data.Append(fset_All, *out, utdata::everyDataItem);
+  Contents& c = *m_contents;
+  const ReaderScope reader(c.lock, queryTimeoutMs);
+  if (reader) c.data.Append(fset_All, *out, utdata::everyDataItem);
   return CountOf(*out);
 }
 
 std::uint32_t CFSet::fset_GetIDataLst(CIDataLst* out, std::uint32_t probeId) {
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
+  Contents& c = *m_contents;
+  const ReaderScope reader(c.lock, queryTimeoutMs);
   if (!reader) return CountOf(*out);
-  for (CIData* item : m_data.Items()) {
-    const CIChan* const channel =
-        m_channels.First(fset_All, {item->idata1_GetGInfoRef()->channelId});
-    if (channel && channel->ichan1_GetInfoRef()->firstProbeId == probeId) out->AddTail(item);
+  for (CIData* item : c.data.Items()) {
+    const CGDataTypeFDD* const record = std::as_const(*item).idata1_GetGInfoRef();
+    const CIChan* const channel = c.channels.First(fset_All, {record->channelId});
+    if (channel && FirstProbeOf(*channel) == probeId) out->AddTail(item);
   }
   return CountOf(*out);
 }
@@ -122,10 +116,11 @@ std::uint32_t CFSet::fset_GetIDataLst(CIDataLst* out,
                                       unsigned) {
   UTDATA_ASSERT(out != nullptr);
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (reader)
-    ListOf(dataClass).Append(
-        filter, *out, {bookmarkType, patchId, chanId, subChanId, gateId, dataClass});
+  Contents& c = *m_contents;
+  const auto list = c.ListOf(dataClass);
+  const QueryScope query(c, list);
+  if (query)
+    (c.*list).Append(filter, *out, {bookmarkType, patchId, chanId, subChanId, gateId, dataClass});
   return CountOf(*out);
 }
 
@@ -138,9 +133,11 @@ std::uint32_t CFSet::fset_GetGateSpecificIDataList(CIDataLst* out,
                                                    std::uint32_t dataClass) {
   UTDATA_ASSERT(out != nullptr);
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (!reader) return CountOf(*out);
-  const utdata::DataList& list = ListOf(dataClass);
+  Contents& c = *m_contents;
+  const auto listOfClass = c.ListOf(dataClass);
+  const QueryScope query(c, listOfClass);
+  if (!query) return CountOf(*out);
+  const utdata::DataList& list = c.*listOfClass;
   // A gate number is what an ordinary lookup makes of it.
   if (gateId == fset_AnyId || gateId == utdata::GateNumber(gateId))
     list.Append(filter, *out, {bookmark_None, patchId, chanId, subChanId, gateId, dataClass});
@@ -151,29 +148,34 @@ std::uint32_t CFSet::fset_GetGateSpecificIDataList(CIDataLst* out,
 
 std::uint32_t CFSet::fset_GetMSCIDataLst(CIDataLst* out) {
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (reader) m_masters.Append(fset_All, *out, utdata::everyDataItem);
+  Contents& c = *m_contents;
+  const ReaderScope reader(c.lock, queryTimeoutMs);
+  if (reader) c.masters.Append(fset_All, *out, utdata::everyDataItem);
   return CountOf(*out);
 }
 
 std::uint32_t CFSet::fset_GetSpecialIDataList(CIDataLst* out) {
   UTDATA_ASSERT(out != nullptr);
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
+  Contents& c = *m_contents;
+  const ReaderScope reader(c.lock, queryTimeoutMs);
   if (!reader) return CountOf(*out);
-  for (CIData* item : m_data.Items())
-    if (IsSpecial(ClassOf(*item))) out->AddTail(item);
+  for (CIData* item : c.data.Items())
+    if (const gdata_enumDataClass dataClass = ClassOf(*item);
+        !utdata::IsMaster(dataClass) && utdata::IsSpecial(dataClass))
+      out->AddTail(item);
   return CountOf(*out);
 }
 
 std::uint32_t CFSet::fset_GetSpecificChannelSortedIDataList(std::uint32_t chanId, CIDataLst* out) {
   if (!out) return 0;
-  const ReaderScope reader(m_lock, queryTimeoutMs);
+  Contents& c = *m_contents;
+  const ReaderScope reader(c.lock, queryTimeoutMs);
   if (!reader) return CountOf(*out);
   CIDataLst::Ids ids = utdata::everyDataItem;
   ids[2] = chanId;
   CIDataLst candidates;  // more than the channel's where its id is the wildcard
-  m_data.Append(fset_All, candidates, ids);
+  c.data.Append(fset_All, candidates, ids);
 
   using SortKey =
       std::pair<std::uint32_t, std::int32_t>;  // sub-channel id, display order of the gate
@@ -191,20 +193,27 @@ std::uint32_t CFSet::fset_GetSpecificChannelSortedIDataList(std::uint32_t chanId
 
 // Tests.
 
-bool CFSet::HasDataOfClass(std::initializer_list<gdata_enumDataClass> classes) const {
-  const ReaderScope reader(m_lock, queryTimeoutMs);
-  if (!reader) return false;
+bool CFSet::Contents::HasDataOfClass(std::initializer_list<gdata_enumDataClass> classes) {
+  const QueryScope query(*this, &Contents::data);
+  if (!query) return false;
   for (const gdata_enumDataClass dataClass : classes)
-    if (m_data.First(fset_All, IdsOfClass(dataClass))) return true;
+    if (data.First(fset_All, IdsOfClass(dataClass))) return true;
   return false;
 }
 
-bool CFSet::fset_HasAdvancedViewData() const { return HasDataOfClass({gdata_AdvancedView}); }
-
-int CFSet::fset_HasAnalogData() const {
-  return HasDataOfClass({gdata_Analog, gdata_AnalogScaled, gdata_AnalogCounter}) ? 1 : 0;
+bool CFSet::fset_HasAdvancedViewData() const {
+  return m_contents->HasDataOfClass({gdata_AdvancedView});
 }
 
-bool CFSet::fset_HasBeamSimulationData() const { return HasDataOfClass({gdata_BeamSimulation}); }
+int CFSet::fset_HasAnalogData() const {
+  return m_contents->HasDataOfClass({gdata_Analog, gdata_AnalogScaled, gdata_AnalogCounter}) ? 1
+                                                                                             : 0;
+}
 
-bool CFSet::fset_HasEddyCurrentData() const { return HasDataOfClass({gdata_EddyCurrentX}); }
+bool CFSet::fset_HasBeamSimulationData() const {
+  return m_contents->HasDataOfClass({gdata_BeamSimulation});
+}
+
+bool CFSet::fset_HasEddyCurrentData() const {
+  return m_contents->HasDataOfClass({gdata_EddyCurrentX});
+}

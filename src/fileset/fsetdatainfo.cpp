@@ -1,7 +1,8 @@
 // The file set: copies of everything around one data item.
 #include <memory>
+#include <utility>
 
-#include "utdata/fset.h"
+#include "src/fileset/contents.h"
 
 namespace {
 
@@ -13,6 +14,16 @@ Descriptor* CopyOf(const Descriptor* source,
   Descriptor* const copy = allocate(0, L"");
   if (copy) duplicate(copy, source);
   return copy;
+}
+
+/// The same of an item's working copy; null for null.
+template <class Descriptor>
+Descriptor* CopyOf(const utdata::Item<Descriptor>* item,
+                   Descriptor* (*allocate)(int, const wchar_t*),
+                   int (*duplicate)(Descriptor*, const Descriptor*)) {
+  if (!item) return nullptr;
+  return utdata::ReadWorkingCopy(
+      *item, [=](const Descriptor& working) { return CopyOf(&working, allocate, duplicate); });
 }
 
 bool IsComplete(const fset_typeDataInfoDescr& info) {
@@ -27,30 +38,35 @@ fset_typeDataInfoDescr* CFSet::fset_DataInfoRequestCopy(CIData* item)
     UTDATA_NO_THREAD_SAFETY_ANALYSIS {
   UTDATA_ASSERT(item != nullptr);
   if (!item) return nullptr;
+  Contents& c = *m_contents;
   auto info = std::make_unique<fset_typeDataInfoDescr>();
   info->tofd = new idata_typeTOFD;
   item->idata3_GetTOFDParam(info->tofd);
-  if (const CGDataTypeFDD* data = item->idata1_GetGInfoRef())
+  if (const CGDataTypeFDD* data = std::as_const(*item).idata1_GetGInfoRef())
     info->data = CopyOf(data, gdata_Allocate, gdata_Duplicate);
   if (!info->data) return info.release();
 
-  if (const CIPatch* patch = m_patches.First(fset_All, {info->data->GetPatchID()}))
-    info->patch = CopyOf(patch->ipatch1_GetInfoRef(), gpatch_Allocate, gpatch_Duplicate);
+  const utdata::Item<CGPatchTypeDescr>* patch =
+      c.patches.First(fset_All, {info->data->GetPatchID()});
+  info->patch = CopyOf(patch, gpatch_Allocate, gpatch_Duplicate);
   const std::uint32_t channelId = info->data->channelId;
-  if (const CIChan* channel = m_channels.First(fset_All, {channelId})) {
-    info->channel = CopyOf(channel->ichan1_GetInfoRef(), gchan_Allocate, gchan_Duplicate);
-    const CIProbe* first = m_probes.First(fset_All, {channel->ichan1_GetInfoRef()->firstProbeId});
-    const CIProbe* second = m_probes.First(fset_All, {channel->ichan1_GetInfoRef()->secondProbeId});
+  const utdata::Item<CGChanTypeDescr>* channel = c.channels.First(fset_All, {channelId});
+  info->channel = CopyOf(channel, gchan_Allocate, gchan_Duplicate);
+  if (info->channel) {
+    const utdata::Item<CGProbeTypeDescr>* first =
+        c.probes.First(fset_All, {info->channel->firstProbeId});
+    const utdata::Item<CGProbeTypeDescr>* second =
+        c.probes.First(fset_All, {info->channel->secondProbeId});
     if (first && second) {
-      info->firstProbe = CopyOf(first->iprob1_GetInfoRef(), gprobe_Allocate, gprobe_Duplicate);
-      info->secondProbe = CopyOf(second->iprob1_GetInfoRef(), gprobe_Allocate, gprobe_Duplicate);
+      info->firstProbe = CopyOf(first, gprobe_Allocate, gprobe_Duplicate);
+      info->secondProbe = CopyOf(second, gprobe_Allocate, gprobe_Duplicate);
     }
-    if (const CIGate* gate = m_gates.First(fset_All, {info->data->gateId, channelId}))
-      info->gate = CopyOf(gate->igate1_GetInfoRef(), ggate_Allocate, ggate_Duplicate);
-    if (const CISubChan* subChannel =
-            m_subChannels.First(fset_All, {info->data->subChannelId, channelId}))
-      info->subChannel =
-          CopyOf(subChannel->ischa1_GetInfoRef(), gsubchan_Allocate, gsubchan_Duplicate);
+    const utdata::Item<CGGateTypeDescr>* gate =
+        c.gates.First(fset_All, {info->data->gateId, channelId});
+    info->gate = CopyOf(gate, ggate_Allocate, ggate_Duplicate);
+    const utdata::Item<CGSubchanTypeDescr>* subChannel =
+        c.subChannels.First(fset_All, {info->data->subChannelId, channelId});
+    info->subChannel = CopyOf(subChannel, gsubchan_Allocate, gsubchan_Duplicate);
   }
   info->complete = IsComplete(*info) ? 1 : 0;
   return info.release();

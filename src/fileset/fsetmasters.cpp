@@ -3,9 +3,9 @@
 #include <iterator>
 #include <memory>
 
+#include "src/fileset/contents.h"
 #include "src/fileset/data_lists.h"
-#include "src/items/idatarecord.h"
-#include "utdata/fset.h"
+#include "src/foundation/dataclass.h"
 #include "utdata/supplier.h"
 
 using utdata::WriterScope;
@@ -14,20 +14,22 @@ namespace {
 
 constexpr const wchar_t* masterName = L"MSC_Data_Group";
 
-/// Classes of which the item that is there already is as good as a new one.
-bool IsShared(gdata_enumDataClass dataClass) {
-  return dataClass == gdata_CScanAngle || dataClass == gdata_BeamSimulation;
-}
-
-bool IsCScan(gdata_enumDataClass dataClass) {
-  return dataClass == gdata_CScanAmplitude || dataClass == gdata_CScanPosition;
-}
-
 using Text = wchar_t[CGDataTypeFDD::nameSize];
 
 void CopyText(Text& target, const Text& source) {
   std::copy(std::begin(source), std::end(source), std::begin(target));
   target[CGDataTypeFDD::nameSize - 1] = L'\0';
+}
+
+/// Makes an item of a record and appends it.
+CIData* AddTo(utdata::DataList& list,
+              CGDataTypeFDD& record,
+              void* context,
+              CVolumeSet* volumeSet,
+              int isNew) {
+  auto item = std::make_unique<CIData>(&record, context, volumeSet, isNew, nullptr);
+  list.Add(item.get());
+  return item.release();
 }
 
 struct DeleteRecord {
@@ -40,22 +42,34 @@ CIData* CFSet::fset_AddGData(CGDataTypeFDD* descriptor,
                              void* context,
                              CVolumeSet* volumeSet,
                              int isNew) {
+  return fset_AddGData(descriptor, context, volumeSet, isNew, nullptr);
+}
+
+CIData* CFSet::fset_AddGData(CGDataTypeFDD* descriptor,
+                             void* context,
+                             CVolumeSet* volumeSet,
+                             int isNew,
+                             bool* isAdded) {
+  if (isAdded) *isAdded = false;
   if (!descriptor || !volumeSet || (descriptor->dataClass & gdata_MultiChannelMaster))
     return nullptr;
-  const WriterScope writer(m_lock);
-  CIData* const present = m_data.First(fset_All,
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  CIData* const present = c.data.First(fset_All,
                                        {descriptor->GetDataBookmarkType(),
                                         descriptor->GetPatchID(),
                                         descriptor->channelId,
                                         descriptor->subChannelId,
                                         descriptor->gateId,
                                         descriptor->dataClass});
-  if (present) return IsShared(descriptor->dataClass) ? present : nullptr;
-  auto* const item = new CIData(descriptor, context, volumeSet, isNew, nullptr);
-  m_data.Add(item);
-  if (descriptor->subChannelId != 0 && utdata::IsGathered(descriptor->dataClass))
-    if (CIData* const master = MasterFor(*descriptor, context, volumeSet, isNew))
+  if (present) return utdata::IsShared(descriptor->dataClass) ? present : nullptr;
+  CIData* const item = AddTo(c.data, *descriptor, context, volumeSet, isNew);
+  if (isAdded) *isAdded = true;
+  if (descriptor->subChannelId != 0 && utdata::IsGathered(descriptor->dataClass)) {
+    if (CIData* const master = c.MasterFor(*descriptor, context, volumeSet, isNew))
       master->idata1_SubChannelAdd(item);
+    c.masters.CatchUp();  // its sub-channel id may have changed
+  }
   if (IGDataSupplier* const document = item->GetDocument())
     document->OnDataGroupAdded(descriptor->GetPatchID() != 0 ? 1 : 0);
   return item;
@@ -63,30 +77,33 @@ CIData* CFSet::fset_AddGData(CGDataTypeFDD* descriptor,
 
 /// The master of a new element, whose descriptor has its bookmark type by now; null when there is
 /// no memory for one.
-CIData* CFSet::MasterFor(CGDataTypeFDD& element, void* context, CVolumeSet* volumeSet, int isNew) {
-  const bool isCScan = IsCScan(element.dataClass);
+CIData* CFSet::Contents::MasterFor(CGDataTypeFDD& element,
+                                   void* context,
+                                   CVolumeSet* volumeSet,
+                                   int isNew) {
+  const bool isCScan = utdata::IsCScan(element.dataClass);
   const std::uint32_t gateNumber = isCScan ? utdata::GateNumber(element.gateId) : 0;
-  CIData* const master = m_masters.First(fset_All,
-                                         {element.GetDataBookmarkType(),
-                                          element.GetPatchID(),
-                                          element.channelId,
-                                          fset_AnyId,
-                                          isCScan ? gateNumber : fset_AnyId,
-                                          utdata::WithMasterBit(element.dataClass)});
+  CIData* const master = masters.First(fset_All,
+                                       {element.GetDataBookmarkType(),
+                                        element.GetPatchID(),
+                                        element.channelId,
+                                        fset_AnyId,
+                                        isCScan ? gateNumber : fset_AnyId,
+                                        utdata::WithMasterBit(element.dataClass)});
   if (!master) return AddMaster(element, gateNumber, context, volumeSet, isNew);
   if (isCScan && element.GetDataBookmarkType() == bookmark_Coupling) {
     CopyText(master->idata1_GetGInfoRef()->gateName, element.gateName);
-    CopyText(master->idata1_GetInfoRef()->gateName, element.gateName);
+    CopyText(utdata::ItemAccess::DescriptorOf(*master)->gateName, element.gateName);
   }
   return master;
 }
 
 /// A master is made of its first element's descriptor. It has no samples of its own in any file.
-CIData* CFSet::AddMaster(CGDataTypeFDD& element,
-                         std::uint32_t gateId,
-                         void* context,
-                         CVolumeSet* volumeSet,
-                         int isNew) {
+CIData* CFSet::Contents::AddMaster(CGDataTypeFDD& element,
+                                   std::uint32_t gateId,
+                                   void* context,
+                                   CVolumeSet* volumeSet,
+                                   int isNew) {
   const std::unique_ptr<CGDataTypeFDD, DeleteRecord> record(gdata_Allocate(0, masterName));
   if (!record) return nullptr;
   Text name;
@@ -97,9 +114,7 @@ CIData* CFSet::AddMaster(CGDataTypeFDD& element,
   record->subChannelId = 0;
   record->gateId = gateId;
   record->samples = {};
-  auto* const master = new CIData(record.get(), context, volumeSet, isNew, nullptr);
-  m_masters.Add(master);
-  return master;
+  return AddTo(masters, *record, context, volumeSet, isNew);
 }
 
 std::uint32_t CFSet::fset_RemoveGData(fset_enumFilters filter,
@@ -109,19 +124,20 @@ std::uint32_t CFSet::fset_RemoveGData(fset_enumFilters filter,
                                       std::uint32_t subChanId,
                                       std::uint32_t gateId,
                                       std::uint32_t dataClass) {
-  const WriterScope writer(m_lock);
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
   CIDataLst removed;
-  m_data.Move(filter, removed, {bookmarkType, patchId, chanId, subChanId, gateId, dataClass});
-  for (CIData* item : removed) DestroyDataItem(item);
+  c.data.Move(filter, removed, {bookmarkType, patchId, chanId, subChanId, gateId, dataClass});
+  for (CIData* item : removed) c.DestroyDataItem(item);
   return removed.IsEmpty() ? 1 : 0;
 }
 
 /// A master goes with its last element. One that is not in the master list is another's to destroy.
-void CFSet::DestroyDataItem(CIData* item) {
+void CFSet::Contents::DestroyDataItem(CIData* item) {
   CIData* const master = utdata::TakeFromMaster(item);
   item->idata9_DeferDelete();
   if (!master || master->idata1_SubChannelQty() != 0) return;
-  const bool wasThere = m_masters.Remove(master);
+  const bool wasThere = masters.Remove(master);
   UTDATA_ASSERT(wasThere);
   if (wasThere) master->idata9_DeferDelete();
 }

@@ -3,9 +3,16 @@
 
 #include <utility>
 
-#include "utdata/itemlist.h"
+#include "src/items/itemlookup.h"
+
+CSpec::CSpec() = default;
+CSpec::~CSpec() = default;
 
 void CSpec::Dump(CDumpContext&) const {}
+
+kvt_enumUnitSystems CSpec::spec_GetPreferredUnitSystem() const {
+  return m_values.preferredUnitSystem;
+}
 
 CISpecMat* CSpec::spec_SpecMatAdd(CGSpecmatTypeDescr* descriptor, int isNew) {
   if (m_material || !descriptor) return nullptr;
@@ -31,6 +38,7 @@ CISpecMat* CSpec::spec_SpecMatReplace(CGSpecmatTypeDescr* descriptor) {
   return m_material.get();
 }
 
+CInfoField::CInfoField() = default;
 CInfoField::CInfoField(std::int32_t id,
                        std::wstring description,
                        std::wstring shortName,
@@ -47,3 +55,23 @@ CInfoField::CInfoField(std::int32_t id,
       m_category(std::move(category)),
       m_unit(std::move(unit)),
       m_dataId(dataId) {}
+CInfoField::CInfoField(const CInfoField&) = default;
+CInfoField& CInfoField::operator=(const CInfoField&) = default;
+CInfoField::~CInfoField() = default;
+
+std::int32_t CInfoField::GetId() const { return m_id; }
+std::wstring CInfoField::GetCategory() const { return m_category; }
+std::wstring CInfoField::GetDescription() const { return m_description; }
+std::wstring CInfoField::GetShortName() const { return m_shortName; }
+std::wstring CInfoField::GetUnit() const { return m_unit; }
+scandora_enumViewType CInfoField::GetViewType() const { return m_viewType; }
+int CInfoField::IsActiveView() const { return m_isActiveView; }
+idata_typeId* CInfoField::GetDataId() const { return m_dataId; }
+void CInfoField::SetDescription(std::wstring description) {
+  m_description = std::move(description);
+}
+void CInfoField::SetShortName(std::wstring shortName) { m_shortName = std::move(shortName); }
+void CInfoField::SetUnit(std::wstring unit) { m_unit = std::move(unit); }
+void CInfoField::SetViewType(scandora_enumViewType viewType) { m_viewType = viewType; }
+void CInfoField::SetIsActiveView(int isActiveView) { m_isActiveView = isActiveView; }
+void CInfoField::SetDataId(idata_typeId* dataId) { m_dataId = dataId; }

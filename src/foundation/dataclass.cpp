@@ -1,14 +1,25 @@
+// What a data class means.
 #include "src/foundation/dataclass.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "utdata/enum.h"
-
 namespace utdata {
 namespace {
 
-enum Meaning : unsigned { Other = 0, Amplitudes = 1, Positions = 2, Gathered = 4 };
+enum Meaning : unsigned {
+  Other = 0,
+  Amplitudes = 1U << 0,
+  Positions = 1U << 1,
+  Gathered = 1U << 2,
+  AScans = 1U << 3,
+  Volume = 1U << 5,
+  Analog = 1U << 6,
+  EddyCurrent = 1U << 7,
+  Special = 1U << 8,
+  Shared = 1U << 9,
+  NativeOrder = 1U << 10
+};
 
 struct Row {
   gdata_enumDataClass dataClass;
@@ -17,22 +28,24 @@ struct Row {
 };
 
 constexpr Row rows[] = {
-    {gdata_AScan, Amplitudes | Gathered, "A-scan"},
-    {gdata_CScanAmplitude, Amplitudes | Gathered, "C-scan amplitude"},
-    {gdata_CScanPosition, Positions | Gathered, "C-scan position"},
-    {gdata_EddyCurrentX, Other, "eddy current X"},
-    {gdata_EddyCurrentY, Other, "eddy current Y"},
-    {gdata_Analog, Other, "analog"},
-    {gdata_AnalogScaled, Other, "analog scaled"},
-    {gdata_AnalogCounter, Other, "analog counter"},
-    {gdata_AScanMerged, Amplitudes | Gathered, "A-scan merged"},
-    {gdata_AScanProcessed, Amplitudes | Gathered, "A-scan processed"},
-    {gdata_CScanPositionFirst, Positions, "C-scan first position"},
-    {gdata_CScanPositionLast, Positions, "C-scan last position"},
+    {gdata_AScan, AScans | Amplitudes | Volume | Gathered, "A-scan"},
+    {gdata_CScanAmplitude, Amplitudes | Gathered | NativeOrder, "C-scan amplitude"},
+    {gdata_CScanPosition, Positions | Gathered | NativeOrder, "C-scan position"},
+    {gdata_EddyCurrentX, EddyCurrent | Special | NativeOrder, "eddy current X"},
+    {gdata_EddyCurrentY, EddyCurrent | NativeOrder, "eddy current Y"},
+    {gdata_Analog, Analog | Special | NativeOrder, "analog"},
+    {gdata_AnalogScaled, Analog | Special | NativeOrder, "analog scaled"},
+    {gdata_AnalogCounter, Analog | Special | NativeOrder, "analog counter"},
+    {gdata_AScanMerged, AScans | Amplitudes | Volume | Gathered, "A-scan merged"},
+    {gdata_AScanProcessed, AScans | Amplitudes | Gathered, "A-scan processed"},
+    {gdata_CScanPositionFirst, Positions | NativeOrder, "C-scan first position"},
+    {gdata_CScanPositionLast, Positions | NativeOrder, "C-scan last position"},
     {gdata_CScanThickness, Other, "C-scan thickness"},
     {gdata_CScanStatistic, Other, "C-scan statistic"},
-    {gdata_CScanAngle, Other, "C-scan angle"},
-    {gdata_BeamSimulation, Other, "beam simulation"},
+    {gdata_enumDataClass{16}, NativeOrder, nullptr},
+    {gdata_CScanAngle, Shared | NativeOrder, "C-scan angle"},
+    {gdata_BeamSimulation, Volume | Special | Shared, "beam simulation"},
+    {gdata_AdvancedView, Special, "advanced view"},
 };
 
 const Row* Find(gdata_enumDataClass dataClass) {
@@ -51,12 +64,16 @@ bool Means(gdata_enumDataClass dataClass, Meaning meaning) {
 
 bool HoldsAmplitudes(gdata_enumDataClass dataClass) { return Means(dataClass, Amplitudes); }
 bool HoldsPositions(gdata_enumDataClass dataClass) { return Means(dataClass, Positions); }
+bool IsAScan(gdata_enumDataClass dataClass) { return Means(dataClass, AScans); }
+bool IsCScan(gdata_enumDataClass dataClass) { return gdata_HoldsOneValuePerCell(dataClass); }
+bool IsVolume(gdata_enumDataClass dataClass) { return Means(dataClass, Volume); }
+bool IsAnalog(gdata_enumDataClass dataClass) { return Means(dataClass, Analog); }
+bool IsEddyCurrent(gdata_enumDataClass dataClass) { return Means(dataClass, EddyCurrent); }
+bool IsSpecial(gdata_enumDataClass dataClass) { return Means(dataClass, Special); }
+bool IsShared(gdata_enumDataClass dataClass) { return Means(dataClass, Shared); }
+bool IsInNativeOrder(gdata_enumDataClass dataClass) { return Means(dataClass, NativeOrder); }
 bool IsGathered(gdata_enumDataClass dataClass) {
   return !IsMaster(dataClass) && Means(dataClass, Gathered);
-}
-
-bool IsCScan(gdata_enumDataClass dataClass) {
-  return enum_IsCscanData(ClassOfElements(dataClass)) != 0;
 }
 
 const char* ClassName(gdata_enumDataClass dataClass) {

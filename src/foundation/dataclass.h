@@ -23,8 +23,20 @@ namespace utdata {
 [[nodiscard]] bool HoldsAmplitudes(gdata_enumDataClass dataClass);
 /// Whether samples are positions along the ultrasonic path.
 [[nodiscard]] bool HoldsPositions(gdata_enumDataClass dataClass);
+/// Whether a cell holds an A-scan.
+[[nodiscard]] bool IsAScan(gdata_enumDataClass dataClass);
 /// Whether a cell holds one value.
 [[nodiscard]] bool IsCScan(gdata_enumDataClass dataClass);
+/// Whether the samples fill a volume that loads apart from the rest.
+[[nodiscard]] bool IsVolume(gdata_enumDataClass dataClass);
+[[nodiscard]] bool IsAnalog(gdata_enumDataClass dataClass);
+[[nodiscard]] bool IsEddyCurrent(gdata_enumDataClass dataClass);
+/// Whether viewers show such data apart from A-scans and C-scans.
+[[nodiscard]] bool IsSpecial(gdata_enumDataClass dataClass);
+/// Whether the item of these ids that is there already is as good as a new one.
+[[nodiscard]] bool IsShared(gdata_enumDataClass dataClass);
+/// Whether samples are in the machine's byte order, whatever the record says.
+[[nodiscard]] bool IsInNativeOrder(gdata_enumDataClass dataClass);
 /// Whether a master gathers the data groups of a channel's sub-channels: those of A-scans of a
 /// channel, those of C-scans of a channel and gate. A master itself is gathered by none.
 [[nodiscard]] bool IsGathered(gdata_enumDataClass dataClass);

@@ -1,22 +1,12 @@
-// Families of data classes.
+// Families of data classes, of which a master's class is none.
 #include "utdata/enum.h"
 
+#include "src/foundation/dataclass.h"
+
 std::int32_t enum_IsAscanData(gdata_enumDataClass dataClass) {
-  return dataClass == gdata_AScan || dataClass == gdata_AScanMerged ||
-         dataClass == gdata_AScanProcessed;
+  return !utdata::IsMaster(dataClass) && utdata::IsAScan(dataClass) ? 1 : 0;
 }
 
 std::int32_t enum_IsCscanData(gdata_enumDataClass dataClass) {
-  switch (dataClass) {
-    case gdata_CScanAmplitude:
-    case gdata_CScanPosition:
-    case gdata_CScanPositionFirst:
-    case gdata_CScanPositionLast:
-    case gdata_CScanThickness:
-    case gdata_CScanStatistic:
-    case gdata_CScanAngle:
-      return 1;
-    default:
-      return 0;
-  }
+  return !utdata::IsMaster(dataClass) && utdata::IsCScan(dataClass) ? 1 : 0;
 }

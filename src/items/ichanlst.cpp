@@ -3,6 +3,9 @@
 
 IMPLEMENT_DYNAMIC(CIChanLst, CObject)
 
+CIChanLst::CIChanLst() = default;
+CIChanLst::~CIChanLst() = default;
+
 void CIChanLst::Dump(CDumpContext& context) const { context << "A CIChanLst object\n"; }
 
 CIChan* CIChanLst::GetIChan(fset_enumFilters filter, std::uint32_t chanId) const {

@@ -5,7 +5,10 @@
 #include <iterator>
 #include <vector>
 
+#include "src/items/idatainside.h"
 #include "src/items/idatarecord.h"
+#include "src/items/itemplace.h"
+#include "src/items/recordids.h"
 #include "utdata/idatalst.h"
 #include "utdata/vset.h"
 
@@ -24,7 +27,8 @@ void TerminateTexts(CGDataTypeFDD& record) {
 }  // namespace
 
 CIData::CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int external, long*)
-    : m_external(external),
+    : m_inside(std::make_unique<Inside>(this)),
+      m_external(external),
       m_data(data),
       m_volumes(volumes),
       m_document(volumes ? volumes->vol_GetDocument() : nullptr) {
@@ -39,11 +43,16 @@ CIData::CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int exter
   m_record = std::make_unique<CGDataTypeFDD>(*record);
   m_descriptor.reset(
       new CRDataTypeDD(m_record.get(), meridio ? nullptr : partner, meridio ? partner : nullptr));
+  utdata::ItemAccess::PublishIds(*this, utdata::IdsOf(*m_descriptor));
   if (m_external) {
     m_descriptor->SetDataLoaded(true);
     m_descriptor->SetVolumeLoaded(true);
-    m_descriptor->SetDiskTable(static_cast<char*>(m_descriptor->dataPointer),
-                               m_descriptor->GetUseMemoryMappedFilePointer());
+    auto* const table = static_cast<char*>(m_descriptor->dataPointer);
+    const bool isMapped = m_descriptor->GetUseMemoryMappedFilePointer();
+    if (m_descriptor->dataSize != 0)
+      m_descriptor->SetDiskTable(table, isMapped, m_descriptor->dataSize);
+    else
+      m_descriptor->SetDiskTable(table, isMapped);
   }
   m_descriptor->SetSampleAxisScale(1.0);
   InitializeUnits();
@@ -53,18 +62,19 @@ CIData::CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int exter
       (scanning.mode == escan_Mode2 || scanning.mode == escan_Mode4) && scanning.isLinearMerged;
   if (idata1_IsMultiChannelMaster() || isMerged) {
     m_elements = std::make_unique<CIDataLst>();
-    m_master = this;
+    m_inside->master = this;
   }
 }
 
 CIData::CIData(void* data, CVolumeSet* volumes)
-    : m_external(1),
+    : m_inside(std::make_unique<Inside>(this)),
+      m_external(1),
       m_data(data),
       m_volumes(volumes),
       m_document(volumes ? volumes->vol_GetDocument() : nullptr) {}
 
 CIData::~CIData() {
-  [[maybe_unused]] const bool wasLive = m_live.End();
+  [[maybe_unused]] const bool wasLive = m_inside->live.End();
   UTDATA_ASSERT(wasLive);
   LeaveMaster();
   LetElementsGo();
@@ -77,19 +87,70 @@ CIData::~CIData() {
   if (m_volumes) m_volumes->vol_DeleteUnitSet(&m_pUnitInfo);
 }
 
+void CIData::DestroyDescriptor::operator()(CRDataTypeDD* descriptor) const {
+  descriptor->Destroy();
+}
+
 void CIData::idata9_DeferDelete() { delete this; }
 
 bool CIData::IsValidObject(CIData* item) { return utdata::LiveDataItem::IsLive(item); }
 
+CRDataTypeDD* utdata::ItemAccess::DescriptorOf(const CIData& item) {
+  return item.m_descriptor.get();
+}
+
+std::array<std::uint32_t, 6> CIData::Ids() const {
+  const utdata::ItemPlace& place = utdata::ItemAccess::PlaceOf(*this);
+  if (!m_descriptor || !place.isHandedOut.load()) return place.ids.Load<6>();
+  const utdata::MutexScope ids(m_inside->idLock);
+  return utdata::IdsOf(*m_descriptor);
+}
+
+void CIData::PublishIds() { utdata::ItemAccess::PublishIds(*this, utdata::IdsOf(*m_descriptor)); }
+
 void CIData::idata1_GetId(idata_typeId& id) const {
   if (!m_descriptor) return;
-  id = {m_descriptor->GetPatchID(),
-        m_descriptor->GetChannelID(),
-        m_descriptor->GetSubChannelID(),
-        m_descriptor->GetGateId(),
-        m_descriptor->GetDataClass(),
-        m_descriptor->GetDataBookmarkType()};
+  const std::array<std::uint32_t, 6> ids = Ids();
+  id = {ids[1],
+        ids[2],
+        ids[3],
+        ids[4],
+        static_cast<gdata_enumDataClass>(ids[5]),
+        static_cast<eDataBookmarkType>(ids[0])};
 }
+
+CGDataTypeFDD* CIData::idata1_GetGInfoRef() { return m_record.get(); }
+
+const CGDataTypeFDD* CIData::idata1_GetGInfoRef() const { return m_record.get(); }
+
+CRDataTypeDD* CIData::idata1_GetInfoRef() const {
+  HandOut();
+  return m_descriptor.get();
+}
+
+const CRDataTypeDD* CIData::Descriptor() const { return m_descriptor.get(); }
+
+void CIData::AttachTable(char* table, bool memoryMapped) {
+  if (!m_descriptor) return;
+  m_descriptor->SetDiskTable(table, memoryMapped);
+  m_descriptor->SetDataLoaded(m_descriptor->GetDiskTable() != nullptr);
+}
+
+bool CIData::AttachTable(char* table, bool memoryMapped, std::uint64_t size) {
+  if (!m_descriptor) return false;
+  const bool isAttached = m_descriptor->SetDiskTable(table, memoryMapped, size) && table;
+  m_descriptor->SetDataLoaded(isAttached);
+  m_descriptor->SetVolumeLoaded(isAttached);
+  return isAttached;
+}
+
+int CIData::idata0_Init() { return 0; }
+
+IGDataSupplier* CIData::GetDocument() const { return m_document; }
+
+int CIData::idata3_IsModified() const { return m_modified.load(std::memory_order_relaxed); }
+
+int CIData::idata3_IsNew() const { return m_new.load(std::memory_order_relaxed); }
 
 int CIData::idata1_ModifGetStatus() const {
   if (!m_descriptor) return 0;

@@ -4,7 +4,8 @@
 #include <limits>
 #include <thread>
 
-#include "src/items/idatarecord.h"
+#include "src/foundation/dataclass.h"
+#include "src/items/idatainside.h"
 #include "utdata/error.h"
 #include "utdata/idata.h"
 #include "utdata/idatalst.h"
@@ -170,10 +171,9 @@ void CIData::idata1_GetGInfoCopy(CGDataTypeFDD* out) {
   idata1_DataLoad(0);
   const LockScope lock(*this);
   *out = *m_record;
-  const bool isOwnBlock =
-      !idata1_IsMultiChannelMaster() && m_descriptor->GetDiskTable() == m_record->dataPointer;
-  out->dataPointer = idata1_IsMultiChannelMaster() ? nullptr : m_descriptor->GetDiskTable();
-  if (!isOwnBlock) out->dataSize = 0;  // it was the size of another block
+  const bool hasTable = !idata1_IsMultiChannelMaster();
+  out->dataPointer = hasTable ? m_descriptor->GetDiskTable() : nullptr;
+  out->dataSize = hasTable ? m_descriptor->KnownTableSize() : 0;
 }
 
 void* CIData::idata3_GetDataTablePtr() const {
@@ -181,28 +181,34 @@ void* CIData::idata3_GetDataTablePtr() const {
   if (!m_descriptor) return nullptr;
   for (;;) {
     if (void* const table = m_descriptor->GetDiskTable()) return table;
+    if (m_descriptor->IsTableRefused()) return nullptr;
     std::this_thread::sleep_for(tablePoll);
   }
 }
 
-bool CIData::idata1_DataIsVolume() const {
-  const gdata_enumDataClass c = idata3_GetDataId();
-  return c == gdata_AScan || c == gdata_AScanMerged || c == gdata_BeamSimulation;
+int CIData::IsDiskOrigin() const {
+  return m_diskOrigin.load(std::memory_order_relaxed) == 1 ? 1 : 0;
 }
 
-bool CIData::idata3_isAmplitudeData() const {
-  const std::uint32_t c = utdata::ClassOfElements(idata3_GetDataId());
-  return c == gdata_AScan || c == gdata_AScanMerged || c == gdata_AScanProcessed;
+void CIData::SetDiskOrigin() { m_diskOrigin.store(1, std::memory_order_relaxed); }
+
+bool CIData::idata1_DataIsVolume() const {
+  const gdata_enumDataClass c = idata3_GetDataId();
+  return !utdata::IsMaster(c) && utdata::IsVolume(c);
 }
+
+bool CIData::idata3_isAmplitudeData() const { return utdata::IsAScan(idata3_GetDataId()); }
 
 bool CIData::idata3_IsAnalogData() const {
   const gdata_enumDataClass c = idata3_GetDataId();
-  return c == gdata_Analog || c == gdata_AnalogScaled || c == gdata_AnalogCounter;
+  return !utdata::IsMaster(c) && utdata::IsAnalog(c);
 }
 
 bool CIData::idata3_IsEddyCurrentData() const {
   const gdata_enumDataClass c = idata3_GetDataId();
-  return c == gdata_EddyCurrentX || c == gdata_EddyCurrentY;
+  return !utdata::IsMaster(c) && utdata::IsEddyCurrent(c);
 }
 
 bool CIData::idata3_IsBeamSimulation() const { return idata3_GetDataId() == gdata_BeamSimulation; }
+
+bool CIData::idata3_IsLABEnabled() const { return false; }

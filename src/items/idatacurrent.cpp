@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "src/items/idatainside.h"
 #include "utdata/fset.h"
 #include "utdata/idata.h"
 #include "utdata/idatalst.h"
@@ -23,6 +24,10 @@ int DigitsOf(long precision) {
 }
 
 }  // namespace
+
+CUnitSet* CIData::idata3_UnitsGet() const { return m_pUnitInfo; }
+
+CVolumeSet* CIData::idata3_GetVSet() const { return m_volumes; }
 
 CUnit* CIData::idata3_GetUnit(kvt_enumAxis axis,
                               unit_enumUnits family,
@@ -77,11 +82,11 @@ void CIData::UpdateLinkedDatagroup(kvt_enumAxis axis,
                                    int notify) {
   CFSet* const set = m_document ? m_document->GetFileSet() : nullptr;
   if (!set || !m_descriptor) return;
-  const std::uint32_t channelId = m_descriptor->GetChannelID();
+  const std::uint32_t channelId = Ids()[2];
   CIDataLst masters;
   set->fset_GetMSCIDataLst(&masters);
   for (CIData* master : masters)
-    if (master->m_descriptor->GetChannelID() == channelId)
+    if (master->Ids()[2] == channelId)
       master->SetMasterCurrentUnitType(axis, family, unit, alternative, notify);
 }
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "utdata/idata.h"
+#include "src/items/idatainside.h"
 
 #ifdef UTDATA_CHECKED
 
@@ -28,19 +28,19 @@ bool IsInOrder(const CIData* item) {
 
 CIData::LockScope::LockScope(const CIData& item) : m_item(item) {
   UTDATA_ASSERT(IsInOrder(&item));
-  item.m_lock.lock();
+  item.m_inside->lock.lock();
   heldItems.push_back(&item);
 }
 
 CIData::LockScope::~LockScope() {
   heldItems.pop_back();
-  m_item.m_lock.unlock();
+  m_item.m_inside->lock.unlock();
 }
 
 #else
 
-CIData::LockScope::LockScope(const CIData& item) : m_item(item) { item.m_lock.lock(); }
+CIData::LockScope::LockScope(const CIData& item) : m_item(item) { item.m_inside->lock.lock(); }
 
-CIData::LockScope::~LockScope() { m_item.m_lock.unlock(); }
+CIData::LockScope::~LockScope() { m_item.m_inside->lock.unlock(); }
 
 #endif

@@ -1,10 +1,12 @@
 // List of data items.
 #include "utdata/idatalst.h"
 
+#include "src/items/itemlookup.h"
+
 namespace {
 
 constexpr auto rulesByGateNumber = [] {
-  auto rules = CIDataLst::rules;
+  auto rules = utdata::rulesOf<CIData>;
   for (utdata::IdRule& rule : rules)
     if (rule == utdata::IdRule::SameGate) rule = utdata::IdRule::GateNumber;
   return rules;
@@ -13,6 +15,9 @@ constexpr auto rulesByGateNumber = [] {
 }  // namespace
 
 IMPLEMENT_DYNAMIC(CIDataLst, CObject)
+
+CIDataLst::CIDataLst() = default;
+CIDataLst::~CIDataLst() = default;
 
 void CIDataLst::Dump(CDumpContext& context) const { context << "A CIDataLst object\n"; }
 
@@ -55,8 +60,9 @@ void CIDataLst::GetGateIDataList(fset_enumFilters filter,
                                  std::uint32_t subChanId,
                                  std::uint32_t gateId,
                                  std::uint32_t dataClass) const {
-  Append(filter,
-         *out,
-         {bookmark_None, patchId, chanId, subChanId, gateId, dataClass},
-         rulesByGateNumber);
+  const Ids ids{bookmark_None, patchId, chanId, subChanId, gateId, dataClass};
+  utdata::Walk(*this, filter, ids, rulesByGateNumber, [out](POSITION, CIData* item) {
+    out->AddTail(item);
+    return true;
+  });
 }

@@ -3,7 +3,8 @@
 #include <tuple>
 #include <vector>
 
-#include "src/items/idatarecord.h"
+#include "src/foundation/dataclass.h"
+#include "src/items/idatainside.h"
 #include "utdata/idata.h"
 #include "utdata/idatalst.h"
 
@@ -30,42 +31,75 @@ auto SubChannelOrder(const CIData* item) {
 }  // namespace
 
 bool CIData::idata1_IsMultiChannelMaster() const {
-  return m_descriptor && (m_descriptor->GetDataClass() & gdata_MultiChannelMaster);
+  return (Ids()[5] & gdata_MultiChannelMaster) != 0;
 }
 
 bool CIData::idata1_IsMultiChannelElement() const {
-  if (!m_descriptor || m_descriptor->GetSubChannelID() == 0) return false;
-  return utdata::IsGathered(m_descriptor->GetDataClass()) && m_master.Get();
+  const std::array<std::uint32_t, 6> ids = Ids();
+  return ids[3] != 0 && utdata::IsGathered(static_cast<gdata_enumDataClass>(ids[5])) &&
+         m_inside->master.Get();
+}
+
+/// The item whose list this one is in, or null.
+CIData* CIData::ListedBy() const {
+  const LockScope lock(*this);
+  return m_inside->placeAmongElements ? m_inside->master.Get() : nullptr;
+}
+
+/// Whether this item is in an item's list, or in that of one that is.
+bool CIData::IsUnder(const CIData& item) const {
+  int levels = 64;  // nobody nests that deep
+  for (const CIData* up = ListedBy(); up && levels > 0; up = up->ListedBy(), --levels)
+    if (up == &item) return true;
+  return false;
 }
 
 bool CIData::idata1_SubChannelAdd(CIData* element) {
-  const bool isFit = element && element != this && element->m_descriptor &&
-                     !element->m_placeAmongElements && element->idata1_SubChannelQty() == 0 &&
-                     m_descriptor && m_elements;
+  const bool isFit = element && element != this && element->m_descriptor && m_descriptor &&
+                     m_elements && !IsUnder(*element);
   UTDATA_ASSERT(isFit);
   if (!isFit) return true;
-  const HomeScope home(*this);
+  for (;;) {
+    // The locks of two masters are taken one after the other, never both.
+    if (CIData* const former = element->ListedBy()) former->TakeOut(*element);
+    const LockScope lock(*this);
+    const LockScope elementLock(*element);
+    if (element->m_inside->placeAmongElements) continue;  // another thread has added it meanwhile
+    CheckLayout(*m_descriptor, *element->m_descriptor);
+    m_descriptor->SetDataType(element->m_descriptor->GetDataType());
+    element->m_inside->master = this;
+    element->m_inside->placeAmongElements = m_elements->AddTail(element);
+    {
+      const utdata::MutexScope ids(m_inside->idLock);
+      m_descriptor->subChannelId =
+          std::max(m_descriptor->subChannelId, element->m_descriptor->subChannelId);
+    }
+    PublishIds();
+    return true;
+  }
+}
+
+/// Whether an element was in this item's list, which it then is no longer.
+bool CIData::TakeOut(CIData& element) {
   const LockScope lock(*this);
-  const LockScope elementLock(*element);
-  CheckLayout(*m_descriptor, *element->m_descriptor);
-  m_descriptor->SetDataType(element->m_descriptor->GetDataType());
-  element->m_master = this;
-  element->m_placeAmongElements = m_elements->AddTail(element);
-  m_descriptor->subChannelId =
-      std::max(m_descriptor->subChannelId, element->m_descriptor->subChannelId);
+  const LockScope elementLock(element);
+  if (!element.m_inside->placeAmongElements || element.m_inside->master.Get() != this) return false;
+  m_elements->RemoveAt(element.m_inside->placeAmongElements);
+  element.m_inside->placeAmongElements = nullptr;
   return true;
 }
 
 bool CIData::idata1_SubChannelRemove(CIData* element) {
-  const LockScope lock(*this);
-  const bool isElement =
-      element && element->m_placeAmongElements && element->m_master.Get() == this;
-  UTDATA_ASSERT(isElement);
-  if (!isElement) return true;
-  m_elements->RemoveAt(element->m_placeAmongElements);
-  element->m_placeAmongElements = nullptr;
+  const bool wasElement = element && TakeOut(*element);
+  UTDATA_ASSERT(wasElement);
   return true;
 }
+
+CIDataLst* CIData::idata1_SubChannelGetList() const { return m_elements.get(); }
+
+CIData* CIData::idata1_SubChannelMaster() const { return m_inside->master.Get(); }
+
+CIData* CIData::idata1_SubChannelLastModifiedGet() const { return nullptr; }
 
 CIData* CIData::idata1_SubChannelGet(long n) {
   if (!m_elements) return this;
@@ -93,33 +127,35 @@ void CIData::GetOrderedSubChannelList(CIDataLst* out) const {
 
 void CIData::idata1_UpdateMasterChannel() {
   if (!idata1_IsMultiChannelMaster() || !m_elements) return;
-  const HomeScope home(*this);
   const LockScope lock(*this);
   if (m_elements->IsEmpty()) return;
   const CIData& first = *m_elements->GetHead();
   const LockScope elementLock(first);
-  const std::uint32_t subChannelId = m_descriptor->subChannelId;
+  CRDataTypeDD next(*first.m_descriptor);
   const std::uint32_t c = utdata::ClassOfElements(m_descriptor->dataClass);
-  const bool keepsLinks = c == gdata_CScanAmplitude || c == gdata_CScanPosition;
-  const utdata::DataItemLink matched(m_descriptor->GetMatchedCScan());
-  const utdata::DataItemLink meridio(m_descriptor->GetMeridioAmpCscan());
-  if (!m_external) m_descriptor->Flush(0);
-  *m_descriptor = *first.m_descriptor;
-  if (keepsLinks) {
-    m_descriptor->SetMatchedCScan(matched.Get());
-    m_descriptor->SetMeridioAmpCscan(meridio.Get());
+  if (c == gdata_CScanAmplitude || c == gdata_CScanPosition) {
+    next.SetMatchedCScan(m_descriptor->GetMatchedCScan());
+    next.SetMeridioAmpCscan(m_descriptor->GetMeridioAmpCscan());
   }
-  m_descriptor->dataClass =
-      static_cast<gdata_enumDataClass>(m_descriptor->dataClass | gdata_MultiChannelMaster);
-  m_descriptor->subChannelId = subChannelId;
-  m_descriptor->dataPointer = nullptr;
+  next.dataClass = utdata::WithMasterBit(next.dataClass);
+  next.subChannelId = m_descriptor->subChannelId;
+  next.dataPointer = nullptr;
+  if (!m_external) m_descriptor->Flush(0);
+  {
+    const utdata::MutexScope ids(m_inside->idLock);  // queries see the master before or after
+    *m_descriptor = next;
+  }
+  PublishIds();
   UpdateUnits();  // the descriptor has taken over the element's point units
 }
 
+void CIData::NotifyChangeToConsList() {}
+
 void CIData::SetDataBookmarkTypeofAssociatedChannel(const eDataBookmarkType& type) {
-  CIData* const master = m_master.Get();
+  CIData* const master = m_inside->master.Get();
   if (!master) return;
   const eDataBookmarkType given = type;  // may stand in one of the records that change
+  const LockScope lock(*master);
   for (std::uint32_t number = 1; number <= master->idata1_SubChannelQty(); ++number) {
     CIData* const element = master->idata1_SubChannelGet(static_cast<long>(number));
     UTDATA_ASSERT(element != nullptr);
@@ -129,10 +165,13 @@ void CIData::SetDataBookmarkTypeofAssociatedChannel(const eDataBookmarkType& typ
 }
 
 void CIData::GiveBookmarkType(eDataBookmarkType type) {
-  const HomeScope home(*this);
   const LockScope lock(*this);
   m_record->SetDataBookmarkType(type);
-  m_descriptor->SetDataBookmarkType(type);
+  {
+    const utdata::MutexScope ids(m_inside->idLock);
+    m_descriptor->SetDataBookmarkType(type);
+  }
+  PublishIds();
 }
 
 /// The master's table may be one that it shares with an element, which must not be followed once
@@ -149,9 +188,9 @@ void CIData::ReturnTableOf(const CIData& element) {
 
 void CIData::LeaveMaster() {
   CIData* const master =
-      m_master.Get();  // null where that is the item itself, which counts as gone by now
+      m_inside->master.Get();  // null where that is the item itself, which counts as gone by now
   if (!master) return;
-  if (m_placeAmongElements) master->idata1_SubChannelRemove(this);
+  if (m_inside->placeAmongElements) master->idata1_SubChannelRemove(this);
   master->ReturnTableOf(*this);
 }
 
@@ -159,7 +198,7 @@ void CIData::LetElementsGo() {
   if (!m_elements) return;
   for (CIData* element : *m_elements) {
     const LockScope lock(*element);
-    element->m_master = nullptr;
-    element->m_placeAmongElements = nullptr;
+    element->m_inside->master = nullptr;
+    element->m_inside->placeAmongElements = nullptr;
   }
 }

@@ -3,7 +3,8 @@
 // and gate, or the two components of eddy-current data.
 #include <algorithm>
 
-#include "src/items/idatarecord.h"
+#include "src/foundation/dataclass.h"
+#include "src/items/idatainside.h"
 #include "utdata/fset.h"
 #include "utdata/idata.h"
 #include "utdata/supplier.h"
@@ -19,11 +20,11 @@ constexpr auto anyClass = static_cast<gdata_enumDataClass>(fset_AnyId);
 /// the amplitudes.
 constexpr std::uint32_t meridioGates[] = {11, 21, 31};
 
-bool IsMaster(const CGDataTypeFDD& record) {
-  return (record.dataClass & gdata_MultiChannelMaster) != 0;
+gdata_enumDataClass ClassOf(const CIData& item) {
+  idata_typeId id;
+  item.idata1_GetId(id);
+  return id.dataClass;
 }
-
-gdata_enumDataClass ClassOf(const CIData& item) { return item.idata1_GetInfoRef()->GetDataClass(); }
 
 /// Appends the data items of the record's bookmark type, patch and channel. A master is matched to
 /// the masters of its gate number.
@@ -32,7 +33,7 @@ void FindPartners(CFSet& set,
                   std::uint32_t gateId,
                   gdata_enumDataClass masterClass,
                   CIDataLst& out) {
-  const bool isMaster = IsMaster(record);
+  const bool isMaster = utdata::IsMaster(record.dataClass);
   set.fset_GetIDataLst(&out,
                        fset_All,
                        record.GetDataBookmarkType(),
@@ -61,7 +62,9 @@ CIData::ChannelScanning CIData::ReadChannelScanning(std::uint32_t channelId) con
     m_document->HandleParameterRequest(request, 0);
   };
   read(PRM_ID_ElectronicScanning, &scanning.mode, sizeof scanning.mode);
-  read(PRM_ID_bLinearMerged, &scanning.isLinearMerged, sizeof scanning.isLinearMerged);
+  std::uint8_t merged = 0;  // a database may answer with any byte, which a bool cannot hold
+  read(PRM_ID_bLinearMerged, &merged, sizeof merged);
+  scanning.isLinearMerged = merged != 0;
   return scanning;
 }
 
@@ -70,7 +73,7 @@ void CIData::UpdateBookmarkType(const enumElectronicScanning& mode, CGDataTypeFD
   if (present != bookmark_None && present != noBookmark) return;
   const bool isTofd = record->tofd == 1;
   eDataBookmarkType type = isTofd ? bookmark_Tofd : bookmark_Single;
-  if (IsMaster(*record) || record->subChannelId != 0) {
+  if (utdata::IsMaster(record->dataClass) || record->subChannelId != 0) {
     if (isTofd)
       type = bookmark_MultiChannelTofd;
     else
@@ -83,16 +86,17 @@ CIData* CIData::MatchAmpPosCScans(CGDataTypeFDD* record, CVolumeSet* volumes, bo
   IGDataSupplier* const document = volumes->vol_GetDocument();
   CFSet* const set = document ? document->GetFileSet() : nullptr;
   if (!set) return nullptr;
-  const std::uint32_t c = utdata::ClassOfElements(record->dataClass);
+  const gdata_enumDataClass c = utdata::ClassOfElements(record->dataClass);
   if (c == gdata_CScanAmplitude) return MatchAmplitude(*record, *set);
   if (utdata::HoldsPositions(record->dataClass)) return MatchPosition(*record, *set, meridio);
-  if (c == gdata_EddyCurrentX || c == gdata_EddyCurrentY) return MatchEddyCurrent(*record, *set);
+  if (utdata::IsEddyCurrent(c)) return MatchEddyCurrent(*record, *set);
   return nullptr;
 }
 
 CIData* CIData::MatchAmplitude(const CGDataTypeFDD& record, CFSet& set) {
   CIDataLst found;
-  const std::uint32_t gateId = IsMaster(record) ? utdata::GateNumber(record.gateId) : record.gateId;
+  const std::uint32_t gateId =
+      utdata::IsMaster(record.dataClass) ? utdata::GateNumber(record.gateId) : record.gateId;
   FindPartners(set, record, gateId, gdata_CScanPosition, found);
   CIData* matched = nullptr;
   for (CIData* partner : found) {

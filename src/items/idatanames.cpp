@@ -3,6 +3,7 @@
 #include <cwchar>
 #include <string>
 
+#include "src/items/idatainside.h"
 #include "utdata/idata.h"
 
 namespace {

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <initializer_list>
 
+#include "src/items/idatainside.h"
 #include "src/items/idatarecord.h"
 #include "utdata/idata.h"
 

@@ -1,18 +1,46 @@
 // Gate item.
 #include "utdata/igate.h"
 
+#include <atomic>
+
+#include "src/items/itemstate.h"
+
+using utdata::ItemAccess;
+
+CIGate::CIGate(CGGateTypeDescr* descriptor, int isNew) : Item(descriptor, isNew) {}
+
+CIGate::~CIGate() = default;
+
 void CIGate::Dump(CDumpContext& context) const { context << "A CIGate object\n"; }
 
 void CIGate::igate1_GetId(igate_id* id) const {
-  if (Given(id)) *id = {InfoRef()->gateId, InfoRef()->channelId};
+  if (!utdata::Given(id)) return;
+  const std::array<std::uint32_t, 2> ids = utdata::IdsOf(*this);
+  *id = {ids[0], ids[1]};
 }
 
-void CIGate::igate1_GetName(std::wstring& name) const { name = InfoRef()->name; }
+void CIGate::igate1_GetName(std::wstring& name) const {
+  name =
+      utdata::ReadWorkingCopy(*this, [](const CGGateTypeDescr& working) { return working.name; });
+}
+
+CGGateTypeDescr* CIGate::igate1_GetInfoRef() const { return InfoRef(); }
+
+void CIGate::igate1_GetGInfoCopy(CGGateTypeDescr* copy) const { CopyFileSide(copy); }
+
+void CIGate::igate1_ReplaceGInfo(const CGGateTypeDescr* source) { Replace(source); }
+
+bool CIGate::igate1_ModifGetStatus() const { return IsModified(); }
+
+void CIGate::igate1_ModifSetStatus(bool modified) { SetModifiedLocked(modified); }
+
+void CIGate::igate1_ModifClear() { SetModifiedLocked(false); }
+
+bool CIGate::igate1_NewGetStatus() const { return IsNew(); }
 
 void CIGate::igate9_OnLineUpdate(const CGGateTypeDescr* source, std::uint32_t) {
-  if (!Given(source)) return;
-  const HomeScope home(*this);
-  const utdata::MutexScope lock(Lock());
+  if (!utdata::Given(source)) return;
+  const utdata::MutexScope lock(ItemAccess::StateOf(*this).lock);
   igate1_ReplaceGInfo(source);
   SetModified(true);
 }
@@ -20,12 +48,13 @@ void CIGate::igate9_OnLineUpdate(const CGGateTypeDescr* source, std::uint32_t) {
 // A viewer reads a gate while the inspector drags it, hence the atomic access.
 
 float CIGate::Read(float CGGateTypeDescr::*field) const {
-  return std::atomic_ref(InfoRef()->*field).load(std::memory_order_relaxed);
+  return std::atomic_ref(ItemAccess::StateOf(*this).working.*field).load(std::memory_order_relaxed);
 }
 
 void CIGate::Store(float CGGateTypeDescr::*field, float value) {
-  const utdata::MutexScope lock(Lock());
-  const std::atomic_ref stored(InfoRef()->*field);
+  auto& state = ItemAccess::StateOf(*this);
+  const utdata::MutexScope lock(state.lock);
+  const std::atomic_ref stored(state.working.*field);
   if (stored.load(std::memory_order_relaxed) == value) return;
   stored.store(value, std::memory_order_relaxed);
   SetModified(true);
@@ -39,6 +68,10 @@ float CIGate::PLevel() const { return Read(&CGGateTypeDescr::positiveLevel); }
 void CIGate::PLevel(float percent) { Store(&CGGateTypeDescr::positiveLevel, percent); }
 float CIGate::NLevel() const { return Read(&CGGateTypeDescr::negativeLevel); }
 void CIGate::NLevel(float percent) { Store(&CGGateTypeDescr::negativeLevel, percent); }
-std::int32_t CIGate::GetReferenceGate() const { return InfoRef()->referenceGate; }
-ggate_EnumGateRef CIGate::Ref() const { return InfoRef()->reference; }
-ggate_EnumPeakSelection CIGate::PeakSelection() const { return InfoRef()->peakSelection; }
+std::int32_t CIGate::GetReferenceGate() const {
+  return ItemAccess::StateOf(*this).working.referenceGate;
+}
+ggate_EnumGateRef CIGate::Ref() const { return ItemAccess::StateOf(*this).working.reference; }
+ggate_EnumPeakSelection CIGate::PeakSelection() const {
+  return ItemAccess::StateOf(*this).working.peakSelection;
+}

@@ -3,6 +3,9 @@
 
 IMPLEMENT_DYNAMIC(CIGateLst, CObject)
 
+CIGateLst::CIGateLst() = default;
+CIGateLst::~CIGateLst() = default;
+
 CIGate* CIGateLst::GetIGate(fset_enumFilters filter,
                             std::uint32_t gateId,
                             std::uint32_t chanId) const {

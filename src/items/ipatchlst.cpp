@@ -3,6 +3,9 @@
 
 IMPLEMENT_DYNAMIC(CIPatchLst, CObject)
 
+CIPatchLst::CIPatchLst() = default;
+CIPatchLst::~CIPatchLst() = default;
+
 void CIPatchLst::Dump(CDumpContext& context) const { context << "A CIPatchLst object\n"; }
 
 CIPatch* CIPatchLst::GetIPatch(fset_enumFilters filter, std::uint32_t patchId) const {

@@ -3,6 +3,9 @@
 
 IMPLEMENT_DYNAMIC(CIProbeLst, CObject)
 
+CIProbeLst::CIProbeLst() = default;
+CIProbeLst::~CIProbeLst() = default;
+
 void CIProbeLst::Dump(CDumpContext& context) const { context << "A CIProbeLst object\n"; }
 
 CIProbe* CIProbeLst::GetIProbe(fset_enumFilters filter, std::uint32_t probeId) const {

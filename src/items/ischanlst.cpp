@@ -3,6 +3,9 @@
 
 IMPLEMENT_DYNAMIC(CISubChanLst, CObject)
 
+CISubChanLst::CISubChanLst() = default;
+CISubChanLst::~CISubChanLst() = default;
+
 void CISubChanLst::Dump(CDumpContext& context) const { context << "A CISubChanLst object\n"; }
 
 CISubChan* CISubChanLst::GetISubChan(fset_enumFilters filter,

@@ -6,6 +6,10 @@
 
 #include "interfaces/framework.h"
 
+CAxe::CAxe() = default;
+CAxe::CAxe(const CAxe&) = default;
+CAxe& CAxe::operator=(const CAxe&) = default;
+
 void CAxe::Create(const wchar_t* name, std_enumUnits units) {
   const std::wstring_view text = name ? name : L"";
   UTDATA_ASSERT(text.size() < nameSize);
@@ -38,11 +42,17 @@ void CAxe::SetRange(double range) {
   m_limitsEnabled = 1;
 }
 
+double CAxe::GetStart() const { return m_start; }
+double CAxe::GetRange() const { return m_range; }
+double CAxe::GetEnd() const { return m_start + m_range; }
+const wchar_t* CAxe::GetName() const { return m_name; }
+std_enumUnits CAxe::GetUnits() const { return m_units; }
+int CAxe::LimitsEnabled() const { return m_limitsEnabled; }
+
 int CAxe::IsValueInAxe(double value) const {
   return value >= m_start && value - m_start <= m_range ? 1 : 0;
 }
 
-int CAxe::operator==(const CAxe& other) const {
-  if (!m_name[0] || !other.m_name[0]) return 0;
-  return std::wcscmp(m_name, other.m_name) == 0 && m_units == other.m_units ? 1 : 0;
+bool CAxe::operator==(const CAxe& other) const {
+  return m_name[0] && std::wcscmp(m_name, other.m_name) == 0 && m_units == other.m_units;
 }

@@ -5,8 +5,6 @@
 #include <cmath>
 #include <limits>
 
-IMPLEMENT_DYNAMIC(CUnit, CObject)
-
 namespace {
 
 constexpr int maxPrecision = 10;
@@ -34,40 +32,16 @@ double DecibelFromBase(double base) {
 
 }  // namespace
 
-CUnit::CUnit() {
-  SetParameters(unit_Generic,
-                unit_DataGeneric,
-                unit_ConversionNone,
-                1,
-                1,
-                0,
-                nullptr,
-                0,
-                0,
-                0,
-                0,
-                DisplayFormat::None);
-}
+CUnit::CUnit() { SetParameters({}); }
 
 CUnit::CUnit(unit_enumUnits family,
              unit_enumDataUnit dataUnit,
              unit_enumConversionType conversion,
              double slope,
              double offset,
-             CUnit* parent) {
-  SetParameters(family,
-                dataUnit,
-                conversion,
-                slope,
-                slope,
-                offset,
-                parent,
-                1,
-                0,
-                0,
-                0,
-                DisplayFormat::Initial);
-  ValidateObjectState();
+             CUnit* parent)
+    : m_parameters{.displayFormat = DisplayFormat::Initial, .precision = 1} {
+  CUpdateUnit(family, dataUnit, conversion, slope, offset, parent);
 }
 
 CUnit::CUnit(unit_enumUnits family,
@@ -75,64 +49,20 @@ CUnit::CUnit(unit_enumUnits family,
              double slope,
              double offset,
              double auxiliary,
-             CUnit* parent) {
-  SetParameters(family,
-                dataUnit,
-                unit_ConversionFactors,
-                slope,
-                slope,
-                offset,
-                parent,
-                1,
-                0,
-                0,
-                auxiliary,
-                DisplayFormat::Initial);
-  ValidateObjectState();
+             CUnit* parent)
+    : m_parameters{.displayFormat = DisplayFormat::Initial, .precision = 1} {
+  CUpdateUnit(family, dataUnit, slope, offset, auxiliary, parent);
 }
 
 CUnit::CUnit(const CUnit& other) : CObject(other) {
-  SetParameters(other.m_family,
-                other.m_dataUnit,
-                other.m_conversion,
-                other.m_positiveSlope,
-                other.m_negativeSlope,
-                other.m_offset,
-                other.m_parent,
-                other.m_precision,
-                other.m_depthOffset,
-                other.m_pathOffset,
-                other.m_auxiliary,
-                other.m_displayFormat);
+  SetParameters(other.m_parameters);
   ValidateObjectState();
 }
 
 CUnit::~CUnit() = default;
 
-void CUnit::SetParameters(unit_enumUnits family,
-                          unit_enumDataUnit dataUnit,
-                          unit_enumConversionType conversion,
-                          double positiveSlope,
-                          double negativeSlope,
-                          double offset,
-                          CUnit* parent,
-                          std::int32_t precision,
-                          double depthOffset,
-                          double pathOffset,
-                          double auxiliary,
-                          DisplayFormat displayFormat) {
-  m_family = family;
-  m_dataUnit = dataUnit;
-  m_conversion = conversion;
-  m_positiveSlope = positiveSlope;
-  m_negativeSlope = negativeSlope;
-  m_offset = offset;
-  m_parent = parent;
-  m_precision = precision;
-  m_depthOffset = depthOffset;
-  m_pathOffset = pathOffset;
-  m_auxiliary = auxiliary;
-  m_displayFormat = displayFormat;
+void CUnit::SetParameters(const Parameters& parameters) {
+  m_parameters = parameters;
   m_tag = TagOf(this);
 }
 
@@ -142,18 +72,14 @@ void CUnit::CUpdateUnit(unit_enumUnits family,
                         double slope,
                         double offset,
                         CUnit* parent) {
-  SetParameters(family,
-                dataUnit,
-                conversion,
-                slope,
-                slope,
-                offset,
-                parent,
-                m_precision,
-                m_depthOffset,
-                m_pathOffset,
-                m_auxiliary,
-                m_displayFormat);
+  Parameters next = m_parameters;
+  next.family = family;
+  next.dataUnit = dataUnit;
+  next.conversion = conversion;
+  next.positiveSlope = next.negativeSlope = slope;
+  next.offset = offset;
+  next.parent = parent;
+  SetParameters(next);
   ValidateObjectState();
 }
 
@@ -163,19 +89,8 @@ void CUnit::CUpdateUnit(unit_enumUnits family,
                         double offset,
                         double auxiliary,
                         CUnit* parent) {
-  SetParameters(family,
-                dataUnit,
-                unit_ConversionFactors,
-                slope,
-                slope,
-                offset,
-                parent,
-                m_precision,
-                m_depthOffset,
-                m_pathOffset,
-                auxiliary,
-                m_displayFormat);
-  ValidateObjectState();
+  m_parameters.auxiliary = auxiliary;
+  CUpdateUnit(family, dataUnit, unit_ConversionFactors, slope, offset, parent);
 }
 
 void CUnit::SetLinearFactors(double slope, double offset) {
@@ -184,19 +99,20 @@ void CUnit::SetLinearFactors(double slope, double offset) {
 
 void CUnit::SetLinearFactors(double positiveSlope, double negativeSlope, double offset) {
   UTDATA_ASSERT(positiveSlope > 0 && negativeSlope > 0);
-  if (positiveSlope == m_positiveSlope && negativeSlope == m_negativeSlope && offset == m_offset)
+  if (positiveSlope == m_parameters.positiveSlope && negativeSlope == m_parameters.negativeSlope &&
+      offset == m_parameters.offset)
     return;
-  m_positiveSlope = positiveSlope;
-  m_negativeSlope = negativeSlope;
-  m_offset = offset;
+  m_parameters.positiveSlope = positiveSlope;
+  m_parameters.negativeSlope = negativeSlope;
+  m_parameters.offset = offset;
   ValidateObjectState();
 }
 
 void CUnit::SetDBFactors(double slope, double offset, double auxiliary) {
   UTDATA_ASSERT(slope > 0);
-  m_positiveSlope = m_negativeSlope = slope;
-  m_offset = offset;
-  m_auxiliary = auxiliary;
+  m_parameters.positiveSlope = m_parameters.negativeSlope = slope;
+  m_parameters.offset = offset;
+  m_parameters.auxiliary = auxiliary;
   ValidateObjectState();
 }
 
@@ -204,49 +120,54 @@ void CUnit::SetTOFDFactors(double depthOffset,
                            double slope,
                            double rootConstant,
                            double pathOffset) {
-  m_conversion = unit_ConversionTofd;
-  m_positiveSlope = m_negativeSlope = slope;
-  m_offset = rootConstant;
-  m_depthOffset = depthOffset;
-  m_pathOffset = pathOffset;
+  m_parameters.conversion = unit_ConversionTofd;
+  m_parameters.positiveSlope = m_parameters.negativeSlope = slope;
+  m_parameters.offset = rootConstant;
+  m_parameters.depthOffset = depthOffset;
+  m_parameters.pathOffset = pathOffset;
   ValidateObjectState();
 }
 
 void CUnit::SetDisplayPrecision(int digits) {
   UTDATA_ASSERT(digits >= 0 && digits <= maxPrecision);
-  if (digits != m_precision) {
-    m_precision = digits;
-    m_displayFormat = DisplayFormat::Precise;
+  if (digits != m_parameters.precision) {
+    m_parameters.precision = digits;
+    m_parameters.displayFormat = DisplayFormat::Precise;
   }
   ValidateObjectState();
 }
 
+int CUnit::GetDisplayPrecision() const { return m_parameters.precision; }
+CUnit* CUnit::GetParent() const { return m_parameters.parent; }
+
 std::wstring CUnit::GetDisplayFormat() const {
-  if (m_displayFormat == DisplayFormat::Precise)
-    return L"%-12." + std::to_wstring(m_precision) + L"f";
-  return m_displayFormat == DisplayFormat::Initial ? L"%.1f" : L"";
+  if (m_parameters.displayFormat == DisplayFormat::Precise)
+    return L"%-12." + std::to_wstring(m_parameters.precision) + L"f";
+  return m_parameters.displayFormat == DisplayFormat::Initial ? L"%.1f" : L"";
 }
 
 void CUnit::GetUnitType(unit_enumUnits& family, unit_enumDataUnit& dataUnit) const {
-  family = m_family;
-  dataUnit = m_dataUnit;
+  family = m_parameters.family;
+  dataUnit = m_parameters.dataUnit;
   ValidateObjectState();
 }
 
 double CUnit::TofdToBase(double displayed) const {
-  UTDATA_ASSERT(m_positiveSlope != 0);
-  if (m_positiveSlope == 0) return 0;
-  const double depth = displayed - m_depthOffset;
-  const double square = depth < 0 ? m_offset - depth * depth : m_offset + depth * depth;
-  return (m_pathOffset + std::sqrt(std::fabs(square))) / m_positiveSlope;
+  UTDATA_ASSERT(m_parameters.positiveSlope != 0);
+  if (m_parameters.positiveSlope == 0) return 0;
+  const double depth = displayed - m_parameters.depthOffset;
+  const double square =
+      depth < 0 ? m_parameters.offset - depth * depth : m_parameters.offset + depth * depth;
+  return (m_parameters.pathOffset + std::sqrt(std::fabs(square))) / m_parameters.positiveSlope;
 }
 
 double CUnit::ConvertToBase(const double& displayed) const {
-  if (!m_parent) return displayed;
-  switch (m_conversion) {
+  if (!m_parameters.parent) return displayed;
+  switch (m_parameters.conversion) {
     case unit_ConversionLinear:
     case unit_ConversionFactors:
-      return (displayed - m_offset) / (displayed >= 0 ? m_positiveSlope : m_negativeSlope);
+      return (displayed - m_parameters.offset) /
+             (displayed >= 0 ? m_parameters.positiveSlope : m_parameters.negativeSlope);
     case unit_ConversionTofd:
       return TofdToBase(displayed);
     case unit_ConversionDecibel:
@@ -256,28 +177,30 @@ double CUnit::ConvertToBase(const double& displayed) const {
     case unit_ConversionNone:
       break;
   }
-  UTDATA_ASSERT(m_positiveSlope != 0);
-  return m_positiveSlope == 0 ? 0 : (displayed - m_offset) / m_positiveSlope;
+  UTDATA_ASSERT(m_parameters.positiveSlope != 0);
+  return m_parameters.positiveSlope == 0
+             ? 0
+             : (displayed - m_parameters.offset) / m_parameters.positiveSlope;
 }
 
 double CUnit::LinearFromBase(double base) const {
-  const double above = base * m_positiveSlope + m_offset;
+  const double above = base * m_parameters.positiveSlope + m_parameters.offset;
   if (above >= 0) return above;
-  const double below = base * m_negativeSlope + m_offset;
+  const double below = base * m_parameters.negativeSlope + m_parameters.offset;
   return below >= 0 ? 0 : below;  // NaN passes through
 }
 
 double CUnit::TofdFromBase(double base) const {
-  const double root = base * m_positiveSlope - m_pathOffset;
+  const double root = base * m_parameters.positiveSlope - m_parameters.pathOffset;
   if (root < 0) return notANumber;
   // The base grows with the depth from -sqrt(offset) on; below that it falls again.
-  const double square = root * root - m_offset;
-  return m_depthOffset + (square < 0 ? -std::sqrt(-square) : std::sqrt(square));
+  const double square = root * root - m_parameters.offset;
+  return m_parameters.depthOffset + (square < 0 ? -std::sqrt(-square) : std::sqrt(square));
 }
 
 double CUnit::ConvertFromBase(const double& base) const {
-  if (!m_parent || std::isnan(base)) return base;
-  switch (m_conversion) {
+  if (!m_parameters.parent || std::isnan(base)) return base;
+  switch (m_parameters.conversion) {
     case unit_ConversionLinear:
     case unit_ConversionFactors:
       return LinearFromBase(base);
@@ -289,10 +212,11 @@ double CUnit::ConvertFromBase(const double& base) const {
     case unit_ConversionNone:
       break;
   }
-  UTDATA_ASSERT(m_positiveSlope != 0);
-  if (m_positiveSlope == 0) return 0;
-  return m_conversion == unit_ConversionTofd ? TofdFromBase(base)
-                                             : base * m_positiveSlope + m_offset;
+  UTDATA_ASSERT(m_parameters.positiveSlope != 0);
+  if (m_parameters.positiveSlope == 0) return 0;
+  return m_parameters.conversion == unit_ConversionTofd
+             ? TofdFromBase(base)
+             : base * m_parameters.positiveSlope + m_parameters.offset;
 }
 
 const wchar_t* CUnit::GetSymbol() const {
@@ -311,7 +235,7 @@ const wchar_t* CUnit::GetSymbol() const {
                                                L"",
                                                L"",
                                                L""};
-  return m_dataUnit < std::size(symbols) ? symbols[m_dataUnit] : L"";
+  return m_parameters.dataUnit < std::size(symbols) ? symbols[m_parameters.dataUnit] : L"";
 }
 
 std::wstring CUnit::FormatValue(double displayed) const {
@@ -320,7 +244,7 @@ std::wstring CUnit::FormatValue(double displayed) const {
     text = L"---";
   } else {
     char digits[std::numeric_limits<double>::max_exponent10 + maxPrecision + 4];
-    const int precision = std::clamp<int>(m_precision, 0, maxPrecision);
+    const int precision = std::clamp<int>(m_parameters.precision, 0, maxPrecision);
     char* const end =
         std::to_chars(
             std::begin(digits), std::end(digits), displayed, std::chars_format::fixed, precision)
@@ -331,16 +255,17 @@ std::wstring CUnit::FormatValue(double displayed) const {
     text.assign(digits + (isNegativeZero ? 1 : 0), end);
   }
   const std::wstring symbol = GetSymbol();
-  if (!symbol.empty() && m_dataUnit != unit_Degree) text += L' ';
+  if (!symbol.empty() && m_parameters.dataUnit != unit_Degree) text += L' ';
   return text + symbol;
 }
 
 void CUnit::ValidateObjectState() const {
   UTDATA_ASSERT(m_tag == TagOf(this));
-  UTDATA_ASSERT(m_precision >= 0 && m_precision <= maxPrecision);
-  UTDATA_ASSERT(m_positiveSlope > 0);
-  UTDATA_ASSERT(m_negativeSlope > 0);
-  UTDATA_ASSERT(m_conversion >= unit_ConversionLinear && m_conversion <= unit_ConversionPercent);
-  UTDATA_ASSERT(m_family <= unit_Reserved16);
-  UTDATA_ASSERT(m_dataUnit <= unit_DataScaled);
+  UTDATA_ASSERT(m_parameters.precision >= 0 && m_parameters.precision <= maxPrecision);
+  UTDATA_ASSERT(m_parameters.positiveSlope > 0);
+  UTDATA_ASSERT(m_parameters.negativeSlope > 0);
+  UTDATA_ASSERT(m_parameters.conversion >= unit_ConversionLinear &&
+                m_parameters.conversion <= unit_ConversionPercent);
+  UTDATA_ASSERT(m_parameters.family <= unit_Reserved16);
+  UTDATA_ASSERT(m_parameters.dataUnit <= unit_DataScaled);
 }

@@ -80,6 +80,19 @@ void SetDecibel(CUnit& unit, int linear, CUnit* base) {
 
 }  // namespace
 
+vset_groupId::vset_groupId() = default;
+vset_groupId::vset_groupId(std::uint32_t newKind,
+                           std::uint32_t firstValue,
+                           std::uint32_t secondValue,
+                           std::uint32_t thirdValue,
+                           std::uint32_t fourthValue)
+    : kind(newKind),
+      first(firstValue),
+      second(secondValue),
+      third(thirdValue),
+      fourth(fourthValue) {}
+vset_groupId::vset_groupId(const vset_groupId&) = default;
+vset_groupId& vset_groupId::operator=(const vset_groupId&) = default;
 vset_groupId::~vset_groupId() { kind = first = second = third = fourth = 0; }
 
 CUnitSet::CUnitSet() = default;
@@ -91,6 +104,9 @@ CUnitSet::CUnitSet(const vset_groupId& identity, CVolumeSet* volumeSet, CUnitSet
 }
 
 CUnitSet::~CUnitSet() = default;
+
+const vset_groupId& CUnitSet::GetIdentity() const { return m_identity; }
+std::int32_t CUnitSet::GetReferenceCount() const { return m_referenceCount; }
 
 CUnit* CUnitSet::BaseUnit(kvt_enumAxis axis) const {
   return m_volumeSet ? m_volumeSet->vol_GetBaseUnit(axis) : nullptr;

@@ -51,16 +51,13 @@ CUnitSet* CVolumeSet::GetUnitSet(const vset_groupId& identity) const {
 }
 
 void CVolumeSet::vol_DeleteUnitSet(CUnitSet** set) {
-  if (!set || !*set) return;
-  UTDATA_ASSERT((*set)->m_referenceCount != 0);
-  if (--(*set)->m_referenceCount == 0) {
-    UTDATA_ASSERT((*set)->m_volumeSet == this && (*set)->m_place);
-    if ((*set)->m_volumeSet == this && (*set)->m_place) {
-      m_unitSets.RemoveAt((*set)->m_place);
-      delete *set;
-    }
-  }
-  *set = nullptr;
+  CUnitSet* const released = set ? std::exchange(*set, nullptr) : nullptr;
+  if (!released) return;
+  const bool isOwn = released->m_volumeSet == this && released->m_place;
+  UTDATA_ASSERT(isOwn && released->m_referenceCount > 0);
+  if (!isOwn || --released->m_referenceCount != 0) return;
+  m_unitSets.RemoveAt(released->m_place);
+  delete released;
 }
 
 void CVolumeSet::DeleteUnitListContents() {
@@ -88,6 +85,8 @@ void CVolumeSet::vol_SetLimits(kvt_enumAxis axis, double start, double end) {
 std::pair<double, double> CVolumeSet::vol_GetLimits(kvt_enumAxis axis) const {
   return axis < m_limits.size() ? m_limits[axis] : std::pair<double, double>{};
 }
+
+IGDataSupplier* CVolumeSet::vol_GetDocument() const { return m_document; }
 
 int CVolumeSet::vol_FillBaseUnits(std::span<const kvt_enumAxis> angleAxes) {
   int added = 0;

@@ -27,7 +27,7 @@ void DataHost::HandleParameterRequest(PellamServiceParam& request, std::int32_t)
   const auto found = scanning.find(request.index - 1);
   if (found == scanning.end()) return;
   if (request.variable == PRM_ID_ElectronicScanning) request.Answer(&found->second.mode, 4);
-  if (request.variable == PRM_ID_bLinearMerged) request.Answer(&found->second.isLinearMerged, 1);
+  if (request.variable == PRM_ID_bLinearMerged) request.Answer(&found->second.linearMerged, 1);
 }
 
 std::unique_ptr<CIData> DataHost::Make(CGDataTypeFDD record, int external) {
@@ -60,9 +60,6 @@ EditableItem::EditableItem(DataHost& host, const idata_typeId& id)
   SetId(id);  // construction may have assigned a bookmark type
 }
 
-void EditableItem::SetId(const idata_typeId& id) {
-  const HomeScope home(*this);
-  GiveIds(*idata1_GetInfoRef(), id);
-}
+void EditableItem::SetId(const idata_typeId& id) { GiveIds(*idata1_GetInfoRef(), id); }
 
 }  // namespace utdata::test

@@ -19,7 +19,7 @@ class DataHost : public IGDataSupplier {
   /// What the parameter database says of a channel.
   struct Scanning {
     enumElectronicScanning mode = escan_Unknown;
-    bool isLinearMerged = false;
+    std::uint8_t linearMerged = 0;
   };
 
   DataHost();
@@ -52,7 +52,7 @@ class EditableItem : public CIData {
  public:
   EditableItem(DataHost& host, const idata_typeId& id);
 
-  /// Changes the ids as an item's own operations do.
+  /// Through the reference to the item's descriptor.
   void SetId(const idata_typeId& id);
 
  private:

@@ -65,7 +65,10 @@ class FailingFile final : public os::File {
   }
   Error TryLock() override { return m_real->TryLock(); }
   void Unlock() noexcept override { m_real->Unlock(); }
-  bool IsAt(const std::wstring& path) override { return m_real->IsAt(path); }
+  Error Identify(os::FileIdentity& identity) override { return m_real->Identify(identity); }
+  Error CopyPermissionsOf(const std::wstring& path) override {
+    return m_real->CopyPermissionsOf(path);
+  }
 
  private:
   const FailingFileSystem& m_system;

@@ -22,6 +22,9 @@ class PassingFileSystem : public os::FileSystem {
     return m_real.Open(path, mode, file);
   }
   bool Exists(const std::wstring& path) override { return m_real.Exists(path); }
+  os::Error Identify(const std::wstring& path, os::FileIdentity& identity) override {
+    return m_real.Identify(path, identity);
+  }
   os::Error Rename(const std::wstring& from, const std::wstring& to, bool replace) override {
     return m_real.Rename(from, to, replace);
   }

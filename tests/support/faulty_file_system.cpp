@@ -47,6 +47,11 @@ struct FaultyFileSystem::Inode {
     lockedBy = nullptr;
   }
 
+  /// Of inodes that live at the same time.
+  [[nodiscard]] os::FileIdentity Identity() const {
+    return {1, reinterpret_cast<std::uintptr_t>(this)};
+  }
+
   Content now;
   Content durable;
   std::vector<Work> unsynced;
@@ -163,11 +168,11 @@ class FaultyFile final : public os::File {
   void Unlock() noexcept override {
     if (m_inode->lockedBy == this) m_inode->lockedBy = nullptr;
   }
-  bool IsAt(const std::wstring& path) override {
-    if (Count("is at") != Error::None) return false;
-    const auto found = m_disk.m_names.find(path);
-    return found != m_disk.m_names.end() && found->second == m_inode;
+  Error Identify(os::FileIdentity& identity) override {
+    identity = m_inode->Identity();
+    return Count("identify");
   }
+  Error CopyPermissionsOf(const std::wstring&) override { return Count("permissions"); }
 
  private:
   [[nodiscard]] bool IsAlive() const {
@@ -239,7 +244,7 @@ Error FaultyFileSystem::Open(const std::wstring& path,
   auto found = m_names.find(path);
   if (found != m_names.end() && mode == os::OpenMode::Create) return Error::Exists;
   if (found == m_names.end()) {
-    if (mode == os::OpenMode::Read || mode == os::OpenMode::ReadWrite) return Error::NotFound;
+    if (mode != os::OpenMode::Create) return Error::NotFound;
     auto inode = std::make_shared<Inode>();
     m_inodes.push_back(inode);
     Change({{path, inode}});
@@ -251,6 +256,14 @@ Error FaultyFileSystem::Open(const std::wstring& path,
 
 bool FaultyFileSystem::Exists(const std::wstring& path) {
   return Count("exists") == Error::None && m_names.contains(path);
+}
+
+Error FaultyFileSystem::Identify(const std::wstring& path, os::FileIdentity& identity) {
+  if (const Error error = Count("identify name"); error != Error::None) return error;
+  const auto found = m_names.find(path);
+  if (found == m_names.end()) return Error::NotFound;
+  identity = found->second->Identity();
+  return Error::None;
 }
 
 Error FaultyFileSystem::Rename(const std::wstring& from, const std::wstring& to, bool replace) {

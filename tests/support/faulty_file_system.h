@@ -60,6 +60,7 @@ class FaultyFileSystem final : public os::FileSystem {
                  os::OpenMode mode,
                  std::unique_ptr<os::File>& file) override;
   bool Exists(const std::wstring& path) override;
+  os::Error Identify(const std::wstring& path, os::FileIdentity& identity) override;
   os::Error Rename(const std::wstring& from, const std::wstring& to, bool replace) override;
   os::Error Remove(const std::wstring& path) override;
   os::Error SyncDirectoryOf(const std::wstring& path) override;

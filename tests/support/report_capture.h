@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@ class ReportCapture {
  public:
   ReportCapture() {
     m_former = SetReportSink([this](const Report& report) {
+      const std::scoped_lock held(m_lock);
       m_reports.push_back({report.kind, report.file, report.line, std::wstring(report.text)});
       return ReportAnswer::Continue;
     });
@@ -38,7 +40,8 @@ class ReportCapture {
   }
 
  private:
-  std::vector<CapturedReport> m_reports;  // written inside the framework's lock
+  std::mutex m_lock;
+  std::vector<CapturedReport> m_reports;  // written inside the lock
   ReportSink m_former;
 };
 

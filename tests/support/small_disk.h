@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "tests/support/file_folder.h"
 
@@ -20,6 +21,7 @@ class SmallDisk {
   /// Whether this machine and user may mount one; where not, the disk is an ordinary folder and the
   /// test is to be skipped.
   [[nodiscard]] bool IsMounted() const { return m_isMounted; }
+  [[nodiscard]] std::vector<std::wstring> Names() const { return m_folder.Names(); }
   [[nodiscard]] std::wstring operator/(const std::wstring& name) const { return m_folder / name; }
 
  private:

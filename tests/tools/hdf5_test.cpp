@@ -9,7 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/os/path.h"
 #include "run_program.h"
+#include "tests/support/small_disk.h"
 
 namespace utdata::test {
 namespace {
@@ -146,6 +148,59 @@ TEST_F(Hdf5Test, RefusesDataSetsThatAreNoArrayOfSamples) {
     H5Pset_external(creation, At("outside.bin").c_str(), 0, H5F_UNLIMITED);
   });
   refused("made.h5:/scan/data", "other files");
+}
+
+TEST_F(Hdf5Test, AnExportThatTheDiskDoesNotHoldIsAFailure) {
+  const auto made = [&](const std::string& name, std::size_t cells) {
+    std::string bytes(cells * 100, '\0');
+    std::iota(bytes.begin(), bytes.end(), '\1');
+    WriteFile(At(name + ".raw"), bytes);
+    EXPECT_EQ(Run("import " + name + ".raw -o " + name + ".fpd --dtype u8 --shape 1," +
+                  std::to_string(cells) + ",100 --axes row,column,sample")
+                  .status,
+              0);
+    return RunJson("info " + name + ".fpd --json --hash")["data"];
+  };
+  for (const std::size_t cells : {90u, 600u}) {
+    const std::string name = "cells" + std::to_string(cells);
+    const nlohmann::json data = made(name, cells);
+    int failed = 0;
+    for (std::uint64_t pages = 1; pages < 22; ++pages) {
+      const SmallDisk disk(4096 * pages);
+      if (!disk.IsMounted()) GTEST_SKIP() << "this machine mounts no file systems for a test";
+      const std::string array = os::NarrowPath(disk / L"full.h5");
+      const ProgramResult result = Run("export " + name + ".fpd --data 0 -o " + array);
+      if (result.status != 0) {
+        ExpectOneLine(result, 1, array);
+        EXPECT_TRUE(disk.Names().empty());
+        ++failed;
+        continue;
+      }
+      ASSERT_EQ(Run("import " + array + ":/samples -o back.fpd --force").status, 0) << pages;
+      EXPECT_EQ(RunJson("info back.fpd --json --hash")["data"][0]["table_sha256"],
+                data[0]["table_sha256"])
+          << cells << " cells, " << pages << " pages";
+    }
+    EXPECT_GT(failed, 2);
+    EXPECT_LT(failed, 21);
+  }
+}
+
+TEST_F(Hdf5Test, ADamagedFileThatTheLibraryReadsForEverIsGivenUp) {
+  ASSERT_EQ(Run("export scan.fpd --data 0 -o scan.h5").status, 0);
+  std::string bad = ReadFile(At("scan.h5"));
+  const std::size_t text = bad.find("two-way time of flight");
+  ASSERT_NE(text, std::string::npos);
+  bad[text - 8] = '\xFF';  // the size of that text among the other texts
+  WriteFile(At("bad.h5"), bad);
+  const std::string import = "utdata import bad.h5:/samples -o bad.fpd";
+  const ProgramResult stopped =
+      RunShell("sh", import + " & program=$!\nsleep 1\nkill -TERM $program\nwait $program");
+  const ProgramResult ended = RunShell("sh", "timeout 60 " + import + " --force");
+  // A library that has learnt to read it ends sooner, and well or not.
+  if (stopped.status != 130) GTEST_SKIP() << "this HDF5 comes to an end: " << stopped.error;
+  ExpectOneLine(ended, 1, "bad.h5: cannot be read: the HDF5 library comes to no end");
+  EXPECT_FALSE(std::filesystem::exists(At("bad.fpd")));
 }
 
 TEST_F(Hdf5Test, ADamagedFileIsAFailureNeverACrash) {

@@ -60,6 +60,14 @@ TEST_F(HelpTest, EveryExampleWorksWhenPasted) {
   }
 }
 
+TEST_F(HelpTest, TextsThatNobodyGetsAreAFailure) {
+  for (const std::string arguments :
+       {"--help", "--version", "render --help", "manual", "completion bash"}) {
+    const ProgramResult result = Run(arguments + " >/dev/full");
+    ExpectOneLine(result, 1, "standard output: cannot be written");
+  }
+}
+
 TEST_F(HelpTest, ManualAndCompletionNameEveryVerbAndOption) {
   const ProgramResult manual = Run("manual");
   const ProgramResult completion = Run("completion bash");

@@ -1,12 +1,17 @@
 // utdata: makes, shows and checks inspection files, one verb per job.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <exception>
 #include <new>
+#include <sstream>
 #include <string>
 
 #include "terminal/failure.h"
 #include "terminal/interrupt.h"
+#include "terminal/output.h"
 #include "terminal/text.h"
 #include "verbs/verbs.h"
 
@@ -52,12 +57,25 @@ int Run(int argc, char** argv) {
   try {
     program.parse(argc, argv);
   } catch (const CLI::Success& help) {
-    return program.exit(help);
+    std::ostringstream text;
+    const int status = program.exit(help, text, text);
+    PrintResult(text.str());
+    return status;
   } catch (const CLI::ParseError& error) {
     std::fputs(UsageLine(program, error).c_str(), stderr);
     return wrongUsage;
   }
   return 0;
+}
+
+/// Opens the standard streams that are closed, so that no other file becomes one of them; reading
+/// and writing them fails as before.
+void TakeClosedStreams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    if (fcntl(stream, F_GETFD) >= 0) continue;
+    const int useless = stream == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+    if (open("/dev/null", useless) < 0) return;
+  }
 }
 
 int Fail(const char* why, int status) {
@@ -68,10 +86,14 @@ int Fail(const char* why, int status) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  TakeClosedStreams();
+  EndWhenAFileIsCut();
   try {
     return Run(argc, argv);
   } catch (const Interrupted& interrupted) {
     return Fail(interrupted.what(), interruptedStatus);
+  } catch (const Failure& failure) {
+    return Fail(LineOf(failure).c_str(), jobFailed);
   } catch (const std::bad_alloc&) {
     return Fail("not enough memory", jobFailed);
   } catch (const std::exception& failure) {

@@ -1,4 +1,5 @@
 // Data groups: the record, and its operations except those on samples.
+#include <algorithm>
 #include <cmath>
 #include <cwchar>
 #include <limits>
@@ -48,9 +49,11 @@ std::uint64_t CGDataTypeFDD::GetPatchIDName(const wchar_t** name) const {
 void CGDataTypeFDD::SetPatchIDName(const wchar_t* name) { SetText(m_patchName, name); }
 
 bool CGDataTypeFDD::LayoutSize(std::uint64_t& size) const {
-  std::uint64_t product = sampleSize;
-  if (storageMode != kvt_StorCells || !Multiply(product, sampleQuantity) ||
-      !Multiply(product, columnQuantity) || !Multiply(product, rowQuantity))
+  std::uint64_t product =
+      std::uint64_t{sampleSize} * (gdata_HoldsOneValuePerCell(dataClass) ? 1 : sampleQuantity);
+  product = std::max<std::uint64_t>(product, cellSize);
+  if (storageMode != kvt_StorCells || !Multiply(product, columnQuantity) ||
+      !Multiply(product, rowQuantity))
     return false;
   size = product;
   return true;
@@ -86,7 +89,8 @@ int gdata_WriteGroupInfo(SCFile::GroupHandle group,
                          const CGDataTypeFDD* descriptor,
                          int) {
   const int status = WriteRecord(group, base, descriptor);
-  return status == SCFile::status_Ok ? WriteSamples(*group, base, *descriptor) : status;
+  if (status != SCFile::status_Ok) return status;
+  return Guarded(group, [&] { return WriteSamples(*group, base, *descriptor); });
 }
 
 int gdata_Duplicate(CGDataTypeFDD* target, const CGDataTypeFDD* source) {

@@ -2,12 +2,13 @@
 #include "platform/kvtiff19/families/data_samples.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
 
+#include "platform/kvtiff19/block.h"
 #include "platform/kvtiff19/families/data_table.h"
-#include "platform/kvtiff19/format.h"
 
 namespace utdata::kvtiff19 {
 namespace {
@@ -49,13 +50,38 @@ int CopyBlock(SCFile::Node& group, const gdata_typeSampleRef& block) {
   return status != SCFile::status_Ok ? status : unmapped;
 }
 
-int WriteMemory(SCFile::Node& group, const CGDataTypeFDD& record) {
-  std::uint64_t size = record.dataSize;
-  if (size == 0 && !record.LayoutSize(size)) {
+void ClearOldHeader(std::span<std::byte> start) {
+  std::fill_n(start.begin(), gdata_OldHeaderSize(start.data(), start.size()), std::byte{});
+}
+
+bool SizeInMemory(const CGDataTypeFDD& record, std::uint64_t& size) {
+  size = record.dataSize;
+  return size != 0 || SCFile::file_ViewSize(record.dataPointer, &size) || record.LayoutSize(size);
+}
+
+/// Whether a block on disk has what the record's data pointer leads to. That of the base is in an
+/// open file; it may have been written by the same commit as the base, or not yet.
+bool HoldsBlock(const CGDataTypeFDD& base, const void* data, std::uint64_t size) {
+  BlockRef block;
+  if (!HasBlock(base) ||
+      FindBlock(base.samples.group, base.samples.item, block) != SCFile::status_Ok)
+    return false;
+  return BlockHolds(*base.samples.group->file,
+                    block,
+                    {static_cast<const std::byte*>(data), static_cast<std::size_t>(size)},
+                    ClearOldHeader);
+}
+
+int WriteMemory(SCFile::Node& group, const CGDataTypeFDD* base, const CGDataTypeFDD& record) {
+  if (base && !base->GetGroupHandle() && base->dataPointer == record.dataPointer)
+    return SCFile::status_Ok;
+  std::uint64_t size = 0;
+  if (!SizeInMemory(record, size)) {
     MarkFailed(group, SCFile::status_BadArgument);
     return Fail(SCFile::status_BadArgument,
                 "the size of a data group's samples is neither given nor told by its layout");
   }
+  if (base && HoldsBlock(*base, record.dataPointer, size)) return SCFile::status_Ok;
   return SCFile::file_BlockWrite(&group, sampleBlockCode, size, record.dataPointer);
 }
 
@@ -72,8 +98,7 @@ bool ReferToBlock(SCFile::GroupHandle group,
 }
 
 int WriteSamples(SCFile::Node& group, const CGDataTypeFDD* base, const CGDataTypeFDD& record) {
-  if (record.dataPointer && (!base || base->dataPointer != record.dataPointer))
-    return WriteMemory(group, record);
+  if (gdata_IsTable(record.dataPointer)) return WriteMemory(group, base, record);
   if (!base && HasBlock(record)) return CopyBlock(group, record.samples);
   return SCFile::status_Ok;
 }
@@ -81,6 +106,20 @@ int WriteSamples(SCFile::Node& group, const CGDataTypeFDD* base, const CGDataTyp
 }  // namespace utdata::kvtiff19
 
 using namespace utdata::kvtiff19;
+
+std::uint64_t gdata_OldHeaderSize(const void* samples, std::uint64_t size) {
+  constexpr std::uint64_t oldHeaderSize = 36;
+  constexpr std::uint16_t marks[] = {0x3344, 0x5553};
+  if (!samples || size < oldHeaderSize) return 0;
+  const auto* word = static_cast<const std::byte*>(samples);
+  for (const std::uint16_t mark : marks) {
+    std::uint32_t value = 0;
+    std::memcpy(&value, word, sizeof value);
+    if ((value & 0xFFFFu) != mark) return 0;
+    word += sizeof value;
+  }
+  return oldHeaderSize;
+}
 
 int gdata_SamplesMap(const CGDataTypeFDD* descriptor, void** data, std::uint64_t* size) {
   if (!descriptor || !data || !size)

@@ -14,8 +14,8 @@ namespace utdata::kvtiff19 {
                                 std::uint32_t index,
                                 gdata_typeSampleRef& samples);
 
-/// Appends the samples that a record brings, if any: from its data pointer, unless that is the
-/// base's; without a base also from the block that its reference names. A failure also fails the
+/// Appends the samples that a record brings, if any: those at its data pointer, unless the base has
+/// them; without a base also those of the block that its reference names. A failure also fails the
 /// file's next commit.
 [[nodiscard]] int WriteSamples(SCFile::Node& group,
                                const CGDataTypeFDD* base,

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <future>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -133,7 +135,8 @@ TEST(Report, ArrivesFromManyThreadsWhileSinksChange) {
     });
   std::size_t seen = 0;
   for (int round = 0; round < 200; ++round) {
-    std::size_t count = 0;  // a sink still in use after its replacement would write here
+    // A sink still in use after its replacement would write here.
+    std::atomic<std::size_t> count = 0;
     utdata::ReportSink former = utdata::SetReportSink([&](const utdata::Report& report) {
       count += report.text.size();
       return utdata::ReportAnswer::Continue;
@@ -146,6 +149,27 @@ TEST(Report, ArrivesFromManyThreadsWhileSinksChange) {
   stop = true;
   for (std::thread& thread : threads) thread.join();
   EXPECT_GT(outer.Reports().size() + seen, 0u);
+}
+
+/// As a sink does that shows a message through another thread, which reports something itself.
+TEST(Report, WaitsForNoOtherThreadsSink) {
+  std::promise<void> answered;
+  std::atomic<int> calls = 0;
+  std::atomic<bool> wasAnswered = false;
+  utdata::ReportSink former = utdata::SetReportSink([&](const utdata::Report&) {
+    if (++calls == 2) {
+      answered.set_value();
+      return utdata::ReportAnswer::Continue;
+    }
+    std::thread other([] { utdata::DebugTrace(L"shown"); });
+    wasAnswered =
+        answered.get_future().wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+    wasAnswered ? other.join() : other.detach();
+    return utdata::ReportAnswer::Continue;
+  });
+  utdata::ReportAssertion("file", 1);
+  EXPECT_TRUE(wasAnswered);
+  utdata::SetReportSink(std::move(former));
 }
 
 TEST(DiagnosticText, KeepsCharactersAndMarksBrokenBytes) {

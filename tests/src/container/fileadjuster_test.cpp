@@ -4,6 +4,8 @@
 
 #include <array>
 
+#include "tests/support/report_capture.h"
+
 namespace {
 
 TEST(FileAdjuster, RelocatesOffsetsAndBack) {
@@ -45,25 +47,49 @@ TEST(FileAdjuster, RelocatesOffsetsAndBack) {
   EXPECT_EQ(cells.dataPointer, samples.data());
 }
 
-// Quantities that were changed after the table was attached: it ends before the cells do, and their
-// product is negative.
-TEST(FileAdjuster, StaysWithinWhatTheRecordKnowsOfTheTable) {
-  std::array<std::uint32_t, 3> table = {1, 2, 3};
-  CRDataTypeDD descriptor;
-  descriptor.storageMode = kvt_StorIndexed;
-  descriptor.columnQuantity = 2;
-  descriptor.rowQuantity = 1;
-  descriptor.dataSize = 8;
-  descriptor.SetDiskTable(reinterpret_cast<char*>(table.data()), true);
-  descriptor.columnQuantity = descriptor.rowQuantity = 1000;
+void Shift(CRDataTypeDD& descriptor) {
   CList<CRDataTypeDD*> list;
   list.AddTail(&descriptor);
   CFileAdjuster().FileUnadjust(list, reinterpret_cast<void*>(std::uintptr_t{1}));
+}
+
+CRDataTypeDD* Indexed(std::uint32_t columns) {
+  CGDataTypeFDD record;
+  record.storageMode = kvt_StorIndexed;
+  record.columnQuantity = columns;
+  record.rowQuantity = 1;
+  record.dataSize = record.samples.size = 8;  // of the block that the group has in its file
+  record.samples.offset = 4096;
+  return new CRDataTypeDD(&record, nullptr, nullptr);
+}
+
+TEST(FileAdjuster, ShiftsEveryOffsetWhateverTheRecordSaysOfItsBlock) {
+  std::array<std::uint32_t, 3> table = {1, 2, 3};
+  CRDataTypeDD* const descriptor = Indexed(3);
+  descriptor->SetDiskTable(reinterpret_cast<char*>(table.data()), true);
+  Shift(*descriptor);
+  EXPECT_EQ(table, (std::array<std::uint32_t, 3>{2, 3, 4}));
+  descriptor->SetDiskTable(reinterpret_cast<char*>(~std::uintptr_t{0}), true);
+  Shift(*descriptor);  // nothing is there to shift
+  descriptor->Destroy();
+}
+
+// Quantities that were changed after the table was attached: it ends before the offsets do, and
+// their product is negative.
+TEST(FileAdjuster, StaysWithinTheTableAndReportsWhatIsMissing) {
+  std::array<std::uint32_t, 3> table = {1, 2, 3};
+  CRDataTypeDD* const descriptor = Indexed(2);
+  descriptor->SetDiskTable(reinterpret_cast<char*>(table.data()), true, 8);
+  descriptor->columnQuantity = descriptor->rowQuantity = 1000;
+  utdata::test::ReportCapture reports;
+  Shift(*descriptor);
   EXPECT_EQ(table, (std::array<std::uint32_t, 3>{2, 3, 3}));
-  descriptor.columnQuantity = 0x80000000;
-  descriptor.rowQuantity = 1;
-  CFileAdjuster().FileUnadjust(list, reinterpret_cast<void*>(std::uintptr_t{1}));
+  EXPECT_EQ(reports.Assertions(), 1u);
+  descriptor->columnQuantity = 0x80000000;
+  descriptor->rowQuantity = 1;
+  Shift(*descriptor);
   EXPECT_EQ(table, (std::array<std::uint32_t, 3>{2, 3, 3}));
+  descriptor->Destroy();
 }
 
 }  // namespace

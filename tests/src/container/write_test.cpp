@@ -450,6 +450,28 @@ TEST(FailedWrite, ACompanionThatAppearsMeanwhileStays) {
   EXPECT_EQ(BytesOf(scratch.File(L"weld.A01")), "theirs");
 }
 
+class NoDirectorySync : public utdata::test::PassingFileSystem {
+ public:
+  os::Error SyncDirectoryOf(const std::wstring&) override { return os::Error::Other; }
+};
+
+TEST(Write, WhatStandsUnderItsNameIsLoadedThoughTheNameMayNotLast) {
+  const ScratchDirectory scratch;
+  const Inspection base = WriteAndLoad(scratch.File(L"weld.fpd"));
+  const Inspection changed = MakeInspection();
+  CGChanTypeDescr* const channel = Add(changed->channels, *base->channels.GetHead());
+  channel->gain += 1;
+  NoDirectorySync fileSystem;
+  os::SetFileSystem(&fileSystem);
+  EXPECT_EQ(WriteCompanion(*base, *changed), SCFile::status_NotDurable);
+  os::SetFileSystem(nullptr);
+  EXPECT_EQ(base->files.GetCount(), 2) << "the companion is one of the inspection's files";
+  EXPECT_EQ(base->channels.GetHead()->gain, channel->gain);
+  const Inspection again = LoadWithCompanions(scratch.File(L"weld.fpd"), readAll);
+  ASSERT_TRUE(again);
+  EXPECT_EQ(again->channels.GetHead()->gain, channel->gain);
+}
+
 TEST(FailedWrite, ASecondWriterIsRefusedAndMayTryLater) {
   const ScratchDirectory scratch;
   const std::wstring path = scratch.File(L"weld.fpd");
@@ -469,6 +491,8 @@ TEST(FailedWrite, ACompanionNameThatDoesNotFitIsRefused) {
   const Inspection loaded = MakeInspection(L"/" + std::wstring(255, L'd') + L"/weld.fpd");
   const Inspection changed = MakeInspection();
   EXPECT_EQ(WriteCompanion(*loaded, *changed), SCFile::status_TooLarge);
+  EXPECT_TRUE(SCFile::file_LastError().ends_with(
+      "weld.fpd: the path is too long for the name of a companion"));
   EXPECT_EQ(CFCont().FileWrite(loaded.get(), changed.get(), 0, nullptr, nullptr, 0),
             SCFile::status_BadArgument);
   EXPECT_EQ(CFCont().FileWrite(nullptr, changed.get(), 1, nullptr, nullptr, 0),

@@ -33,7 +33,7 @@ inline int Cut(double y, int low, int high) {
 inline int Fold(int c) { return c < 0 ? -2 * c - 1 : 2 * c; }
 
 inline int SignedLevel(const Group& g, double v) {
-  const bool isReached = !std::isnan(g.maximum) && v >= Cut(g.maximum, -32768, 32767);
+  const bool isReached = v >= std::trunc(g.maximum);
   const double x = v * g.factor;
   if (isReached || x > g.maximum) return 127;
   if (x < g.minimum) return -128;

@@ -156,6 +156,32 @@ TEST(LookUpTable, CodesEqualTheModelForEveryWord) {
       }
 }
 
+// The largest sample is not the largest amplitude where the range goes on beyond it.
+TEST(LookUpTable, TheLastSampleBelowItsRangeIsNoPeak) {
+  const CRDataTypeDD d = Descriptor({.isSigned = true, .minimum = -100000, .maximum = 100000});
+  const CLookUpTable table(&d, nullptr);
+  EXPECT_EQ(table.Convert(short{32766}), 82);
+  EXPECT_EQ(table.Convert(short{32767}), 82);
+  const std::vector<short> samples(64, 32767);
+  std::vector<std::uint8_t> codes(samples.size());
+  ASSERT_TRUE(table.ConvertBlock(samples.data(), samples.size(), codes.data()));
+  EXPECT_EQ(codes, std::vector<std::uint8_t>(samples.size(), 82));
+}
+
+// Samples of 8 bits have three types in a program, of which two may be negative.
+TEST(LookUpTable, SignedCharactersAreSamplesLikeAnyOther) {
+  const CRDataTypeDD d =
+      Descriptor({.bits = 8, .isSigned = true, .minimum = -128, .maximum = 127});
+  const CLookUpTable table(&d, nullptr);
+  for (const int sample : {-128, -1, 0, 1, 127}) {
+    const auto raw = static_cast<signed char>(sample);
+    EXPECT_EQ(table.Convert(raw), CLookUpTable::RectifySC(raw)) << sample;
+    unsigned char code = 0;
+    EXPECT_TRUE(table.ConvertBlock(&raw, 1, &code));
+    EXPECT_EQ(code, CLookUpTable::RectifySC(raw)) << sample;
+  }
+}
+
 TEST(LookUpTable, CodesEqualTheModelForRandomGroups) {
   std::mt19937 random(20240511);
   std::uniform_real_distribution<float> limit(-70000, 70000);

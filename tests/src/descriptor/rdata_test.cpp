@@ -193,8 +193,6 @@ TEST(Descriptor, StaleHeadersAreClearedAndNothingElse) {
   EXPECT_EQ(cleared(0xABCD3344, 0x12345553), 9);
   EXPECT_EQ(cleared(0x3345, 0x5553), 0);
   EXPECT_EQ(cleared(0x3344, 0x5554), 0);
-  CRDataTypeDD descriptor;
-  descriptor.SetDiskTable(reinterpret_cast<char*>(~std::uintptr_t{0}), true);
 
   // One cell of one sample: two bytes, which the record tells although the sample axis is derived.
   CGDataTypeFDD record = Record(gdata_CScanPosition, 0, 511);
@@ -205,43 +203,124 @@ TEST(Descriptor, StaleHeadersAreClearedAndNothingElse) {
   small.Flush(0);
 }
 
-// The samples' extent is what readers walk: a block that the record tells to be shorter is left to
-// the caller.
-TEST(Descriptor, BlocksShorterThanTheLayoutAreNotAttached) {
+// A table that is not here: neither read, nor freed by the descriptor that is said to own it.
+TEST(Descriptor, TheAllOnesPointerIsKeptAndNeverFollowed) {
+  char* const elsewhere = reinterpret_cast<char*>(~std::uintptr_t{0});
+  for (const auto storage : {kvt_StorCells, kvt_StorIndexed}) {
+    CGDataTypeFDD record = Record(gdata_AScan, 0, 100);
+    record.storageMode = storage;
+    auto* const descriptor = new CRDataTypeDD(&record, nullptr, nullptr);
+    descriptor->SetDiskTable(elsewhere, false);
+    EXPECT_EQ(reinterpret_cast<char*>(descriptor->GetDiskTable()), elsewhere);
+    EXPECT_FALSE(descriptor->HasTable());
+    descriptor->Flush(0);
+    EXPECT_EQ(descriptor->GetDiskTable(), nullptr);
+    EXPECT_TRUE(descriptor->SetDiskTable(elsewhere, false, 1)) << "nothing to measure";
+    descriptor->Destroy();
+  }
+}
+
+struct Layout {
+  std::uint32_t dataClass;
+  std::uint32_t storage;
+  std::uint32_t cellSize;
+  std::uint64_t needed;
+};
+// 10 columns, 20 rows, 1000 samples of two bytes.
+constexpr Layout layouts[] = {{gdata_AScan, kvt_StorCells, 0, 400000},
+                              {gdata_AScan, kvt_StorCells, 2, 400000},
+                              {gdata_AScan, kvt_StorCells, 2048, 409600},
+                              {gdata_AScan, kvt_StorIndexed, 0, 800},
+                              {gdata_CScanPosition, kvt_StorCells, 0, 400},
+                              {gdata_CScanPosition, kvt_StorCells, 4, 800},
+                              {gdata_CScanPosition | gdata_MultiChannelMaster, 0, 0, 400},
+                              {gdata_CScanAngle, kvt_StorCells, 0, 400},
+                              {gdata_AScan, 2, 2048, 0}};
+
+CGDataTypeFDD RecordOf(const Layout& layout) {
+  CGDataTypeFDD record = Record(static_cast<gdata_enumDataClass>(layout.dataClass), 0, 511);
+  record.storageMode = static_cast<kvt_enumStorMode>(layout.storage);
+  record.cellSize = layout.cellSize;
+  return record;
+}
+
+// The samples' extent is what readers walk: a table that its host states to be shorter is refused,
+// and stays the host's.
+TEST(Descriptor, TablesOfStatedSizeHoldTheirLayoutOrAreRefused) {
+  std::vector<char> table(500000);
+  for (const Layout& layout : layouts) {
+    SCOPED_TRACE(&layout - layouts);
+    const CGDataTypeFDD record = RecordOf(layout);
+    for (const std::uint64_t size : {std::uint64_t{0}, layout.needed / 2, layout.needed}) {
+      CRDataTypeDD descriptor(&record, nullptr, nullptr);
+      descriptor.SetDataLoaded(true);
+      ReportCapture reports;
+      const bool isWhole = size == layout.needed || layout.storage == 2;
+      EXPECT_EQ(descriptor.SetDiskTable(table.data(), true, size), isWhole);
+      EXPECT_EQ(descriptor.HasTable(), isWhole);
+      EXPECT_EQ(descriptor.IsDataLoaded(), isWhole ? 1 : 0);
+      EXPECT_EQ(descriptor.IsTableRefused(), !isWhole);
+      EXPECT_EQ(descriptor.KnownTableSize(), isWhole ? size : 0);
+      EXPECT_EQ(reports.Assertions(), isWhole ? 0u : 1u);
+      descriptor.SetDiskTable(table.data(), true);
+      EXPECT_TRUE(descriptor.HasTable());
+      EXPECT_FALSE(descriptor.IsTableRefused());
+    }
+  }
+}
+
+// What the record says of its block, on disk or in memory, is not the size of another table.
+TEST(Descriptor, TablesOfUnstatedSizeAreAttachedWhateverTheRecordSaysOfItsBlock) {
+  std::vector<char> table(500000);
+  for (const Layout& layout : layouts) {
+    SCOPED_TRACE(&layout - layouts);
+    CGDataTypeFDD record = RecordOf(layout);
+    record.samples.offset = 4096;
+    record.samples.size = record.dataSize = 7;
+    CRDataTypeDD descriptor(&record, nullptr, nullptr);
+    descriptor.SetDiskTable(table.data(), true);
+    EXPECT_TRUE(descriptor.HasTable());
+    EXPECT_EQ(descriptor.KnownTableSize(), layout.needed);
+    EXPECT_EQ(CRDataTypeDD(descriptor).KnownTableSize(), layout.needed);
+    record.dataPointer = table.data();
+    CRDataTypeDD own(&record, nullptr, nullptr);
+    own.SetDiskTable(table.data(), true);
+    EXPECT_EQ(own.KnownTableSize(), 7u) << "this is the block that the record means";
+  }
+}
+
+// Tables with offsets are as long as these say, where they are no header of older writers. Cells of
+// 20 bytes; an offset of 0 stands for an absent one.
+TEST(Descriptor, TablesWithOffsetsEndWithTheirLastCell) {
   struct Case {
-    std::uint32_t dataClass;
-    kvt_enumStorMode storage;
-    std::uint32_t cellSize;
-    std::uint64_t needed;
+    std::vector<std::uint32_t> offsets;
+    std::uint64_t size;
   };
-  // 10 columns, 20 rows, 1000 samples of two bytes.
-  const Case cases[] = {{gdata_AScan, kvt_StorCells, 0, 400000},
-                        {gdata_AScan, kvt_StorCells, 2, 400000},
-                        {gdata_AScan, kvt_StorCells, 2048, 409600},
-                        {gdata_AScan, kvt_StorIndexed, 0, 800},
-                        {gdata_CScanPosition, kvt_StorCells, 0, 400},
-                        {gdata_CScanPosition | gdata_MultiChannelMaster, kvt_StorCells, 0, 400},
-                        {gdata_CScanAngle, kvt_StorCells, 0, 400}};
-  std::vector<char> block(500000);
+  const Case cases[] = {{{8, 28}, 48},
+                        {{28, 8}, 48},
+                        {{8, 0}, 28},
+                        {{0, 0}, 8},
+                        {{0}, 4},
+                        {{0x3344}, 0x3344 + 20},
+                        {{0x3344, 0x5553, 7, 7, 7, 7, 7, 7, 7, 40}, 60}};
   for (const Case& c : cases) {
-    CGDataTypeFDD record = Record(static_cast<gdata_enumDataClass>(c.dataClass), 0, 511);
-    record.storageMode = c.storage;
-    record.cellSize = c.cellSize;
-    for (const std::uint64_t size : {c.needed - 1, c.needed})
-      for (const bool isOnDisk : {false, true}) {
-        record.samples.offset = isOnDisk ? 0 : gdata_typeSampleRef::none;
-        record.samples.size = isOnDisk ? size : 0;
-        record.dataSize = isOnDisk ? 0 : size;
-        CRDataTypeDD descriptor(&record, nullptr, nullptr);
-        descriptor.SetDataLoaded(true);
-        ReportCapture reports;
-        descriptor.SetDiskTable(block.data(), true);
-        const bool isWhole = size == c.needed;
-        EXPECT_EQ(descriptor.GetDiskTable() != nullptr, isWhole)
-            << c.dataClass << " " << c.storage << " " << size;
-        EXPECT_EQ(descriptor.IsDataLoaded(), isWhole ? 1 : 0);
-        EXPECT_EQ(reports.Assertions(), isWhole ? 0u : 1u);
-      }
+    SCOPED_TRACE(&c - cases);
+    CGDataTypeFDD record = Record(gdata_AScan, 0, 100);
+    record.storageMode = kvt_StorIndexed;
+    record.sampleQuantity = 10;
+    record.columnQuantity = static_cast<std::uint32_t>(c.offsets.size());
+    record.rowQuantity = 1;
+    CRDataTypeDD descriptor(&record, nullptr, nullptr);
+    // The address sanitizer tells when more is read than the table has.
+    std::vector<char> table(c.size, 'x');
+    const auto fill = [&] { std::memcpy(table.data(), c.offsets.data(), c.offsets.size() * 4); };
+    ReportCapture reports;
+    fill();
+    EXPECT_FALSE(descriptor.SetDiskTable(table.data(), true, c.size - 1));
+    EXPECT_TRUE(descriptor.SetDiskTable(table.data(), true, c.size));
+    fill();
+    descriptor.SetDiskTable(table.data(), true);
+    EXPECT_EQ(descriptor.KnownTableSize(), c.size);
   }
 }
 

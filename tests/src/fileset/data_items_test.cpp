@@ -67,9 +67,14 @@ TEST_F(DataGroups, AreAddedOnceByTheirIds) {
     SCOPED_TRACE(each.what);
     CIData* const first = Add(each.first);
     ASSERT_NE(nullptr, first);
-    CIData* const second = Add(each.second);
+    CGDataTypeFDD other = SoundRecord(each.second);
+    other.columnQuantity = 1000;
+    bool isAdded = each.expected != Outcome::Added;
+    CIData* const second = set.fset_AddGData(&other, nullptr, &host.volumes, 0, &isAdded);
+    EXPECT_EQ(each.expected == Outcome::Added, isAdded);
     EXPECT_EQ(each.expected == Outcome::Refused, second == nullptr);
     EXPECT_EQ(each.expected == Outcome::Same, second == first);
+    EXPECT_EQ(10U, first->idata3_GetColQty()) << "whatever its second group has";
     EXPECT_THAT(All(), SizeIs(each.expected == Outcome::Added ? 2 : 1));
     EXPECT_EQ(0U, RemoveAll());
     EXPECT_EQ(1U, RemoveAll());
@@ -79,7 +84,9 @@ TEST_F(DataGroups, AreAddedOnceByTheirIds) {
 
 TEST_F(DataGroups, AreNotMadeOfNothingOrOfMasters) {
   CGDataTypeFDD record = SoundRecord();
-  EXPECT_EQ(nullptr, set.fset_AddGData(nullptr, nullptr, &host.volumes, 0));
+  bool isAdded = true;
+  EXPECT_EQ(nullptr, set.fset_AddGData(nullptr, nullptr, &host.volumes, 0, &isAdded));
+  EXPECT_FALSE(isAdded);
   EXPECT_EQ(nullptr, set.fset_AddGData(&record, nullptr, nullptr, 0));
   EXPECT_EQ(nullptr, Add(Id(MasterOf(gdata_AScan), 0, 0)));
   EXPECT_THAT(All(), IsEmpty());
@@ -91,7 +98,11 @@ TEST_F(DataGroups, ANewOneTakesTheHostsTable) {
   CGDataTypeFDD record = SoundRecord();
   record.dataPointer = table.data();
   CIData* const item = Add(record, 1);
-  EXPECT_EQ(static_cast<void*>(table.data()), item->idata1_GetInfoRef()->GetDiskTable());
+  EXPECT_EQ(static_cast<void*>(table.data()), item->Descriptor()->GetDiskTable());
+  EXPECT_EQ(1, item->Descriptor()->IsDataLoaded());
+  item->AttachTable(nullptr, true);
+  EXPECT_EQ(nullptr, item->Descriptor()->GetDiskTable());
+  EXPECT_EQ(0, item->Descriptor()->IsDataLoaded());
   EXPECT_EQ(bookmark_Single, record.GetDataBookmarkType()) << "the host's record is completed";
 }
 

@@ -78,7 +78,7 @@ class DataThreads : public DataGroups {
   CIData* master = nullptr;
 };
 
-TEST_F(DataThreads, ViewersReadWhileALoaderAddsAndRemoves) {
+TEST_F(DataThreads, ViewersReadWhileALoaderAddsAndRemovesAndAnEditorEdits) {
   const ReportCapture reports;
   std::atomic<bool> stop{false};
   std::atomic<int> missed{0}, views{0};
@@ -87,10 +87,18 @@ TEST_F(DataThreads, ViewersReadWhileALoaderAddsAndRemoves) {
     viewers.emplace_back([&] {
       for (std::uint32_t round = 0; !stop; ++round, ++views) missed += View(round);
     });
+  std::thread editor([&] {
+    for (std::uint32_t round = 0; !stop; ++round) {
+      master->idata1_UpdateMasterChannel();
+      staying[1]->SetDataBookmarkTypeofAssociatedChannel(round % 2 ? bookmark_Single
+                                                                   : bookmark_MultiChannel);
+    }
+  });
   std::uint32_t round = 0;
   for (const auto start = Clock::now(); Clock::now() < start + (round > 16 ? 1s : 60s); ++round)
     Load(round);
   stop = true;
+  editor.join();
   for (std::thread& viewer : viewers) viewer.join();
   EXPECT_EQ(0, missed) << "of " << views << " views beside " << round << " loads";
   EXPECT_GT(views, 4);
@@ -155,6 +163,45 @@ TEST(DataThreadsHost, IsToldInsideTheWriterSide) {
   EXPECT_TRUE(host.own);
   EXPECT_FALSE(host.others) << "not within the 500 ms of a query";
   EXPECT_TRUE(host.set.fset_HasEddyCurrentData());
+}
+
+/// Nor does an edit on another thread wait for the set: the host may wait for it.
+TEST(DataThreadsHost, MayWaitForAnEditOfAnotherThread) {
+  struct Host : DataHost {
+    void OnDataGroupAdded(std::int32_t) override {
+      if (!element) return;
+      editor = std::thread([this] {
+        auto* const master = element->idata1_SubChannelMaster();
+        element->SetDataBookmarkTypeofAssociatedChannel(bookmark_Tofd);
+        master->idata1_UpdateMasterChannel();
+        master->idata1_SubChannelRemove(element);
+        master->idata1_SubChannelAdd(element);
+        gate->igate9_OnLineUpdate(&gateRecord, 0);
+        edited = true;
+      });
+      const auto start = Clock::now();
+      while (!edited && Clock::now() < start + 3s) std::this_thread::sleep_for(1ms);
+      waited = Clock::now() - start;
+    }
+    CGGateTypeDescr gateRecord;
+    CIGate* gate = set.fset_AddGGate(&gateRecord, 0);
+    CIData* element = nullptr;
+    std::thread editor;
+    std::atomic<bool> edited{false};
+    Clock::duration waited{};
+  } host;
+  const auto add = [&host](std::uint32_t subChannelId) {
+    CGDataTypeFDD record = SoundRecord(Id(gdata_AScan, subChannelId, 0));
+    return host.set.fset_AddGData(&record, nullptr, &host.volumes, 0);
+  };
+  host.element = nullptr;
+  CIData* const element = add(1);
+  host.element = element;
+  ASSERT_NE(nullptr, add(2));
+  host.editor.join();
+  EXPECT_LT(host.waited, 200ms);
+  EXPECT_EQ(element,
+            host.set.fset_GetIData(fset_All, bookmark_Tofd, 0, 4, 1, fset_AnyId, gdata_AScan));
 }
 
 }  // namespace

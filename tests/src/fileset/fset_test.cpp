@@ -250,9 +250,7 @@ TEST(FileSetLife, AMissingDocumentIsReported) {
 
 TEST(DataLists, SubChannelsLeaveTheirMasterBeforeTheyGo) {
   DataHost host;
-  CReaderWriterLock lock;
-  utdata::DataList data(lock);
-  utdata::DataList masters(lock);
+  utdata::DataList data, masters;
   constexpr auto masterClass =
       static_cast<gdata_enumDataClass>(gdata_CScanAmplitude | gdata_MultiChannelMaster);
   auto* const master = new EditableItem(host, {.dataClass = masterClass});

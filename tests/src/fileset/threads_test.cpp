@@ -1,5 +1,5 @@
 // The file set under several threads: readers beside a writer that does everything, a writer that
-// is slow, and a host called back.
+// is slow, edits of items beside both, and a host called back.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -188,6 +188,118 @@ TEST(FileSetThreads, AWriterOf700MillisecondsMakesQueriesAnswerNothingAfter500) 
   EXPECT_GE(waited, 495ms);
   EXPECT_LT(waited, 5s);
   EXPECT_EQ(0, QueryAll(set));
+}
+
+/// Calls `action` from inside the set's reader side: a query by an unknown filter reports while it
+/// holds that.
+void InsideTheReaderSide(CFSet& set, const std::function<void()>& action) {
+  const utdata::ReportSink before = utdata::SetReportSink([&](const utdata::Report&) {
+    action();
+    return utdata::ReportAnswer::Continue;
+  });
+  std::ignore = set.fset_GetIInfo(unknownFilter);
+  utdata::SetReportSink(before);
+}
+
+/// Every edit of an item as a whole.
+void EditAll(Inspection& inspection) {
+  auto channel = WithId(&CGChanTypeDescr::channelId, 5);
+  auto gate = WithId(&CGGateTypeDescr::gateId, 5);
+  auto patch = WithId(&CGPatchTypeDescr::patchId, 5);
+  auto probe = WithId(&CGProbeTypeDescr::probeId, 5);
+  auto subChannel = WithId(&CGSubchanTypeDescr::subChannelId, 5);
+  CGInfoTypeDescr info;
+  info.title = L"edited";
+  inspection.iChannel->ichan1_SetInfoCopy(&channel);
+  inspection.iPatch->ipatch1_SetInfoCopy(&patch);
+  inspection.iProbe->iprob1_SetInfoCopy(&probe);
+  inspection.iSubChannel->ischa1_SetInfoCopy(&subChannel);
+  inspection.iInfo->iinfo1_SetInfoCopy(&info);
+  inspection.iGate->igate9_OnLineUpdate(&gate, 0);
+  channel.channelId = patch.patchId = probe.probeId = subChannel.subChannelId = gate.gateId = 6;
+  inspection.iChannel->ichan1_ReplaceGInfo(&channel);
+  inspection.iPatch->ipatch1_ReplaceGInfo(&patch);
+  inspection.iProbe->iprob1_ReplaceGInfo(&probe);
+  inspection.iSubChannel->ischa1_ReplaceGInfo(&subChannel);
+  inspection.iInfo->iinfo1_ReplaceGInfo(&info);
+  inspection.iGate->igate1_ReplaceGInfo(&gate);
+  inspection.iGate->Start(2);
+}
+
+TEST(FileSetThreads, EditsOfItemsDoNotWaitForTheSet) {
+  for (const auto& holdTheSet : {InsideTheWriterSide, InsideTheReaderSide}) {
+    Inspection inspection;
+    CFSet& set = inspection.set;
+    std::atomic<bool> inside{false}, edited{false};
+    std::thread holder([&] {
+      holdTheSet(set, [&] {
+        inside = true;
+        const auto start = Clock::now();
+        while (!edited && Clock::now() < start + 3s) std::this_thread::sleep_for(1ms);
+      });
+    });
+    while (!inside) std::this_thread::yield();
+    const auto start = Clock::now();
+    EditAll(inspection);
+    const auto waited = Clock::now() - start;
+    edited = true;
+    holder.join();
+    EXPECT_LT(waited, 200ms);
+    EXPECT_EQ(inspection.iChannel, set.fset_GetIChan(fset_Modified, 6));
+    EXPECT_EQ(inspection.iGate, set.fset_GetIGate(fset_Modified, 6, 0));
+    EXPECT_EQ(inspection.iPatch, set.fset_GetIPatch(fset_Modified, 6));
+    EXPECT_EQ(inspection.iProbe, set.fset_GetIProbe(fset_Modified, 6));
+    EXPECT_EQ(inspection.iSubChannel, set.fset_GetISubChan(fset_Modified, 6, 0));
+    EXPECT_EQ(nullptr, set.fset_GetIChan(fset_All, 0));
+    EXPECT_EQ(nullptr, set.fset_GetIGate(fset_All, 5, 0));
+  }
+}
+
+/// Both ids of a sub-channel change at once, in a list that is walked and in one that is indexed,
+/// with the working copy handed out and without.
+TEST(FileSetThreads, IdsThatChangeTogetherAreNeverSeenApart) {
+  for (const bool isLong : {false, true})
+    for (const bool isHandedOut : {false, true}) {
+      Inspection inspection;
+      CFSet& set = inspection.set;
+      for (std::uint32_t number = 10; isLong && number < 110; ++number) {
+        auto other = WithId(&CGSubchanTypeDescr::subChannelId, number);
+        set.fset_AddGSubChan(&other, 1);
+      }
+      CISubChan* const item = inspection.iSubChannel;
+      CGSubchanTypeDescr first;
+      first.name = L"0";
+      item->ischa1_SetInfoCopy(&first);
+      if (isHandedOut) std::ignore = item->ischa1_GetInfoRef();
+      std::atomic<bool> stop{false};
+      std::atomic<int> torn{0}, missed{0};
+      std::vector<std::thread> readers;
+      for (int reader = 0; reader < 3; ++reader)
+        readers.emplace_back([&] {
+          while (!stop) {
+            ischa_id id;
+            item->ischa1_GetId(&id);
+            torn += id.subChannelId != id.channelId;
+            torn += set.fset_GetISubChan(fset_All, 1, 0) != nullptr;
+            torn += set.fset_GetISubChan(fset_All, 0, 1) != nullptr;
+            missed += set.fset_GetISubChan(fset_All, fset_AnyId, fset_AnyId) != item;
+            CGSubchanTypeDescr copy;
+            item->ischa1_GetInfoCopy(&copy);
+            torn += copy.name != std::to_wstring(copy.channelId);
+          }
+        });
+      for (std::uint32_t round = 1; round < 20'000; ++round) {
+        CGSubchanTypeDescr record;
+        record.subChannelId = record.channelId = round % 2;
+        record.name = std::to_wstring(round % 2);
+        item->ischa1_SetInfoCopy(&record);
+        if (set.fset_GetISubChan(fset_Modified, round % 2, round % 2) != item) ++missed;
+      }
+      stop = true;
+      for (std::thread& reader : readers) reader.join();
+      EXPECT_EQ(0, torn) << isLong << isHandedOut;
+      EXPECT_EQ(0, missed) << isLong << isHandedOut;
+    }
 }
 
 TEST(FileSetThreads, AHostCalledBackFromAChangeMayQueryAndChange) {

@@ -130,24 +130,45 @@ TEST_F(DataMasters, AddingTakesTheDataTypeAndReportsAnotherLayout) {
   for (const Change change : allowed) EXPECT_EQ(0U, reportsOf(change)) << &change - allowed;
 }
 
-TEST_F(DataMasters, WhatCannotBeAnElementIsRefused) {
+TEST_F(DataMasters, AnElementLeavesTheListThatItWasIn) {
   const auto master = Master(), other = Master();
+  const auto one = Element(1), two = Element(2), three = Element(3);
+  const ReportCapture reports;
+  for (const auto* element : {&one, &two, &three}) master->idata1_SubChannelAdd(element->get());
+  EXPECT_TRUE(other->idata1_SubChannelAdd(two.get()));
+  EXPECT_THAT(Content(*master->idata1_SubChannelGetList()), ElementsAre(one.get(), three.get()));
+  EXPECT_THAT(Content(*other->idata1_SubChannelGetList()), ElementsAre(two.get()));
+  EXPECT_EQ(other.get(), two->idata1_SubChannelMaster());
+  EXPECT_EQ(2U, other->idata1_GetInfoRef()->GetSubChannelID());
+  EXPECT_TRUE(master->idata1_SubChannelAdd(one.get()));
+  EXPECT_THAT(Content(*master->idata1_SubChannelGetList()), ElementsAre(three.get(), one.get()))
+      << "appended again, once";
+  EXPECT_TRUE(other->idata1_SubChannelAdd(master.get())) << "with elements of its own";
+  EXPECT_THAT(Content(*other->idata1_SubChannelGetList()), ElementsAre(two.get(), master.get()));
+  EXPECT_EQ(other.get(), master->idata1_SubChannelMaster());
+  EXPECT_THAT(Content(*master->idata1_SubChannelGetList()), ElementsAre(three.get(), one.get()));
+  EXPECT_EQ(0U, reports.Assertions());
+}
+
+TEST_F(DataMasters, WhatCannotBeAnElementIsRefused) {
+  const auto master = Master(), inner = Master(), outer = Master();
   const auto element = Element(1), plain = Element(2);
   CIData bare(nullptr, &host.volumes);
-  master->idata1_SubChannelAdd(element.get());
+  inner->idata1_SubChannelAdd(element.get());
+  master->idata1_SubChannelAdd(inner.get());
+  outer->idata1_SubChannelAdd(master.get());
   ReportCapture reports;
-  for (CIData* refused : {static_cast<CIData*>(nullptr), master.get(), element.get(), &bare})
+  for (CIData* refused : {static_cast<CIData*>(nullptr), master.get(), &bare})
     EXPECT_TRUE(master->idata1_SubChannelAdd(refused));
-  other->idata1_SubChannelAdd(element.get());  // another's element
-  other->idata1_SubChannelAdd(master.get());   // has elements of its own
   plain->idata1_SubChannelAdd(element.get());  // gathers none
+  inner->idata1_SubChannelAdd(outer.get());    // lists it through another
   plain->idata1_SubChannelRemove(element.get());
-  other->idata1_SubChannelRemove(element.get());
+  master->idata1_SubChannelRemove(element.get());
   master->idata1_SubChannelRemove(nullptr);
-  EXPECT_EQ(10U, reports.Assertions());
-  EXPECT_THAT(Content(*master->idata1_SubChannelGetList()), ElementsAre(element.get()));
-  EXPECT_EQ(0U, other->idata1_SubChannelQty());
-  EXPECT_EQ(master.get(), element->idata1_SubChannelMaster());
+  EXPECT_EQ(8U, reports.Assertions());
+  EXPECT_THAT(Content(*inner->idata1_SubChannelGetList()), ElementsAre(element.get()));
+  EXPECT_THAT(Content(*master->idata1_SubChannelGetList()), ElementsAre(inner.get()));
+  EXPECT_EQ(inner.get(), element->idata1_SubChannelMaster());
 }
 
 TEST_F(DataMasters, TheOrderedListIsSortedByFourIdsAndStable) {

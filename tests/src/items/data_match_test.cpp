@@ -37,12 +37,13 @@ TEST(DataScanning, TwoVariablesAreAskedForTheChannelCountedFromOne) {
 
 TEST(DataScanning, LinearMergingInModes2And4MakesAnItemItsOwnMaster) {
   for (const std::uint32_t mode : {1U, 2U, 3U, 4U, 5U, 11U})
-    for (const bool isMerged : {true, false}) {
+    for (const int merged : {0, 1, 2, 255}) {
       DataHost host;
-      host.scanning[3] = {static_cast<enumElectronicScanning>(mode), isMerged};
+      host.scanning[3] = {static_cast<enumElectronicScanning>(mode),
+                          static_cast<std::uint8_t>(merged)};
       const auto item = host.Make(SoundRecord({.channelId = 3, .dataClass = gdata_AScan}));
-      const bool gathers = isMerged && (mode == 2 || mode == 4);
-      EXPECT_EQ(gathers, item->idata1_SubChannelGetList() != nullptr) << mode << isMerged;
+      const bool gathers = merged != 0 && (mode == 2 || mode == 4);
+      EXPECT_EQ(gathers, item->idata1_SubChannelGetList() != nullptr) << mode << " " << merged;
       EXPECT_EQ(gathers ? item.get() : nullptr, item->idata1_SubChannelMaster());
       EXPECT_FALSE(item->idata1_IsMultiChannelMaster());
     }

@@ -111,26 +111,30 @@ TEST(DataAccess, LoadingAnswersByWhatIsLoaded) {
   EXPECT_EQ(master->idata1_DataLoad(0), 0) << "a master that has begun is done";
 }
 
-TEST(DataAccess, ACopyOfTheRecordPointsAtTheTable) {
+TEST(DataAccess, ACopyOfTheRecordTellsTheTableAndItsSize) {
   DataHost host;
-  std::vector<char> block(10 * 5 * 100), table(block.size());
+  std::vector<char> block(10 * 5 * 100 + 7), table(block.size());
   CGDataTypeFDD record = SoundRecord();
   record.dataPointer = block.data();
-  record.dataSize = block.size() + 7;
+  record.dataSize = block.size();
   const auto item = host.Make(record, 1);
   CGDataTypeFDD copy;
-  item->idata1_GetGInfoCopy(&copy);
-  EXPECT_EQ(copy.dataPointer, block.data());
-  EXPECT_EQ(copy.dataSize, record.dataSize);
+  const auto expect = [&copy](CIData& of, const void* data, std::uint64_t size) {
+    of.idata1_GetGInfoCopy(&copy);
+    EXPECT_EQ(copy.dataPointer, data);
+    EXPECT_EQ(copy.dataSize, size);
+  };
+  expect(*item, block.data(), block.size());
   item->idata1_GetInfoRef()->SetDiskTable(table.data(), true);
-  item->idata1_GetGInfoCopy(&copy);
-  EXPECT_EQ(copy.dataPointer, table.data());
-  EXPECT_EQ(copy.dataSize, 0u) << "that was the other block's";
+  expect(*item, table.data(), 5000);
+  item->idata1_GetInfoRef()->SetDiskTable(table.data(), true, 5003);
+  expect(*item, table.data(), 5003);
+  item->idata1_GetInfoRef()->SetDiskTable(nullptr, true);
+  expect(*item, nullptr, 0);
 
   record.dataClass = Class(0x8001);
   const auto master = host.Make(record, 1);
-  master->idata1_GetGInfoCopy(&copy);
-  EXPECT_EQ(copy.dataPointer, nullptr);
+  expect(*master, nullptr, 0);
   EXPECT_EQ(copy.dataClass, 0x8001u);
   EXPECT_EQ(master->idata1_DataLoad(0), -1) << "a loaded one has nothing to begin";
 }
@@ -159,6 +163,23 @@ TEST(DataAccess, WaitsForATableThatAnotherThreadAttaches) {
   ReportCapture reports;
   EXPECT_EQ(CIData(nullptr, &host.volumes).idata3_GetDataTablePtr(), nullptr);
   EXPECT_EQ(reports.Assertions(), 1u);
+}
+
+// Nobody waits for a table that is too short and will not come.
+TEST(DataAccess, WaitingEndsWhenTheTableIsRefused) {
+  DataHost host;
+  const ReportCapture reports;
+  const auto item = host.Make(SoundRecord());
+  std::vector<char> table(10 * 5 * 100);
+  std::thread loader([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    item->idata1_GetInfoRef()->SetDiskTable(table.data(), true, table.size() - 1);
+  });
+  EXPECT_EQ(item->idata3_GetDataTablePtr(), nullptr);
+  loader.join();
+  EXPECT_EQ(item->idata1_GetInfoRef()->IsDataLoaded(), 0);
+  item->idata1_GetInfoRef()->SetDiskTable(table.data(), true, table.size());
+  EXPECT_EQ(item->idata3_GetDataTablePtr(), table.data());
 }
 
 }  // namespace

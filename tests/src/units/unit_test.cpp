@@ -91,7 +91,9 @@ TEST(Unit, ConvertingBackGivesAValueWithTheSameBase) {
 TEST(Unit, ConvertingBackChoosesAsDocumented) {
   EXPECT_DOUBLE_EQ(Unit(unit_ConversionLinear, 2, 4, 1).ConvertFromBase(-0.4), 0.2)
       << "-0.6 has that base too";
-  EXPECT_EQ(Unit(unit_ConversionLinear, 2, 4, -1).ConvertFromBase(0.4), 0) << "in the gap around 0";
+  // No displayed value has a base between -offset / negative slope and -offset / positive slope.
+  EXPECT_EQ(Unit(unit_ConversionLinear, 2, 4, -1).ConvertFromBase(0.4), 0);
+  EXPECT_EQ(Unit(unit_ConversionLinear, 4, 2, 1).ConvertFromBase(-0.4), 0);
   EXPECT_NEAR(Unit(unit_ConversionDecibel, 1, 1, 0).ConvertFromBase(10), -20, 1e-12);
   EXPECT_EQ(Unit(unit_ConversionDecibel, 1, 1, 0).ConvertFromBase(0), -inf);
   EXPECT_TRUE(std::isnan(Unit(unit_ConversionDecibel, 1, 1, 0).ConvertFromBase(100.1)));
@@ -118,6 +120,10 @@ TEST(Unit, ZeroSlopeIsReportedAndGivesZeroWhereItIsGuarded) {
   EXPECT_EQ(unknown.ConvertToBase(5), 0);
   EXPECT_EQ(unknown.ConvertFromBase(5), 0);
   EXPECT_EQ(reports.Assertions(), before + 4);
+}
+
+TEST(Unit, HasTheRuntimeClassOfItsRoot) {
+  EXPECT_EQ(Base().GetRuntimeClass(), RUNTIME_CLASS(CObject));
 }
 
 TEST(Unit, EachBrokenInvariantIsReported) {

@@ -67,6 +67,26 @@ TEST_F(UnitSets, AreSharedByIdentityAndCountedToDestruction) {
   volume.vol_DeleteUnitSet(nullptr);
 }
 
+// A set that is given back to the wrong volume set is reported there, and the right one still has
+// it.
+TEST_F(UnitSets, StrangersAreReportedOnceAndKeepTheirReferences) {
+  CVolumeSet other(&document, unit_Generic, L"", unit_Generic, L"");
+  CUnitSet* const set = Private();
+  CUnitSet nobodys(vset_groupId(), &volume, nullptr);
+  ReportCapture reports;
+  for (CUnitSet* const stranger : {set, &nobodys}) {
+    const std::size_t before = reports.Assertions();
+    CUnitSet* given = stranger;
+    other.vol_DeleteUnitSet(&given);
+    EXPECT_EQ(given, nullptr);
+    EXPECT_EQ(reports.Assertions(), before + 1);
+    EXPECT_EQ(stranger->GetReferenceCount(), 1);
+  }
+  CUnitSet* given = set;
+  volume.vol_DeleteUnitSet(&given);
+  EXPECT_EQ(reports.Assertions(), 2u);
+}
+
 TEST_F(UnitSets, FamiliesAddTheirUnitsInOrder) {
   const std::vector<std::tuple<unit_enumUnits, std::vector<std::uint32_t>>> families = {
       {unit_Generic, {0}},

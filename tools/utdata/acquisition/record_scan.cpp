@@ -7,7 +7,6 @@
 #include "interfaces/os.h"
 #include "terminal/failure.h"
 #include "terminal/interrupt.h"
-#include "terminal/text.h"
 #include "utdata/gdatamanager.h"
 
 namespace utdata::program {

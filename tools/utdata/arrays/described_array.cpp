@@ -6,12 +6,9 @@
 #include <nlohmann/json.hpp>
 
 #include "arrays/description.h"
-#include "document/data_group.h"
-#include "document/document.h"
-#include "samples/cell_table.h"
-#include "samples/group_axes.h"
+#include "listing/data_rows.h"
 #include "terminal/failure.h"
-#include "utdata/enum.h"
+#include "terminal/output.h"
 #include "utdata/rdata.h"
 
 namespace utdata::program {
@@ -27,7 +24,8 @@ const char* SampleLabel(kvt_enumUnits units) {
   return units == kvt_UnitMetre ? "half sound path" : "sample";
 }
 
-std::vector<DescribedAxis> AxesOf(const CGDataTypeFDD& group) {
+std::vector<DescribedAxis> AxesOf(const DataGroup& data) {
+  const CGDataTypeFDD& group = data.Stored();
   const auto axis = [](const char* name,
                        const char* label,
                        kvt_enumUnits units,
@@ -48,7 +46,7 @@ std::vector<DescribedAxis> AxesOf(const CGDataTypeFDD& group) {
                                           group.columnOffset,
                                           group.columnResolution,
                                           group.columnQuantity)};
-  if (HasSampleAxis(group))
+  if (!data.IsCScan())
     axes.push_back(axis("sample",
                         SampleLabel(group.sampleUnits),
                         group.sampleUnits,
@@ -58,19 +56,33 @@ std::vector<DescribedAxis> AxesOf(const CGDataTypeFDD& group) {
   return axes;
 }
 
-DescribedValues ValuesOf(Host& host, const CGDataTypeFDD& group) {
-  DescribedValues values = {ClassName(group),
-                            UnitName(group.GetDataUnits()),
-                            Shortest(group.dataResolution),
-                            Shortest(group.dataOffset)};
-  if (!HoldsAmplitudes(group) || group.GetDataScale() != gdata_ScaleLinear) return values;
-  const GroupAxes axes(host, group);
-  const double zero = ZeroOfSamples(group);
-  const double perStep = axes.Percent(zero + 1);
+bool IsSwapped(const DataGroup& group, const SampleType& type) {
+  return type.size == 2 &&
+         (group.Descriptor().IsSwapNeeded() != 0) != (std::endian::native == std::endian::big);
+}
+
+/// The number of an array's element that stands for no amplitude.
+std::int32_t SilentNumber(const DataGroup& group, const SampleType& type) {
+  std::uint16_t bits = group.SilentSample();
+  if (group.Descriptor().IsSwapNeeded() != 0 && type.size == 2)
+    bits = static_cast<std::uint16_t>(bits << 8U | bits >> 8U);
+  if (!type.isSigned) return bits;
+  return type.size == 1 ? static_cast<std::int8_t>(bits) : static_cast<std::int16_t>(bits);
+}
+
+DescribedValues ValuesOf(const DataGroup& group, const SampleType& type) {
+  const CGDataTypeFDD& record = group.Stored();
+  DescribedValues values = {group.ClassName(),
+                            UnitName(record.GetDataUnits()),
+                            Shortest(record.dataResolution),
+                            Shortest(record.dataOffset)};
+  if (!group.HoldsAmplitudes() || record.GetDataScale() != gdata_ScaleLinear) return values;
+  const double perStep = group.Amplitudes().above;
   if (!std::isfinite(perStep)) return values;
+  const std::int32_t silent = SilentNumber(group, type);
   values.unit = "%";
   values.scale = perStep;
-  values.offset = zero == 0 ? 0 : -zero * perStep;
+  values.offset = silent == 0 ? 0 : -silent * perStep;
   return values;
 }
 
@@ -83,70 +95,55 @@ void SwapBytes(std::span<const std::byte> from, std::vector<std::byte>& to) {
   }
 }
 
-/// Whether the samples lie in the table with their most significant byte first.
-bool IsBigEndian(const CGDataTypeFDD& group) {
-  if (group.sampleSize == 1) return false;
-  const CRDataTypeDD descriptor(&group, nullptr, nullptr);
-  return (descriptor.IsSwapNeeded() != 0) != (std::endian::native == std::endian::big);
+std::span<const std::byte> CellOf(const DataGroup& group,
+                                  const SampleType& type,
+                                  std::uint64_t cell) {
+  const auto row = static_cast<std::uint32_t>(cell / group.ColumnQuantity());
+  const auto column = static_cast<std::uint32_t>(cell % group.ColumnQuantity());
+  if (type.size == 1) return std::as_bytes(group.AScan<std::uint8_t>(row, column));
+  return std::as_bytes(group.AScan<std::uint16_t>(row, column));
 }
 
-std::span<const std::byte> BytesOf(const MappedSamples& samples) {
-  return {samples.Data(), samples.Size()};
-}
-
-void CheckSamples(const DescribedArray& array,
-                  const CGDataTypeFDD& group,
-                  const std::string& name) {
+void CheckSamples(const DescribedArray& array, const DataGroup& group) {
   for (const DescribedAxis& axis : array.axes)
-    if (axis.quantity == 0) throw Failure(name, cannotBeExported, "the data group is empty");
-  if (!group.samples.group) throw Failure(name, cannotBeExported, "the data group has no samples");
-  const MappedSamples samples(group);
-  static_cast<void>(CellTable(group, BytesOf(samples), name));
-}
-
-/// The sample that stands for no amplitude, as it is stored.
-std::vector<std::byte> ZeroSample(const CGDataTypeFDD& group, std::uint32_t size) {
-  const auto zero =
-      static_cast<std::uint32_t>(static_cast<std::int32_t>(std::floor(ZeroOfSamples(group))));
-  std::vector<std::byte> bytes;
-  for (std::uint32_t at = 0; at < size; ++at)
-    bytes.push_back(static_cast<std::byte>(zero >> 8 * at));
-  if (IsBigEndian(group)) std::reverse(bytes.begin(), bytes.end());
-  return bytes;
+    if (axis.quantity == 0)
+      throw Failure(group.Name(), cannotBeExported, "the data group is empty");
+  if (!group.HasTable())
+    throw Failure(group.Name(), cannotBeExported, "the data group has no samples");
+  static_cast<void>(CellOf(group, *array.type, group.AllCells().count - 1));
 }
 
 /// Puts cells one behind the other; those without samples hold the one that stands for no
 /// amplitude.
 class CellPacker {
  public:
-  CellPacker(const CellTable& table, const CGDataTypeFDD& group, std::uint32_t sampleSize)
-      : m_table(table), m_cellBytes(std::size_t{table.SamplesPerCell()} * sampleSize) {
-    const std::vector<std::byte> zero = ZeroSample(group, sampleSize);
-    for (std::size_t at = 0; at < m_cellBytes; ++at) m_empty.push_back(zero[at % zero.size()]);
+  CellPacker(const DataGroup& group, const SampleType& type)
+      : m_group(group), m_type(type), m_empty(std::size_t{group.SampleQuantity()} * type.size) {
+    const std::uint16_t wide = group.SilentSample();
+    const auto narrow = static_cast<std::uint8_t>(wide);
+    const auto silent =
+        type.size == 1 ? std::as_bytes(std::span(&narrow, 1)) : std::as_bytes(std::span(&wide, 1));
+    for (std::size_t at = 0; at < m_empty.size(); ++at) m_empty[at] = silent[at % silent.size()];
   }
 
   std::span<const std::byte> Pack(std::uint64_t first, std::uint64_t count) {
     m_packed.clear();
     for (std::uint64_t cell = first; cell < first + count; ++cell) {
-      const std::byte* samples = m_table.Cell(cell);
-      if (!samples) samples = m_empty.data();
-      m_packed.insert(m_packed.end(), samples, samples + m_cellBytes);
+      std::span<const std::byte> samples = CellOf(m_group, m_type, cell);
+      if (samples.empty()) samples = m_empty;
+      m_packed.insert(m_packed.end(), samples.begin(), samples.end());
     }
     return m_packed;
   }
 
  private:
-  const CellTable& m_table;
-  std::size_t m_cellBytes;
+  const DataGroup& m_group;
+  const SampleType& m_type;
   std::vector<std::byte> m_empty;
   std::vector<std::byte> m_packed;
 };
 
 }  // namespace
-
-bool HasSampleAxis(const CGDataTypeFDD& group) {
-  return enum_IsCscanData(static_cast<gdata_enumDataClass>(PlainClass(group))) == 0;
-}
 
 std::vector<std::uint64_t> DescribedArray::Shape() const {
   std::vector<std::uint64_t> shape;
@@ -154,24 +151,26 @@ std::vector<std::uint64_t> DescribedArray::Shape() const {
   return shape;
 }
 
-DescribedArray DescribeArray(Host& host, const CGDataTypeFDD& group, const std::string& name) {
+DescribedArray DescribeArray(const DataGroup& group) {
+  const CGDataTypeFDD& record = group.Stored();
   DescribedArray array;
-  array.type = FindSampleType(group.GetDataType());
-  if (!array.type || array.type->size != group.sampleSize)
-    throw Failure(name, cannotBeExported, "its samples are not whole numbers of 8 or 16 bits");
+  array.type = FindSampleType(record.GetDataType());
+  if (!array.type || array.type->size != record.sampleSize)
+    throw Failure(
+        group.Name(), cannotBeExported, "its samples are not whole numbers of 8 or 16 bits");
   array.axes = AxesOf(group);
-  CheckSamples(array, group, name);
-  array.values = ValuesOf(host, group);
-  array.label = Label(group);
+  CheckSamples(array, group);
+  array.values = ValuesOf(group, *array.type);
+  array.label = group.Label();
   array.label.erase(array.label.find_last_not_of(' ') + 1);
-  if (group.sampleUnits == kvt_UnitSecond && std::isfinite(group.soundSpeed) &&
-      group.soundSpeed > 0)
-    array.halfSoundSpeed = Shortest(group.soundSpeed) / 2;
+  if (record.sampleUnits == kvt_UnitSecond && std::isfinite(record.soundSpeed) &&
+      record.soundSpeed > 0)
+    array.halfSoundSpeed = Shortest(record.soundSpeed) / 2;
   return array;
 }
 
 nlohmann::ordered_json DescriptionJson(const DescribedArray& array,
-                                       const CGDataTypeFDD& group,
+                                       const DataGroup& group,
                                        const std::string& holder) {
   nlohmann::ordered_json axes = nlohmann::ordered_json::array();
   for (const DescribedAxis& axis : array.axes)
@@ -193,25 +192,23 @@ nlohmann::ordered_json DescriptionJson(const DescribedArray& array,
             {"scale", array.values.scale},
             {"offset", array.values.offset}}},
           {"group", DataGroupJson(group)},
-          {"record", RecordJson(group)}};
+          {"record", RecordJson(group.Stored())}};
 }
 
 void ForEachPiece(
     const DescribedArray& array,
-    const CGDataTypeFDD& group,
-    const std::string& name,
+    const DataGroup& group,
     const std::function<void(std::span<const std::byte> piece, std::uint64_t total)>& take) {
   constexpr std::uint64_t pieceSize = std::uint64_t{4} << 20U;
-  const MappedSamples samples(group);
-  const CellTable table(group, BytesOf(samples), name);
-  const std::uint64_t cellBytes = std::uint64_t{table.SamplesPerCell()} * array.type->size;
-  const std::uint64_t total = table.Cells() * cellBytes;
+  const std::uint64_t cellQuantity = group.AllCells().count;
+  const std::uint64_t cellBytes = std::uint64_t{group.SampleQuantity()} * array.type->size;
+  const std::uint64_t total = cellQuantity * cellBytes;
   const std::uint64_t cells = std::max<std::uint64_t>(1, pieceSize / cellBytes);
-  const bool swap = IsBigEndian(group);
-  CellPacker packer(table, group, array.type->size);
+  const bool swap = IsSwapped(group, *array.type);
+  CellPacker packer(group, *array.type);
   std::vector<std::byte> swapped;
-  for (std::uint64_t first = 0; first < table.Cells(); first += cells) {
-    std::span<const std::byte> piece = packer.Pack(first, std::min(cells, table.Cells() - first));
+  for (std::uint64_t first = 0; first < cellQuantity; first += cells) {
+    std::span<const std::byte> piece = packer.Pack(first, std::min(cells, cellQuantity - first));
     if (swap) {
       SwapBytes(piece, swapped);
       piece = swapped;

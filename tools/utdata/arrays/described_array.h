@@ -10,8 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "arrays/sample_type.h"
-#include "document/host.h"
+#include "utdata/newscan.h"
 
 namespace utdata::program {
 
@@ -46,28 +45,21 @@ struct DescribedArray {
   [[nodiscard]] std::vector<std::uint64_t> Shape() const;
 };
 
-/// Whether each cell of the group holds several samples: it is of no class of C-scans.
-[[nodiscard]] bool HasSampleAxis(const CGDataTypeFDD& group);
-
-/// Throws Failure, which begins with `name`, when the group's samples are of no kind that an array
-/// has.
-[[nodiscard]] DescribedArray DescribeArray(Host& host,
-                                           const CGDataTypeFDD& group,
-                                           const std::string& name);
+/// Throws Failure when the group's samples are of no kind that an array has, or Error when they
+/// cannot be read.
+[[nodiscard]] DescribedArray DescribeArray(const DataGroup& group);
 
 /// All that an import needs to make the same data group again.
 /// @param holder the file or data set that has the elements
 [[nodiscard]] nlohmann::ordered_json DescriptionJson(const DescribedArray& array,
-                                                     const CGDataTypeFDD& group,
+                                                     const DataGroup& group,
                                                      const std::string& holder);
 
 /// Hands over the samples of a described array in its order, little-endian, a few megabytes at a
-/// time; a cell without samples has those of no amplitude. Throws Failure, which begins with
-/// `name`.
+/// time; a cell without samples has those of no amplitude.
 void ForEachPiece(
     const DescribedArray& array,
-    const CGDataTypeFDD& group,
-    const std::string& name,
+    const DataGroup& group,
     const std::function<void(std::span<const std::byte> piece, std::uint64_t total)>& take);
 
 }  // namespace utdata::program

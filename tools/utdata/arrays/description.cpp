@@ -7,9 +7,11 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "document/data_group.h"
+#include "listing/data_rows.h"
 #include "terminal/failure.h"
+#include "terminal/output.h"
 #include "terminal/text.h"
+#include "utdata/newscan.h"
 
 namespace utdata::program {
 namespace {
@@ -60,8 +62,8 @@ struct CodeField {
 constexpr std::uint32_t anyId = 0xFFFFFFFE;
 constexpr CodeField codeFields[] = {
     {"class",
-     17,
-     PlainClass,
+     gdata_CScanAngle,
+     [](auto& record) { return record.dataClass & ~std::uint32_t{gdata_MultiChannelMaster}; },
      [](auto& record, auto code) { record.dataClass = static_cast<gdata_enumDataClass>(code); }},
     {"channel",
      anyId,
@@ -209,12 +211,6 @@ class RecordReader {
 
 }  // namespace
 
-void SetName(wchar_t (&field)[CGDataTypeFDD::nameSize], const std::wstring& name) {
-  const std::size_t length = std::min(name.size(), CGDataTypeFDD::nameSize - 1);
-  std::copy_n(name.begin(), length, field);
-  field[length] = 0;
-}
-
 const char* UnitName(kvt_enumUnits units) {
   const auto* found = std::find_if(std::begin(unitNames),
                                    std::end(unitNames),
@@ -222,12 +218,12 @@ const char* UnitName(kvt_enumUnits units) {
   return found == std::end(unitNames) ? "" : found->name.data();
 }
 
-Json RecordJson(const CGDataTypeFDD& group) {
-  Json record = Json::object();
-  for (const CodeField& field : codeFields) record[field.name] = field.get(group);
-  for (const NameField& field : nameFields) record[field.name] = ToUtf8(group.*field.field);
-  for (const NumberField& field : numberFields) record[field.name] = JsonNumber(group.*field.field);
-  return record;
+Json RecordJson(const CGDataTypeFDD& record) {
+  Json json = Json::object();
+  for (const CodeField& field : codeFields) json[field.name] = field.get(record);
+  for (const NameField& field : nameFields) json[field.name] = ToUtf8(record.*field.field);
+  for (const NumberField& field : numberFields) json[field.name] = JsonNumber(record.*field.field);
+  return json;
 }
 
 std::vector<ArrayAxis> ReadDescription(const ForeignArray& array, CGDataTypeFDD& record) {

@@ -17,14 +17,11 @@ inline constexpr int descriptionVersion = 1;
 /// Longer texts are not taken for a description.
 inline constexpr std::uint64_t largestDescription = std::uint64_t{1} << 20U;  ///< bytes
 
-/// Puts a text into a field of a record; what is longer than the field is cut.
-void SetName(wchar_t (&field)[CGDataTypeFDD::nameSize], const std::wstring& name);
-
 /// "m", "s", "degree", "%", "dB", "V"; empty for plain numbers.
 [[nodiscard]] const char* UnitName(kvt_enumUnits units);
 
 /// What a record says beside its axes, in base units.
-[[nodiscard]] nlohmann::ordered_json RecordJson(const CGDataTypeFDD& group);
+[[nodiscard]] nlohmann::ordered_json RecordJson(const CGDataTypeFDD& record);
 
 /// Reads the description of an array into the record of a new data group and gives the names of the
 /// array's axes, first one first; none when there is no description of this program's making.

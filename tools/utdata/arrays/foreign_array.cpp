@@ -40,7 +40,8 @@ std::string Beside(const std::string& path) {
   std::string text(size, 0);
   std::size_t done = 0;
   const os::Error error = file->ReadAt(0, std::as_writable_bytes(std::span(text)), done);
-  if (error != os::Error::None) throw Failure(path, "cannot be read", os::ErrorText(error));
+  if (error != os::Error::None)
+    throw Failure(path, "cannot be read", std::string(os::ErrorText(error)));
   text.resize(done);
   return text;
 }
@@ -60,7 +61,7 @@ ForeignArray ReadNpy(const std::string& path) {
 }  // namespace
 
 std::string DescriptionPath(const std::string& path) {
-  return ToUtf8(std::filesystem::path(ToWide(path)).replace_extension(L".json").wstring());
+  return std::filesystem::path(path).replace_extension(".json").string();
 }
 
 ArrayName::ArrayName(std::string given) : text(std::move(given)), file(text) {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "arrays/gather.h"
-#include "arrays/sample_type.h"
+#include "utdata/newscan.h"
 
 namespace utdata::program {
 

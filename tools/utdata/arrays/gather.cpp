@@ -154,7 +154,7 @@ class ArrayFile final : public ArraySource {
     ThrowOn(os::CurrentFileSystem().Open(ToWide(path), os::OpenMode::Read, m_file));
   }
 
-  void CheckSize(const ArrayLayout& layout, std::string_view advice) {
+  void CheckSize(const ArrayLayout& layout, const std::string& remedy) {
     std::uint64_t size = 0;
     ThrowOn(m_file->Size(size));
     std::uint64_t expected = 0;
@@ -169,7 +169,7 @@ class ArrayFile final : public ArraySource {
                       (m_start > 0 ? " behind its header, " : ", ") + std::to_string(shape[0]) +
                       " x " + std::to_string(shape[1]) + " x " + std::to_string(shape[2]) +
                       " samples of " + std::to_string(layout.sampleSize) + " bytes are " + needed,
-                  advice);
+                  remedy);
   }
 
   void Read(std::uint64_t firstElement, std::span<std::byte> bytes) override {
@@ -181,7 +181,8 @@ class ArrayFile final : public ArraySource {
 
  private:
   void ThrowOn(os::Error error) const {
-    if (error != os::Error::None) throw Failure(m_path, "cannot be read", os::ErrorText(error));
+    if (error != os::Error::None)
+      throw Failure(m_path, "cannot be read", std::string(os::ErrorText(error)));
   }
 
   std::string m_path;
@@ -205,9 +206,9 @@ bool ArrayLayout::Size(std::uint64_t& bytes) const {
 
 std::unique_ptr<ArraySource> OpenArrayFile(const std::string& path,
                                            const ArrayLayout& layout,
-                                           std::string_view advice) {
+                                           const std::string& remedy) {
   auto file = std::make_unique<ArrayFile>(path, layout);
-  file->CheckSize(layout, advice);
+  file->CheckSize(layout, remedy);
   return file;
 }
 

@@ -8,7 +8,6 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <string_view>
 
 namespace utdata::program {
 
@@ -44,10 +43,10 @@ class ArraySource {
 
 /// The bytes of a file that a layout describes. Throws Failure when it cannot be read or holds more
 /// or less.
-/// @param advice what to check when it does not fit
+/// @param remedy what to check when it does not fit
 [[nodiscard]] std::unique_ptr<ArraySource> OpenArrayFile(const std::string& path,
                                                          const ArrayLayout& layout,
-                                                         std::string_view advice);
+                                                         const std::string& remedy);
 
 /// Gathers an array into A-scans: cells in row-major order (row outer, column inner), each its
 /// samples in order, in the machine's byte order. Holds a few tens of megabytes beside them.

@@ -6,9 +6,9 @@
 #include <functional>
 #include <memory>
 #include <span>
+#include <string>
 
 #include "arrays/gather.h"
-#include "terminal/failure.h"
 
 namespace utdata::program {
 
@@ -28,13 +28,22 @@ class SharedMemory {
   std::size_t m_size;
 };
 
+/// What a guarded job is to be called when the library does not survive it.
+struct GuardedJob {
+  std::string file;     ///< as the user named it
+  std::string what;     ///< "cannot be read"
+  std::string library;  ///< "the HDF5 library"
+  std::string advice;
+  double patience;  ///< seconds of processor time that it may take between signs of progress
+};
+
 /// Runs a job in a child process and waits for its end; its results go through SharedMemory and
-/// files. A Failure of the job is thrown here. What it writes to the standard error stream is lost.
-/// REQUIRES: one thread.
-/// @param crashed  thrown when the child ends in any other way than by its job's end
+/// files. A Failure of the job is thrown here, and so is one of a library that crashes or that goes
+/// on for ever. The child ends with this process. What it writes to the standard error stream is
+/// lost. Throws Interrupted when the user has asked to stop. REQUIRES: one thread.
 /// @param job      told where to tell its own progress
 /// @param progress told here what the job told there; may throw to stop it
-void RunGuarded(const Failure& crashed,
+void RunGuarded(const GuardedJob& name,
                 const std::function<void(const GatherProgress& told)>& job,
                 const GatherProgress& progress);
 

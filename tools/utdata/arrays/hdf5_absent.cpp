@@ -13,7 +13,7 @@ void CheckHasHdf5(const std::string& path) {
 
 void WriteHdf5(const NewFile& file,
                const DescribedArray&,
-               const CGDataTypeFDD&,
+               const DataGroup&,
                const std::string&,
                const GatherProgress&) {
   CheckHasHdf5(file.Path());

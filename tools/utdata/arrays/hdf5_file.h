@@ -19,7 +19,7 @@ void CheckHasHdf5(const std::string& path);
 /// @param progress    told how many bytes of samples are written
 void WriteHdf5(const NewFile& file,
                const DescribedArray& array,
-               const CGDataTypeFDD& group,
+               const DataGroup& group,
                const std::string& description,
                const GatherProgress& progress);
 

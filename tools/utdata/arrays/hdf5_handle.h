@@ -41,6 +41,11 @@ class Hdf5Handle {
   Close m_close = nullptr;
 };
 
+/// Seconds of processor time that the library may take for a step, such as the largest chunk of
+/// compressed samples; what it takes longer for is damaged.
+inline constexpr double headerPatience = 5;
+inline constexpr double samplesPatience = 60;
+
 /// What the library said last on this thread, from where the fault lies: "unable to open file".
 [[nodiscard]] std::string Hdf5Reason();
 

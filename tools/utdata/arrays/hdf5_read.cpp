@@ -32,8 +32,8 @@ struct Header {
   std::array<char, largestDescription> description;
 };
 
-Failure Crashed(const std::string& path) {
-  return {path, "cannot be read", "the HDF5 library crashed on it", "restore it from a copy"};
+GuardedJob Reading(const std::string& path, double patience) {
+  return {path, "cannot be read", "the HDF5 library", "restore it from a copy", patience};
 }
 
 /// An open data set; every step throws Failure.
@@ -181,7 +181,7 @@ ForeignArray ReadHdf5Header(const std::string& path, const std::string& dataSet)
     reader.Check();
     reader.Tell(header);
   };
-  RunGuarded(Crashed(path), read, [](std::uint64_t, std::uint64_t) {});
+  RunGuarded(Reading(path, headerPatience), read, [](std::uint64_t, std::uint64_t) {});
   ForeignArray array;
   array.type = FindSampleType(header.sampleSize, header.isSigned);
   array.shape.assign(header.shape.begin(),
@@ -204,7 +204,7 @@ SampleMemory GatherHdf5(const std::string& path,
     reader.CheckIs(layout);
     GatherAScans(reader, layout, memory->Bytes(), told);
   };
-  RunGuarded(Crashed(path), read, progress);
+  RunGuarded(Reading(path, samplesPatience), read, progress);
   return {memory->Bytes().data(), [memory](std::byte*) {}};
 }
 

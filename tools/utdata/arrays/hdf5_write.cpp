@@ -24,15 +24,16 @@ class Hdf5Writer {
 
   void MakeSamples(const DescribedArray& array) {
     for (const std::uint64_t quantity : array.Shape()) m_shape.push_back(quantity);
-    const Hdf5Handle space = Space(m_shape);
-    m_samples = Made(H5Dcreate2(m_file,
-                                exportedDataSet,
-                                TypeOf(*array.type),
-                                space,
-                                H5P_DEFAULT,
-                                H5P_DEFAULT,
-                                H5P_DEFAULT),
-                     H5Dclose);
+    With(Space(m_shape), [&](hid_t space) {
+      m_samples = Made(H5Dcreate2(m_file,
+                                  exportedDataSet,
+                                  TypeOf(*array.type),
+                                  space,
+                                  H5P_DEFAULT,
+                                  H5P_DEFAULT,
+                                  H5P_DEFAULT),
+                       H5Dclose);
+    });
     m_space = Made(H5Dget_space(m_samples), H5Sclose);
     m_type = TypeOf(*array.type);
     m_sampleSize = array.type->size;
@@ -47,9 +48,10 @@ class Hdf5Writer {
         count,
         [&](const hsize_t* start, const hsize_t* extent, std::uint64_t elements) {
           const hsize_t length = elements;
-          const Hdf5Handle memory = Space({length});
           Check(H5Sselect_hyperslab(m_space, H5S_SELECT_SET, start, nullptr, extent, nullptr));
-          Check(H5Dwrite(m_samples, m_type, memory, m_space, H5P_DEFAULT, from));
+          With(Space({length}), [&](hid_t memory) {
+            Check(H5Dwrite(m_samples, m_type, memory, m_space, H5P_DEFAULT, from));
+          });
           from += elements * m_sampleSize;
           return true;
         });
@@ -69,10 +71,13 @@ class Hdf5Writer {
     std::vector<double> values(axis.quantity);
     for (std::size_t index = 0; index < values.size(); ++index)
       values[index] = axis.first + static_cast<double>(index) * axis.step;
-    const Hdf5Handle space = Space({values.size()});
-    const Hdf5Handle scale = Made(
-        H5Dcreate2(m_file, axis.name, H5T_IEEE_F64LE, space, H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT),
-        H5Dclose);
+    Hdf5Handle scale;
+    With(Space({values.size()}), [&](hid_t space) {
+      scale =
+          Made(H5Dcreate2(
+                   m_file, axis.name, H5T_IEEE_F64LE, space, H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT),
+               H5Dclose);
+    });
     Check(H5Dwrite(scale, H5T_NATIVE_DOUBLE, H5S_ALL, H5S_ALL, H5P_DEFAULT, values.data()));
     Text(scale, "long_name", axis.label);
     Text(scale, "units", axis.unit);
@@ -80,14 +85,17 @@ class Hdf5Writer {
     Number(scale, "step", axis.step);
     Check(H5DSset_scale(scale, axis.name));
     Check(H5DSattach_scale(m_samples, scale, place));
+    CloseNow(scale);
   }
 
   void LabelAxis(unsigned place, const char* name) { Check(H5DSset_label(m_samples, place, name)); }
 
+  /// The library holds the last of the samples back until their data set is closed.
   void Close() {
-    m_space = {};
-    m_samples = {};
-    if (!m_file.CloseNow()) Fail();
+    CloseNow(m_space);
+    CloseNow(m_samples);
+    Check(H5Fflush(m_file, H5F_SCOPE_GLOBAL));
+    CloseNow(m_file);
   }
 
  private:
@@ -100,6 +108,17 @@ class Hdf5Writer {
 
   void Check(herr_t status) {
     if (status < 0) Fail();
+  }
+
+  void CloseNow(Hdf5Handle& handle) {
+    if (!handle.CloseNow()) Fail();
+  }
+
+  /// Uses an identifier, then closes it.
+  template <class Use>
+  void With(Hdf5Handle handle, Use use) {
+    use(static_cast<hid_t>(handle));
+    CloseNow(handle);
   }
 
   Hdf5Handle Made(hid_t id, Hdf5Handle::Close close) {
@@ -117,10 +136,10 @@ class Hdf5Writer {
   }
 
   void Attribute(hid_t object, const char* name, hid_t type, hid_t memoryType, const void* value) {
-    const Hdf5Handle space = Made(H5Screate(H5S_SCALAR), H5Sclose);
-    const Hdf5Handle attribute =
-        Made(H5Acreate2(object, name, type, space, H5P_DEFAULT, H5P_DEFAULT), H5Aclose);
-    Check(H5Awrite(attribute, memoryType, value));
+    With(Made(H5Screate(H5S_SCALAR), H5Sclose), [&](hid_t space) {
+      With(Made(H5Acreate2(object, name, type, space, H5P_DEFAULT, H5P_DEFAULT), H5Aclose),
+           [&](hid_t attribute) { Check(H5Awrite(attribute, memoryType, value)); });
+    });
   }
 
   void Number(hid_t object, const char* name, double value) {
@@ -128,11 +147,12 @@ class Hdf5Writer {
   }
 
   void Text(hid_t object, const char* name, const std::string& text) {
-    const Hdf5Handle type = Made(H5Tcopy(H5T_C_S1), H5Tclose);
-    Check(H5Tset_size(type, H5T_VARIABLE));
-    Check(H5Tset_cset(type, H5T_CSET_UTF8));
-    const char* const characters = text.c_str();
-    Attribute(object, name, type, type, &characters);
+    With(Made(H5Tcopy(H5T_C_S1), H5Tclose), [&](hid_t type) {
+      Check(H5Tset_size(type, H5T_VARIABLE));
+      Check(H5Tset_cset(type, H5T_CSET_UTF8));
+      const char* const characters = text.c_str();
+      Attribute(object, name, type, type, &characters);
+    });
   }
 
   std::string m_path;
@@ -147,7 +167,7 @@ class Hdf5Writer {
 
 void WriteAll(const NewFile& file,
               const DescribedArray& array,
-              const CGDataTypeFDD& group,
+              const DataGroup& group,
               const std::string& description,
               const GatherProgress& progress) {
   Hdf5Writer writer(file);
@@ -164,12 +184,11 @@ void WriteAll(const NewFile& file,
         {"half_path", "half sound path", "m", axis.first * half, axis.step * half, axis.quantity});
   }
   std::uint64_t done = 0;
-  ForEachPiece(
-      array, group, file.Path(), [&](std::span<const std::byte> piece, std::uint64_t total) {
-        writer.Append(piece);
-        done += piece.size();
-        progress(done, total);
-      });
+  ForEachPiece(array, group, [&](std::span<const std::byte> piece, std::uint64_t total) {
+    writer.Append(piece);
+    done += piece.size();
+    progress(done, total);
+  });
   writer.Close();
 }
 
@@ -179,13 +198,14 @@ void CheckHasHdf5(const std::string&) {}
 
 void WriteHdf5(const NewFile& file,
                const DescribedArray& array,
-               const CGDataTypeFDD& group,
+               const DataGroup& group,
                const std::string& description,
                const GatherProgress& progress) {
   const auto write = [&](const GatherProgress& told) {
     WriteAll(file, array, group, description, told);
   };
-  RunGuarded({file.Path(), "cannot be written", "the HDF5 library crashed"}, write, progress);
+  RunGuarded(
+      {file.Path(), "cannot be written", "the HDF5 library", {}, samplesPatience}, write, progress);
 }
 
 }  // namespace utdata::program

@@ -141,13 +141,14 @@ class HeaderFile {
     return bytes;
   }
 
-  [[noreturn]] void Refuse(std::string_view why) const {
+  [[noreturn]] void Refuse(const std::string& why) const {
     throw Failure(m_path, "is no .npy array", why);
   }
 
  private:
   void ThrowOn(os::Error error) const {
-    if (error != os::Error::None) throw Failure(m_path, "cannot be read", os::ErrorText(error));
+    if (error != os::Error::None)
+      throw Failure(m_path, "cannot be read", std::string(os::ErrorText(error)));
   }
 
   const std::string& m_path;

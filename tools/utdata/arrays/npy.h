@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "arrays/sample_type.h"
+#include "utdata/newscan.h"
 
 namespace utdata::program {
 

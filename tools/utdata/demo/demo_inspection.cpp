@@ -3,11 +3,7 @@
 #include <algorithm>
 #include <new>
 
-#include "document/data_group.h"
-#include "gating/cscan_records.h"
-#include "gating/gating.h"
-#include "terminal/failure.h"
-#include "terminal/text.h"
+#include "utdata/newscan.h"
 
 namespace utdata::program {
 namespace {
@@ -39,7 +35,7 @@ CGDataTypeFDD AScanRecord(const WeldScan& scan) {
   data.cellSize = data.sampleSize * scan.samples;
   data.partThickness = Single(scan.thickness);
   data.soundSpeed = Single(scan.soundSpeed);
-  AssignBookmarkType(data);
+  SetName(data.dataName, L"Weld scan");
   return data;
 }
 
@@ -66,23 +62,15 @@ CGGateTypeDescr WallGate(const WeldScan& scan) {
 
 /// The data groups of the recorded blocks. The A-scans keep their index table: cells are found
 /// through it.
-void AddRecorded(Document& document,
+void AddRecorded(Inspection& inspection,
                  const WeldScan& scan,
-                 const AcquisitionFile& recorded,
+                 Recording& recorded,
                  const RecordedBlocks& blocks) {
-  const std::uint64_t cells = std::uint64_t{scan.columns} * scan.rows;
-  CGDataTypeFDD& ascans = Add(document.Groups().data, gdata_Allocate(1, L"Weld scan"));
-  const CGDataTypeFDD record = AScanRecord(scan);
-  const std::wstring name = ascans.dataName;
-  gdata_Duplicate(&ascans, &record);
-  std::copy(name.begin(), name.end(), ascans.dataName);
-  recorded.HandOver(recorded.AscanBlock(blocks.ascans, cells, record.cellSize), ascans);
-  AddCScans(
-      document,
-      record,
-      WallGate(scan),
-      {recorded.CscanBlock(blocks.amplitudes, cells), recorded.CscanBlock(blocks.positions, cells)},
-      FullScale(record));
+  const CGDataTypeFDD ascans =
+      recorded.AddAScans(inspection, AScanRecord(scan), blocks.ascans).Stored();
+  const CGGateTypeDescr gate = WallGate(scan);
+  recorded.AddCScan(inspection, AmplitudeRecord(ascans, gate), blocks.amplitudes);
+  recorded.AddCScan(inspection, PositionRecord(ascans, gate), blocks.positions);
 }
 
 void AddChannel(CFContTypeFileDescr& groups, const WeldScan& scan) {
@@ -155,19 +143,8 @@ void AddSpecimen(CFContTypeFileDescr& groups, const WeldScan& scan) {
   weld.heatAffectedZone = 5e-3F;
   CGInfoTypeDescr& info = Add(groups.infos, ginfo_Allocate(1, nullptr));
   info.title = L"Simulated weld scan";
-  info.software = ToWide("utdata " UTDATA_VERSION);
+  info.software = L"utdata " UTDATA_VERSION;
   info.comment = L"simulated: plate with side-drilled holes and a crack at the root";
-}
-
-const CGGateTypeDescr& FindGate(const Document& document, std::uint32_t gateId) {
-  const auto& gates = document.Groups().gates;
-  const auto found = std::find_if(gates.begin(), gates.end(), [=](const CGGateTypeDescr* gate) {
-    return gate->gateId == gateId;
-  });
-  if (found == gates.end())
-    throw Failure(
-        document.Path(), "cannot be gated", "gate " + std::to_string(gateId) + " is missing");
-  return **found;
 }
 
 }  // namespace
@@ -175,23 +152,23 @@ const CGGateTypeDescr& FindGate(const Document& document, std::uint32_t gateId) 
 RecordedBlocks AcquireScan(const std::string& path,
                            const WeldScan& scan,
                            std::span<const std::int16_t> samples) {
-  const CGDataTypeFDD record = AScanRecord(scan);
   const CGGateTypeDescr gate = WallGate(scan);
-  const CellTable cells(record, std::as_bytes(samples), path);
-  const GatedCells seen =
-      GateAScans(record, cells, WindowOf(record, gate.start, gate.width), gate.positiveLevel, true);
+  const GateReadings seen =
+      GateSamples(AScanRecord(scan),
+                  std::as_bytes(samples),
+                  {gate.channelId, gate.gateId, gate.start, gate.width, gate.positiveLevel});
   return RecordScan(path,
                     {scan.columns, scan.rows, scan.samples, scan.sampleStep},
                     samples,
                     {gate.gateId, seen.amplitudes, seen.positions});
 }
 
-void FillInspection(Document& document,
+void FillInspection(Inspection& inspection,
                     const WeldScan& scan,
-                    const AcquisitionFile& recorded,
+                    Recording& recorded,
                     const RecordedBlocks& blocks) {
-  CFContTypeFileDescr& groups = document.Groups();
-  AddRecorded(document, scan, recorded, blocks);
+  AddRecorded(inspection, scan, recorded, blocks);
+  CFContTypeFileDescr& groups = inspection.Descriptor();
   AddChannel(groups, scan);
   AddGates(groups, scan);
   AddDac(groups, scan);
@@ -199,13 +176,13 @@ void FillInspection(Document& document,
   AddSpecimen(groups, scan);
 }
 
-GatedInspection RefineFlawGate(const Document& loaded, bool quiet) {
+GateResult RefineFlawGate(Inspection& inspection, const Watch& watch) {
   constexpr double later = 0.2e-6;
-  const CGGateTypeDescr& before = FindGate(loaded, flawGate);
-  return GateChannel(
-      loaded,
-      {before.channelId, flawGate, before.start + later, before.width - later, flawThreshold},
-      quiet);
+  constexpr std::uint32_t channel = 0;
+  const GateHandle before = inspection.Gate(channel, flawGate);
+  return Gate(inspection,
+              {channel, flawGate, before.Start() + later, before.Width() - later, flawThreshold},
+              watch);
 }
 
 }  // namespace utdata::program

@@ -5,11 +5,10 @@
 #include <span>
 #include <string>
 
-#include "acquisition/acquisition_file.h"
 #include "acquisition/record_scan.h"
 #include "demo/simulate.h"
-#include "document/document.h"
-#include "gating/gate_groups.h"
+#include "utdata/gating.h"
+#include "utdata/recording.h"
 
 namespace utdata::program {
 
@@ -28,16 +27,15 @@ inline constexpr std::uint32_t wallGate = 2;
                                          const WeldScan& scan,
                                          std::span<const std::int16_t> samples);
 
-/// Fills an empty document with what was recorded and everything that was set for it: channel,
+/// Fills a new inspection with what was recorded and everything that was set for it: channel,
 /// gates, DAC curve, probe, patch, specimen and weld.
-/// @param recorded the samples stay in it and are used when the document is written
-void FillInspection(Document& document,
+/// @param recorded must live as long as the inspection, which refers to its samples
+void FillInspection(Inspection& inspection,
                     const WeldScan& scan,
-                    const AcquisitionFile& recorded,
+                    Recording& recorded,
                     const RecordedBlocks& blocks);
 
-/// Gates a loaded inspection anew: the flaw gate starts later and is lower.
-/// @param loaded has to outlive the result
-[[nodiscard]] GatedInspection RefineFlawGate(const Document& loaded, bool quiet);
+/// Gates an inspection anew: the flaw gate starts later and is lower.
+[[nodiscard]] GateResult RefineFlawGate(Inspection& inspection, const Watch& watch);
 
 }  // namespace utdata::program

@@ -5,7 +5,6 @@
 #include <cstdint>
 
 #include "demo/demo_inspection.h"
-#include "document/data_group.h"
 #include "pictures/cscan.h"
 #include "pictures/section.h"
 #include "terminal/failure.h"
@@ -19,20 +18,9 @@ std::uint32_t Nearest(double position, double step) {
   return static_cast<std::uint32_t>(std::lround(position / step));
 }
 
-const CGDataTypeFDD& AmplitudesOf(const Document& document, std::uint32_t gateId) {
-  const auto& groups = document.Groups().data;
-  const auto found = std::find_if(groups.begin(), groups.end(), [=](const CGDataTypeFDD* group) {
-    return PlainClass(*group) == gdata_CScanAmplitude && group->gateId == gateId;
-  });
-  if (found == groups.end())
-    throw Failure(
-        document.Path(), "cannot be drawn", "it has no C-scan of gate " + std::to_string(gateId));
-  return **found;
-}
-
 }  // namespace
 
-std::string DrawCrack(const Document& document,
+std::string DrawCrack(const Inspection& inspection,
                       const WeldScan& scan,
                       const std::string& path,
                       bool replace) {
@@ -41,8 +29,7 @@ std::string DrawCrack(const Document& document,
   view.gain = 3;
   view.samples = SampleAxis::Path;
   view.quiet = true;
-  Section crack =
-      MakeSection(document.GetHost(), *document.Groups().data.GetHead(), document.Path(), view);
+  Section crack = MakeSection(inspection.Data().front(), view);
   const double depth = scan.thickness - scan.crack.height;
   const std::string tip =
       "tip at " + Millimetres(scan.crack.x) + ", " + Millimetres(depth) + " deep";
@@ -55,14 +42,14 @@ std::string DrawCrack(const Document& document,
   return "the crack from the side, its " + tip;
 }
 
-std::string DrawFlaws(const Document& document,
+std::string DrawFlaws(const Inspection& inspection,
                       const WeldScan& scan,
                       const std::string& path,
                       bool replace) {
   CScanOptions view;
   view.quiet = true;
   CScan flaws =
-      MakeCScan(document.GetHost(), AmplitudesOf(document, flawGate), document.Path(), view);
+      MakeCScan(inspection.Data({.dataClass = gdata_CScanAmplitude, .gate = flawGate}), view);
   const std::string crack = "crack at " + Millimetres(scan.crack.x);
   flaws.plot.marked = ImagePlot::Cell{Nearest(scan.crack.x, scan.columnStep),
                                       Nearest(scan.crack.centre, scan.rowStep)};

@@ -4,22 +4,22 @@
 #include <string>
 
 #include "demo/simulate.h"
-#include "document/document.h"
+#include "utdata/inspection.h"
 
 namespace utdata::program {
 
 /// The B-scan through the middle of the crack, bright enough for the echo of its tip. REQUIRES: an
 /// InterruptScope.
-/// @param document the reloaded inspection, whose first data group is the scan
+/// @param inspection the reloaded one, whose first data group is the scan
 /// @return what is to be seen, in a few words
-std::string DrawCrack(const Document& document,
+std::string DrawCrack(const Inspection& inspection,
                       const WeldScan& scan,
                       const std::string& path,
                       bool replace);
 
 /// The C-scan of what the flaw gate sees: the amplitudes from above. REQUIRES: an InterruptScope.
 /// @return what is to be seen, in a few words
-std::string DrawFlaws(const Document& document,
+std::string DrawFlaws(const Inspection& inspection,
                       const WeldScan& scan,
                       const std::string& path,
                       bool replace);

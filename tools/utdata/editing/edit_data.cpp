@@ -2,7 +2,6 @@
 
 #include <array>
 
-#include "document/data_group.h"
 #include "editing/field_makers.h"
 
 namespace utdata::program {
@@ -79,11 +78,11 @@ idata_typeTOFD GeometryOf(const CIData& item, const Record& record) {
 
 std::span<const RecordField<CGDataTypeFDD>> EditFields(const CGDataTypeFDD*) { return fields; }
 
-std::vector<CIData*> DataGroupItems::List(Host& host, fset_enumFilters filter) {
+std::vector<CIData*> DataGroupItems::List(Inspection& inspection, fset_enumFilters filter) {
   std::vector<CIData*> items;
-  for (const auto& row : host.Data().Rows())
-    if (row->item && (filter == fset_All || row->item->idata1_ModifGetStatus() != 0))
-      items.push_back(row->item);
+  for (const DataGroup& group : inspection.Data())
+    if (group.IsListed() && (filter == fset_All || group.Item().idata1_ModifGetStatus() != 0))
+      items.push_back(&group.Item());
   return items;
 }
 
@@ -97,23 +96,10 @@ void DataGroupItems::Change(CIData& item, const CGDataTypeFDD& record) {
 }
 
 std::string WhyNot(const CGDataTypeFDD& before, const CGDataTypeFDD& after) {
-  if (PlainClass(before) == gdata_CScanAmplitude && before.sampleOffset != after.sampleOffset)
+  if (before.dataClass == gdata_CScanAmplitude && before.sampleOffset != after.sampleOffset)
     return "an amplitude C-scan has the sample axis of its position C-scan; change sampleOffset "
            "there";
   return {};
-}
-
-std::deque<CGDataTypeFDD> ModifiedData(Host& host) {
-  std::deque<CGDataTypeFDD> records;
-  for (const CIData* item : DataGroupItems::List(host, fset_Modified)) {
-    const DataItems::Row& row = *host.Data().RowOf(item);
-    const CGDataTypeFDD& now = DataGroupItems::Of(*item);
-    CGDataTypeFDD& record = records.emplace_back(*row.group);
-    for (const auto& field : fields)
-      if (Differs(field, row.taken, now)) field.set(record, field.get(now));
-    if (row.taken.dataOffset != now.dataOffset) record.dataOffset = now.dataOffset;
-  }
-  return records;
 }
 
 }  // namespace utdata::program

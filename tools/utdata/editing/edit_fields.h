@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "document/data_group.h"
 #include "interfaces/kvtiff19.h"
+#include "terminal/output.h"
 #include "terminal/text.h"
 
 namespace utdata::program {

@@ -12,29 +12,23 @@ auto ToVector(const List& list) {
   return items;
 }
 
-template <class Items>
-void Gather(Host& host, CList<typename Items::Record*>& changed) {
-  for (typename Items::Item* item : Items::List(host, fset_Modified))
-    changed.AddTail(const_cast<typename Items::Record*>(&Items::Of(*item)));
-}
-
 }  // namespace
 
-std::vector<CIChan*> ChannelItems::List(Host& host, fset_enumFilters filter) {
+std::vector<CIChan*> ChannelItems::List(Inspection& inspection, fset_enumFilters filter) {
   CIChanLst list;
-  host.GetFileSet()->fset_GetIChanLst(&list, filter, fset_AnyId);
+  inspection.FileSet().fset_GetIChanLst(&list, filter, fset_AnyId);
   return ToVector(list);
 }
 
-std::vector<CISubChan*> SubChannelItems::List(Host& host, fset_enumFilters filter) {
+std::vector<CISubChan*> SubChannelItems::List(Inspection& inspection, fset_enumFilters filter) {
   CISubChanLst list;
-  host.GetFileSet()->fset_GetISubChanLst(&list, filter, fset_AnyId, fset_AnyId);
+  inspection.FileSet().fset_GetISubChanLst(&list, filter, fset_AnyId, fset_AnyId);
   return ToVector(list);
 }
 
-std::vector<CIGate*> GateItems::List(Host& host, fset_enumFilters filter) {
+std::vector<CIGate*> GateItems::List(Inspection& inspection, fset_enumFilters filter) {
   CIGateLst list;
-  host.GetFileSet()->fset_GetIGateLst(&list, filter, fset_AnyId, fset_AnyId);
+  inspection.FileSet().fset_GetIGateLst(&list, filter, fset_AnyId, fset_AnyId);
   return ToVector(list);
 }
 
@@ -51,46 +45,27 @@ void GateItems::Change(CIGate& gate, const CGGateTypeDescr& record) {
   gate.igate1_ModifSetStatus(true);
 }
 
-std::vector<CIProbe*> ProbeItems::List(Host& host, fset_enumFilters filter) {
+std::vector<CIProbe*> ProbeItems::List(Inspection& inspection, fset_enumFilters filter) {
   CIProbeLst list;
-  host.GetFileSet()->fset_GetIProbeLst(&list, filter, fset_AnyId);
+  inspection.FileSet().fset_GetIProbeLst(&list, filter, fset_AnyId);
   return ToVector(list);
 }
 
-std::vector<CIPatch*> PatchItems::List(Host& host, fset_enumFilters filter) {
+std::vector<CIPatch*> PatchItems::List(Inspection& inspection, fset_enumFilters filter) {
   CIPatchLst list;
-  host.GetFileSet()->fset_GetIPatchLst(&list, filter, fset_AnyId);
+  inspection.FileSet().fset_GetIPatchLst(&list, filter, fset_AnyId);
   return ToVector(list);
 }
 
-std::vector<CIInfo*> InfoItems::List(Host& host, fset_enumFilters filter) {
-  CIInfo* info = host.GetFileSet()->fset_GetIInfo(filter);
+std::vector<CIInfo*> InfoItems::List(Inspection& inspection, fset_enumFilters filter) {
+  CIInfo* info = inspection.FileSet().fset_GetIInfo(filter);
   return info ? std::vector{info} : std::vector<CIInfo*>{};
 }
 
-std::vector<CISpecMat*> MaterialItems::List(Host& host, fset_enumFilters filter) {
-  CISpecMat* material = host.GetSpecimen().spec_SpecMatGet(static_cast<spec_enumFilters>(filter));
+std::vector<CISpecMat*> MaterialItems::List(Inspection& inspection, fset_enumFilters filter) {
+  CISpecMat* material =
+      inspection.Specimen().spec_SpecMatGet(static_cast<spec_enumFilters>(filter));
   return material ? std::vector{material} : std::vector<CISpecMat*>{};
-}
-
-ModifiedGroups GatherModified(Host& host) {
-  ModifiedGroups modified = {std::make_unique<CFContTypeFileDescr>(), ModifiedData(host)};
-  CFContTypeFileDescr& changes = *modified.groups;
-  for (CGDataTypeFDD& record : modified.data) changes.data.AddTail(&record);
-  Gather<ChannelItems>(host, changes.channels);
-  Gather<SubChannelItems>(host, changes.subChannels);
-  Gather<GateItems>(host, changes.gates);
-  Gather<ProbeItems>(host, changes.probes);
-  Gather<PatchItems>(host, changes.patches);
-  Gather<InfoItems>(host, changes.infos);
-  Gather<MaterialItems>(host, changes.specimenMaterials);
-  return modified;
-}
-
-void ClearModified(Host& host) {
-  host.GetFileSet()->fset_ClearModified();
-  if (CISpecMat* material = host.GetSpecimen().spec_SpecMatGet(spec_Modified))
-    material->ismat1_ModifClear();
 }
 
 }  // namespace utdata::program

@@ -1,18 +1,20 @@
 // How each type of item that `edit` changes is listed, read, changed and gathered.
 #pragma once
 
+#include "utdata/fset.h"
+#include "utdata/inspection.h"
+#include "utdata/spec.h"
+
 #include <deque>
 #include <memory>
 #include <vector>
-
-#include "document/host.h"
 
 namespace utdata::program {
 
 struct ChannelItems {
   using Item = CIChan;
   using Record = CGChanTypeDescr;
-  static std::vector<Item*> List(Host& host, fset_enumFilters filter);
+  static std::vector<Item*> List(Inspection& inspection, fset_enumFilters filter);
   static const Record& Of(const Item& item) { return *item.ichan1_GetInfoRef(); }
   static void Change(Item& item, const Record& record) { item.ichan1_SetInfoCopy(&record); }
 };
@@ -20,7 +22,7 @@ struct ChannelItems {
 struct SubChannelItems {
   using Item = CISubChan;
   using Record = CGSubchanTypeDescr;
-  static std::vector<Item*> List(Host& host, fset_enumFilters filter);
+  static std::vector<Item*> List(Inspection& inspection, fset_enumFilters filter);
   static const Record& Of(const Item& item) { return *item.ischa1_GetInfoRef(); }
   static void Change(Item& item, const Record& record) { item.ischa1_SetInfoCopy(&record); }
 };
@@ -28,7 +30,7 @@ struct SubChannelItems {
 struct GateItems {
   using Item = CIGate;
   using Record = CGGateTypeDescr;
-  static std::vector<Item*> List(Host& host, fset_enumFilters filter);
+  static std::vector<Item*> List(Inspection& inspection, fset_enumFilters filter);
   static const Record& Of(const Item& item) { return *item.igate1_GetInfoRef(); }
   /// REQUIRES: the record has the ids of the item.
   static void Change(Item& item, const Record& record);
@@ -37,7 +39,7 @@ struct GateItems {
 struct ProbeItems {
   using Item = CIProbe;
   using Record = CGProbeTypeDescr;
-  static std::vector<Item*> List(Host& host, fset_enumFilters filter);
+  static std::vector<Item*> List(Inspection& inspection, fset_enumFilters filter);
   static const Record& Of(const Item& item) { return *item.iprob1_GetInfoRef(); }
   static void Change(Item& item, const Record& record) { item.iprob1_SetInfoCopy(&record); }
 };
@@ -45,7 +47,7 @@ struct ProbeItems {
 struct PatchItems {
   using Item = CIPatch;
   using Record = CGPatchTypeDescr;
-  static std::vector<Item*> List(Host& host, fset_enumFilters filter);
+  static std::vector<Item*> List(Inspection& inspection, fset_enumFilters filter);
   static const Record& Of(const Item& item) { return *item.ipatch1_GetInfoRef(); }
   static void Change(Item& item, const Record& record) { item.ipatch1_SetInfoCopy(&record); }
 };
@@ -53,7 +55,7 @@ struct PatchItems {
 struct InfoItems {
   using Item = CIInfo;
   using Record = CGInfoTypeDescr;
-  static std::vector<Item*> List(Host& host, fset_enumFilters filter);
+  static std::vector<Item*> List(Inspection& inspection, fset_enumFilters filter);
   static const Record& Of(const Item& item) { return *item.iinfo1_GetInfoRef(); }
   static void Change(Item& item, const Record& record) { item.iinfo1_SetInfoCopy(&record); }
 };
@@ -61,19 +63,9 @@ struct InfoItems {
 struct MaterialItems {
   using Item = CISpecMat;
   using Record = CGSpecmatTypeDescr;
-  static std::vector<Item*> List(Host& host, fset_enumFilters filter);
+  static std::vector<Item*> List(Inspection& inspection, fset_enumFilters filter);
   static const Record& Of(const Item& item) { return *item.ismat1_GetInfoRef(); }
   static void Change(Item& item, const Record& record) { item.ismat1_SetInfoCopy(&record); }
 };
-
-/// The groups of all modified items: the items' own working copies, and records of data groups.
-struct ModifiedGroups {
-  std::unique_ptr<CFContTypeFileDescr> groups;
-  std::deque<CGDataTypeFDD> data;  ///< listed among the groups
-};
-[[nodiscard]] ModifiedGroups GatherModified(Host& host);
-
-/// Clears the modified flag of every item.
-void ClearModified(Host& host);
 
 }  // namespace utdata::program

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "document/group_ids.h"
+#include "editing/group_ids.h"
 
 namespace utdata::program {
 

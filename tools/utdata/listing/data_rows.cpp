@@ -1,141 +1,158 @@
 #include "listing/data_rows.h"
 
+#include <openssl/evp.h>
+
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <memory>
+#include <new>
+#include <nlohmann/json.hpp>
 #include <set>
-#include <utility>
 
-#include "document/data_group.h"
 #include "terminal/output.h"
+#include "terminal/progress.h"
+#include "utdata/rdata.h"
 
 namespace utdata::program {
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::array<std::pair<eDataBookmarkType, const char*>, 5> bookmarkNames = {{
-    {bookmark_MultiChannel, "multi-channel"},
-    {bookmark_Single, "single"},
-    {bookmark_Tofd, "TOFD"},
-    {bookmark_Coupling, "coupling"},
-    {bookmark_MultiChannelTofd, "multi-channel TOFD"},
-}};
-
-Json IndexOf(const Document& document, const CIData* item) {
-  const DataRow* row = document.GetHost().Data().RowOf(item);
-  return row ? Json(row->index) : Json();
+Json IndexOf(const std::optional<DataGroup>& group) {
+  return group ? Json(group->Index()) : Json();
 }
 
-std::vector<std::size_t> Elements(const Document& document, CIData& master) {
+Json AxisJson(std::uint32_t quantity, float resolution, float offset) {
+  return {{"quantity", quantity},
+          {"resolution", JsonNumber(resolution)},
+          {"offset", JsonNumber(offset)}};
+}
+
+/// Sample values of 16 bits and less are whole numbers; they are shown as such.
+Json SampleValueJson(float value) {
+  constexpr float largestWhole = 1e15F;
+  if (value == std::trunc(value) && std::abs(value) < largestWhole)
+    return static_cast<std::int64_t>(value);
+  return JsonNumber(value);
+}
+
+std::vector<std::size_t> ElementRows(const DataGroup& master) {
   std::vector<std::size_t> rows;
-  CIDataLst elements;
-  master.GetOrderedSubChannelList(&elements);
-  for (const CIData* element : elements)
-    if (const DataRow* row = document.GetHost().Data().RowOf(element)) rows.push_back(row->index);
+  for (const DataGroup& element : master.Elements()) rows.push_back(element.Index());
   return rows;
 }
 
 }  // namespace
 
-Masters::Masters(const Document& document) {
-  CIDataLst list;
-  document.GetHost().GetFileSet()->fset_GetMSCIDataLst(&list);
-  for (CIData* master : list) {
-    m_numbers.emplace(master, m_list.size());
-    m_list.push_back(master);
-  }
+Json DataGroupJson(const DataGroup& group) {
+  const CGDataTypeFDD& stored = group.Stored();
+  return {
+      {"label", group.Label()},
+      {"id_label", group.IdLabel()},
+      {"class", group.Class()},
+      {"master", group.IsMaster()},
+      {"channel", stored.channelId},
+      {"sub_channel", stored.subChannelId},
+      {"gate", stored.gateId},
+      {"patch", stored.GetPatchID()},
+      {"bookmark", static_cast<std::uint32_t>(group.Descriptor().GetDataBookmarkType())},
+      {"type", group.TypeName()},
+      {"rectified", stored.GetDataRectification() != gdata_RectifNone},
+      {"columns", AxisJson(stored.columnQuantity, stored.columnResolution, stored.columnOffset)},
+      {"rows", AxisJson(stored.rowQuantity, stored.rowResolution, stored.rowOffset)},
+      {"samples", AxisJson(stored.sampleQuantity, stored.sampleResolution, stored.sampleOffset)},
+      {"minimum", SampleValueJson(stored.dataMinimum)},
+      {"maximum", SampleValueJson(stored.dataMaximum)},
+      {"sample_bytes", stored.sampleSize},
+      {"table_bytes", stored.samples.size},
+  };
 }
 
-Json Masters::NumberOf(const CIData* item) const {
-  const auto found = m_numbers.find(item);
-  return found == m_numbers.end() ? Json() : Json(found->second);
-}
-
-Json DataRowJson(const Document& document, const DataRow& row, const Masters& masters) {
-  Json json = DataGroupJson(*row.group);
-  json["item"] = row.item != nullptr;
-  for (const char* link : {"matched", "meridio", "master_number"}) json[link] = nullptr;
-  if (!row.item) return json;
-  const CRDataTypeDD& descriptor = *row.item->idata1_GetInfoRef();
-  json["bookmark"] = static_cast<std::uint32_t>(descriptor.GetDataBookmarkType());
-  json["matched"] = IndexOf(document, descriptor.GetMatchedCScan());
-  json["meridio"] = IndexOf(document, descriptor.GetMeridioAmpCscan());
-  if (row.item->idata1_IsMultiChannelElement())
-    json["master_number"] = masters.NumberOf(row.item->idata1_SubChannelMaster());
+Json DataRowJson(const DataGroup& group) {
+  Json json = DataGroupJson(group);
+  json["item"] = group.IsListed();
+  json["matched"] = IndexOf(group.Matched());
+  json["meridio"] = IndexOf(group.MeridioAmplitudes());
+  json["master_number"] = IndexOf(group.Master());
   return json;
 }
 
-Json MastersJson(const Document& document) {
-  const Masters masters(document);
+Json MastersJson(const Inspection& inspection) {
   Json result = Json::array();
-  for (CIData* master : masters.List()) {
-    const CRDataTypeDD& descriptor = *master->idata1_GetInfoRef();
-    result.push_back({{"label", Label(descriptor)},
-                      {"id_label", IdLabel(descriptor)},
-                      {"class", PlainClass(descriptor)},
+  for (const DataGroup& master : inspection.Masters()) {
+    const CRDataTypeDD& descriptor = master.Descriptor();
+    result.push_back({{"label", master.Label()},
+                      {"id_label", master.IdLabel()},
+                      {"class", master.Class()},
                       {"master", true},
                       {"channel", descriptor.channelId},
                       {"gate", descriptor.gateId},
                       {"patch", descriptor.GetPatchID()},
                       {"bookmark", static_cast<std::uint32_t>(descriptor.GetDataBookmarkType())},
-                      {"elements", Elements(document, *master)},
-                      {"matched", masters.NumberOf(descriptor.GetMatchedCScan())}});
+                      {"elements", ElementRows(master)},
+                      {"matched", IndexOf(master.Matched())}});
   }
   return result;
 }
 
-std::string MastersText(const Document& document) {
-  const Masters masters(document);
-  if (masters.List().empty()) return {};
+std::string MastersText(const Inspection& inspection) {
+  const auto masters = inspection.Masters();
+  if (masters.empty()) return {};
   TextTable table({"master", "label", "class", "bookmark", "gathers rows", "matches"});
-  for (std::size_t number = 0; number < masters.List().size(); ++number) {
-    const CRDataTypeDD& descriptor = *masters.List()[number]->idata1_GetInfoRef();
+  for (const DataGroup& master : masters) {
     std::string rows;
-    for (const std::size_t row : Elements(document, *masters.List()[number]))
+    for (const std::size_t row : ElementRows(master))
       rows += (rows.empty() ? "" : ", ") + std::to_string(row);
-    const Json matched = masters.NumberOf(descriptor.GetMatchedCScan());
-    table.Add({std::to_string(number),
-               Label(descriptor),
-               ClassName(descriptor),
-               BookmarkName(descriptor.GetDataBookmarkType()),
+    const auto matched = master.Matched();
+    table.Add({std::to_string(master.Index()),
+               master.Label(),
+               master.ClassName(),
+               master.BookmarkName(),
                rows,
-               matched.is_null() ? "-" : "master " + matched.dump()});
+               matched ? "master " + std::to_string(matched->Index()) : "-"});
   }
   return table.Text();
 }
 
-std::vector<ChannelRows> SortedRows(const Document& document) {
-  Host& host = document.GetHost();
+std::vector<ChannelRows> SortedRows(const Inspection& inspection) {
   std::set<std::uint32_t> channels;
-  for (const auto& row : host.Data().Rows())
-    if (row->item) channels.insert(row->item->idata1_GetInfoRef()->GetChannelID());
+  for (const DataGroup& group : inspection.Data())
+    if (group.IsListed()) channels.insert(group.Descriptor().GetChannelID());
   std::vector<ChannelRows> sorted;
-  for (const std::uint32_t channelId : channels) {
-    CIDataLst list;
-    host.GetFileSet()->fset_GetSpecificChannelSortedIDataList(channelId, &list);
-    sorted.push_back({channelId, {}});
-    for (const CIData* item : list)
-      if (const DataRow* row = host.Data().RowOf(item)) sorted.back().rows.push_back(row);
-  }
+  for (const std::uint32_t channel : channels)
+    sorted.push_back({channel, inspection.DataOfChannel(channel)});
   return sorted;
 }
 
-std::string BookmarkName(eDataBookmarkType type) {
-  const auto* found = std::find_if(bookmarkNames.begin(),
-                                   bookmarkNames.end(),
-                                   [=](const auto& entry) { return entry.first == type; });
-  return found == bookmarkNames.end() ? "type " + std::to_string(static_cast<std::uint32_t>(type))
-                                      : found->second;
+std::string MatchText(const DataGroup& group) {
+  if (!group.IsListed()) return "no item";
+  if (const auto matched = group.Matched()) return "row " + std::to_string(matched->Index());
+  if (const auto amplitudes = group.MeridioAmplitudes())
+    return "row " + std::to_string(amplitudes->Index()) + " (Meridio)";
+  return "-";
 }
 
-std::string MatchText(const Document& document, const DataRow& row) {
-  if (!row.item) return "no item";
-  const CRDataTypeDD& descriptor = *row.item->idata1_GetInfoRef();
-  if (const DataRow* matched = document.GetHost().Data().RowOf(descriptor.GetMatchedCScan()))
-    return "row " + std::to_string(matched->index);
-  if (const DataRow* amplitude = document.GetHost().Data().RowOf(descriptor.GetMeridioAmpCscan()))
-    return "row " + std::to_string(amplitude->index) + " (Meridio)";
-  return "-";
+std::string SamplesHash(const DataGroup& group, bool quiet) {
+  if (!group.HasTable()) return {};
+  const std::span<const std::byte> samples = group.Table();
+  const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(),
+                                                                        EVP_MD_CTX_free);
+  if (!context || EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) != 1)
+    throw std::bad_alloc();
+  Progress progress("hashing " + group.Label(), quiet);
+  constexpr std::size_t piece = std::size_t{4} << 20U;
+  for (std::size_t at = 0; at < samples.size(); at += piece) {
+    const std::size_t size = std::min(piece, samples.size() - at);
+    if (EVP_DigestUpdate(context.get(), samples.data() + at, size) != 1) throw std::bad_alloc();
+    progress.At(at + size, samples.size());
+  }
+  std::array<unsigned char, 32> digest{};
+  if (EVP_DigestFinal_ex(context.get(), digest.data(), nullptr) != 1) throw std::bad_alloc();
+  std::string text;
+  constexpr const char* digits = "0123456789abcdef";
+  for (const unsigned char byte : digest) text += {digits[byte >> 4U], digits[byte & 0xFU]};
+  return text;
 }
 
 }  // namespace utdata::program

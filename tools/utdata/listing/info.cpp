@@ -1,76 +1,26 @@
 #include "listing/info.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cmath>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "document/data_group.h"
-#include "document/group_lists.h"
 #include "listing/data_rows.h"
-#include "samples/group_axes.h"
 #include "terminal/output.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/rdata.h"
 
 namespace utdata::program {
 namespace {
 
-using GroupCounts = std::vector<std::pair<std::string, std::ptrdiff_t>>;
+using Groups = std::vector<DataGroup>;
 
-// How many groups of a type a host finds: its items where the file set holds the type, else the
-// groups of the descriptor.
-
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGDataTypeFDD*>&) {
-  CIDataLst found;
-  return set.fset_GetIDataLst(&found);
-}
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGChanTypeDescr*>&) {
-  return set.fset_GetIChanCount();
-}
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGSubchanTypeDescr*>&) {
-  CISubChanLst found;
-  return set.fset_GetISubChanLst(&found, fset_All, fset_AnyId, fset_AnyId);
-}
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGGateTypeDescr*>&) {
-  CIGateLst found;
-  return set.fset_GetIGateLst(&found, fset_All, fset_AnyId, fset_AnyId);
-}
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGPatchTypeDescr*>&) {
-  CIPatchLst found;
-  return set.fset_GetIPatchLst(&found, fset_All, fset_AnyId);
-}
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGProbeTypeDescr*>&) {
-  CIProbeLst found;
-  return set.fset_GetIProbeLst(&found, fset_All, fset_AnyId);
-}
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGInfoTypeDescr*>&) {
-  return set.fset_GetIInfo(fset_All) ? 1 : 0;
-}
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGWeldScanPlanDescr*>&) {
-  return std::ssize(set.fset_GetGWeldScanPlanList());
-}
-std::ptrdiff_t CountIn(CFSet& set, const CList<CGWeldFillDescr*>&) {
-  return std::ssize(set.fset_GetGWeldFillList());
-}
-template <class Descriptor>
-std::ptrdiff_t CountIn(CFSet&, const CList<Descriptor*>& list) {
-  return list.GetCount();
-}
-
-GroupCounts CountGroups(const Document& document) {
-  GroupCounts counts;
-  CFSet& set = *document.GetHost().GetFileSet();
-  VisitGroupLists(document.Groups(), [&](const char* name, const auto& list, auto) {
-    counts.emplace_back(name, CountIn(set, list));
-  });
-  return counts;
-}
-
-std::string GroupsText(const Document& document) {
+std::string GroupsText(const Inspection& inspection) {
   std::string text;
-  for (const auto& [name, count] : CountGroups(document)) {
+  for (const auto& [name, count] : inspection.CountGroups()) {
     if (count == 0) continue;
     std::string spoken = name;
     std::replace(spoken.begin(), spoken.end(), '_', ' ');
@@ -79,79 +29,85 @@ std::string GroupsText(const Document& document) {
   return text.empty() ? "none" : text;
 }
 
-std::vector<std::string> KindRow(const Document& document,
-                                 const DataRow& row,
-                                 const GroupAxes& axes) {
-  const CGDataTypeFDD& group = *row.group;
-  return {std::to_string(row.index),
-          Label(group),
-          ClassName(group),
-          SampleTypeName(group) +
-              (group.GetDataRectification() == gdata_RectifNone ? "" : " rectified"),
-          axes.Columns().Spacing(),
-          axes.Rows().Spacing(),
-          axes.Samples().Spacing(),
-          group.samples.group ? Bytes(group.samples.size) : "none",
-          BookmarkName(row.taken.GetDataBookmarkType()),
-          MatchText(document, row)};
+std::vector<std::string> KindRow(const DataGroup& group) {
+  const CGDataTypeFDD& stored = group.Stored();
+  return {
+      std::to_string(group.Index()),
+      group.Label(),
+      group.ClassName(),
+      group.TypeName() + (stored.GetDataRectification() == gdata_RectifNone ? "" : " rectified"),
+      SpacingText(group.Columns()),
+      SpacingText(group.Rows()),
+      SpacingText(group.Times()),
+      group.HasTable() ? Bytes(stored.samples.size) : "none",
+      group.BookmarkName(),
+      MatchText(group)};
 }
 
-std::vector<std::string> RangeRow(const Document&, const DataRow& row, const GroupAxes& axes) {
-  const CGDataTypeFDD& group = *row.group;
-  const std::optional<ShownAxis> path = axes.HalfPath();
-  return {std::to_string(row.index),
-          axes.Columns().Range(),
-          axes.Rows().Range(),
-          axes.Samples().Range(),
-          path ? path->Range() : "unknown",
-          Number(group.dataMinimum) + " to " + Number(group.dataMaximum),
-          HoldsAmplitudes(group) ? axes.AmplitudeRange() : "no amplitudes"};
+/// "-100 to 100 %, -90.3 to 0.0 dB": the range of the values, and the levels from one step above
+/// zero to the largest amplitude.
+std::string AmplitudeRange(const DataGroup& group) {
+  if (!group.HoldsAmplitudes()) return "no amplitudes";
+  const CRDataTypeDD& descriptor = group.Descriptor();
+  const double low = group.Percent(descriptor.GetDataMin());
+  const double high = group.Percent(descriptor.GetDataMax());
+  const double smallest = std::abs(group.Percent(1));
+  if (!std::isfinite(low) || !std::isfinite(high) || smallest > 100) return "no scale";
+  const double largest = std::max(std::abs(low), std::abs(high));
+  return Number(low) + " to " + Percent(high) + ", " +
+         Number(std::round(group.Decibels(smallest) * 10) / 10) + " to " +
+         group.AmplitudeText(largest, unit_DataDecibel);
 }
 
-using Rows = std::vector<const DataRow*>;
+std::vector<std::string> RangeRow(const DataGroup& group) {
+  const CGDataTypeFDD& stored = group.Stored();
+  const std::optional<AxisScale> path = group.HalfPaths();
+  return {std::to_string(group.Index()),
+          RangeText(group.Columns()),
+          RangeText(group.Rows()),
+          RangeText(group.Times()),
+          path ? RangeText(*path) : "unknown",
+          Number(stored.dataMinimum) + " to " + Number(stored.dataMaximum),
+          AmplitudeRange(group)};
+}
 
-/// The data groups in the order of the file, or sorted, those last that are no items.
-Rows RowsOf(const Document& document, bool sorted) {
-  Rows rows;
-  if (sorted)
-    for (const ChannelRows& channel : SortedRows(document))
-      rows.insert(rows.end(), channel.rows.begin(), channel.rows.end());
-  for (const auto& row : document.GetHost().Data().Rows())
-    if (!sorted || !row->item) rows.push_back(row.get());
-  return rows;
+/// The data groups in the order of the file, or sorted, those last that the file set does not hold.
+Groups GroupsOf(const Inspection& inspection, bool sorted) {
+  if (!sorted) return inspection.Data();
+  Groups groups;
+  for (const ChannelRows& channel : SortedRows(inspection))
+    groups.insert(groups.end(), channel.groups.begin(), channel.groups.end());
+  for (const DataGroup& group : inspection.Data())
+    if (!group.IsListed()) groups.push_back(group);
+  return groups;
 }
 
 /// One row per data group, made by `cells`.
 template <class Cells>
-std::string TableOfGroups(const Document& document,
-                          const Rows& rows,
-                          std::vector<std::string> header,
-                          Cells&& cells) {
+std::string TableOfGroups(const Groups& groups, std::vector<std::string> header, Cells&& cells) {
   TextTable table(std::move(header));
-  for (const DataRow* row : rows)
-    table.Add(cells(document, *row, GroupAxes(document.GetHost(), *row->group)));
+  for (const DataGroup& group : groups) table.Add(cells(group));
   return table.Text();
 }
 
-std::string KindTable(const Document& document, const Rows& rows) {
+std::string KindTable(const Groups& groups) {
   return TableOfGroups(
-      document,
-      rows,
+      groups,
       {"#", "label", "class", "type", "columns", "rows", "samples", "table", "bookmark", "matches"},
       KindRow);
 }
 
-std::string HashLines(const Rows& rows, bool quiet) {
+std::string HashLines(const Groups& groups, bool quiet) {
   std::string text;
-  for (const DataRow* row : rows) {
-    const std::string hash = SamplesHash(*row->group, quiet);
-    text += std::to_string(row->index) + "  sha256 " + (hash.empty() ? "none" : hash) + "\n";
+  for (const DataGroup& group : groups) {
+    const std::string hash = SamplesHash(group, quiet);
+    text += std::to_string(group.Index()) + "  sha256 " + (hash.empty() ? "none" : hash) + "\n";
   }
   return text;
 }
 
-void AddTitles(const Document& document, std::string& text) {
-  for (const CGInfoTypeDescr* info : document.Groups().infos) {
+void AddTitles(const Inspection& inspection, std::string& text) {
+  for (const CGInfoTypeDescr* info : inspection.Descriptor().infos) {
     if (!info->title.empty()) text += "title    " + Printable(ToUtf8(info->title)) + "\n";
     if (!info->comment.empty()) text += "comment  " + Printable(ToUtf8(info->comment)) + "\n";
   }
@@ -159,52 +115,47 @@ void AddTitles(const Document& document, std::string& text) {
 
 }  // namespace
 
-nlohmann::ordered_json InfoJson(const Document& document, const InfoContent& content) {
+nlohmann::ordered_json InfoJson(const Inspection& inspection, const InfoContent& content) {
   nlohmann::ordered_json groups = nlohmann::ordered_json::object();
-  for (const auto& [name, count] : CountGroups(document)) groups[name] = count;
+  for (const auto& [name, count] : inspection.CountGroups()) groups[name] = count;
   nlohmann::ordered_json data = nlohmann::ordered_json::array();
-  const Masters masters(document);
-  for (const DataRow* row : RowsOf(document, false)) {
-    data.push_back(DataRowJson(document, *row, masters));
-    if (content.hash && row->group->samples.group)
-      data.back()["table_sha256"] = SamplesHash(*row->group, content.quiet);
+  for (const DataGroup& group : inspection.Data()) {
+    data.push_back(DataRowJson(group));
+    if (content.hash && group.HasTable())
+      data.back()["table_sha256"] = SamplesHash(group, content.quiet);
   }
-  nlohmann::ordered_json result = {{"path", document.Path()},
-                                   {"files", document.Files()},
+  nlohmann::ordered_json result = {{"path", inspection.Path()},
+                                   {"files", inspection.Files()},
                                    {"groups", groups},
                                    {"data", data},
-                                   {"masters", MastersJson(document)}};
+                                   {"masters", MastersJson(inspection)}};
   if (!content.sorted) return result;
   result["sorted"] = nlohmann::ordered_json::array();
-  for (const ChannelRows& channel : SortedRows(document)) {
+  for (const ChannelRows& channel : SortedRows(inspection)) {
     nlohmann::ordered_json indices = nlohmann::ordered_json::array();
-    for (const DataRow* row : channel.rows) indices.push_back(row->index);
+    for (const DataGroup& group : channel.groups) indices.push_back(group.Index());
     result["sorted"].push_back({{"channel", channel.channelId}, {"data", indices}});
   }
   return result;
 }
 
-std::string InfoText(const Document& document, const InfoContent& content) {
+std::string InfoText(const Inspection& inspection, const InfoContent& content) {
   std::string text;
-  for (const std::string& file : document.Files())
+  for (const std::string& file : inspection.Files())
     text += (text.empty() ? "file     " : "with     ") + Printable(file) + "\n";
-  text += "groups   " + GroupsText(document) + "\n";
-  AddTitles(document, text);
-  if (document.Groups().data.IsEmpty()) return text;
-  const Rows rows = RowsOf(document, content.sorted);
-  text += "\n" + KindTable(document, rows) + "\n";
-  text += TableOfGroups(document,
-                        rows,
-                        {"#", "columns", "rows", "samples", "half path", "values", "amplitude"},
-                        RangeRow);
-  const std::string masters = MastersText(document);
+  text += "groups   " + GroupsText(inspection) + "\n";
+  AddTitles(inspection, text);
+  if (inspection.Data().empty()) return text;
+  const Groups groups = GroupsOf(inspection, content.sorted);
+  text += "\n" + KindTable(groups) + "\n";
+  text += TableOfGroups(
+      groups, {"#", "columns", "rows", "samples", "half path", "values", "amplitude"}, RangeRow);
+  const std::string masters = MastersText(inspection);
   if (!masters.empty()) text += "\n" + masters;
-  if (content.hash) text += "\n" + HashLines(rows, content.quiet);
+  if (content.hash) text += "\n" + HashLines(groups, content.quiet);
   return text;
 }
 
-std::string DataGroupTable(const Document& document) {
-  return KindTable(document, RowsOf(document, false));
-}
+std::string DataGroupTable(const Inspection& inspection) { return KindTable(inspection.Data()); }
 
 }  // namespace utdata::program

@@ -1,10 +1,10 @@
 // What an inspection holds, as text and as JSON.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
-#include "document/document.h"
+#include "utdata/inspection.h"
 
 namespace utdata::program {
 
@@ -17,13 +17,14 @@ struct InfoContent {
 
 /// Path, files, group counts, one object per data group in the order of the file, and one per
 /// multi-channel master; sorted, the rows of each channel too.
-[[nodiscard]] nlohmann::ordered_json InfoJson(const Document& document, const InfoContent& content);
+[[nodiscard]] nlohmann::ordered_json InfoJson(const Inspection& inspection,
+                                              const InfoContent& content);
 
 /// The same for people: a heading, two tables with one row per data group, what it is and what its
 /// axes and values span, and one of the masters.
-[[nodiscard]] std::string InfoText(const Document& document, const InfoContent& content);
+[[nodiscard]] std::string InfoText(const Inspection& inspection, const InfoContent& content);
 
 /// The first of the tables, in the order of the file.
-[[nodiscard]] std::string DataGroupTable(const Document& document);
+[[nodiscard]] std::string DataGroupTable(const Inspection& inspection);
 
 }  // namespace utdata::program

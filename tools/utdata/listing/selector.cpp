@@ -50,23 +50,20 @@ bool IsIndex(const std::string& selector, std::size_t& index) {
 
 }  // namespace
 
-SelectedGroup SelectGroup(const Document& document, const std::string& selector) {
-  const auto& rows = document.GetHost().Data().Rows();
-  if (rows.empty())
-    throw Failure(document.Path(), "nothing can be selected", "it has no data group");
-  std::vector<SelectedGroup> matches;
+DataGroup SelectGroup(const Inspection& inspection, const std::string& selector) {
+  if (inspection.Data().empty())
+    throw Failure(inspection.Path(), "nothing can be selected", "it has no data group");
+  std::vector<DataGroup> matches;
   std::size_t wanted = 0;
   const bool byIndex = IsIndex(selector, wanted);
-  const Masters masters(document);
-  for (const auto& row : rows)
-    if (byIndex ? row->index == wanted
-                : HasAllPairs(DataRowJson(document, *row, masters), selector))
-      matches.push_back({row->group, row->index});
+  for (const DataGroup& group : inspection.Data())
+    if (byIndex ? group.Index() == wanted : HasAllPairs(DataRowJson(group), selector))
+      matches.push_back(group);
   if (matches.size() == 1) return matches.front();
-  PrintResult(DataGroupTable(document));
+  PrintResult(DataGroupTable(inspection));
   const std::string which =
       matches.empty() ? "matches no data group" : "matches " + std::to_string(matches.size());
-  throw Failure(document.Path(),
+  throw Failure(inspection.Path(),
                 "'" + selector + "' " + which,
                 "name one of those listed by its number, or by fields as in class=1,channel=0");
 }

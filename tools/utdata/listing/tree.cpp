@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "document/data_group.h"
 #include "terminal/failure.h"
+#include "terminal/output.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
 
@@ -36,7 +36,7 @@ constexpr std::array<const char*, 14> valueTypeNames = {"group",
 
 void Require(int status, const SCFile::Node* node) {
   if (status != SCFile::status_Ok)
-    throw Failure::OfLibrary(status, ToUtf8(SCFile::file_Path(node)), "cannot be listed");
+    throw Failure::OfFileLayer(status, ToUtf8(SCFile::file_Path(node)), "cannot be listed");
 }
 
 struct Item {

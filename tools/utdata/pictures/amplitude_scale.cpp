@@ -4,32 +4,19 @@
 #include <cmath>
 #include <string>
 
-#include "utdata/lut.h"
-
 namespace utdata::program {
-bool IsSignedType(const CGDataTypeFDD& group) {
-  return group.GetDataType() == kvt_Int8 || group.GetDataType() == kvt_Int16;
-}
 
-std::uint8_t PlaceInRange(const CGDataTypeFDD& group, std::uint8_t code) {
-  return IsSignedType(group) ? static_cast<std::uint8_t>(CLookUpTable::UnRectifySC(code) + 128)
-                             : code;
-}
-
-CodeMeaning MeaningOf(const CGDataTypeFDD& group, const GroupAxes& axes) {
+CodeMeaning MeaningOf(const DataGroup& group, const CodeSpan& span) {
   CodeMeaning meaning;
-  const bool wide = group.sampleSize == 2;
-  meaning.low = axes.Percent(wide || IsSignedType(group) ? group.dataMinimum : 0);
-  meaning.high = axes.Percent(wide || IsSignedType(group) ? group.dataMaximum : 255);
-  meaning.hasSign =
-      meaning.low < 0 && (IsSignedType(group) || group.GetDataRectification() == gdata_RectifNone);
-  meaning.isWave = meaning.hasSign && group.tofd == 1;
+  meaning.low = group.Percent(span.low);
+  meaning.high = group.Percent(span.high);
+  meaning.hasSign = meaning.low < 0;
+  meaning.isWave = meaning.hasSign && group.IsTofd();
   const bool showsSize = meaning.hasSign && !meaning.isWave;
   for (int code = 0; code < 256; ++code) {
     const auto display = static_cast<std::uint8_t>(code);
-    const int size = IsSignedType(group) ? code : std::abs(2 * code - 255);
-    meaning.place[display] =
-        showsSize ? static_cast<std::uint8_t>(size) : PlaceInRange(group, display);
+    // The codes of a signed span grow with the size of the amplitude.
+    meaning.place[display] = showsSize ? display : span.PlaceOf(display);
   }
   if (showsSize) {
     meaning.high = std::max(std::abs(meaning.low), std::abs(meaning.high));
@@ -38,7 +25,7 @@ CodeMeaning MeaningOf(const CGDataTypeFDD& group, const GroupAxes& axes) {
   return meaning;
 }
 
-ColorScale AmplitudeScale(const CodeMeaning& meaning, const GroupAxes& axes, std::uint32_t gain) {
+ColorScale AmplitudeColors(const CodeMeaning& meaning, const DataGroup& group, std::uint32_t gain) {
   ColorScale scale;
   scale.colors = meaning.isWave ? &GreyColors() : &HeatColors();
   scale.isSigned = meaning.isWave;
@@ -46,15 +33,15 @@ ColorScale AmplitudeScale(const CodeMeaning& meaning, const GroupAxes& axes, std
   scale.high = meaning.high / gain;
   scale.title = "Amplitude, of full scale";
   scale.unit = "%";
-  scale.marks = DecibelTicks(axes, scale.low, scale.high);
+  scale.marks = DecibelTicks(group, scale.low, scale.high);
   scale.marksUnit = "dB";
   return scale;
 }
 
-std::vector<Tick> DecibelTicks(const GroupAxes& axes, double low, double high) {
+std::vector<Tick> DecibelTicks(const DataGroup& group, double low, double high) {
   std::vector<Tick> ticks;
   for (int decibels = 0; decibels >= -60; decibels -= 6) {
-    const double percent = axes.PercentOfDecibels(decibels);
+    const double percent = group.PercentOfDecibels(decibels);
     if (percent > low && percent <= high * (1 + 1e-9))
       ticks.push_back({percent, std::to_string(decibels)});
   }

@@ -5,9 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "interfaces/kvtiff19.h"
 #include "pictures/plot.h"
-#include "samples/group_axes.h"
+#include "utdata/samples.h"
 
 namespace utdata::program {
 
@@ -21,22 +20,17 @@ struct CodeMeaning {
   bool isWave = false;   ///< they are shown so: zero lies in the middle
 };
 
-/// Whether samples are of a type that goes below zero.
-[[nodiscard]] bool IsSignedType(const CGDataTypeFDD& group);
-/// The place of a code between the least and the greatest value of the group, at 0 and 255.
-[[nodiscard]] std::uint8_t PlaceInRange(const CGDataTypeFDD& group, std::uint8_t code);
-
 /// A time-of-flight diffraction scan is read by the phase of its echoes, and shown as a wave; of
 /// other scans without rectification the size of the amplitude is shown.
-[[nodiscard]] CodeMeaning MeaningOf(const CGDataTypeFDD& group, const GroupAxes& axes);
+[[nodiscard]] CodeMeaning MeaningOf(const DataGroup& group, const CodeSpan& span);
 
 /// The colours and sides of a scale of amplitudes.
-[[nodiscard]] ColorScale AmplitudeScale(const CodeMeaning& meaning,
-                                        const GroupAxes& axes,
-                                        std::uint32_t gain);
+[[nodiscard]] ColorScale AmplitudeColors(const CodeMeaning& meaning,
+                                         const DataGroup& group,
+                                         std::uint32_t gain);
 
 /// dB marks between two amplitudes in percent, strongest first.
-[[nodiscard]] std::vector<Tick> DecibelTicks(const GroupAxes& axes, double low, double high);
+[[nodiscard]] std::vector<Tick> DecibelTicks(const DataGroup& group, double low, double high);
 
 /// The largest whole factor that keeps an amplitude, in percent of full scale, within the scale.
 [[nodiscard]] std::uint32_t FittingGain(double percent);

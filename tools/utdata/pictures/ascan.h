@@ -5,10 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "document/host.h"
-#include "interfaces/kvtiff19.h"
 #include "pictures/captions.h"
 #include "pictures/line_plot.h"
+#include "utdata/samples.h"
 
 namespace utdata::program {
 
@@ -33,11 +32,8 @@ struct AScan {
   std::uint32_t gain = 1;
 };
 
-/// REQUIRES: the group is of class 1. Throws Failure, which begins with `name`, when its samples
+/// REQUIRES: the group is of class 1. Throws Error or Failure when its samples
 /// cannot be shown, the cell is not there, or a path is wanted and not known.
-[[nodiscard]] AScan MakeAScan(Host& host,
-                              const CGDataTypeFDD& group,
-                              const std::string& name,
-                              const AScanOptions& options);
+[[nodiscard]] AScan MakeAScan(const DataGroup& group, const AScanOptions& options);
 
 }  // namespace utdata::program

@@ -3,25 +3,26 @@
 #include <cmath>
 #include <utility>
 
-#include "document/data_group.h"
 #include "terminal/failure.h"
+#include "terminal/quantity.h"
 #include "terminal/text.h"
 
 namespace utdata::program {
 namespace {
 
-PlotAxis ToPlotAxis(const ShownAxis& axis, const char* title, const char* plainUnit) {
+PlotAxis ToPlotAxis(const AxisScale& axis, const char* title, const char* plainUnit) {
   return {
       title, axis.symbol.empty() ? plainUnit : axis.symbol, axis.first, axis.step, axis.quantity};
 }
 
-std::string Named(const ShownAxis& axis, const char* name, std::uint32_t index) {
+std::string Named(const AxisScale& axis, const char* name, std::uint32_t index) {
   return std::string(name) + " " + std::to_string(index) +
-         (axis.symbol.empty() ? "" : " (" + axis.Text(index) + ")");
+         (axis.symbol.empty() ? "" : " (" + AxisText(axis, index) + ")");
 }
 
-std::string Place(const ShownAxis& axis, const char* name, std::uint32_t index) {
-  return axis.symbol.empty() ? std::string(name) + " " + std::to_string(index) : axis.Text(index);
+std::string Place(const AxisScale& axis, const char* name, std::uint32_t index) {
+  return axis.symbol.empty() ? std::string(name) + " " + std::to_string(index)
+                             : AxisText(axis, index);
 }
 
 void CheckIndex(const char* what,
@@ -36,27 +37,24 @@ void CheckIndex(const char* what,
 
 }  // namespace
 
-PlotAxis ColumnAxis(const GroupAxes& axes) {
-  const ShownAxis columns = axes.Columns();
+PlotAxis ColumnAxis(const DataGroup& group) {
+  const AxisScale columns = group.Columns();
   return ToPlotAxis(columns, columns.symbol == "°" ? "Scan angle" : "Scan position", "column");
 }
 
-PlotAxis RowAxis(const GroupAxes& axes) {
-  const ShownAxis rows = axes.Rows();
+PlotAxis RowAxis(const DataGroup& group) {
+  const AxisScale rows = group.Rows();
   return ToPlotAxis(rows, rows.symbol == "°" ? "Index angle" : "Index position", "row");
 }
 
-SampleAxes SampleAxesOf(const CGDataTypeFDD& group,
-                        const GroupAxes& axes,
-                        SampleAxis wanted,
-                        const std::string& name) {
-  const ShownAxis natural = axes.Samples();
-  const std::optional<ShownAxis> path = axes.HalfPath();
+SampleAxes SampleAxesOf(const DataGroup& group, SampleAxis wanted) {
+  const AxisScale natural = group.Times();
+  const std::optional<AxisScale> path = group.HalfPaths();
   SampleAxes shown;
-  shown.first = ToPlotAxis(
-      natural, group.sampleUnits == kvt_UnitSecond ? "Time of flight" : "Sound path", "sample");
+  shown.first =
+      ToPlotAxis(natural, natural.symbol == "µs" ? "Time of flight" : "Sound path", "sample");
   if (wanted == SampleAxis::Path && !path && natural.symbol != "mm")
-    throw Failure(name,
+    throw Failure(group.Name(),
                   "has no sound path",
                   "its sound speed is not known",
                   "--samples time shows the time of flight");
@@ -65,49 +63,46 @@ SampleAxes SampleAxesOf(const CGDataTypeFDD& group,
   return shown;
 }
 
-std::string Caption(const CGDataTypeFDD& group) {
-  std::string label = Printable(Label(group));
+std::string Caption(const DataGroup& group) {
+  std::string label = Printable(group.Label());
   label.erase(label.find_last_not_of(' ') + 1);
   return label;
 }
 
-std::string RowText(const GroupAxes& axes, std::uint32_t row) {
-  return Named(axes.Rows(), "row", row);
+std::string RowText(const DataGroup& group, std::uint32_t row) {
+  return Named(group.Rows(), "row", row);
 }
-std::string ColumnText(const GroupAxes& axes, std::uint32_t column) {
-  return Named(axes.Columns(), "column", column);
+std::string ColumnText(const DataGroup& group, std::uint32_t column) {
+  return Named(group.Columns(), "column", column);
 }
-std::string RowPlace(const GroupAxes& axes, std::uint32_t row) {
-  return Place(axes.Rows(), "row", row);
+std::string RowPlace(const DataGroup& group, std::uint32_t row) {
+  return Place(group.Rows(), "row", row);
 }
-std::string ColumnPlace(const GroupAxes& axes, std::uint32_t column) {
-  return Place(axes.Columns(), "column", column);
-}
-
-std::string SamplePlace(const GroupAxes& axes, std::uint32_t sample) {
-  const std::optional<ShownAxis> path = axes.HalfPath();
-  return Place(axes.Samples(), "sample", sample) +
-         (path ? ", " + path->Text(sample) + " half path" : "");
+std::string ColumnPlace(const DataGroup& group, std::uint32_t column) {
+  return Place(group.Columns(), "column", column);
 }
 
-std::string AmplitudeText(const GroupAxes& axes, double percent) {
-  return axes.PercentText(std::abs(percent)) + " (" + axes.DecibelText(percent) + ")";
+std::string SamplePlace(const DataGroup& group, std::uint32_t sample) {
+  const std::optional<AxisScale> path = group.HalfPaths();
+  return Place(group.Times(), "sample", sample) +
+         (path ? ", " + AxisText(*path, sample) + " half path" : "");
+}
+
+std::string AmplitudeText(const DataGroup& group, double percent) {
+  return group.AmplitudeText(std::abs(percent), unit_DataPercent) + " (" +
+         group.AmplitudeText(percent, unit_DataDecibel) + ")";
 }
 
 std::string GainText(std::uint32_t gain) {
   return gain > 1 ? " · soft gain × " + std::to_string(gain) : "";
 }
 
-void CheckRow(const CGDataTypeFDD& group,
-              std::optional<std::uint32_t> row,
-              const std::string& name) {
-  CheckIndex("row", row, group.rowQuantity, name);
+void CheckRow(const DataGroup& group, std::optional<std::uint32_t> row) {
+  CheckIndex("row", row, group.RowQuantity(), group.Name());
 }
 
-void CheckColumn(const CGDataTypeFDD& group,
-                 std::optional<std::uint32_t> column,
-                 const std::string& name) {
-  CheckIndex("column", column, group.columnQuantity, name);
+void CheckColumn(const DataGroup& group, std::optional<std::uint32_t> column) {
+  CheckIndex("column", column, group.ColumnQuantity(), group.Name());
 }
 
 }  // namespace utdata::program

@@ -5,9 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "document/host.h"
-#include "interfaces/kvtiff19.h"
 #include "pictures/plot.h"
+#include "utdata/samples.h"
 
 namespace utdata::program {
 
@@ -28,10 +27,7 @@ struct CScan {
 };
 
 /// REQUIRES: the group is of class 1, of which the largest amplitude of each cell is shown, or 2 or
-/// 3, whose values are. Throws Failure, which begins with `name`, when its samples cannot be shown.
-[[nodiscard]] CScan MakeCScan(Host& host,
-                              const CGDataTypeFDD& group,
-                              const std::string& name,
-                              const CScanOptions& options);
+/// 3, whose values are. Throws Error or Failure when its samples cannot be shown.
+[[nodiscard]] CScan MakeCScan(const DataGroup& group, const CScanOptions& options);
 
 }  // namespace utdata::program

@@ -1,14 +1,14 @@
 #include "pictures/section.h"
 
+#include "terminal/progress.h"
+
 #include "pictures/amplitude_scale.h"
-#include "samples/group_axes.h"
-#include "samples/group_samples.h"
 
 namespace utdata::program {
 namespace {
 
-CellRange CellsOf(const CGDataTypeFDD& group, Cut cut, std::uint32_t position) {
-  return cut == Cut::AlongRow ? CellsOfRow(group, position) : CellsOfColumn(group, position);
+CellRange CellsOf(const DataGroup& group, Cut cut, std::uint32_t position) {
+  return cut == Cut::AlongRow ? group.CellsOfRow(position) : group.CellsOfColumn(position);
 }
 
 /// Samples run down the picture: the cells of the section stand upright beside each other.
@@ -23,54 +23,47 @@ std::vector<std::uint8_t> Upright(const std::vector<std::uint8_t>& codes,
   return places;
 }
 
-void SetTexts(Section& section,
-              const CGDataTypeFDD& group,
-              const GroupAxes& axes,
-              const SectionOptions& options) {
+void SetTexts(Section& section, const DataGroup& group, const SectionOptions& options) {
   const bool alongRow = options.cut == Cut::AlongRow;
   section.plot.title =
-      Caption(group) + (alongRow ? " · B-scan at " + RowText(axes, section.row)
-                                 : " · D-scan at " + ColumnText(axes, section.column));
+      Caption(group) + (alongRow ? " · B-scan at " + RowText(group, section.row)
+                                 : " · D-scan at " + ColumnText(group, section.column));
   if (!options.position) section.plot.title += ", that of the strongest cell";
   section.plot.notes = {
-      "Strongest echo " + AmplitudeText(axes, section.percent) + " at " +
-      (alongRow ? ColumnPlace(axes, section.column) : RowPlace(axes, section.row)) + ", " +
-      SamplePlace(axes, section.sample) + GainText(section.gain)};
+      "Strongest echo " + AmplitudeText(group, section.percent) + " at " +
+      (alongRow ? ColumnPlace(group, section.column) : RowPlace(group, section.row)) + ", " +
+      SamplePlace(group, section.sample) + GainText(section.gain)};
 }
 
 }  // namespace
 
-Section MakeSection(Host& host,
-                    const CGDataTypeFDD& group,
-                    const std::string& name,
-                    const SectionOptions& options) {
-  GroupSamples samples(host, group, name);
-  const GroupAxes axes(host, group);
+Section MakeSection(const DataGroup& group, const SectionOptions& options) {
+  Samples samples = group.Samples();
   const bool alongRow = options.cut == Cut::AlongRow;
-  (alongRow ? CheckRow : CheckColumn)(group, options.position, name);
+  (alongRow ? CheckRow : CheckColumn)(group, options.position);
   Section section;
   ImagePlot& plot = section.plot;
-  plot.across = alongRow ? ColumnAxis(axes) : RowAxis(axes);
-  SampleAxes down = SampleAxesOf(group, axes, options.samples, name);
+  plot.across = alongRow ? ColumnAxis(group) : RowAxis(group);
+  SampleAxes down = SampleAxesOf(group, options.samples);
   plot.down = std::move(down.first);
   plot.downAgain = std::move(down.again);
   plot.sameScale = plot.across.unit == "mm" && plot.down.unit == "mm";
 
   const CellRange searched =
-      options.position ? CellsOf(group, options.cut, *options.position) : AllCells(group);
-  const StrongestSample strongest = samples.FindPeaks(searched, options.quiet).strongest;
-  section.row = static_cast<std::uint32_t>(strongest.cell / group.columnQuantity);
-  section.column = static_cast<std::uint32_t>(strongest.cell % group.columnQuantity);
+      options.position ? CellsOf(group, options.cut, *options.position) : group.AllCells();
+  const StrongestSample strongest = samples.FindPeaks(searched, Watching(options.quiet)).strongest;
+  section.row = static_cast<std::uint32_t>(strongest.cell / group.ColumnQuantity());
+  section.column = static_cast<std::uint32_t>(strongest.cell % group.ColumnQuantity());
   section.sample = strongest.sample;
-  section.percent = axes.Percent(strongest.value);
+  section.percent = group.Percent(strongest.value);
   if (samples.CanAmplify()) section.gain = options.gain.value_or(FittingGain(section.percent));
 
-  const CodeMeaning meaning = MeaningOf(group, axes);
-  plot.scale = AmplitudeScale(meaning, axes, section.gain);
+  const CodeMeaning meaning = MeaningOf(group, samples.Span());
+  plot.scale = AmplitudeColors(meaning, group, section.gain);
   const CellRange shown = CellsOf(group, options.cut, alongRow ? section.row : section.column);
-  plot.codes = Upright(samples.Codes(shown, section.gain), group.sampleQuantity, meaning);
+  plot.codes = Upright(samples.Codes(shown, section.gain), group.SampleQuantity(), meaning);
   plot.marked = ImagePlot::Cell{alongRow ? section.column : section.row, section.sample};
-  SetTexts(section, group, axes, options);
+  SetTexts(section, group, options);
   return section;
 }
 

@@ -5,10 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "document/host.h"
-#include "interfaces/kvtiff19.h"
 #include "pictures/captions.h"
 #include "pictures/plot.h"
+#include "utdata/samples.h"
 
 namespace utdata::program {
 
@@ -36,11 +35,8 @@ struct Section {
   std::uint32_t gain = 1;
 };
 
-/// REQUIRES: the group is of class 1. Throws Failure, which begins with `name`, when its samples
+/// REQUIRES: the group is of class 1. Throws Error or Failure when its samples
 /// cannot be shown, the row or column is not there, or a path is wanted and not known.
-[[nodiscard]] Section MakeSection(Host& host,
-                                  const CGDataTypeFDD& group,
-                                  const std::string& name,
-                                  const SectionOptions& options);
+[[nodiscard]] Section MakeSection(const DataGroup& group, const SectionOptions& options);
 
 }  // namespace utdata::program

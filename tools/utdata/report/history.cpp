@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "document/data_group.h"
 #include "listing/tree.h"
 #include "report/fields.h"
 #include "terminal/text.h"
@@ -49,7 +48,7 @@ std::string Word(const std::string& type, const Fields& fields) {
   if (dataClass == fields.end() || !dataClass->second.is_number_unsigned()) return type;
   CGDataTypeFDD group;
   group.dataClass = static_cast<gdata_enumDataClass>(dataClass->second.get<std::uint32_t>());
-  return ClassName(group);
+  return ClassNameOf(group);
 }
 
 /// "gate 1, channel 0": the type, and the ids that tell it from others of its type.
@@ -126,11 +125,11 @@ class History {
 
 }  // namespace
 
-Json HistoryJson(const Document& document) {
+Json HistoryJson(const Inspection& inspection) {
   History history;
-  for (const SCFile::FileHandle file : document.Groups().files) {
-    const std::filesystem::path path(SCFile::file_Path(file));
-    history.Read(TreeJson(file, false), ToUtf8(path.filename().wstring()));
+  for (const SCFile::FileHandle file : inspection.Descriptor().files) {
+    const std::filesystem::path path(ToUtf8(SCFile::file_Path(file)));
+    history.Read(TreeJson(file, false), path.filename().string());
   }
   return history.Events();
 }

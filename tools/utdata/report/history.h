@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "document/document.h"
+#include "utdata/inspection.h"
 
 namespace utdata::program {
 
@@ -11,6 +11,6 @@ namespace utdata::program {
 /// [{"file", "write", "what", "changes": [[field, before, after], ...]}]. `write` counts the writes
 /// of a file from 1; a group that came later has no changes. Values are in the user's units where
 /// fields have one, else as they are stored. Throws Failure when a file cannot be read.
-[[nodiscard]] nlohmann::ordered_json HistoryJson(const Document& document);
+[[nodiscard]] nlohmann::ordered_json HistoryJson(const Inspection& inspection);
 
 }  // namespace utdata::program

@@ -17,7 +17,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::string FileName(const std::string& path) {
-  return ToUtf8(std::filesystem::path(ToWide(path)).filename().wstring());
+  return std::filesystem::path(path).filename().string();
 }
 
 /// JSON within a script element: nothing in it can end the element.
@@ -31,10 +31,20 @@ std::string JsonText(const Json& json) {
   return text;
 }
 
-std::string TitleOf(const Document& document) {
-  for (const CGInfoTypeDescr* info : document.Groups().infos)
+std::string TitleOf(const Inspection& inspection) {
+  for (const CGInfoTypeDescr* info : inspection.Descriptor().infos)
     if (!info->title.empty()) return ToUtf8(info->title);
-  return FileName(document.Path());
+  return FileName(inspection.Path());
+}
+
+/// Levels in decibels are a straight line over the decades of percent: where it is at full scale,
+/// and how far it rises a decade.
+Json DecibelsJson(const Inspection& inspection) {
+  for (const DataGroup& group : inspection.Data())
+    if (group.HoldsAmplitudes())
+      return {{"full", group.Decibels(100)},
+              {"perDecade", group.Decibels(100) - group.Decibels(10)}};
+  return nullptr;
 }
 
 void Replace(std::string& page, std::string_view mark, std::string_view text) {
@@ -44,18 +54,19 @@ void Replace(std::string& page, std::string_view mark, std::string_view text) {
 
 }  // namespace
 
-Report MakeReport(const Document& document, const ReportOptions& options) {
-  ReportViews views = MakeViews(document, options.sampleLimit, options.quiet);
+Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
+  ReportViews views = MakeViews(inspection, options.sampleLimit, options.quiet);
   Json files = Json::array();
-  for (const std::string& file : document.Files()) files.push_back(FileName(file));
-  const Json facts = {{"title", TitleOf(document)},
+  for (const std::string& file : inspection.Files()) files.push_back(FileName(file));
+  const Json facts = {{"title", TitleOf(inspection)},
                       {"files", std::move(files)},
                       {"maker", "utdata " UTDATA_VERSION},
-                      {"tables", TablesJson(document)},
+                      {"tables", TablesJson(inspection)},
+                      {"decibels", DecibelsJson(inspection)},
                       {"views", views.views},
                       {"missing", views.missing},
-                      {"defects", DefectsJson(document)},
-                      {"history", HistoryJson(document)}};
+                      {"defects", DefectsJson(inspection)},
+                      {"history", HistoryJson(inspection)}};
   std::string values;
   for (std::size_t index = 0; index < views.packed.size(); ++index)
     values += "<script type=\"text/plain\" id=\"values" + std::to_string(index) + "\">" +

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "document/document.h"
+#include "utdata/inspection.h"
 
 namespace utdata::program {
 
@@ -23,6 +23,6 @@ struct Report {
 };
 
 /// Throws Failure when the files cannot be read.
-[[nodiscard]] Report MakeReport(const Document& document, const ReportOptions& options);
+[[nodiscard]] Report MakeReport(const Inspection& inspection, const ReportOptions& options);
 
 }  // namespace utdata::program

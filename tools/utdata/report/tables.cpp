@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "document/group_ids.h"
+#include "editing/group_ids.h"
 #include "report/fields.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
@@ -107,8 +107,8 @@ Rows DacRows(const CGDacTypeDescr& dac) {
 
 }  // namespace
 
-Json TablesJson(const Document& document) {
-  const CFContTypeFileDescr& groups = document.Groups();
+Json TablesJson(const Inspection& inspection) {
+  const CFContTypeFileDescr& groups = inspection.Descriptor();
   Json tables = Json::array();
   AddTables(tables, "Inspection", groups.infos);
   AddTable(tables, "Specimen", SpecimenRows(groups));
@@ -125,13 +125,13 @@ Json TablesJson(const Document& document) {
   return tables;
 }
 
-Json DefectsJson(const Document& document) {
+Json DefectsJson(const Inspection& inspection) {
   Json columns = {"#", "text 1", "text 2"};
   for (int value = 1; value <= 8; ++value) columns.push_back("value " + std::to_string(value));
   for (int number = 1; number <= 3; ++number) columns.push_back("number " + std::to_string(number));
   columns.push_back("entries");
   Json rows = Json::array();
-  for (const stDefectExtern* defect : document.Groups().defects) {
+  for (const stDefectExtern* defect : inspection.Descriptor().defects) {
     Json row = {
         std::to_string(rows.size() + 1), ToUtf8(defect->firstText), ToUtf8(defect->secondText)};
     for (const double value : defect->values) row.push_back(Number(value));

@@ -3,15 +3,15 @@
 
 #include <nlohmann/json.hpp>
 
-#include "document/document.h"
+#include "utdata/inspection.h"
 
 namespace utdata::program {
 
 /// [{"title", "rows": [[name, value], ...]}, ...], without tables that say nothing.
-[[nodiscard]] nlohmann::ordered_json TablesJson(const Document& document);
+[[nodiscard]] nlohmann::ordered_json TablesJson(const Inspection& inspection);
 
 /// {"columns": [name, ...], "rows": [[value, ...], ...]}; the meaning of a defect's eight values is
 /// the host's.
-[[nodiscard]] nlohmann::ordered_json DefectsJson(const Document& document);
+[[nodiscard]] nlohmann::ordered_json DefectsJson(const Inspection& inspection);
 
 }  // namespace utdata::program

@@ -4,20 +4,19 @@
 #include <cmath>
 #include <utility>
 
-#include "document/data_group.h"
 #include "report/packing.h"
-#include "samples/group_axes.h"
-#include "samples/group_samples.h"
 #include "terminal/failure.h"
+#include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/samples.h"
 
 namespace utdata::program {
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json AxisJson(const ShownAxis& axis, const char* plainUnit) {
+Json AxisJson(const AxisScale& axis, const char* plainUnit) {
   return {{"unit", axis.symbol.empty() ? plainUnit : axis.symbol},
           {"plain", axis.symbol.empty()},
           {"first", axis.first},
@@ -25,58 +24,62 @@ Json AxisJson(const ShownAxis& axis, const char* plainUnit) {
           {"quantity", axis.quantity}};
 }
 
-bool IsCScan(const CGDataTypeFDD& group) {
-  return PlainClass(group) == gdata_CScanAmplitude || PlainClass(group) == gdata_CScanPosition;
+bool IsCScan(const DataGroup& group) {
+  return group.Class() == gdata_CScanAmplitude || group.Class() == gdata_CScanPosition;
 }
 
-bool HaveSameCells(const CGDataTypeFDD& a, const CGDataTypeFDD& b) {
-  return a.channelId == b.channelId && a.subChannelId == b.subChannelId &&
-         a.GetPatchID() == b.GetPatchID() && a.rowQuantity == b.rowQuantity &&
-         a.columnQuantity == b.columnQuantity;
+bool HaveSameCells(const DataGroup& a, const DataGroup& b) {
+  return a.Stored().channelId == b.Stored().channelId &&
+         a.Stored().subChannelId == b.Stored().subChannelId &&
+         a.Stored().GetPatchID() == b.Stored().GetPatchID() && a.RowQuantity() == b.RowQuantity() &&
+         a.ColumnQuantity() == b.ColumnQuantity();
 }
 
-std::string Name(const CGDataTypeFDD& group) {
-  std::string label = Label(group);
+std::string Name(const DataGroup& group) {
+  std::string label = group.Label();
   label.erase(label.find_last_not_of(' ') + 1);
   return label;
 }
 
-/// Percent of full scale of one step of the samples, on either side of their zero.
-Json AmplitudeJson(const CGDataTypeFDD& group, const GroupAxes& axes) {
-  const double zero = ZeroOfSamples(group);
-  return {{"zero", zero}, {"above", axes.Percent(zero + 1)}, {"below", -axes.Percent(zero - 1)}};
+/// Percent of full scale of one step of the samples, on either side of zero.
+Json AmplitudeJson(const DataGroup& group) {
+  const AmplitudeScale scale = group.Amplitudes();
+  return {{"above", scale.above}, {"below", scale.below}};
+}
+
+/// Numbers rounded to a micrometre; null where there is none.
+Json TableJson(const std::vector<double>& values) {
+  Json table = Json::array();
+  for (const double value : values)
+    table.push_back(std::isfinite(value) ? Json(std::round(value * 1e3) / 1e3) : Json());
+  return table;
 }
 
 class ViewMaker {
  public:
-  ViewMaker(const Document& document, std::uint64_t sampleLimit, bool quiet)
-      : m_host(document.GetHost()),
-        m_groups(document.Groups().data.begin(), document.Groups().data.end()),
-        m_gates(document.Groups().gates.begin(), document.Groups().gates.end()),
-        m_room(sampleLimit),
-        m_limit(sampleLimit),
-        m_quiet(quiet) {}
+  ViewMaker(const Inspection& inspection, std::uint64_t sampleLimit, bool quiet)
+      : m_groups(inspection.Data()), m_room(sampleLimit), m_limit(sampleLimit), m_quiet(quiet) {}
 
   ReportViews Make() {
     std::vector<bool> isLayer(m_groups.size());
     for (std::size_t index = 0; index < m_groups.size(); ++index) {
-      if (PlainClass(*m_groups[index]) != gdata_AScan) continue;
+      if (!m_groups[index].HasAScans()) continue;
       Try([&] { AddAScans(index, isLayer); });
     }
     for (std::size_t index = 0; index < m_groups.size(); ++index) {
-      const CGDataTypeFDD& group = *m_groups[index];
-      if (isLayer[index] || PlainClass(group) == gdata_AScan) continue;
+      const DataGroup& group = m_groups[index];
+      if (isLayer[index] || group.HasAScans()) continue;
       if (IsCScan(group))
         Try([&] { AddCScan(index); });
       else
-        m_made.missing.push_back(Title(index) + ": " + ClassName(group) + " data is not drawn");
+        m_made.missing.push_back(Title(index) + ": " + group.ClassName() + " data is not drawn");
     }
     return std::move(m_made);
   }
 
  private:
   [[nodiscard]] std::string Title(std::size_t index) const {
-    return "data group " + std::to_string(index) + " (" + Name(*m_groups[index]) + ")";
+    return "data group " + std::to_string(index) + " (" + Name(m_groups[index]) + ")";
   }
 
   /// A group that cannot be shown is told of in the page, which shows the others.
@@ -85,7 +88,7 @@ class ViewMaker {
     try {
       job();
     } catch (const Failure& failure) {
-      m_made.missing.push_back(failure.what());
+      m_made.missing.push_back(LineOf(failure));
     }
   }
 
@@ -94,79 +97,67 @@ class ViewMaker {
     return m_made.packed.size() - 1;
   }
 
-  static Json Frame(const CGDataTypeFDD& group, const GroupAxes& axes) {
+  static Json Frame(const DataGroup& group) {
     return {{"label", Name(group)},
-            {"kind", ClassName(group)},
-            {"columns", AxisJson(axes.Columns(), "column")},
-            {"rows", AxisJson(axes.Rows(), "row")},
+            {"kind", group.ClassName()},
+            {"columns", AxisJson(group.Columns(), "column")},
+            {"rows", AxisJson(group.Rows(), "row")},
             {"layers", Json::array()}};
   }
 
-  Json Layer(const GroupSamples& samples, const CGDataTypeFDD& group, const GroupAxes& axes) {
-    const Peaks peaks = samples.FindPeaks(AllCells(group), m_quiet);
-    std::vector<std::uint16_t> values(peaks.raw.size());
-    std::transform(peaks.raw.begin(), peaks.raw.end(), values.begin(), [&](std::uint16_t raw) {
-      return static_cast<std::uint16_t>(samples.ValueOf(raw));
-    });
-    const bool hasPositions = PlainClass(group) == gdata_CScanPosition;
-    Json layer = {{"label",
-                   PlainClass(group) == gdata_AScan ? "largest amplitude"
-                                                    : ClassName(group) + " " + Name(group)},
-                  {"values", Pack(values)},
-                  {"signed", IsSigned(group)},
-                  {"strongest", peaks.strongest.cell}};
-    if (PlainClass(group) != gdata_AScan) layer["gate"] = group.gateId;
-    if (!hasPositions) layer["amplitude"] = AmplitudeJson(group, axes);
-    if (hasPositions) layer["position"] = AxisJson(axes.Positions(), "value");
-    if (const auto path = axes.PositionsOnHalfPath(); hasPositions && path)
+  Json Layer(const DataGroup& group) {
+    const Samples samples = group.Samples();
+    const Peaks peaks = samples.FindPeaks(group.AllCells(), Watching(m_quiet));
+    const std::vector<std::uint16_t> values(peaks.values.begin(), peaks.values.end());
+    const bool hasPositions = group.HoldsPositions();
+    Json layer = {
+        {"label", group.HasAScans() ? "largest amplitude" : group.ClassName() + " " + Name(group)},
+        {"values", Pack(values)},
+        {"signed", samples.IsSigned()},
+        {"strongest", peaks.strongest.cell}};
+    if (!group.HasAScans()) layer["gate"] = group.Stored().gateId;
+    if (!hasPositions) layer["amplitude"] = AmplitudeJson(group);
+    if (hasPositions) layer["position"] = AxisJson(group.Times(), "value");
+    if (const auto path = group.HalfPaths(); hasPositions && path)
       layer["path"] = AxisJson(*path, "value");
     return layer;
   }
 
-  [[nodiscard]] static bool IsSigned(const CGDataTypeFDD& group) {
-    return group.GetDataType() == kvt_Int8 || group.GetDataType() == kvt_Int16;
-  }
-
   /// The largest amplitudes and, if there is room, the samples; then the C-scans of the same cells.
   void AddAScans(std::size_t number, std::vector<bool>& isLayer) {
-    const CGDataTypeFDD& group = *m_groups[number];
-    const GroupSamples samples(m_host, group, Title(number));
-    const GroupAxes axes(m_host, group);
-    Json view = Frame(group, axes);
-    view["samples"] = AxisJson(axes.Samples(), "sample");
-    if (const auto path = axes.HalfPath()) view["path"] = AxisJson(*path, "sample");
-    view["angle"] = std::isfinite(group.probeAngle) ? group.probeAngle : 0.0F;
-    view["thickness"] = std::isfinite(group.partThickness) ? group.partThickness * 1e3 : 0.0;
-    view["amplitude"] = AmplitudeJson(group, axes);
-    view["wave"] = group.tofd == 1;
-    view["signed"] = IsSigned(group);
+    const DataGroup& group = m_groups[number];
+    const Samples samples = group.Samples();
+    Json view = Frame(group);
+    view["samples"] = AxisJson(group.Times(), "sample");
+    if (const auto path = group.HalfPaths()) view["path"] = AxisJson(*path, "sample");
+    if (const auto depth = group.Depths()) view["depth"] = AxisJson(*depth, "sample");
+    if (const auto depths = group.TofdDepths(); !depths.empty())
+      view["tofdDepths"] = TableJson(depths);
+    view["amplitude"] = AmplitudeJson(group);
+    view["wave"] = group.IsTofd();
+    view["signed"] = samples.IsSigned();
     view["gates"] = GatesJson(group);
-    view["layers"].push_back(Layer(samples, group, axes));
+    view["layers"].push_back(Layer(group));
     view["ascans"] = PackAScans(samples, group);
     for (std::size_t index = 0; index < m_groups.size(); ++index) {
-      const CGDataTypeFDD& cscan = *m_groups[index];
+      const DataGroup& cscan = m_groups[index];
       if (isLayer[index] || !IsCScan(cscan) || !HaveSameCells(group, cscan)) continue;
       isLayer[index] = true;
-      Try([&] {
-        const GroupSamples values(m_host, cscan, Title(index));
-        view["layers"].push_back(Layer(values, cscan, GroupAxes(m_host, cscan)));
-      });
+      Try([&] { view["layers"].push_back(Layer(cscan)); });
     }
     m_made.views.push_back(std::move(view));
   }
 
   void AddCScan(std::size_t number) {
-    const CGDataTypeFDD& group = *m_groups[number];
-    const GroupSamples samples(m_host, group, Title(number));
-    const GroupAxes axes(m_host, group);
-    Json view = Frame(group, axes);
-    view["layers"].push_back(Layer(samples, group, axes));
+    const DataGroup& group = m_groups[number];
+    Json view = Frame(group);
+    view["layers"].push_back(Layer(group));
     m_made.views.push_back(std::move(view));
   }
 
-  Json PackAScans(const GroupSamples& samples, const CGDataTypeFDD& group) {
-    const std::uint64_t cells = samples.Cells().Cells();
-    const std::uint64_t vector = samples.Cells().SamplesPerCell();
+  Json PackAScans(const Samples& samples, const DataGroup& group) {
+    const std::uint64_t cells = samples.CellQuantity();
+    const std::uint64_t vector = samples.SamplesPerCell();
     if (vector > m_room / 2 / cells) {
       m_made.missing.push_back(
           "A-scans of " + Name(group) + ": " + Bytes(2 * vector * cells) + " of samples and " +
@@ -184,31 +175,24 @@ class ViewMaker {
   }
 
   /// The gates of the channel that stand still, their ends as places between samples.
-  [[nodiscard]] Json GatesJson(const CGDataTypeFDD& group) const {
+  [[nodiscard]] static Json GatesJson(const DataGroup& group) {
     Json gates = Json::array();
-    if (group.sampleUnits != kvt_UnitSecond || !(group.sampleResolution > 0)) return gates;
-    for (const CGGateTypeDescr* gate : m_gates) {
-      if (gate->channelId != group.channelId || gate->enabled == 0 ||
-          gate->reference != ggate_RefInitialPulse)
-        continue;
-      const double from = (double{gate->start} - group.sampleOffset) / group.sampleResolution;
-      const double width = double{gate->width} / group.sampleResolution;
+    for (const PlacedGate& placed : group.Gates()) {
+      if (!placed.isPlaced) continue;
+      const CGGateTypeDescr& gate = *placed.gate;
       gates.push_back(
-          {{"name",
-            gate->name.empty() ? "gate " + std::to_string(gate->gateId) : ToUtf8(gate->name)},
-           {"id", gate->gateId},
-           {"from", from},
-           {"to", from + width},
-           {"above", gate->positiveLevel},
-           {"below", gate->negativeLevel},
-           {"polarity", static_cast<std::uint32_t>(gate->polarity)}});
+          {{"name", gate.name.empty() ? "gate " + std::to_string(gate.gateId) : ToUtf8(gate.name)},
+           {"id", gate.gateId},
+           {"from", placed.from},
+           {"to", placed.to},
+           {"above", gate.positiveLevel},
+           {"below", gate.negativeLevel},
+           {"polarity", static_cast<std::uint32_t>(gate.polarity)}});
     }
     return gates;
   }
 
-  Host& m_host;
-  std::vector<const CGDataTypeFDD*> m_groups;
-  std::vector<const CGGateTypeDescr*> m_gates;
+  const std::vector<DataGroup>& m_groups;
   std::uint64_t m_room;  ///< bytes that A-scans may still take
   std::uint64_t m_limit;
   bool m_quiet;
@@ -217,8 +201,8 @@ class ViewMaker {
 
 }  // namespace
 
-ReportViews MakeViews(const Document& document, std::uint64_t sampleLimit, bool quiet) {
-  return ViewMaker(document, sampleLimit, quiet).Make();
+ReportViews MakeViews(const Inspection& inspection, std::uint64_t sampleLimit, bool quiet) {
+  return ViewMaker(inspection, sampleLimit, quiet).Make();
 }
 
 }  // namespace utdata::program

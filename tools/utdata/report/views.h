@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "document/document.h"
+#include "utdata/inspection.h"
 
 namespace utdata::program {
 
@@ -21,7 +21,7 @@ struct ReportViews {
 
 /// @param sampleLimit bytes of A-scans, two a sample, that a page may carry; of a group that has no
 ///                    room in it only the largest amplitude of each cell is carried
-[[nodiscard]] ReportViews MakeViews(const Document& document,
+[[nodiscard]] ReportViews MakeViews(const Inspection& inspection,
                                     std::uint64_t sampleLimit,
                                     bool quiet);
 

@@ -6,8 +6,11 @@
 #include <array>
 #include <atomic>
 #include <string_view>
+#include <utility>
 
+#include "interfaces/os.h"
 #include "terminal/failure.h"
+#include "terminal/text.h"
 
 namespace utdata::program {
 namespace {
@@ -15,18 +18,27 @@ namespace {
 constexpr std::array<int, 3> stopSignals = {SIGINT, SIGTERM, SIGHUP};
 std::array<struct sigaction, stopSignals.size()> formerActions;
 std::atomic<bool> stopAsked = false;
-std::atomic<const char*> unfinishedPath = nullptr;
-static_assert(std::atomic<const char*>::is_always_lock_free, "the signal handler reads it");
+std::atomic<bool> stopAtOnce = false;
+std::array<std::atomic<const char*>, 8> leftovers;
+static_assert(std::atomic<const char*>::is_always_lock_free, "signal handlers read them");
 
 /// Calls only what is allowed in a signal handler.
+[[noreturn]] void EndAtOnce(std::string_view line, int status) {
+  for (const std::atomic<const char*>& leftover : leftovers)
+    if (const char* path = leftover) unlink(path);
+  if (write(STDERR_FILENO, line.data(), line.size()) < 0) _exit(status);
+  _exit(status);
+}
+
 extern "C" void OnStopSignal(int) {
   stopAsked = true;
-  const char* path = unfinishedPath;
-  if (!path) return;
-  constexpr std::string_view line = "utdata: interrupted; nothing was written\n";
-  if (unlink(path) == 0 && write(STDERR_FILENO, line.data(), line.size()) < 0)
-    _exit(interruptedStatus);
-  _exit(interruptedStatus);
+  if (stopAtOnce) EndAtOnce("utdata: interrupted; nothing was written\n", interruptedStatus);
+}
+
+extern "C" void OnBusError(int number, siginfo_t* info, void*) {
+  if (info->si_code == BUS_ADRERR)
+    EndAtOnce("utdata: a file was cut short or lost while it was read; nothing was written\n", 1);
+  signal(number, SIG_DFL);  // a fault of another kind happens again
 }
 
 }  // namespace
@@ -52,11 +64,32 @@ void ThrowIfInterrupted() {
   if (stopAsked) throw Interrupted();
 }
 
-UnfinishedFileScope::UnfinishedFileScope(const std::string& path) : m_unfinished(path + ".part") {
-  ThrowIfInterrupted();
-  unfinishedPath = m_unfinished.c_str();
+void EndWhenAFileIsCut() {
+  struct sigaction action = {};
+  action.sa_sigaction = OnBusError;
+  action.sa_flags = SA_SIGINFO;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGBUS, &action, nullptr);
 }
 
-UnfinishedFileScope::~UnfinishedFileScope() { unfinishedPath = nullptr; }
+LeftoverScope::LeftoverScope(std::string path) : m_path(std::move(path)), m_place(0) {
+  for (; m_place < leftovers.size(); ++m_place) {
+    const char* none = nullptr;
+    if (leftovers[m_place].compare_exchange_strong(none, m_path.c_str())) return;
+  }
+}
+
+LeftoverScope::~LeftoverScope() {
+  if (m_place < leftovers.size()) leftovers[m_place] = nullptr;
+}
+
+UnfinishedFileScope::UnfinishedFileScope(const std::string& path) {
+  ThrowIfInterrupted();
+  const std::string unfinished = path + ".part";
+  if (!os::CurrentFileSystem().Exists(ToWide(unfinished))) m_unfinished.emplace(unfinished);
+  stopAtOnce = true;
+}
+
+UnfinishedFileScope::~UnfinishedFileScope() { stopAtOnce = false; }
 
 }  // namespace utdata::program

@@ -1,6 +1,9 @@
-// Ctrl-C while a file is being made: the program ends in order, and nothing half-written stays.
+// Ctrl-C while a file is being made, or a file that is cut while it is read: the program ends in
+// order, and nothing half-written stays.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 
 namespace utdata::program {
@@ -18,8 +21,27 @@ class InterruptScope {
 /// Throws Interrupted when the user has asked to stop.
 void ThrowIfInterrupted();
 
-/// While one exists inside an InterruptScope, an interrupt takes the unfinished form of a file away
-/// and ends the program at once: for calls that cannot be asked to stop. One at a time.
+/// From now on a file that is cut short by another while it is read as memory ends the program with
+/// a message and exit status 1, and takes away what is left at the LeftoverScopes.
+void EndWhenAFileIsCut();
+
+/// While one exists, a program that has to end at once takes a file away first. Eight at a time;
+/// one more has no effect.
+class LeftoverScope {
+ public:
+  explicit LeftoverScope(std::string path);
+  ~LeftoverScope();
+  LeftoverScope(const LeftoverScope&) = delete;
+  LeftoverScope& operator=(const LeftoverScope&) = delete;
+
+ private:
+  std::string m_path;
+  std::size_t m_place;
+};
+
+/// While one exists inside an InterruptScope, an interrupt takes the unfinished form of a file away,
+/// unless that was there before, and ends the program at once: for calls that cannot be asked to
+/// stop. One at a time.
 class UnfinishedFileScope {
  public:
   /// @param path the file as it will be called; it is written beside that name, with ".part" added
@@ -29,7 +51,7 @@ class UnfinishedFileScope {
   UnfinishedFileScope& operator=(const UnfinishedFileScope&) = delete;
 
  private:
-  std::string m_unfinished;
+  std::optional<LeftoverScope> m_unfinished;
 };
 
 /// The exit status of an interrupted program.

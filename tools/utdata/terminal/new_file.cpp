@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "terminal/failure.h"
-#include "terminal/interrupt.h"
 #include "terminal/text.h"
 
 namespace utdata::program {
@@ -22,7 +21,7 @@ void ThrowOn(os::Error error, const std::string& path) {
 }  // namespace
 
 void CheckNewFile(const std::string& path, bool replace) {
-  const std::filesystem::path target(ToWide(path));
+  const std::filesystem::path target(path);
   std::error_code ignored;
   if (std::filesystem::is_directory(target, ignored))
     throw Failure(path, cannotBeWritten, "it is a folder");
@@ -33,11 +32,21 @@ void CheckNewFile(const std::string& path, bool replace) {
     throw Failure(path, cannotBeWritten, "its folder does not exist", "make the folder first");
 }
 
-NewFile::NewFile(std::string path) : m_path(std::move(path)) {
-  ThrowOn(
-      os::CurrentFileSystem().Open(ToWide(UnfinishedPath()), os::OpenMode::OpenOrCreate, m_file),
-      m_path);
-  ThrowOn(m_file->Truncate(0), m_path);
+NewFile::NewFile(std::string path, bool replace) : m_path(std::move(path)), m_replace(replace) {
+  os::FileSystem& disk = os::CurrentFileSystem();
+  const std::wstring unfinished = ToWide(UnfinishedPath());
+  os::Error error = disk.Open(unfinished, os::OpenMode::Create, m_file);
+  if (error == os::Error::Exists && replace) {
+    ThrowOn(disk.Remove(unfinished), UnfinishedPath());
+    error = disk.Open(unfinished, os::OpenMode::Create, m_file);
+  }
+  if (error == os::Error::Exists)
+    throw Failure(m_path,
+                  cannotBeWritten,
+                  "'" + UnfinishedPath() + "' is in the way",
+                  "move it away, or replace it with --force");
+  ThrowOn(error, m_path);
+  m_leftover.emplace(UnfinishedPath());
 }
 
 NewFile::~NewFile() {
@@ -50,19 +59,46 @@ void NewFile::Append(std::span<const std::byte> bytes) {
   m_size += bytes.size();
 }
 
-void NewFile::Commit(bool replace) {
+void NewFile::Commit() {
+  os::FileSystem& disk = os::CurrentFileSystem();
   ThrowOn(m_file->Sync(), m_path);
   ThrowIfInterrupted();
-  ThrowOn(os::CurrentFileSystem().Rename(ToWide(UnfinishedPath()), ToWide(m_path), replace),
-          m_path);
+  os::FileIdentity written;
+  os::FileIdentity there;
+  ThrowOn(m_file->Identify(written), m_path);
+  ThrowOn(disk.Identify(ToWide(UnfinishedPath()), there), m_path);
+  if (written != there)
+    throw Failure(m_path, cannotBeWritten, "'" + UnfinishedPath() + "' was taken away");
+  if (m_replace)
+    if (const os::Error error = m_file->CopyPermissionsOf(ToWide(m_path));
+        error != os::Error::NotFound)
+      ThrowOn(error, m_path);
+  ThrowOn(disk.Rename(ToWide(UnfinishedPath()), ToWide(m_path), m_replace), m_path);
   m_whole = true;
+  m_leftover.reset();
+}
+
+void NewFile::Withdraw() {
+  static_cast<void>(os::CurrentFileSystem().Remove(ToWide(m_whole ? m_path : UnfinishedPath())));
+  m_whole = true;
+  m_leftover.reset();
+}
+
+void CommitTogether(NewFile& first, NewFile& second) {
+  first.Commit();
+  try {
+    second.Commit();
+  } catch (...) {
+    first.Withdraw();
+    throw;
+  }
 }
 
 void WriteNewFile(const std::string& path, std::span<const std::byte> bytes, bool replace) {
   const UnfinishedFileScope scope(path);
-  NewFile file(path);
+  NewFile file(path, replace);
   file.Append(bytes);
-  file.Commit(replace);
+  file.Commit();
 }
 
 }  // namespace utdata::program

@@ -4,10 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
 #include "interfaces/os.h"
+#include "terminal/interrupt.h"
 
 namespace utdata::program {
 
@@ -19,8 +21,10 @@ void CheckNewFile(const std::string& path, bool replace);
 /// its end takes it away. Every operation throws Failure.
 class NewFile {
  public:
-  /// Begins the unfinished form, empty.
-  explicit NewFile(std::string path);
+  /// Makes the unfinished form, empty. What stands at its name already is never written into: it
+  /// refuses the file, or is removed when `replace` is true.
+  /// @param replace whether files that are there may be replaced
+  NewFile(std::string path, bool replace);
   ~NewFile();
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
@@ -31,16 +35,23 @@ class NewFile {
 
   void Append(std::span<const std::byte> bytes);
 
-  /// Brings everything to the medium and gives the file its name; what stood there is replaced only
-  /// when `replace` is true. Throws Interrupted when the user has asked to stop.
-  void Commit(bool replace);
+  /// Brings everything to the medium and gives the file its name; a file that is replaced hands its
+  /// permissions on. Throws Interrupted when the user has asked to stop.
+  void Commit();
+  /// Takes the file away again.
+  void Withdraw();
 
  private:
   std::string m_path;
+  bool m_replace;
+  std::optional<LeftoverScope> m_leftover;
   std::unique_ptr<os::File> m_file;
   std::uint64_t m_size = 0;
   bool m_whole = false;
 };
+
+/// Gives files their names, all of them or none.
+void CommitTogether(NewFile& first, NewFile& second);
 
 /// Writes the bytes as a NewFile. An interrupt leaves nothing behind. REQUIRES: an InterruptScope.
 /// Throws Failure.

@@ -1,9 +1,12 @@
 #include "terminal/output.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "terminal/failure.h"
@@ -34,6 +37,14 @@ std::string TextTable::Text(std::size_t indent) const {
 void PrintResult(const std::string& text) {
   if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0)
     throw Failure("standard output", "cannot be written", std::strerror(errno));
+}
+
+nlohmann::ordered_json JsonNumber(float value) {
+  std::array<char, 32> text{};
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+  double shortest = value;
+  std::from_chars(text.data(), end, shortest);
+  return shortest;
 }
 
 }  // namespace utdata::program

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -22,5 +23,9 @@ class TextTable {
 
 /// Writes a result; throws Failure when the stream does not take it (a full disk, a closed pipe).
 void PrintResult(const std::string& text);
+
+/// A number whose shortest decimal form is that of the 32-bit value: 0.001, not
+/// 0.0010000000474974513.
+[[nodiscard]] nlohmann::ordered_json JsonNumber(float value);
 
 }  // namespace utdata::program

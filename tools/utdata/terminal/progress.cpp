@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <utility>
 
 #include "terminal/interrupt.h"
@@ -40,6 +41,14 @@ void Progress::Draw(std::uint64_t done, std::uint64_t total, double elapsed) {
   if (done > 0) line += "  " + Duration(elapsed * (1 - share) / std::max(share, 1e-6)) + " left";
   std::fputs(("\r" + line + "\033[K").c_str(), stderr);
   m_drawn = true;
+}
+
+Watch Watching(bool quiet) {
+  auto progress = std::make_shared<std::unique_ptr<Progress>>();
+  return [progress, quiet](std::string_view task, std::uint64_t done, std::uint64_t total) {
+    if (!*progress) *progress = std::make_unique<Progress>(std::string(task), quiet);
+    (*progress)->At(done, total);
+  };
 }
 
 }  // namespace utdata::program

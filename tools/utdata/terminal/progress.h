@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "utdata/datagroup.h"
+
 namespace utdata::program {
 
 /// Shows itself on a terminal only, and only for work that has run for a second; takes its line
@@ -32,5 +34,8 @@ class Progress {
   Clock::time_point m_start = Clock::now();
   Clock::time_point m_nextDraw = m_start + std::chrono::seconds(1);
 };
+
+/// Shows the work that the library reports as a progress bar, and lets an interrupt end it.
+[[nodiscard]] Watch Watching(bool quiet);
 
 }  // namespace utdata::program

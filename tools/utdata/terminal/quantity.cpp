@@ -60,4 +60,21 @@ std::string OnAxis(double value, kvt_enumUnits units) {
   return Number(value);
 }
 
+std::string AxisText(const AxisScale& axis, double index) {
+  const std::string number = Number(axis.At(index));
+  return axis.symbol.empty() || axis.symbol == "°" ? number + axis.symbol
+                                                   : number + " " + axis.symbol;
+}
+
+std::string SpacingText(const AxisScale& axis) {
+  if (axis.quantity == 1 && axis.first == 0) return "1";
+  return std::to_string(axis.quantity) + " × " + AxisText({axis.symbol, axis.step, 0, 1}, 0);
+}
+
+std::string RangeText(const AxisScale& axis) {
+  if (axis.quantity == 0) return "none";
+  return axis.quantity == 1 ? AxisText(axis, 0)
+                            : Number(axis.At(0)) + " to " + AxisText(axis, axis.quantity - 1.0);
+}
+
 }  // namespace utdata::program

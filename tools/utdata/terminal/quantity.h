@@ -5,6 +5,7 @@
 #include <string>
 
 #include "interfaces/kvtiff19.h"
+#include "utdata/datagroup.h"
 
 namespace utdata::program {
 
@@ -21,5 +22,12 @@ namespace utdata::program {
 
 /// A value on an axis whose base unit is `units`.
 [[nodiscard]] std::string OnAxis(double value, kvt_enumUnits units);
+
+/// A value on an axis of a data group, by its index: "12.5 mm".
+[[nodiscard]] std::string AxisText(const AxisScale& axis, double index);
+/// "256 × 1 mm"; "1" alone where there is no axis to speak of.
+[[nodiscard]] std::string SpacingText(const AxisScale& axis);
+/// "0 to 255 mm"
+[[nodiscard]] std::string RangeText(const AxisScale& axis);
 
 }  // namespace utdata::program

@@ -4,12 +4,8 @@
 #include <array>
 #include <cstdint>
 
-#include "terminal/failure.h"
-
 namespace utdata::program {
 namespace {
-
-constexpr char32_t replacement = 0xFFFD;
 
 bool IsCharacter(char32_t code) { return code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF); }
 
@@ -35,56 +31,7 @@ char32_t NextCharacter(std::string_view text, std::size_t& at) {
   return code >= smallest[more] && IsCharacter(code) ? code : malformed;
 }
 
-void AppendWide(std::wstring& text, char32_t code) {
-  if (sizeof(wchar_t) == 2 && code > 0xFFFF) {
-    text += static_cast<wchar_t>(0xD7C0 + (code >> 10U));
-    code = 0xDC00 + (code & 0x3FFU);
-  }
-  text += static_cast<wchar_t>(code);
-}
-
-void AppendUtf8(std::string& text, char32_t code) {
-  if (code < 0x80) {
-    text += static_cast<char>(code);
-    return;
-  }
-  const unsigned more = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-  const std::array<char32_t, 4> lead = {0, 0xC0, 0xE0, 0xF0};
-  text += static_cast<char>(lead[more] | code >> (6 * more));
-  for (unsigned left = more; left-- > 0;)
-    text += static_cast<char>(0x80U | (code >> (6 * left) & 0x3FU));
-}
-
 }  // namespace
-
-std::wstring ToWide(std::string_view utf8) {
-  std::wstring wide;
-  wide.reserve(utf8.size());
-  for (std::size_t at = 0; at < utf8.size();) {
-    const char32_t code = NextCharacter(utf8, at);
-    if (!IsCharacter(code) || code == 0)
-      throw Failure(std::string(utf8), "cannot be used", "the text is not valid UTF-8");
-    AppendWide(wide, code);
-  }
-  return wide;
-}
-
-std::string ToUtf8(std::wstring_view text) {
-  std::string utf8;
-  utf8.reserve(text.size());
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    auto code = static_cast<char32_t>(text[at]);
-    if (sizeof(wchar_t) == 2 && code >= 0xD800 && code < 0xDC00 && at + 1 < text.size()) {
-      const auto low = static_cast<char32_t>(text[at + 1]);
-      if (low >= 0xDC00 && low <= 0xDFFF) {
-        code = 0x10000 + ((code - 0xD800) << 10U) + (low - 0xDC00);
-        ++at;
-      }
-    }
-    AppendUtf8(utf8, IsCharacter(code) ? code : replacement);
-  }
-  return utf8;
-}
 
 std::string Printable(std::string_view utf8) {
   constexpr std::string_view digits = "0123456789abcdef";

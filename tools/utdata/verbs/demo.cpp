@@ -8,7 +8,6 @@
 #include "demo/demo_inspection.h"
 #include "demo/demo_pictures.h"
 #include "demo/simulate.h"
-#include "document/document.h"
 #include "interfaces/os.h"
 #include "listing/info.h"
 #include "listing/verify.h"
@@ -16,8 +15,11 @@
 #include "terminal/interrupt.h"
 #include "terminal/new_file.h"
 #include "terminal/output.h"
+#include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/igate.h"
+#include "utdata/samples.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -67,7 +69,7 @@ struct DemoPaths {
 void Remove(const std::string& path) {
   const os::Error removed = os::CurrentFileSystem().Remove(ToWide(path));
   if (removed != os::Error::None && removed != os::Error::NotFound)
-    throw Failure(path, "cannot be removed", os::ErrorText(removed));
+    throw Failure(path, "cannot be removed", std::string(os::ErrorText(removed)));
 }
 
 /// Takes away the companions of a former demonstration, those that came by editing it included.
@@ -83,7 +85,7 @@ void RemoveCompanions(const std::string& folder) {
 /// Makes the folder, and makes room in it: with force, the files of a former demonstration go.
 DemoPaths Prepare(const DemoOptions& options) {
   std::error_code error;
-  std::filesystem::create_directories(ToWide(options.folder), error);
+  std::filesystem::create_directories(options.folder, error);
   if (error) throw Failure(options.folder, "cannot be made", error.message());
   const std::string weld = options.folder + "/weld";
   const DemoPaths paths = {weld + ".acq",
@@ -92,7 +94,7 @@ DemoPaths Prepare(const DemoOptions& options) {
                            options.folder + "/crack.png",
                            options.folder + "/cscan.png"};
   if (options.force) RemoveCompanions(options.folder);
-  CheckNewPath(paths.inspection, options.force);
+  CheckNewInspection(paths.inspection, options.force);
   for (const std::string& path : {paths.acquisition, paths.crack, paths.flaws})
     CheckNewFile(path, options.force);
   return paths;
@@ -121,27 +123,31 @@ void WriteInspection(const DemoPaths& paths,
                      const RecordedBlocks& blocks,
                      bool replace,
                      Steps& steps) {
-  const AcquisitionFile recorded(paths.acquisition);
-  Document document = Document::New(paths.inspection);
-  FillInspection(document, scan, recorded, blocks);
-  document.WriteNew(replace);
+  Recording recorded(paths.acquisition);
+  Inspection inspection = Inspection::New(paths.inspection);
+  FillInspection(inspection, scan, recorded, blocks);
+  {
+    const UnfinishedFileScope unfinished(paths.inspection);
+    inspection.SaveAs(paths.inspection, replace);
+  }
   steps.Done("write", paths.inspection + ": the inspection, built from the recorded blocks");
 }
 
 /// @return the gate as it was changed
 CGGateTypeDescr WriteGated(const DemoPaths& paths, Steps& steps, bool quiet) {
-  Document loaded = Document::Load(paths.inspection);
+  Inspection loaded = Inspection::Open(paths.inspection);
   steps.Done("load", paths.inspection);
-  GatedInspection gated = RefineFlawGate(loaded, quiet);
-  const GatedGroup& seen = gated.groups.front();
+  const GateResult gated = RefineFlawGate(loaded, Watching(quiet));
+  const GatedData& seen = gated.data.front();
+  const CGGateTypeDescr gate = *gated.gate->igate1_GetInfoRef();
+  const double strongest = seen.amplitudes.Samples().Values(seen.strongest).front();
   steps.Done("gate",
-             "gate " + std::to_string(gated.gate.gateId) + " now at " +
-                 Percent(gated.gate.positiveLevel) + " from " + Microseconds(gated.gate.start) +
-                 "; its strongest echo has " +
-                 Percent(std::round(PercentOf(seen, StrongestCell(seen)))));
-  const std::string written = loaded.WriteCompanion(gated.changes.Groups());
+             "gate " + std::to_string(gate.gateId) + " now at " + Percent(gate.positiveLevel) +
+                 " from " + Microseconds(gate.start) + "; its strongest echo has " +
+                 Percent(std::round(seen.amplitudes.Percent(strongest))));
+  const std::string written = loaded.SaveCompanion();
   steps.Done("write", written + ": the changed gate and C-scans of it, beside the untouched file");
-  return gated.gate;
+  return gate;
 }
 
 /// Loads everything back, holds it against what was written, and draws it.
@@ -150,24 +156,25 @@ void Show(const DemoPaths& paths,
           const CGGateTypeDescr& changed,
           const DemoOptions& options,
           Steps& steps) {
-  const Document document = Document::Load(paths.inspection);
-  const auto& gates = document.Groups().gates;
-  const bool gateHolds = std::any_of(
-      gates.begin(), gates.end(), [&](const CGGateTypeDescr* gate) { return *gate == changed; });
-  if (!gateHolds || document.Groups().data.GetCount() != 5 || document.Files().size() != 2)
+  const Inspection inspection = Inspection::Open(paths.inspection);
+  const CGGateTypeDescr& gate =
+      *inspection.Gate(changed.channelId, changed.gateId).Item().igate1_GetInfoRef();
+  if (!(gate == changed) || inspection.Data().size() != 5 || inspection.Files().size() != 2)
     throw Failure(
         paths.inspection, "does not load as it was written", "the companion's changes are missing");
   steps.Done(
       "reload",
       paths.inspection + " with its companion: the change is applied, the C-scans are there");
-  steps.Done("picture", paths.crack + ": " + DrawCrack(document, scan, paths.crack, options.force));
-  steps.Done("picture", paths.flaws + ": " + DrawFlaws(document, scan, paths.flaws, options.force));
+  steps.Done("picture",
+             paths.crack + ": " + DrawCrack(inspection, scan, paths.crack, options.force));
+  steps.Done("picture",
+             paths.flaws + ": " + DrawFlaws(inspection, scan, paths.flaws, options.force));
   for (const std::string& path : {paths.inspection, paths.companion}) {
     const Verdict verdict = Verify(path, options.quiet);
     if (!verdict.IsClean()) throw Failure(path, verdict.Word(), verdict.problems.front());
     steps.Done("verify", verdict.Line());
   }
-  if (!options.quiet) PrintResult("\n" + InfoText(document, {}));
+  if (!options.quiet) PrintResult("\n" + InfoText(inspection, {}));
 }
 
 void SayWhatNext(const DemoOptions& options) {

@@ -5,9 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "document/data_group.h"
-#include "document/document.h"
-#include "document/group_ids.h"
 #include "editing/edit_data.h"
 #include "editing/edit_fields.h"
 #include "editing/edit_items.h"
@@ -63,10 +60,6 @@ std::string Describe(const std::string& group, const Record& record) {
     text += (text.empty() ? "" : " of ") + std::string(name) + " " + std::to_string(value);
   std::replace(text.begin(), text.end(), '_', '-');
   return text.empty() ? group : text;
-}
-
-std::string Describe(const std::string&, const CGDataTypeFDD& record) {
-  return IdLabel(record) + ClassName(record);
 }
 
 template <class Items>
@@ -146,15 +139,9 @@ std::string ChangeText(const RecordField<Record>& field,
          Shown(field, after, digits);
 }
 
-std::string Write(Document& document, const EditOptions& options) {
-  const ModifiedGroups modified = GatherModified(document.GetHost());
-  std::string written = WriteChanges(document, *modified.groups, options.output);
-  ClearModified(document.GetHost());
-  return written;
-}
-
 template <class Record>
 void ReportEdit(const EditOptions& options,
+                const std::string& what,
                 const Record& before,
                 const Record& after,
                 const std::string& written) {
@@ -162,14 +149,12 @@ void ReportEdit(const EditOptions& options,
   Json changes = Json::array();
   for (const auto& field : EditFields(&before)) {
     if (!Differs(field, before, after)) continue;
-    text +=
-        Describe(options.group, before) + ": " + Printable(ChangeText(field, before, after)) + "\n";
+    text += what + ": " + Printable(ChangeText(field, before, after)) + "\n";
     changes.push_back(
         {{"key", field.key}, {"from", ValueJson(field, before)}, {"to", ValueJson(field, after)}});
   }
-  text += written.empty()
-              ? Describe(options.group, before) + ": has these values already; nothing is written\n"
-              : "written to " + Printable(written) + "\n";
+  text += written.empty() ? what + ": has these values already; nothing is written\n"
+                          : "written to " + Printable(written) + "\n";
   if (options.json) {
     Json result = FieldsJson(options, after);
     result["changes"] = changes;
@@ -182,28 +167,41 @@ void ReportEdit(const EditOptions& options,
 
 /// The item that the selector names.
 template <class Items>
-typename Items::Item& Choose(const Document& document,
+typename Items::Item& Choose(Inspection& inspection,
                              const EditOptions& options,
                              const std::string& selector) {
-  const auto items = Items::List(document.GetHost(), fset_All);
+  const auto items = Items::List(inspection, fset_All);
   return *items[Select<Items>(items, options, selector)];
 }
 
 /// A data group is named as everywhere else: by its row, or by fields of its JSON.
 template <>
-CIData& Choose<DataGroupItems>(const Document& document,
+CIData& Choose<DataGroupItems>(Inspection& inspection,
                                const EditOptions& options,
                                const std::string& selector) {
-  const SelectedGroup selected = SelectGroup(document, selector);
-  CIData* item = document.GetHost().Data().RowOf(*selected.group).item;
-  if (item) return *item;
+  const DataGroup group = SelectGroup(inspection, selector);
+  if (group.IsListed()) return group.Item();
   throw Failure(options.file,
-                "its data group " + std::to_string(selected.index) + " cannot be edited",
+                "its data group " + std::to_string(group.Index()) + " cannot be edited",
                 "another data group has its ids");
+}
+
+/// What a message calls an item.
+template <class Items>
+std::string NameOf(const Inspection& inspection,
+                   const EditOptions& options,
+                   const typename Items::Item& item) {
+  if constexpr (std::is_same_v<Items, DataGroupItems>) {
+    const DataGroup group = *inspection.DataOf(&item);
+    return group.IdLabel() + group.ClassName();
+  } else {
+    return Describe(options.group, Items::Of(item));
+  }
 }
 
 template <class Items>
 void CheckChange(const EditOptions& options,
+                 const std::string& what,
                  const typename Items::Record& before,
                  const typename Items::Record& after) {
   if constexpr (std::is_same_v<Items, InfoItems>) {
@@ -214,8 +212,7 @@ void CheckChange(const EditOptions& options,
                     "'--as new -o OUT' writes one");
   } else if constexpr (std::is_same_v<Items, DataGroupItems>) {
     const std::string why = WhyNot(before, after);
-    if (!why.empty())
-      throw Failure(options.file, Describe(options.group, before) + " cannot be edited so", why);
+    if (!why.empty()) throw Failure(options.file, what + " cannot be edited so", why);
   }
 }
 
@@ -224,20 +221,21 @@ void EditOne(const EditOptions& options) {
   const bool needsSelector = !EditIds(typename Items::Record{}).empty();
   const EditWords words = SplitWords(options.words, needsSelector);
   const InterruptScope interrupts;
-  if (options.output.IsNewFile()) CheckNewPath(options.output.path, options.output.force);
-  Document document = Document::Load(options.file);
-  typename Items::Item& item = Choose<Items>(document, options, words.selector);
+  if (options.output.IsNewFile()) CheckNewInspection(options.output.path, options.output.force);
+  Inspection inspection = OpenInspection(options.file);
+  typename Items::Item& item = Choose<Items>(inspection, options, words.selector);
   const typename Items::Record before = Items::Of(item);
+  const std::string what = NameOf<Items>(inspection, options, item);
   if (words.values.empty()) {
     PrintResult(options.json ? FieldsJson(options, before).dump(2) + "\n" : FieldsText(before));
     return;
   }
   const typename Items::Record after = Changed(before, words);
-  if (after == before) return ReportEdit(options, before, after, "");
-  CheckChange<Items>(options, before, after);
+  if (after == before) return ReportEdit(options, what, before, after, "");
+  CheckChange<Items>(options, what, before, after);
   Items::Change(item, after);
   const typename Items::Record taken = Items::Of(item);
-  ReportEdit(options, before, taken, Write(document, options));
+  ReportEdit(options, what, before, taken, Save(inspection, options.output));
 }
 
 struct EditGroup {

@@ -9,13 +9,13 @@
 #include "arrays/foreign_array.h"
 #include "arrays/hdf5_file.h"
 #include "arrays/npy.h"
-#include "document/document.h"
 #include "listing/selector.h"
 #include "terminal/interrupt.h"
 #include "terminal/new_file.h"
 #include "terminal/output.h"
 #include "terminal/progress.h"
 #include "terminal/text.h"
+#include "verbs/options.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -46,8 +46,7 @@ struct ExportOptions {
 
 /// Exactly one data group, ready to be written.
 struct Export {
-  const CGDataTypeFDD& group;
-  const std::string& name;  ///< of the file and the group, for failures
+  DataGroup group;
   DescribedArray array;
   nlohmann::ordered_json description;
 };
@@ -59,7 +58,8 @@ std::span<const std::byte> BytesOf(const std::string& text) {
 void ExportNpy(const ExportOptions& options, const Export& exported, Progress& progress) {
   const std::string described = DescriptionPath(options.output);
   CheckNewFile(described, options.force);
-  NewFile samples(options.output);
+  NewFile samples(options.output, options.force);
+  NewFile description(described, options.force);
   samples.Append(BytesOf(NpyHeaderBytes(*exported.array.type, exported.array.Shape())));
   std::uint64_t done = 0;
   const auto append = [&](std::span<const std::byte> piece, std::uint64_t total) {
@@ -67,18 +67,16 @@ void ExportNpy(const ExportOptions& options, const Export& exported, Progress& p
     done += piece.size();
     progress.At(done, total);
   };
-  ForEachPiece(exported.array, exported.group, exported.name, append);
-  NewFile description(described);
+  ForEachPiece(exported.array, exported.group, append);
   description.Append(BytesOf(exported.description.dump(2) + "\n"));
-  samples.Commit(options.force);
-  description.Commit(options.force);
+  CommitTogether(samples, description);
 }
 
 void ExportHdf5(const ExportOptions& options, const Export& exported, Progress& progress) {
-  NewFile file(options.output);
+  NewFile file(options.output, options.force);
   const auto tell = [&](std::uint64_t done, std::uint64_t total) { progress.At(done, total); };
   WriteHdf5(file, exported.array, exported.group, exported.description.dump(), tell);
-  file.Commit(options.force);
+  file.Commit();
 }
 
 std::string ShapeText(const DescribedArray& array) {
@@ -107,15 +105,12 @@ void ExportGroup(const ExportOptions& options) {
   const bool isNpy = ArrayName(options.output).format == ArrayFormat::Npy;
   if (!isNpy) CheckHasHdf5(options.output);
   CheckNewFile(options.output, options.force);
-  const Document document = Document::Load(options.file);
-  CheckNotInput(document, options.output);
-  const SelectedGroup selected = SelectGroup(document, options.selector);
-  const std::string name = options.file + ": data group " + std::to_string(selected.index);
-  Export exported = {
-      *selected.group, name, DescribeArray(document.GetHost(), *selected.group, name), {}};
+  const Inspection inspection = OpenInspection(options.file, SampleTables::Mapped, options.quiet);
+  CheckNotInput(inspection, options.output);
+  const DataGroup group = SelectGroup(inspection, options.selector);
+  Export exported = {group, DescribeArray(group), {}};
   const std::string holder = options.output.substr(options.output.find_last_of('/') + 1);
-  exported.description =
-      DescriptionJson(exported.array, *selected.group, isNpy ? holder : exportedDataSet);
+  exported.description = DescriptionJson(exported.array, group, isNpy ? holder : exportedDataSet);
   {
     Progress progress("exporting " + options.output, options.quiet);
     isNpy ? ExportNpy(options, exported, progress) : ExportHdf5(options, exported, progress);

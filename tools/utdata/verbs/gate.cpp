@@ -3,13 +3,16 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "document/data_group.h"
-#include "document/document.h"
-#include "gating/gate_groups.h"
+#include "listing/data_rows.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
+#include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/gating.h"
+#include "utdata/igate.h"
+#include "utdata/rdata.h"
+#include "utdata/readout.h"
 #include "verbs/options.h"
 #include "verbs/verbs.h"
 
@@ -19,13 +22,10 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* gateExplanation =
-    "The gate covers round(width / sample step) samples from sample round((start - sample offset) "
-    "/ sample step). Its\n"
-    "amplitude is the largest absolute value in it, 100 % being the larger magnitude of the "
-    "samples' range; its "
-    "position\n"
-    "is the index of the sample where that first occurs, and 0 in a cell whose amplitude is below "
-    "the threshold.\n"
+    "The gate covers round(width / sample step) samples from sample round((start - sample offset)\n"
+    "/ sample step). Its amplitude is the largest in percent of full scale, each half wave by its\n"
+    "own slope, on the positive scale; its position is the index of the sample where that first\n"
+    "occurs, and 0 in a cell whose amplitude is below the threshold.\n"
     "\n"
     "Each data group with A-scans of the channel gets both C-scans. A gate that is there already "
     "is changed to the "
@@ -45,105 +45,96 @@ struct GateOptions {
   double start = 0;  // µs
   double width = 0;  // µs
   ChangeOutput output;
-  Tables tables = Tables::Mapped;
+  SampleTables tables = SampleTables::Mapped;
   bool json = false;
   bool quiet = false;
 };
 
-/// The strongest cell of a group, in every way to name it.
-struct Strongest {
-  explicit Strongest(const GatedGroup& group)
-      : cell(StrongestCell(group)),
-        row(cell / group.ascans->group->columnQuantity),
-        column(cell % group.ascans->group->columnQuantity),
-        value(group.cells.amplitudes[cell]),
-        position(group.cells.positions[cell]),
-        percent(PercentOf(group, cell)) {}
-
-  std::size_t cell;
-  std::size_t row;
-  std::size_t column;
-  std::uint16_t value;
-  std::uint16_t position;
-  double percent;
-};
-
 double Rounded(double value) { return std::round(value * 10) / 10; }
 
-std::string GroupText(const GatedGroup& group) {
-  const CGDataTypeFDD& ascans = *group.ascans->group;
-  const GateWindow& window = group.window;
-  std::string text = Label(ascans) + " " + std::to_string(ascans.rowQuantity) + " rows x " +
-                     std::to_string(ascans.columnQuantity) + " columns, samples " +
-                     std::to_string(window.first) + " to " +
+/// The strongest cell, read out of both C-scans.
+struct Strongest {
+  explicit Strongest(const GatedData& gated)
+      : row(static_cast<std::uint32_t>(gated.strongest / gated.ascans.ColumnQuantity())),
+        column(static_cast<std::uint32_t>(gated.strongest % gated.ascans.ColumnQuantity())),
+        amplitude(gated.amplitudes.ReadOut(row, column)),
+        position(gated.positions.ReadOut(row, column)) {}
+
+  std::uint32_t row;
+  std::uint32_t column;
+  ReadOut amplitude;
+  ReadOut position;
+};
+
+std::string GroupText(const GatedData& gated) {
+  const GateWindow& window = gated.window;
+  std::string text = gated.ascans.Label() + " " + std::to_string(gated.ascans.RowQuantity()) +
+                     " rows x " + std::to_string(gated.ascans.ColumnQuantity()) +
+                     " columns, samples " + std::to_string(window.first) + " to " +
                      std::to_string(window.first + window.quantity - 1);
   if (window.isCut) text += " (the gate reaches beyond the A-scans)";
-  const Strongest strongest(group);
-  if (strongest.value == 0) return text + "; no echo";
-  text += "; strongest echo " + Percent(Rounded(strongest.percent)) + " (" +
-          Decibels(Rounded(20 * std::log10(strongest.percent / 100))) + ") in row " +
+  const Strongest strongest(gated);
+  if (strongest.amplitude.value == 0) return text + "; no echo";
+  text += "; strongest echo " + Percent(Rounded(strongest.amplitude.percent)) + " (" +
+          Decibels(Rounded(strongest.amplitude.decibels)) + ") in row " +
           std::to_string(strongest.row) + ", column " + std::to_string(strongest.column);
-  if (strongest.position == 0) return text;
-  const double time = ascans.sampleOffset + double{ascans.sampleResolution} * strongest.position;
-  return text + " at sample " + std::to_string(strongest.position) + ", " + Microseconds(time);
+  if (strongest.position.value == 0) return text;
+  return text + " at sample " + std::to_string(strongest.position.value) + ", " +
+         Number(strongest.position.time.In(unit_Microsecond)) + " µs";
 }
 
-std::string Text(const GateOptions& options,
-                 const GatedInspection& gated,
-                 const std::string& written) {
-  std::string text = "gate " + std::to_string(gated.gate.gateId) + " of channel " +
-                     std::to_string(gated.gate.channelId) +
-                     (gated.isNewGate ? " added: " : " changed: ") + Number(options.start) +
-                     " to " + Number(options.start + options.width) + " µs";
+std::string Text(const GateOptions& options, const GateResult& gated, const std::string& written) {
+  std::string text = "gate " + std::to_string(options.gate.gate) + " of channel " +
+                     std::to_string(options.gate.channel) +
+                     (gated.isNew ? " added: " : " changed: ") + Number(options.start) + " to " +
+                     Number(options.start + options.width) + " µs";
   if (options.gate.threshold) text += ", threshold " + Percent(*options.gate.threshold);
   text += "\n";
-  for (const GatedGroup& group : gated.groups) text += Printable(GroupText(group)) + "\n";
+  for (const GatedData& data : gated.data) text += Printable(GroupText(data)) + "\n";
   return text + "written to " + Printable(written) + ": amplitude and position C-scans\n";
 }
 
-Json GroupJson(const GatedGroup& group) {
-  const Strongest strongest(group);
-  const CGDataTypeFDD& ascans = *group.ascans->group;
-  return {{"data", group.ascans->index},
+Json GroupJson(const GatedData& gated) {
+  const Strongest strongest(gated);
+  const CGDataTypeFDD& ascans = gated.ascans.Stored();
+  return {{"data", gated.ascans.Index()},
           {"sub_channel", ascans.subChannelId},
           {"patch", ascans.GetPatchID()},
-          {"first_sample", group.window.first},
-          {"sample_quantity", group.window.quantity},
-          {"rows", ascans.rowQuantity},
-          {"columns", ascans.columnQuantity},
-          {"full_scale", group.fullScale},
+          {"first_sample", gated.window.first},
+          {"sample_quantity", gated.window.quantity},
+          {"rows", gated.ascans.RowQuantity()},
+          {"columns", gated.ascans.ColumnQuantity()},
+          {"full_scale", gated.amplitudes.Descriptor().GetDataMax()},
           {"strongest",
            {{"row", strongest.row},
             {"column", strongest.column},
-            {"amplitude", strongest.value},
-            {"percent", strongest.percent},
-            {"position", strongest.position}}}};
+            {"amplitude", strongest.amplitude.value},
+            {"percent", strongest.amplitude.percent},
+            {"position", strongest.position.value}}}};
 }
 
-Json ResultJson(const GateOptions& options,
-                const GatedInspection& gated,
-                const std::string& written) {
-  const CGGateTypeDescr& gate = gated.gate;
+Json ResultJson(const GateOptions& options, const GateResult& gated, const std::string& written) {
+  const CGGateTypeDescr& gate = *gated.gate->igate1_GetInfoRef();
   Json groups = Json::array();
-  for (const GatedGroup& group : gated.groups) groups.push_back(GroupJson(group));
+  for (const GatedData& data : gated.data) groups.push_back(GroupJson(data));
   return {{"path", options.file},
           {"written", written},
           {"gate",
            {{"gate", gate.gateId},
             {"channel", gate.channelId},
-            {"added", gated.isNewGate},
+            {"added", gated.isNew},
             {"start", JsonNumber(gate.start)},
             {"width", JsonNumber(gate.width)},
             {"threshold", options.gate.threshold ? Json(*options.gate.threshold) : Json()}}},
           {"gated", groups}};
 }
 
-void Gate(const GateOptions& options) {
+void RunGate(const GateOptions& options) {
   const InterruptScope interrupts;
-  if (options.output.IsNewFile()) CheckNewPath(options.output.path, options.output.force);
-  Document document = Document::Load(options.file, options.tables);
-  GatedInspection gated = GateChannel(document, options.gate, options.quiet);
-  const std::string written = WriteChanges(document, gated.changes.Groups(), options.output);
+  if (options.output.IsNewFile()) CheckNewInspection(options.output.path, options.output.force);
+  Inspection inspection = OpenInspection(options.file, options.tables, options.quiet);
+  const GateResult gated = Gate(inspection, options.gate, Watching(options.quiet));
+  const std::string written = Save(inspection, options.output);
   if (options.json)
     PrintResult(ResultJson(options, gated, written).dump(2) + "\n");
   else if (!options.quiet)
@@ -159,11 +150,11 @@ void AddGateVerb(CLI::App& program) {
       "gate", "Gates the A-scans of a channel and adds C-scans of what it sees");
   const auto options = std::make_shared<GateOptions>();
   verb.add_option("FILE", options->file, "Inspection file")->required();
-  verb.add_option("--channel", options->gate.channelId, "Channel, from 0")
+  verb.add_option("--channel", options->gate.channel, "Channel, from 0")
       ->required()
       ->check(CLI::Range(0U, lastChannel).description(""))
       ->type_name("C");
-  verb.add_option("--gate", options->gate.gateId, "Number of the gate")
+  verb.add_option("--gate", options->gate.gate, "Number of the gate")
       ->required()
       ->check(CLI::Range(0U, lastGate).description(""))
       ->type_name("G");
@@ -189,7 +180,7 @@ void AddGateVerb(CLI::App& program) {
     CheckChangeOutput(options->output);
     options->gate.start = options->start / 1e6;
     options->gate.width = options->width / 1e6;
-    Gate(*options);
+    RunGate(*options);
   });
 }
 

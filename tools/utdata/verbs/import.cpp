@@ -4,21 +4,21 @@
 #include <cstdio>
 #include <iterator>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "arrays/description.h"
 #include "arrays/foreign_array.h"
-#include "arrays/new_inspection.h"
-#include "document/data_group.h"
-#include "document/document.h"
+#include "listing/data_rows.h"
 #include "terminal/failure.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/newscan.h"
 #include "verbs/options.h"
 #include "verbs/verbs.h"
 
@@ -136,7 +136,8 @@ struct ImportOptions {
   std::array<std::optional<double>, std::size(quantityOptions)>
       quantities;  ///< as given, in the units of the options
   std::string channelName;
-  InspectionTexts texts;
+  std::string title;
+  std::string nominal;  ///< the values that nobody gave
   bool force = false;
   bool quiet = false;
   bool json = false;
@@ -246,23 +247,19 @@ std::string SetQuantities(const ImportOptions& options, bool isDescribed, CGData
   return nominal;
 }
 
-void ReportImport(const ImportOptions& options, const Document& document) {
-  const CGDataTypeFDD& data = *document.Groups().data.GetHead();
+void ReportImport(const ImportOptions& options, const DataGroup& data) {
   if (options.json) {
     nlohmann::ordered_json result = {{"path", options.output}, {"data", {DataGroupJson(data)}}};
-    std::uint64_t size = 0;
-    if (data.LayoutSize(size)) result["data"][0]["table_bytes"] = size;
+    result["data"][0]["table_bytes"] = data.Table().size();
     return PrintResult(result.dump(2) + "\n");
   }
   if (options.quiet) return;
-  PrintResult(Printable(options.output) + ": " + std::to_string(data.rowQuantity) + " rows x " +
-              std::to_string(data.columnQuantity) + " columns, " +
-              (PlainClass(data) == gdata_AScan
-                   ? "A-scans of " + std::to_string(data.sampleQuantity) + " samples"
-                   : ClassName(data)) +
-              " (" + SampleTypeName(data) + ")\n");
-  if (!options.texts.nominal.empty())
-    std::fprintf(stderr, "nominal: %s\n", options.texts.nominal.c_str());
+  PrintResult(Printable(options.output) + ": " + std::to_string(data.RowQuantity()) + " rows x " +
+              std::to_string(data.ColumnQuantity()) + " columns, " +
+              (data.HasAScans() ? "A-scans of " + std::to_string(data.SampleQuantity()) + " samples"
+                                : data.ClassName()) +
+              " (" + data.TypeName() + ")\n");
+  if (!options.nominal.empty()) std::fprintf(stderr, "nominal: %s\n", options.nominal.c_str());
 }
 
 void Import(ImportOptions options, const CLI::App& verb) {
@@ -273,13 +270,15 @@ void Import(ImportOptions options, const CLI::App& verb) {
   CGDataTypeFDD record = NominalRecord(*array.type);
   const std::vector<ArrayAxis> described = ReadDescription(array, record);
   const std::vector<ArrayAxis> axes = ChooseAxes(options, array, described);
-  CheckNewPath(options.output, options.force);
+  CheckNewInspection(options.output, options.force);
   const ArrayLayout layout = LayoutOf(array, axes, options.array);
   SetLayout(record,
-            layout,
             *array.type,
-            std::find(axes.begin(), axes.end(), ArrayAxis::Sample) != axes.end());
-  options.texts.nominal = SetQuantities(options, !described.empty(), record);
+            {layout.Quantity(ArrayAxis::Column),
+             layout.Quantity(ArrayAxis::Row),
+             layout.Quantity(ArrayAxis::Sample),
+             std::find(axes.begin(), axes.end(), ArrayAxis::Sample) != axes.end()});
+  options.nominal = SetQuantities(options, !described.empty(), record);
   if (options.rectified) record.SetDataRectification(gdata_RectifFull);
   if (!options.channelName.empty()) SetName(record.channelName, ToWide(options.channelName));
   SampleMemory samples;
@@ -288,10 +287,21 @@ void Import(ImportOptions options, const CLI::App& verb) {
     samples = GatherArray(
         name, layout, [&](std::uint64_t done, std::uint64_t total) { progress.At(done, total); });
   }
-  Document document = Document::New(options.output);
-  AddScan(document, record, samples.get(), options.texts);
-  document.WriteNew(options.force);
-  ReportImport(options, document);
+  std::uint64_t size = 0;
+  static_cast<void>(layout.Size(size));  // it fits: the samples are in memory
+  Inspection inspection = Inspection::New(options.output);
+  const DataGroup data =
+      AddScan(inspection,
+              record,
+              {samples.get(), size},
+              {options.title,
+               "utdata " UTDATA_VERSION,
+               options.nominal.empty() ? "" : "nominal, not measured: " + options.nominal});
+  {
+    const UnfinishedFileScope unfinished(options.output);
+    inspection.SaveAs(options.output, options.force);
+  }
+  ReportImport(options, data);
 }
 
 void AddArrayOptions(CLI::App& verb, ImportOptions& options) {
@@ -339,7 +349,7 @@ void AddImportVerb(CLI::App& program) {
   AddQuantityOptions(verb, *options);
   verb.add_option(
       "--channel-name", options->channelName, "Name of the channel, at most 31 characters");
-  verb.add_option("--title", options->texts.title, "Title of the inspection");
+  verb.add_option("--title", options->title, "Title of the inspection");
   verb.add_flag("--force", options->force, "Replace an existing file");
   verb.add_flag("--json", options->json, "Print the result as JSON");
   verb.add_flag("--quiet", options->quiet, "Print no messages and no progress");

@@ -1,10 +1,10 @@
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 
-#include "document/data_group.h"
-#include "document/document.h"
 #include "listing/info.h"
 #include "terminal/output.h"
+#include "verbs/options.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -36,11 +36,11 @@ void AddInfoVerb(CLI::App& program) {
   verb.add_flag("--quiet", options->quiet, "Print no progress");
   verb.footer(infoExample);
   verb.callback([options] {
-    const Document document = Document::Load(options->file);
+    const Inspection inspection = OpenInspection(options->file);
     const InfoContent content{
         .hash = options->hash, .sorted = options->sorted, .quiet = options->quiet};
-    PrintResult(options->json ? InfoJson(document, content).dump(2) + "\n"
-                              : InfoText(document, content));
+    PrintResult(options->json ? InfoJson(inspection, content).dump(2) + "\n"
+                              : InfoText(inspection, content));
   });
 }
 

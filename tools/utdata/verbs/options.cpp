@@ -1,6 +1,13 @@
 #include "verbs/options.h"
 
+#include <cstdio>
+#include <filesystem>
+
+#include "terminal/failure.h"
+#include "terminal/interrupt.h"
+#include "terminal/progress.h"
 #include "terminal/quantity.h"
+#include "terminal/text.h"
 
 namespace utdata::program {
 
@@ -15,10 +22,10 @@ CLI::Validator Within(double minimum, double maximum) {
           ""};
 }
 
-void AddTables(CLI::App& verb, Tables& tables) {
+void AddTables(CLI::App& verb, SampleTables& tables) {
   verb.add_flag_callback(
       "--in-memory",
-      [&tables] { tables = Tables::InMemory; },
+      [&tables] { tables = SampleTables::InMemory; },
       "Read samples into memory instead of mapping the file");
 }
 
@@ -36,13 +43,31 @@ void CheckChangeOutput(const ChangeOutput& output) {
     throw CLI::ValidationError("--as new", "goes with -o OUT, and no other way does");
 }
 
-std::string WriteChanges(Document& document,
-                         CFContTypeFileDescr& changes,
-                         const ChangeOutput& output) {
-  if (output.as == "append") return document.Append(changes);
-  if (output.as == "companion") return document.WriteCompanion(changes);
-  document.WriteCopy(changes, output.path, output.force);
+Inspection OpenInspection(const std::string& path, SampleTables tables, bool quiet) {
+  OpenOptions options;
+  options.tables = tables;
+  options.watch = Watching(quiet);
+  Inspection inspection = Inspection::Open(path, options);
+  for (const std::string& warning : inspection.Warnings())
+    std::fprintf(stderr, "warning: %s\n", Printable(warning).c_str());
+  return inspection;
+}
+
+std::string Save(Inspection& inspection, const ChangeOutput& output) {
+  if (output.as == "append") return inspection.SaveAppended();
+  if (output.as == "companion") return inspection.SaveCompanion();
+  const UnfinishedFileScope unfinished(output.path);
+  inspection.SaveAs(output.path, output.force);
   return output.path;
+}
+
+void CheckNotInput(const Inspection& inspection, const std::string& path) {
+  for (const std::string& file : inspection.Files()) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(file, path, ignored))
+      throw Failure(
+          path, "cannot be written", "it is the inspection file itself", "choose another name");
+  }
 }
 
 }  // namespace utdata::program

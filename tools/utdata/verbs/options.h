@@ -4,7 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
-#include "document/document.h"
+#include "utdata/inspection.h"
 
 namespace utdata::program {
 
@@ -12,7 +12,7 @@ namespace utdata::program {
 [[nodiscard]] CLI::Validator Within(double minimum, double maximum);
 
 /// Adds --in-memory.
-void AddTables(CLI::App& verb, Tables& tables);
+void AddTables(CLI::App& verb, SampleTables& tables);
 
 /// Where the changes of a loaded inspection go.
 struct ChangeOutput {
@@ -29,9 +29,15 @@ void AddChangeOutput(CLI::App& verb, ChangeOutput& output);
 /// Throws a usage error unless -o stands with --as new and nowhere else.
 void CheckChangeOutput(const ChangeOutput& output);
 
-/// Writes the groups of `changes` where the user wants them. @return the path of the file written
-std::string WriteChanges(Document& document,
-                         CFContTypeFileDescr& changes,
-                         const ChangeOutput& output);
+/// Opens an inspection; its warnings go to the standard error stream, a line each.
+[[nodiscard]] Inspection OpenInspection(const std::string& path,
+                                        SampleTables tables = SampleTables::Mapped,
+                                        bool quiet = false);
+
+/// Saves what has changed where the user wants it. @return the path of the file written
+std::string Save(Inspection& inspection, const ChangeOutput& output);
+
+/// Fails when `path` is one of the inspection's own files, which must outlive what is made of them.
+void CheckNotInput(const Inspection& inspection, const std::string& path);
 
 }  // namespace utdata::program

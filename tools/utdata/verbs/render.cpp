@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "document/data_group.h"
-#include "document/document.h"
 #include "listing/selector.h"
 #include "pictures/ascan.h"
 #include "pictures/cscan.h"
@@ -45,7 +43,7 @@ struct RenderOptions {
   bool force = false;
   bool quiet = false;
   bool json = false;
-  Tables tables = Tables::Mapped;
+  SampleTables tables = SampleTables::Mapped;
 
   [[nodiscard]] SampleAxis Samples() const {
     return samples == "path" ? SampleAxis::Path : SampleAxis::Time;
@@ -65,15 +63,9 @@ nlohmann::ordered_json AxisFacts(const PlotAxis& axis) {
       {"unit", axis.unit}, {"first", axis.first}, {"step", axis.step}, {"quantity", axis.quantity}};
 }
 
-Rendering RenderAScan(Host& host,
-                      const CGDataTypeFDD& group,
-                      const std::string& name,
-                      const RenderOptions& options) {
-  const AScan scan =
-      MakeAScan(host,
-                group,
-                name,
-                {options.row, options.column, options.gain, options.Samples(), options.quiet});
+Rendering RenderAScan(const DataGroup& group, const RenderOptions& options) {
+  const AScan scan = MakeAScan(
+      group, {options.row, options.column, options.gain, options.Samples(), options.quiet});
   nlohmann::ordered_json gates = nlohmann::ordered_json::array();
   for (const GateBar& gate : scan.plot.gates)
     gates.push_back(
@@ -89,15 +81,9 @@ Rendering RenderAScan(Host& host,
   return {Draw(scan.plot, Font()), scan.plot.title, scan.plot.notes, std::move(facts)};
 }
 
-Rendering RenderSection(Host& host,
-                        const CGDataTypeFDD& group,
-                        const std::string& name,
-                        const RenderOptions& options,
-                        Cut cut) {
+Rendering RenderSection(const DataGroup& group, const RenderOptions& options, Cut cut) {
   const bool alongRow = cut == Cut::AlongRow;
-  const Section section = MakeSection(host,
-                                      group,
-                                      name,
+  const Section section = MakeSection(group,
                                       {cut,
                                        alongRow ? options.row : options.column,
                                        options.gain,
@@ -114,29 +100,20 @@ Rendering RenderSection(Host& host,
   return {Draw(section.plot, Font()), section.plot.title, section.plot.notes, std::move(facts)};
 }
 
-Rendering RenderBScan(Host& host,
-                      const CGDataTypeFDD& group,
-                      const std::string& name,
-                      const RenderOptions& options) {
-  return RenderSection(host, group, name, options, Cut::AlongRow);
+Rendering RenderBScan(const DataGroup& group, const RenderOptions& options) {
+  return RenderSection(group, options, Cut::AlongRow);
 }
 
-Rendering RenderDScan(Host& host,
-                      const CGDataTypeFDD& group,
-                      const std::string& name,
-                      const RenderOptions& options) {
-  return RenderSection(host, group, name, options, Cut::AlongColumn);
+Rendering RenderDScan(const DataGroup& group, const RenderOptions& options) {
+  return RenderSection(group, options, Cut::AlongColumn);
 }
 
-Rendering RenderCScan(Host& host,
-                      const CGDataTypeFDD& group,
-                      const std::string& name,
-                      const RenderOptions& options) {
-  const CScan scan = MakeCScan(host, group, name, {options.gain, options.quiet});
+Rendering RenderCScan(const DataGroup& group, const RenderOptions& options) {
+  const CScan scan = MakeCScan(group, {options.gain, options.quiet});
   const ColorScale& scale = scan.plot.scale;
-  const bool hasPositions = PlainClass(group) == gdata_CScanPosition;
+  const bool hasPositions = group.HoldsPositions();
   nlohmann::ordered_json cell = {{"row", scan.row}, {"column", scan.column}};
-  if (PlainClass(group) == gdata_AScan) cell["sample"] = scan.sample;
+  if (group.HasAScans()) cell["sample"] = scan.sample;
   cell[hasPositions ? "position" : "percent"] = scan.value;
   nlohmann::ordered_json facts = {
       {hasPositions ? "farthest" : "strongest", std::move(cell)},
@@ -147,30 +124,30 @@ Rendering RenderCScan(Host& host,
   return {Draw(scan.plot, Font()), scan.plot.title, scan.plot.notes, std::move(facts)};
 }
 
-bool IsAScan(std::uint32_t plainClass) { return plainClass == gdata_AScan; }
-bool HasCScan(std::uint32_t plainClass) {
-  return IsAScan(plainClass) || plainClass == gdata_CScanAmplitude ||
-         plainClass == gdata_CScanPosition;
+bool HasAScans(const DataGroup& group) { return group.HasAScans(); }
+bool HasCScan(const DataGroup& group) {
+  return group.HasAScans() || group.Class() == gdata_CScanAmplitude ||
+         group.Class() == gdata_CScanPosition;
 }
 
 /// A view of the command line, the data classes and options that it has, and what draws it.
 struct View {
   const char* name;
   const char* spoken;
-  bool (*suits)(std::uint32_t plainClass);
+  bool (*suits)(const DataGroup&);
   const char* needs;
   bool takesRow;
   bool takesColumn;
   bool hasSampleAxis;
-  Rendering (*render)(Host&, const CGDataTypeFDD&, const std::string&, const RenderOptions&);
+  Rendering (*render)(const DataGroup&, const RenderOptions&);
 };
 
 constexpr const char* ascans = "A-scans";
 constexpr View views[] = {
-    {"a", "A-scan", IsAScan, ascans, true, true, true, RenderAScan},
-    {"b", "B-scan", IsAScan, ascans, true, false, true, RenderBScan},
+    {"a", "A-scan", HasAScans, ascans, true, true, true, RenderAScan},
+    {"b", "B-scan", HasAScans, ascans, true, false, true, RenderBScan},
     {"c", "C-scan", HasCScan, "A-scans, amplitudes or positions", false, false, false, RenderCScan},
-    {"d", "D-scan", IsAScan, ascans, false, true, true, RenderDScan},
+    {"d", "D-scan", HasAScans, ascans, false, true, true, RenderDScan},
 };
 
 const View& FindView(const std::string& name) {
@@ -216,17 +193,16 @@ void Render(const RenderOptions& options) {
   CheckOptions(options);
   const InterruptScope interrupts;
   CheckNewFile(options.output, options.force);
-  Document document = Document::Load(options.file, options.tables);
-  CheckNotInput(document, options.output);
-  const SelectedGroup selected = SelectGroup(document, options.selector);
+  const Inspection inspection = OpenInspection(options.file, options.tables, options.quiet);
+  CheckNotInput(inspection, options.output);
+  const DataGroup group = SelectGroup(inspection, options.selector);
   const View& view = FindView(options.view);
-  const std::string name = options.file + ": data group " + std::to_string(selected.index);
-  if (!view.suits(PlainClass(*selected.group)))
-    throw Failure(name,
+  if (!view.suits(group))
+    throw Failure(group.Name(),
                   std::string("has no ") + view.spoken,
-                  std::string("it is ") + ClassName(*selected.group) + ", and a " + view.spoken +
-                      " needs " + view.needs);
-  const Rendering rendering = view.render(document.GetHost(), *selected.group, name, options);
+                  std::string("it is ") + group.ClassName() + ", and a " + view.spoken + " needs " +
+                      view.needs);
+  const Rendering rendering = view.render(group, options);
   WriteNewFile(options.output, rendering.picture.canvas.Png(), options.force);
   if (options.json)
     PrintResult(Facts(options, rendering).dump(2) + "\n");

@@ -4,12 +4,12 @@
 #include <span>
 #include <string>
 
-#include "document/document.h"
 #include "terminal/interrupt.h"
 #include "terminal/new_file.h"
 #include "terminal/output.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "verbs/options.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -35,9 +35,9 @@ struct ReportVerbOptions {
 void MakeReportFile(const ReportVerbOptions& options) {
   const InterruptScope interrupts;
   CheckNewFile(options.output, options.force);
-  const Document document = Document::Load(options.file);
-  CheckNotInput(document, options.output);
-  const Report report = MakeReport(document, {options.megabytes * 1'000'000, options.quiet});
+  const Inspection inspection = OpenInspection(options.file);
+  CheckNotInput(inspection, options.output);
+  const Report report = MakeReport(inspection, {options.megabytes * 1'000'000, options.quiet});
   WriteNewFile(options.output, std::as_bytes(std::span(report.html)), options.force);
   if (options.quiet) return;
   PrintResult(Printable(options.output) + ": " + std::to_string(report.views) +

@@ -39,7 +39,7 @@ void AddTreeVerb(CLI::App& program) {
     SCFile::FileHandle opened = nullptr;
     const int status = SCFile::file_OpenReadOnly(ToWide(options->file).c_str(), &opened);
     if (status != SCFile::status_Ok)
-      throw Failure::OfLibrary(status, options->file, "cannot be read");
+      throw Failure::OfFileLayer(status, options->file, "cannot be read");
     const std::unique_ptr<SCFile::Node, CloseFile> file(opened);
     const auto tree = TreeJson(file.get(), options->full);
     PrintResult(options->json ? tree.dump(2) + "\n" : TreeText(tree));

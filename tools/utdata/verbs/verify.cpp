@@ -39,10 +39,7 @@ void VerifyAll(const VerifyOptions& options) {
   if (bad.empty()) return;
   const std::string others =
       bad.size() > 1 ? ", and " + std::to_string(bad.size() - 1) + " more not clean" : "";
-  throw Failure(bad.front().path,
-                "not clean",
-                bad.front().Word() + others,
-                Failure::AdviceFor(bad.front().status));
+  throw Failure(bad.front().path, "not clean", bad.front().Word() + others, {}, bad.front().status);
 }
 
 }  // namespace

@@ -181,30 +181,68 @@ TEST_F(DataTest, SamplesAreReadMappedAndCopied) {
   }
 }
 
+// Modifications bring samples only where their base does not have them: on disk, or, never read
+// from a file, in the same memory.
 TEST_F(DataTest, ModificationBringsSamplesOnlyWhenTheyAreOthers) {
-  auto base = MakeRecord<CGDataTypeFDD>(1);
-  std::uint64_t size = 0;
-  ASSERT_TRUE(base.LayoutSize(size));
-  auto samples = Ramp(static_cast<std::size_t>(size), 1);
-  auto others = Ramp(static_cast<std::size_t>(size), 9);
-  base.dataPointer = samples.data();
-  auto same = base;
-  auto dropped = base;
-  dropped.dataPointer = nullptr;
-  auto exchanged = base;
-  exchanged.dataPointer = others.data();
-
+  auto inMemory = MakeRecord<CGDataTypeFDD>(1);
+  auto samples = Ramp(3'000'001, 1);
+  auto equal = samples;
+  auto others = samples;
+  others.back() ^= 1;
+  inMemory.dataPointer = samples.data();
+  inMemory.dataSize = samples.size();
   GroupFile file(m_directory.File(L"modified.A01"));
-  ASSERT_EQ(gdata_WriteGroupInfo(file.NewGroup(dataCode), nullptr, &base, 0), SCFile::status_Ok);
-  for (const CGDataTypeFDD* record : {&same, &dropped, &exchanged})
-    ASSERT_EQ(gdata_WriteGroupInfo(file.NewGroup(modifiedDataCode), &base, record, 0),
-              SCFile::status_Ok);
+  ASSERT_EQ(gdata_WriteGroupInfo(file.NewGroup(dataCode), nullptr, &inMemory, 0),
+            SCFile::status_Ok);
   file.Reopen();
-  CGDataTypeFDD loaded;
-  ASSERT_EQ(gdata_ReadGroupInfo(file.Group(0), &loaded), SCFile::status_Ok);
-  for (const std::uint32_t index : {1u, 2u, 3u}) {
-    ASSERT_EQ(gdata_ReadGroupInfo(file.Group(index), &loaded), SCFile::status_Ok);
-    EXPECT_EQ(ReadSamples(loaded), index == 3 ? others : samples);
+  CGDataTypeFDD base;
+  ASSERT_EQ(gdata_ReadGroupInfo(file.Group(0), &base), SCFile::status_Ok);
+  void* view = nullptr;
+  std::uint64_t viewSize = 0;
+  ASSERT_EQ(gdata_SamplesMap(&base, &view, &viewSize), SCFile::status_Ok);
+  CGDataTypeFDD withoutBlock = base;  // read from a file that has no samples of it
+  withoutBlock.samples = {};
+  withoutBlock.dataPointer = samples.data();
+
+  struct Case {
+    const CGDataTypeFDD* base;
+    void* data;
+    std::uint64_t size;  ///< bytes that are stated; 0: none
+    std::uint64_t written;
+  };
+  const std::uint64_t size = samples.size();
+  std::uint64_t layoutSize = 0;
+  ASSERT_TRUE(base.LayoutSize(layoutSize));
+  const Case cases[] = {{&base, nullptr, 0, 0},
+                        {&base, reinterpret_cast<void*>(~std::uintptr_t{0}), size, 0},
+                        {&base, samples.data(), size, 0},
+                        {&base, equal.data(), size, 0},
+                        {&base, view, size, 0},
+                        {&base, view, 0, 0},  // a view is as long as it is
+                        {&base, equal.data(), 0, layoutSize},
+                        {&base, equal.data(), size - 1, size - 1},
+                        {&base, others.data(), size, size},
+                        {&withoutBlock, samples.data(), size, size},
+                        {&inMemory, samples.data(), size, 0},
+                        {&inMemory, equal.data(), size, size}};
+  GroupFile changes(m_directory.File(L"modified.A02"));
+  for (const Case& c : cases) {
+    auto changed = base;
+    changed.dataPointer = c.data;
+    changed.dataSize = c.size;
+    ASSERT_EQ(gdata_WriteGroupInfo(changes.NewGroup(modifiedDataCode), c.base, &changed, 0),
+              SCFile::status_Ok);
+  }
+  changes.Reopen();
+  for (std::uint32_t index = 0; index < std::size(cases); ++index) {
+    SCOPED_TRACE(index);
+    CGDataTypeFDD loaded = base;
+    loaded.samples = {};
+    ASSERT_EQ(gdata_ReadGroupInfo(changes.Group(index), &loaded), SCFile::status_Ok);
+    EXPECT_EQ(loaded.samples.size, cases[index].written);
+    if (cases[index].written == 0) continue;
+    const auto* data = static_cast<const std::uint8_t*>(cases[index].data);
+    EXPECT_EQ(ReadSamples(loaded), std::vector<std::uint8_t>(data, data + cases[index].written));
   }
 }
 

@@ -22,16 +22,18 @@ const number = value => Number.isFinite(value) ? String(Number(value.toPrecision
 // ---- amplitudes and axes, in the chosen units
 
 function percentOf(amplitude, value) {
-  return (value - amplitude.zero) * (value >= amplitude.zero ? amplitude.above : amplitude.below);
+  return value * (value < 0 ? amplitude.below : amplitude.above);
 }
 function levelText(percent) {
   if (choice('levels') === 'percent') return percent.toFixed(1) + ' %';
-  return percent === 0 ? '−∞ dB' : (20 * Math.log10(Math.abs(percent) / 100)).toFixed(1) + ' dB';
+  const {full, perDecade} = facts.decibels;
+  const decibels = full + perDecade * Math.log10(Math.abs(percent) / 100);
+  return percent === 0 ? '−∞ dB' : decibels.toFixed(1) + ' dB';
 }
 // An axis of the file in the chosen unit of length.
-function inChosenLengths(axis, factor = 1) {
+function inChosenLengths(axis) {
   const isInch = axis.unit === 'mm' && choice('lengths') === 'in';
-  const scale = factor / (isInch ? millimetresPerInch : 1);
+  const scale = 1 / (isInch ? millimetresPerInch : 1);
   return {...axis, unit: isInch ? 'in' : axis.unit, first: axis.first * scale, step: axis.step * scale};
 }
 const at = (axis, index) => axis.first + index * axis.step;
@@ -40,11 +42,18 @@ const placeText = (axis, index) => axis.plain ? String(index) : `${index} (${tex
 const edges = (axis, title) => ({
   from: at(axis, -0.5), to: at(axis, axis.quantity - 0.5), title: axis.plain ? title : `${title} (${axis.unit})`});
 
-const depthFactor = view => Math.cos(view.angle * Math.PI / 180);
+// Of TOFD data the depth of a diffracting tip, which no evenly spaced axis has: one number a sample.
+function depthText(view, sample) {
+  if (view.tofdDepths) {
+    const depth = view.tofdDepths[sample];
+    return depth === null ? '–' : textAt(inChosenLengths({unit: 'mm', first: depth, step: 0}), 0);
+  }
+  return view.depth ? textAt(inChosenLengths(view.depth), sample) : '–';
+}
 function soundAxes(view) {
   const axes = {time: {axis: view.samples, title: view.samples.unit === 'µs' ? 'Time of flight' : 'Sound path'}};
   if (view.path) axes.path = {axis: inChosenLengths(view.path), title: 'Half sound path'};
-  if (view.path) axes.depth = {axis: inChosenLengths(view.path, depthFactor(view)), title: 'Depth'};
+  if (view.depth && !view.tofdDepths) axes.depth = {axis: inChosenLengths(view.depth), title: 'Depth'};
   return axes;
 }
 function chosenSoundAxis(view) {
@@ -88,7 +97,7 @@ function showReadout() {
   byId('read-sample').textContent = sample;
   byId('read-time').textContent = view.samples.plain ? '–' : textAt(view.samples, sample);
   byId('read-path').textContent = axes.path ? textAt(axes.path.axis, sample) : '–';
-  byId('read-depth').textContent = axes.depth ? textAt(axes.depth.axis, sample) : '–';
+  byId('read-depth').textContent = depthText(view, sample);
   byId('read-amplitude').textContent = levelText(percentAt(row, column, sample));
   byId('read-value').textContent = valueAt(row, column, sample);
 }
@@ -142,7 +151,7 @@ function drawBScan() {
 }
 
 // Echoes below zero are drawn so where the samples have a sign.
-const hasSign = view => view.signed || view.amplitude.zero !== 0;
+const hasSign = view => view.signed;
 
 function drawGate(frame, gate, low, high) {
   const samples = state.view.samples.quantity, part = place => Math.min(1, Math.max(0, (place + 0.5) / samples));

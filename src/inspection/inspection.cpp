@@ -1,0 +1,298 @@
+#include "utdata/inspection.h"
+
+#include <cmath>
+#include <filesystem>
+#include <utility>
+
+#include "interfaces/os.h"
+#include "src/container/companions.h"
+#include "src/inspection/grouplists.h"
+#include "src/inspection/state.h"
+
+namespace utdata {
+namespace {
+
+constexpr const char* cannotBeWritten = "cannot be written";
+
+bool Exists(const std::wstring& path) { return os::CurrentFileSystem().Exists(path); }
+
+/// Why a file that did not load cannot be opened; loading itself says no status.
+int StatusOfOpening(const std::wstring& path) {
+  SCFile::FileHandle file = nullptr;
+  const int status = SCFile::file_OpenReadOnly(path.c_str(), &file);
+  if (status == SCFile::status_Ok) SCFile::file_Close(file);
+  return status;
+}
+
+std::unique_ptr<InspectionState> Load(const std::string& path, const OpenOptions& options) {
+  CFCont container;
+  const std::wstring widePath = ToWide(path);
+  CFContTypeFileDescr* loaded = container.FileLoad(widePath.c_str(), nullptr, nullptr);
+  if (!loaded) throw Error::OfFileLayer(StatusOfOpening(widePath), path, "cannot be loaded");
+  constexpr int readAllCompanions[8] = {0, 0, 0, 0, 1, 1, 0, 0};
+  // A failed update deletes the descriptor.
+  if (container.FileUpdate(widePath.c_str(), loaded, readAllCompanions, nullptr, nullptr) != 0)
+    throw Error::OfFileLayer(SCFile::status_Ok, path, "a companion cannot be read");
+  return std::make_unique<InspectionState>(path, loaded, options);
+}
+
+std::string LastFile(const InspectionState& state) {
+  return ToUtf8(SCFile::file_Path(state.descriptor->files.GetTail()));
+}
+
+/// Companions are found one number after the other: those behind a gap are not read.
+void WarnOfGap(InspectionState& state) {
+  const container::Companions companions = container::ListCompanions(ToWide(state.path));
+  if (companions.gap)
+    state.warnings.push_back(state.path + ": companion " +
+                             std::to_string(companions.names.size() + 1) +
+                             " is missing; those behind it were not read");
+}
+
+/// The record of a data group with the ids of another; null when there is none.
+const CGDataTypeFDD* FindWritten(const CFContTypeFileDescr& groups, const CGDataTypeFDD& record) {
+  for (const CGDataTypeFDD* group : groups.data)
+    if (group->dataClass == record.dataClass && group->channelId == record.channelId &&
+        group->subChannelId == record.subChannelId && group->gateId == record.gateId &&
+        group->GetPatchID() == record.GetPatchID() &&
+        group->GetDataBookmarkType() == record.GetDataBookmarkType())
+      return group;
+  return nullptr;
+}
+
+/// After a save: the items are as the files say, and what was added stands in a file.
+void Settle(InspectionState& state, const Changes& changes) {
+  for (DataRow& row : state.rows) {
+    if (row.added)
+      if (const CGDataTypeFDD* written = FindWritten(*state.descriptor, *row.added))
+        row.stored = written;
+    row.taken = *row.item->idata1_GetGInfoRef();
+    row.item->idata3_ClearModified();
+    row.item->idata3_ClearNew();
+  }
+  state.saved.insert(changes.newItems.begin(), changes.newItems.end());
+  state.set.fset_ClearModified();
+  state.set.fset_ClearNew();
+  if (CISpecMat* material = state.specimen.spec_SpecMatGet(spec_Modified))
+    material->ismat1_ModifClear();
+}
+
+void CheckSomething(const InspectionState& state, const Changes& changes) {
+  if (changes.isEmpty) throw Error(state.path, cannotBeWritten, "nothing has changed");
+}
+
+}  // namespace
+
+Inspection::Inspection(std::unique_ptr<InspectionState> state) : m_state(std::move(state)) {}
+Inspection::Inspection(Inspection&&) noexcept = default;
+Inspection& Inspection::operator=(Inspection&&) noexcept = default;
+Inspection::~Inspection() = default;
+
+Inspection Inspection::Open(const std::string& path, const OpenOptions& options) {
+  Inspection inspection(Load(path, options));
+  WarnOfGap(*inspection.m_state);
+  return inspection;
+}
+
+Inspection Inspection::New(const std::string& path) {
+  auto groups = std::make_unique<CFContTypeFileDescr>();
+  if (!groups->SetPath(ToWide(path))) throw Error(path, cannotBeWritten, "the path is too long");
+  return Inspection(std::make_unique<InspectionState>(path, groups.release(), OpenOptions()));
+}
+
+const std::string& Inspection::Path() const { return m_state->path; }
+
+std::vector<std::string> Inspection::Files() const {
+  std::vector<std::string> paths;
+  for (const SCFile::FileHandle file : m_state->descriptor->files)
+    paths.push_back(ToUtf8(SCFile::file_Path(file)));
+  return paths;
+}
+
+const std::vector<std::string>& Inspection::Warnings() const { return m_state->warnings; }
+
+const std::vector<DataGroup>& Inspection::Data() const { return m_state->data; }
+
+DataGroup Inspection::Data(const DataQuery& query) const {
+  const auto matches = [](const auto& wanted, std::uint32_t id) {
+    return !wanted || *wanted == id;
+  };
+  std::optional<DataGroup> found;
+  for (const DataGroup& group : m_state->data) {
+    const CGDataTypeFDD& record = group.Taken();
+    if (!matches(query.dataClass, group.Class()) || !matches(query.channel, record.channelId) ||
+        !matches(query.subChannel, record.subChannelId) || !matches(query.gate, record.gateId) ||
+        !matches(query.patch, record.GetPatchID()))
+      continue;
+    if (found) throw Error(Path(), "cannot be searched", "several data groups match");
+    found = group;
+  }
+  if (!found) throw Error(Path(), "cannot be searched", "no data group matches");
+  return *found;
+}
+
+std::vector<DataGroup> Inspection::Masters() const {
+  CIDataLst list;
+  m_state->set.fset_GetMSCIDataLst(&list);
+  std::vector<DataGroup> masters;
+  for (const CIData* master : list) masters.emplace_back(*m_state, *m_state->RowOf(master));
+  return masters;
+}
+
+std::vector<DataGroup> Inspection::DataOfChannel(std::uint32_t channel) const {
+  CIDataLst list;
+  m_state->set.fset_GetSpecificChannelSortedIDataList(channel, &list);
+  std::vector<DataGroup> groups;
+  for (const CIData* item : list)
+    if (DataRow* row = m_state->RowOf(item)) groups.emplace_back(*m_state, *row);
+  return groups;
+}
+
+std::optional<DataGroup> Inspection::DataOf(const CIData* item) const {
+  DataRow* row = m_state->RowOf(item);
+  return row ? std::optional(DataGroup(*m_state, *row)) : std::nullopt;
+}
+
+DataGroup Inspection::AddData(const CGDataTypeFDD& record, std::span<std::byte> samples) {
+  auto added = std::make_unique<CGDataTypeFDD>(record);
+  added->dataPointer = samples.empty() ? nullptr : samples.data();
+  added->dataSize = samples.size();
+  added->samples = {};
+  added->SetGroupHandle(nullptr);
+  DataRow& row = m_state->AddRow(*added, 1);
+  row.added = std::move(added);
+  row.table = samples;  // the item took it with the record
+  row.added->SetDataBookmarkType(row.taken.GetDataBookmarkType());
+  if (!row.isListed) {
+    const std::string name = m_state->NameOf(row);
+    m_state->RemoveLastRow();
+    throw Error(name, "cannot be added", "another data group has its ids");
+  }
+  return {*m_state, row};
+}
+
+DataGroup Inspection::AddData(const CGDataTypeFDD& record, std::vector<std::byte> samples) {
+  const DataGroup added = AddData(record, std::span(samples));
+  m_state->rows.back().samples = std::move(samples);
+  return added;
+}
+
+std::vector<std::pair<std::string, std::size_t>> Inspection::CountGroups() const {
+  std::vector<std::pair<std::string, std::size_t>> counts;
+  VisitGroupLists(*m_state->descriptor, [&](const char* name, const auto& list, auto) {
+    counts.emplace_back(name, CountItems(m_state->set, list));
+  });
+  return counts;
+}
+
+GateHandle Inspection::Gate(std::uint32_t channel, std::uint32_t gate) const {
+  CIGate* item = m_state->set.fset_GetIGate(fset_All, gate, channel);
+  if (!item)
+    throw Error(Path(),
+                "cannot be searched",
+                "channel " + std::to_string(channel) + " has no gate " + std::to_string(gate));
+  return GateHandle(*item);
+}
+
+bool Inspection::IsModified() const { return !Changes(*m_state).isEmpty; }
+
+std::string Inspection::SaveCompanion() {
+  constexpr std::size_t listed = 98;  // the next one would never be read
+  Changes changes(*m_state);
+  CheckSomething(*m_state, changes);
+  CFContTypeFileDescr& loaded = *m_state->descriptor;
+  constexpr const char* what = "its companion cannot be written";
+  if (container::ListCompanions(loaded.path).names.size() >= listed)
+    throw Error(Path(),
+                what,
+                "it has 98 companions, and no more are read",
+                "write everything as a new file");
+  const auto filesBefore = loaded.files.GetCount();
+  const int status = CFCont().FileWrite(&loaded, &changes.groups, 1, nullptr, nullptr, 0);
+  if (status != SCFile::status_Ok) throw Error::OfFileLayer(status, Path(), what);
+  if (loaded.files.GetCount() == filesBefore)
+    throw Error(Path(),
+                what,
+                "the companions are not numbered without a gap",
+                "bring the missing one back, or move away those behind the gap");
+  Settle(*m_state, changes);
+  return LastFile(*m_state);
+}
+
+std::string Inspection::SaveAppended() {
+  Changes changes(*m_state);
+  CheckSomething(*m_state, changes);
+  CFContTypeFileDescr& loaded = *m_state->descriptor;
+  const int status = CFCont().FileWrite(&loaded, &changes.groups, 0, nullptr, nullptr, 0);
+  if (status != SCFile::status_Ok)
+    throw Error::OfFileLayer(status, LastFile(*m_state), cannotBeWritten);
+  Settle(*m_state, changes);
+  return LastFile(*m_state);
+}
+
+void Inspection::SaveAs(const std::string& path, bool replace) {
+  for (const std::string& file : Files()) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(file, path, ignored))
+      throw Error(path, cannotBeWritten, "it is the inspection file itself", "choose another name");
+  }
+  const Changes changes(*m_state);
+  CFContTypeFileDescr copy;
+  if (!copy.SetPath(ToWide(path))) throw Error(path, cannotBeWritten, "the path is too long");
+  MergeInto(copy, *m_state->descriptor, changes.groups);
+  copy.defectTableFlag = copy.defects.IsEmpty() ? 0 : 1;
+  SCFile::GroupHandle top = nullptr;
+  SCFile::FileHandle file = nullptr;
+  const int status = CFCont().FileWrite(nullptr, &copy, replace ? 0 : 1, &top, &file, 0);
+  const Error failure = Error::OfFileLayer(status, path, cannotBeWritten);
+  if (file) SCFile::file_Close(file);  // everything is committed, or nothing is to be
+  if (status != SCFile::status_Ok) throw failure;
+}
+
+CFSet& Inspection::FileSet() const { return m_state->set; }
+CSpec& Inspection::Specimen() const { return m_state->specimen; }
+CVolumeSet& Inspection::VolumeSet() const { return m_state->volume; }
+CFContTypeFileDescr& Inspection::Descriptor() const { return *m_state->descriptor; }
+IGDataSupplier& Inspection::Supplier() const { return *m_state; }
+
+double GateHandle::Start() const { return std::as_const(*m_gate).igate1_GetInfoRef()->start; }
+double GateHandle::Width() const { return std::as_const(*m_gate).igate1_GetInfoRef()->width; }
+double GateHandle::Level() const {
+  return std::as_const(*m_gate).igate1_GetInfoRef()->positiveLevel;
+}
+
+void GateHandle::SetStart(double seconds) const {
+  if (!std::isfinite(seconds)) throw Error({}, "gate start cannot be set", "it is not a number");
+  m_gate->Start(static_cast<float>(seconds));
+}
+
+void GateHandle::SetWidth(double seconds) const {
+  if (!std::isfinite(seconds) || seconds <= 0)
+    throw Error({}, "gate width cannot be set", "it is not above 0");
+  m_gate->Width(static_cast<float>(seconds));
+}
+
+void GateHandle::SetLevel(double percent) const {
+  constexpr double largest = 1000;
+  if (!(percent >= 0 && percent <= largest))
+    throw Error({}, "gate level cannot be set", "it is not from 0 to 1000 %");
+  m_gate->PLevel(static_cast<float>(percent));
+  m_gate->NLevel(static_cast<float>(percent));
+}
+
+void CheckNewInspection(const std::string& path, bool replace) {
+  const std::wstring widePath = ToWide(path);
+  if (!replace && Exists(widePath))
+    throw Error(path, cannotBeWritten, "the file exists", {}, SCFile::status_Exists);
+  const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  std::error_code ignored;
+  if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
+    throw Error(path, cannotBeWritten, "its folder does not exist", "make the folder first");
+  if (const std::wstring companion = container::CompanionName(widePath, 1); Exists(companion))
+    throw Error(path,
+                cannotBeWritten,
+                ToUtf8(companion) + " would be read as its companion",
+                "move that file away or choose another name");
+}
+
+}  // namespace utdata

@@ -1,0 +1,178 @@
+// The item pattern.
+#include "utdata/item.h"
+
+#include <type_traits>
+#include <utility>
+
+#include "src/items/itemstate.h"
+
+namespace utdata {
+
+namespace {
+
+/// Of each descriptor, the file layer's operation that makes one equal to another, and the one that
+/// empties it; null where the pattern leaves that to the destructor.
+template <class Descriptor>
+struct Family;
+
+template <auto duplicateOperation, auto releaseOperation>
+struct FamilyOf {
+  static constexpr auto duplicate = duplicateOperation;
+  static constexpr auto release = releaseOperation;
+};
+
+// clang-format off
+template <> struct Family<CGChanTypeDescr> : FamilyOf<gchan_Duplicate, gchan_Delete> {};
+template <> struct Family<CGGateTypeDescr> : FamilyOf<ggate_Duplicate, nullptr> {};
+template <> struct Family<CGInfoTypeDescr> : FamilyOf<ginfo_Duplicate, ginfo_Delete> {};
+template <> struct Family<CGPatchTypeDescr> : FamilyOf<gpatch_Duplicate, gpatch_Delete> {};
+template <> struct Family<CGProbeTypeDescr> : FamilyOf<gprobe_Duplicate, gprobe_Delete> {};
+template <> struct Family<CGSpecmatTypeDescr> : FamilyOf<gspecmat_Duplicate, gspecmat_Delete> {};
+template <> struct Family<CGSubchanTypeDescr> : FamilyOf<gsubchan_Duplicate, gsubchan_Delete> {};
+// clang-format on
+
+template <class Descriptor>
+void Empty(Descriptor& descriptor) {
+  if constexpr (!std::is_null_pointer_v<decltype(Family<Descriptor>::release)>)
+    Family<Descriptor>::release(&descriptor, 0);
+}
+
+/// Makes the working copy equal to a record, which may be itself.
+template <class Descriptor>
+void Renew(Descriptor& working, const Descriptor* source) {
+  if (source == &working) return;
+  Empty(working);
+  Family<Descriptor>::duplicate(&working, source);
+}
+
+}  // namespace
+
+PlacedItem::PlacedItem() : m_place(std::make_unique<ItemPlace>()) {}
+
+PlacedItem::~PlacedItem() = default;
+
+// The home is told before the pointer is out, also to a thread that finds the first call of another
+// under way. A home that the item comes to meanwhile sees the flag, or is seen here.
+void PlacedItem::HandOut() const {
+  ItemPlace& place = *m_place;
+  if (place.isHomeTold.load(std::memory_order_acquire)) return;
+  place.isHandedOut.store(true);
+  ItemHome* const home = place.home.load();
+  if (!home) return;
+  home->NoteChange(const_cast<PlacedItem&>(*this));
+  place.isHomeTold.store(true, std::memory_order_release);
+}
+
+template <class Descriptor>
+Item<Descriptor>::Item(Descriptor* descriptor, int isNew)
+    : m_state(std::make_unique<State>(isNew ? nullptr : descriptor)) {
+  if (!Given(descriptor)) return;
+  Family<Descriptor>::duplicate(&m_state->working, descriptor);
+  ItemAccess::PublishIds(*this, IdsOf(m_state->working));
+}
+
+template <class Descriptor>
+Item<Descriptor>::~Item() {
+  Empty(m_state->working);
+}
+
+template <class Descriptor>
+void Item<Descriptor>::AssertValid() const {
+  UTDATA_ASSERT(m_state != nullptr);
+}
+
+template <class Descriptor>
+Descriptor* Item<Descriptor>::InfoRef() const {
+  HandOut();
+  return &m_state->working;
+}
+
+template <class Descriptor>
+void Item<Descriptor>::CopyInfo(Descriptor* out) const {
+  if (Given(out)) ReadWorkingCopy(*this, [out](const Descriptor& working) { *out = working; });
+}
+
+template <class Descriptor>
+void Item<Descriptor>::SetInfo(const Descriptor* in) {
+  if (!Given(in)) return;
+  const MutexScope lock(m_state->lock);
+  if (*in == m_state->working) return;
+  Descriptor next(*in);  // all of it or, without memory, nothing
+  m_state->isModified = true;
+  m_state->working = std::move(next);
+  ItemAccess::PublishIds(*this, IdsOf(m_state->working));
+}
+
+template <class Descriptor>
+Descriptor* Item<Descriptor>::FileSide() const {
+  return m_state->fileSide;
+}
+
+template <class Descriptor>
+bool Item<Descriptor>::CopyFileSide(Descriptor* out) const {
+  if (IsNew() || !Given(out)) return false;
+  const MutexScope lock(m_state->lock);
+  *out = *m_state->fileSide;
+  return true;
+}
+
+template <class Descriptor>
+void Item<Descriptor>::Replace(const Descriptor* source) {
+  if (!Given(source)) return;
+  const MutexScope lock(m_state->lock);
+  Descriptor* const fileSide = m_state->fileSide;
+  if (fileSide) *fileSide = *source;
+  Renew(m_state->working, fileSide ? fileSide : source);
+  ItemAccess::PublishIds(*this, IdsOf(m_state->working));
+}
+
+template <class Descriptor>
+void Item<Descriptor>::Adopt(Descriptor* fileSide) {
+  if (!Given(fileSide)) return;
+  const MutexScope lock(m_state->lock);
+  m_state->fileSide = fileSide;
+  Renew(m_state->working, fileSide);
+  ItemAccess::PublishIds(*this, IdsOf(m_state->working));
+}
+
+template <class Descriptor>
+std::uint32_t Item<Descriptor>::GetBoth(Descriptor** working, Descriptor** fileSide) const {
+  if (Given(working)) *working = InfoRef();
+  if (!Given(fileSide)) return 0;
+  const MutexScope lock(m_state->lock);
+  *fileSide = m_state->fileSide;
+  return 0;
+}
+
+template <class Descriptor>
+bool Item<Descriptor>::IsModified() const {
+  const MutexScope lock(m_state->lock);
+  return m_state->isModified;
+}
+
+template <class Descriptor>
+void Item<Descriptor>::SetModified(bool modified) {
+  m_state->isModified = modified;
+}
+
+template <class Descriptor>
+void Item<Descriptor>::SetModifiedLocked(bool modified) {
+  const MutexScope lock(m_state->lock);
+  m_state->isModified = modified;
+}
+
+template <class Descriptor>
+bool Item<Descriptor>::IsNew() const {
+  const MutexScope lock(m_state->lock);
+  return !m_state->fileSide;
+}
+
+template class Item<CGChanTypeDescr>;
+template class Item<CGGateTypeDescr>;
+template class Item<CGInfoTypeDescr>;
+template class Item<CGPatchTypeDescr>;
+template class Item<CGProbeTypeDescr>;
+template class Item<CGSpecmatTypeDescr>;
+template class Item<CGSubchanTypeDescr>;
+
+}  // namespace utdata
