@@ -31,7 +31,9 @@ target_include_directories(utdata PUBLIC
 # C library and of the host.
 target_link_libraries(utdata PUBLIC Eigen3::Eigen PRIVATE Threads::Threads)
 if(NOT MSVC AND NOT APPLE AND NOT UTDATA_SANITIZE)
-  target_link_options(utdata PRIVATE -Wl,--no-undefined)
+  set(exports ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  target_link_options(utdata PRIVATE -Wl,--no-undefined -Wl,--version-script=${exports})
+  set_target_properties(utdata PROPERTIES LINK_DEPENDS ${exports})
 endif()
 
 add_library(utdata_internal STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:utdata_objects>)

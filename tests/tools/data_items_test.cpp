@@ -13,7 +13,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr std::uint32_t rows = 2, columns = 3, samples = 50;
+constexpr std::uint32_t rowCount = 2, columnCount = 3, sampleCount = 50;
 
 /// What tells one data group from another.
 struct Group {
@@ -28,7 +28,7 @@ void WriteInspection(const std::filesystem::path& path, const std::vector<Group>
   const auto file = std::make_unique<CFContTypeFileDescr>();
   ASSERT_TRUE(file->SetPath(path.wstring()));
   std::deque<CGDataTypeFDD> records;
-  std::vector<std::uint16_t> table(std::size_t{rows} * columns * samples);
+  std::vector<std::uint16_t> table(std::size_t{rowCount} * columnCount * sampleCount);
   for (std::size_t at = 0; at < table.size(); ++at) table[at] = static_cast<std::uint16_t>(at * 7);
   for (const Group& group : groups) {
     CGDataTypeFDD& record = records.emplace_back();
@@ -36,15 +36,15 @@ void WriteInspection(const std::filesystem::path& path, const std::vector<Group>
     record.channelId = group.channel;
     record.subChannelId = group.subChannel;
     record.gateId = group.gate;
-    record.columnQuantity = columns;
+    record.columnQuantity = columnCount;
     record.columnResolution = 1e-3F;
-    record.rowQuantity = rows;
+    record.rowQuantity = rowCount;
     record.rowResolution = 2e-3F;
-    record.sampleQuantity = group.dataClass == gdata_AScan ? samples : 1;
+    record.sampleQuantity = group.dataClass == gdata_AScan ? sampleCount : 1;
     record.sampleResolution = record.dataResolution = 20e-9F;
     record.SetDataType(kvt_UInt16);
     record.SetDataRectification(gdata_RectifFull);
-    record.dataMaximum = group.dataClass == gdata_CScanPosition ? samples : 65535;
+    record.dataMaximum = group.dataClass == gdata_CScanPosition ? sampleCount : 65535;
     record.sampleSize = 2;
     record.cellSize = 2 * record.sampleQuantity;
     record.soundSpeed = 5900;

@@ -12,7 +12,7 @@
 namespace utdata::test {
 namespace {
 
-using Values = std::vector<std::uint16_t>;
+using WordValues = std::vector<std::uint16_t>;
 
 constexpr std::uint32_t rows = 3, columns = 5,
                         quantity = 83;  // no multiple of what is compared at a time
@@ -42,12 +42,13 @@ class LoadedFile {
         found = found ? nullptr : group;
     return found;
   }
-  [[nodiscard]] Values Samples(gdata_enumDataClass dataClass, std::uint32_t subChannel = 0) const {
+  [[nodiscard]] WordValues Samples(gdata_enumDataClass dataClass,
+                                   std::uint32_t subChannel = 0) const {
     const CGDataTypeFDD* group = Find(dataClass, subChannel);
     void* samples = nullptr;
     std::uint64_t size = 0;
     if (!group || gdata_SamplesMap(group, &samples, &size) != SCFile::status_Ok) return {};
-    Values values(size / 2);
+    WordValues values(size / 2);
     std::memcpy(values.data(), samples, size);
     SCFile::file_BlockUnmap(SCFile::file_OfGroup(group->samples.group), samples);
     return values;
@@ -130,7 +131,7 @@ int Word(const std::string& bytes, std::size_t sample) {
   return static_cast<unsigned char>(bytes[2 * sample]) +
          256 * static_cast<unsigned char>(bytes[2 * sample + 1]);
 }
-int Byte(const std::string& bytes, std::size_t sample) {
+int ByteAt(const std::string& bytes, std::size_t sample) {
   return static_cast<unsigned char>(bytes[sample]);
 }
 int Signed(int value, int half) { return value < half ? value : value - 2 * half; }
@@ -142,7 +143,7 @@ void Expect(const LoadedFile& file,
             int first,
             int count,
             double least) {
-  Values amplitudes, positions;
+  WordValues amplitudes, positions;
   for (std::size_t cell = 0; cell < rows * columns; ++cell) {
     int largest = -1, position = 0;
     for (int sample = first; sample < first + count; ++sample) {
@@ -180,17 +181,17 @@ struct TypeCase {
 
 TEST_F(GateTest, SeesTheLargestAmplitudeOfEachCellInEverySampleType) {
   const std::vector<TypeCase> cases = {
-      {"u8 rectified", kvt_UInt8, gdata_RectifFull, 255, Byte},
+      {"u8 rectified", kvt_UInt8, gdata_RectifFull, 255, ByteAt},
       {"u8",
        kvt_UInt8,
        gdata_RectifNone,
        128,
-       [](auto& b, auto s) { return std::abs(Byte(b, s) - 128); }},
+       [](auto& b, auto s) { return std::abs(ByteAt(b, s) - 128); }},
       {"i8",
        kvt_Int8,
        gdata_RectifNone,
        128,
-       [](auto& b, auto s) { return std::abs(Signed(Byte(b, s), 128)); }},
+       [](auto& b, auto s) { return std::abs(Signed(ByteAt(b, s), 128)); }},
       {"u16 rectified", kvt_UInt16, gdata_RectifFull, 65535, Word},
       {"u16",
        kvt_UInt16,
@@ -292,8 +293,8 @@ TEST_F(GateTest, APositionNeedsTheThreshold) {
   ASSERT_EQ(Gate("--start 1 --width 1 --threshold 20 --as append").status, 1);
   std::filesystem::remove(At("weld.A01"));
   ASSERT_EQ(Gate("--start 1 --width 1 --threshold 20 --as append").status, 0);
-  const Values positions = LoadedFile(At("weld.fpd")).Samples(gdata_CScanPosition);
-  EXPECT_EQ(Values(positions.begin(), positions.begin() + 4), Values({0, 41, 42, 0}));
+  const WordValues positions = LoadedFile(At("weld.fpd")).Samples(gdata_CScanPosition);
+  EXPECT_EQ(WordValues(positions.begin(), positions.begin() + 4), WordValues({0, 41, 42, 0}));
 }
 
 TEST_F(GateTest, ChangesOnlyTheFileItSaysAndTheGateThatIsThere) {

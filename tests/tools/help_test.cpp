@@ -4,9 +4,8 @@
 
 #include "tests/tools/run_program.h"
 
+namespace utdata::test {
 namespace {
-
-using namespace utdata::test;
 
 class HelpTest : public ProgramTest {
  protected:
@@ -104,3 +103,4 @@ TEST_F(HelpTest, CompletionOffersTheWordsThatAnOptionTakes) {
 }
 
 }  // namespace
+}  // namespace utdata::test

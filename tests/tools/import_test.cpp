@@ -11,7 +11,7 @@
 namespace utdata::test {
 namespace {
 
-constexpr std::array<std::uint32_t, 3> quantities = {
+constexpr std::array<std::uint32_t, 3> importQuantities = {
     5,
     37,
     70};  // rows, columns, samples: no multiple of a block of the transposition
@@ -20,8 +20,8 @@ constexpr std::array<const char*, 3> axisNames = {"row", "column", "sample"};
 /// A value that no other place of the array shares within its last two bytes, and that uses the
 /// sign bit.
 std::uint16_t ValueAt(std::uint32_t row, std::uint32_t column, std::uint32_t sample) {
-  return static_cast<std::uint16_t>((row * quantities[1] + column) * quantities[2] + sample +
-                                    30000);
+  return static_cast<std::uint16_t>((row * importQuantities[1] + column) * importQuantities[2] +
+                                    sample + 30000);
 }
 
 void Append(std::string& bytes, std::uint16_t value, std::uint32_t size, bool bigEndian) {
@@ -40,9 +40,9 @@ std::string ArrayBytes(const std::array<std::size_t, 3>& places,
                        bool bigEndian) {
   std::string bytes;
   std::array<std::uint32_t, 3> at{};
-  for (at[places[0]] = 0; at[places[0]] < quantities[places[0]]; ++at[places[0]])
-    for (at[places[1]] = 0; at[places[1]] < quantities[places[1]]; ++at[places[1]])
-      for (at[places[2]] = 0; at[places[2]] < quantities[places[2]]; ++at[places[2]])
+  for (at[places[0]] = 0; at[places[0]] < importQuantities[places[0]]; ++at[places[0]])
+    for (at[places[1]] = 0; at[places[1]] < importQuantities[places[1]]; ++at[places[1]])
+      for (at[places[2]] = 0; at[places[2]] < importQuantities[places[2]]; ++at[places[2]])
         Append(bytes, ValueAt(at[0], at[1], at[2]), size, bigEndian);
   return bytes;
 }
@@ -80,7 +80,7 @@ class ImportTest : public ProgramTest {
     std::string shape;
     std::string axes;
     for (const std::size_t place : places) {
-      shape += (shape.empty() ? "" : ",") + std::to_string(quantities[place]);
+      shape += (shape.empty() ? "" : ",") + std::to_string(importQuantities[place]);
       axes += std::string(axes.empty() ? "" : ",") + axisNames[place];
     }
     const ProgramResult result =

@@ -44,7 +44,7 @@ TEST_F(RenderTest, KeepsLengthsInProportionAndCellsWhole) {
   EXPECT_EQ(time.png.Height(), time.facts["height"]);
 }
 
-struct TypeCase {
+struct RenderCase {
   const char* dtype;
   const char* more;
   std::string quiet;   ///< the bytes of a sample without amplitude
@@ -54,7 +54,7 @@ struct TypeCase {
 };
 
 TEST_F(RenderTest, FindsTheStrongestCellInEverySampleType) {
-  const std::vector<TypeCase> cases = {
+  const std::vector<RenderCase> cases = {
       {"u8", "--rectified", {'\0'}, {'\xF0'}, {'\x78'}, 100 * 240 / 255.0},
       {"u8", "", {'\x80'}, {'\x08'}, {'\xC0'}, 100 * (8 - 127.5) / 127.5},
       {"i8", "", {'\0'}, {'\x90'}, {'\x38'}, 100 * -112 / 128.0},
@@ -73,7 +73,7 @@ TEST_F(RenderTest, FindsTheStrongestCellInEverySampleType) {
        100 * (0x0800 - 32767.5) / 32767.5},
       {"i16", "", {'\0', '\0'}, {'\0', '\x90'}, {'\0', '\x38'}, 100 * -28672 / 32768.0},
   };
-  for (const TypeCase& type : cases) {
+  for (const RenderCase& type : cases) {
     SCOPED_TRACE(std::string(type.dtype) + " " + type.more);
     std::string bytes;
     for (int cell = 0; cell < 5 * 6; ++cell)

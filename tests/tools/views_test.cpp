@@ -7,11 +7,10 @@
 namespace utdata::test {
 namespace {
 
-constexpr int rows = 4, columns = 6, quantity = 50;
-
 /// A scan with two echoes: the strongest, 60000, in row 2, column 4 at sample 30, and 50000 in row
 /// 1, column 1 at sample 10.
 std::string TwoEchoes() {
+  constexpr int rows = 4, columns = 6, quantity = 50;
   std::vector<std::uint16_t> samples(rows * columns * quantity, 600);
   samples[(2 * columns + 4) * quantity + 30] = 60000;
   samples[(1 * columns + 1) * quantity + 10] = 50000;

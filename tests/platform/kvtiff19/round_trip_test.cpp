@@ -23,7 +23,7 @@ using namespace SCFile;
 using utdata::kvtiff19::ElementSize;
 using utdata::test::FileFolder;
 
-constexpr std::uint32_t anyGroup = 60000;
+constexpr std::uint32_t plainGroup = 60000;
 
 #define ASSERT_OK(call) ASSERT_EQ(call, status_Ok) << file_LastError()
 
@@ -42,7 +42,7 @@ TEST(RoundTrip, EveryValueTypeKeepsEveryBit) {
   FileHandle file = nullptr;
   GroupHandle group = nullptr;
   ASSERT_OK(file_Create(path.c_str(), &file));
-  ASSERT_OK(file_GroupCreate(file, &group, anyGroup, nullptr));
+  ASSERT_OK(file_GroupCreate(file, &group, plainGroup, nullptr));
   for (std::uint32_t type = value_Int8; type <= value_Double; ++type)
     for (std::uint32_t count : {0u, 1u, 5u})
       ASSERT_OK(file_ItemValueWrite(group, 100 * type + count, type, count, bits));
@@ -80,7 +80,7 @@ TEST(RoundTrip, TextsOfAllPlanesAndTheirRoom) {
   FileHandle file = nullptr;
   GroupHandle group = nullptr;
   ASSERT_OK(file_Create(path.c_str(), &file));
-  ASSERT_OK(file_GroupCreate(file, &group, anyGroup, L"\U0001F527 \x6EB6"));
+  ASSERT_OK(file_GroupCreate(file, &group, plainGroup, L"\U0001F527 \x6EB6"));
   for (const std::wstring& text : texts)
     ASSERT_OK(file_ItemValueWrite(
         group, 1, value_Text, static_cast<std::uint32_t>(text.size() + 1), text.c_str()));
@@ -116,12 +116,12 @@ TEST(RoundTrip, TreeKeepsOrderDuplicatesAndHandles) {
   GroupHandle top = nullptr, first = nullptr, second = nullptr, inner = nullptr;
   const std::uint32_t one = 1;
   ASSERT_OK(file_CreateEx(path.c_str(), &file));
-  ASSERT_OK(file_GroupCreate(file, &top, anyGroup, L"FC"));
-  ASSERT_OK(file_GroupCreate(top, &first, anyGroup + 1, L"same"));
+  ASSERT_OK(file_GroupCreate(file, &top, plainGroup, L"FC"));
+  ASSERT_OK(file_GroupCreate(top, &first, plainGroup + 1, L"same"));
   ASSERT_OK(file_ItemValueWrite(top, 7, value_UInt32, 1, &one));
-  ASSERT_OK(file_GroupCreate(top, &second, anyGroup + 1, L"same"));
+  ASSERT_OK(file_GroupCreate(top, &second, plainGroup + 1, L"same"));
   // Groups may be filled in any order, also after younger ones.
-  ASSERT_OK(file_GroupCreate(second, &inner, anyGroup + 2, L"inner"));
+  ASSERT_OK(file_GroupCreate(second, &inner, plainGroup + 2, L"inner"));
   ASSERT_OK(file_ItemValueWrite(first, 8, value_UInt32, 1, &one));
   ASSERT_OK(file_ItemValueWrite(inner, 9, value_UInt32, 1, &one));
   ASSERT_OK(file_GroupNameSet(first, L"renamed", 8));
@@ -208,7 +208,7 @@ TEST(RoundTrip, BlocksAreAlignedCheckedAndMappedAsPrivateCopies) {
   FileHandle file = nullptr;
   GroupHandle group = nullptr;
   ASSERT_OK(file_Create(path.c_str(), &file));
-  ASSERT_OK(file_GroupCreate(file, &group, anyGroup, nullptr));
+  ASSERT_OK(file_GroupCreate(file, &group, plainGroup, nullptr));
   for (const std::size_t size : sizes) ASSERT_OK(file_BlockWrite(group, 5, size, samples.data()));
   ASSERT_OK(file_Commit(file));
   ASSERT_OK(file_Close(file));
@@ -272,7 +272,7 @@ TEST(RoundTrip, BlockOfMoreThanEightGibibytes) {
     ASSERT_NE(samples, MAP_FAILED);
     static_cast<unsigned char*>(samples)[size - 1] = 77;
     ASSERT_OK(file_Create(path.c_str(), &file));
-    ASSERT_OK(file_GroupCreate(file, &group, anyGroup, nullptr));
+    ASSERT_OK(file_GroupCreate(file, &group, plainGroup, nullptr));
     const int written = file_BlockWrite(group, 1, size, samples);
     ::munmap(samples, size);
     if (written == status_DiskFull) {

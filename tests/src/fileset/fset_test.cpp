@@ -7,12 +7,11 @@
 #include <vector>
 
 #include "src/fileset/data_lists.h"
+#include "tests/src/fileset/document.h"
 #include "tests/support/data_host.h"
 #include "tests/support/report_capture.h"
 #include "utdata/fset.h"
 #include "utdata/spec.h"
-
-class CDocument {};
 
 namespace {
 
@@ -21,7 +20,7 @@ using utdata::test::DataHost;
 using utdata::test::EditableItem;
 using utdata::test::ReportCapture;
 
-constexpr auto unknownFilter = static_cast<fset_enumFilters>(7);
+constexpr auto noSuchFilter = static_cast<fset_enumFilters>(7);
 
 class FileSet : public testing::Test {
  protected:
@@ -128,7 +127,7 @@ TYPED_TEST(DescriptorItems, AnswerNothingForNothing) {
   auto record = TypeParam::Make(1);
   auto* const item = TypeParam::Add(set, &record);
   const ReportCapture reports;
-  EXPECT_EQ(item, TypeParam::Get(set, unknownFilter, 1));
+  EXPECT_EQ(item, TypeParam::Get(set, noSuchFilter, 1));
   EXPECT_EQ(1U, reports.Assertions());
 }
 
@@ -172,8 +171,8 @@ TEST_F(FileSet, HoldsOneGeneralInformation) {
   EXPECT_EQ(info, set.fset_ReplaceGInfo(&other));
   EXPECT_EQ(L"other", record.inspector);
   const ReportCapture reports;
-  EXPECT_EQ(nullptr, set.fset_GetIInfo(unknownFilter)) << "here an unknown filter passes nothing";
-  EXPECT_EQ(1U, set.fset_RemoveGInfo(unknownFilter));
+  EXPECT_EQ(nullptr, set.fset_GetIInfo(noSuchFilter)) << "here an unknown filter passes nothing";
+  EXPECT_EQ(1U, set.fset_RemoveGInfo(noSuchFilter));
   EXPECT_EQ(2U, reports.Assertions());
   EXPECT_EQ(1U, set.fset_RemoveGInfo(fset_Modified));
   EXPECT_EQ(0U, set.fset_RemoveGInfo(fset_All));

@@ -6,10 +6,9 @@
 #include <vector>
 
 #include "tests/src/container/inspection.h"
+#include "tests/src/fileset/document.h"
 #include "utdata/fset.h"
 #include "utdata/spec.h"
-
-class CDocument {};
 
 namespace utdata::test {
 namespace {

@@ -10,9 +10,8 @@
 #include <vector>
 
 #include "interfaces/framework.h"
+#include "tests/src/fileset/document.h"
 #include "utdata/fset.h"
-
-class CDocument {};
 
 namespace {
 

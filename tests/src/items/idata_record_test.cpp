@@ -16,10 +16,10 @@ using utdata::test::DataHost;
 using utdata::test::ReportCapture;
 using utdata::test::SoundRecord;
 
-constexpr float nan = std::numeric_limits<float>::quiet_NaN();
-constexpr float inf = std::numeric_limits<float>::infinity();
+constexpr float floatNan = std::numeric_limits<float>::quiet_NaN();
+constexpr float floatInf = std::numeric_limits<float>::infinity();
 
-constexpr gdata_enumDataClass Master(gdata_enumDataClass c) {
+constexpr gdata_enumDataClass MasterOf(gdata_enumDataClass c) {
   return static_cast<gdata_enumDataClass>(c | gdata_MultiChannelMaster);
 }
 
@@ -86,7 +86,7 @@ TEST(DataRecord, SampleTypesFollowRectificationAndRange) {
                         {gdata_AnalogScaled, none, kvt_UInt8, 0, 255, kvt_Int8, 128},
                         {gdata_AScan, none, kvt_Int16, 0, 4095, kvt_Int16, 0},
                         {gdata_CScanPosition, none, kvt_UInt16, 0, 4095, kvt_UInt16, 0},
-                        {Master(gdata_CScanPosition), none, kvt_UInt16, 0, 4095, kvt_UInt16, 0},
+                        {MasterOf(gdata_CScanPosition), none, kvt_UInt16, 0, 4095, kvt_UInt16, 0},
                         {gdata_CScanPositionFirst, none, kvt_UInt8, 0, 255, kvt_Int8, 128},
                         {gdata_CScanPosition, full, kvt_Int16, 0, 4095, kvt_UInt16, 0},
                         {gdata_CScanAngle, none, kvt_UInt8, 0, 255, kvt_UInt8, 0},
@@ -184,7 +184,7 @@ TEST(DataRecord, NoFloatMakesAnItemUnusable) {
                              &CGDataTypeFDD::soundSpeed};
   for (const auto c : {gdata_AScan, gdata_CScanPosition})
     for (const Field field : fields)
-      for (const float value : {nan, inf, -inf, -1.0f}) {
+      for (const float value : {floatNan, floatInf, -floatInf, -1.0f}) {
         CGDataTypeFDD record = SoundRecord({.dataClass = c});
         record.*field = value;
         const ReportCapture reports;  // keeps what is told of it off the screen

@@ -19,7 +19,7 @@ using utdata::test::EditableItem;
 using utdata::test::ReportCapture;
 
 template <class List>
-auto Content(const List& list) {
+auto ContentOf(const List& list) {
   return std::vector<typename List::Item*>(list.begin(), list.end());
 }
 
@@ -59,8 +59,8 @@ TEST_F(GateList, MovedAndLeftItemsKeepTheirOrder) {
   CIGate *a = Add(1, 0), *b = Add(2, 1), *c = Add(3, 0), *d = Add(4, 1), *e = Add(5, 0);
   list.GetIGateLst(fset_All, &out, 4, fset_AnyId);
   list.RemoveIGate(fset_All, &out, fset_AnyId, 0);
-  EXPECT_THAT(Content(out), ElementsAre(d, a, c, e)) << "results are appended";
-  EXPECT_THAT(Content(list), ElementsAre(b, d));
+  EXPECT_THAT(ContentOf(out), ElementsAre(d, a, c, e)) << "results are appended";
+  EXPECT_THAT(ContentOf(list), ElementsAre(b, d));
   list.RemoveIGate(fset_All, &out, fset_AnyId, fset_AnyId);
   EXPECT_TRUE(list.IsEmpty());
 }
@@ -73,11 +73,12 @@ TEST_F(GateList, FiltersAskForTheStatus) {
   modified->igate1_ModifSetStatus(true);
   list.GetIGateLst(fset_Modified, &out, fset_AnyId, fset_AnyId);
   list.GetIGateLst(fset_New, &out, fset_AnyId, fset_AnyId);
-  EXPECT_THAT(Content(out), ElementsAre(modified, &fresh));
+  EXPECT_THAT(ContentOf(out), ElementsAre(modified, &fresh));
   ReportCapture reports;
   out.RemoveAll();
   list.GetIGateLst(static_cast<fset_enumFilters>(3), &out, fset_AnyId, 0);
-  EXPECT_THAT(Content(out), ElementsAre(plain, modified, &fresh)) << "an unknown filter passes all";
+  EXPECT_THAT(ContentOf(out), ElementsAre(plain, modified, &fresh))
+      << "an unknown filter passes all";
   EXPECT_EQ(3U, reports.Assertions());
 }
 
@@ -94,12 +95,12 @@ TEST(DataList, GatesAreComparedByNumberAndBookmarksByTheirOwnWildcard) {
   const auto byNumber = [&](std::uint32_t bookmark, std::uint32_t gate) {
     CIDataLst out;
     list.GetIDataLst(fset_All, &out, bookmark, fset_AnyId, 7, fset_AnyId, gate, fset_AnyId);
-    return Content(out);
+    return ContentOf(out);
   };
   const auto ofGate = [&](std::uint32_t gate) {
     CIDataLst out;
     list.GetGateIDataList(fset_All, &out, fset_AnyId, 7, fset_AnyId, gate, fset_AnyId);
-    return Content(out);
+    return ContentOf(out);
   };
   EXPECT_THAT(byNumber(0, 2003), ElementsAre(&a, &b, &c));
   EXPECT_THAT(byNumber(0, 3), ElementsAre(&a, &b, &c));
@@ -113,7 +114,7 @@ TEST(DataList, GatesAreComparedByNumberAndBookmarksByTheirOwnWildcard) {
       list.GetIData(fset_All, 0, 0, 7, 0, 3, gdata_CScanAmplitude | gdata_MultiChannelMaster));
   CIDataLst moved;
   list.RemoveIData(fset_All, &moved, 0, 0, 7, 0, 2003, gdata_CScanAmplitude);
-  EXPECT_THAT(Content(list), ElementsAre(&d));
+  EXPECT_THAT(ContentOf(list), ElementsAre(&d));
 }
 
 TEST(ListRecord, ListsKnowTheirClass) {
