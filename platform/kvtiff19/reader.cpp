@@ -132,9 +132,9 @@ class ChainReader {
     return AddTop(Bytes(segment).subspan(segmentHeaderSize), link.offset, ordinal);
   }
 
-  /// A few bytes may claim a segment of any size, most of it a hole: before memory is asked for, its
-  /// head is looked at, and that it is stored. Writers leave no holes in a segment; a file system
-  /// may make some of its zeros.
+  /// A few bytes may claim a segment of any size, most of it a hole: before memory is asked for,
+  /// its head is looked at, and that it is stored. Writers leave no holes in a segment; a file
+  /// system may make some of its zeros.
   int CheckClaim(const Link& link, std::uint64_t ordinal) {
     constexpr std::uint64_t alwaysFine = 1u << 20;
     constexpr std::uint64_t mostPerStored = 64;
