@@ -6,12 +6,11 @@
 #include <type_traits>
 #include <utility>
 
-#include "document/group_ids.h"
-#include "document/group_lists.h"
 #include "interfaces/os.h"
 #include "terminal/failure.h"
 #include "terminal/interrupt.h"
 #include "terminal/text.h"
+#include "utdata/grouplists.h"
 
 namespace utdata::program {
 namespace {
@@ -44,20 +43,16 @@ void WriteWhole(CFContTypeFileDescr& groups, const std::string& path, bool repla
 /// Calls join(list, other) for each pair of lists of two descriptors that hold the same type.
 template <class Join>
 void ForEachListPair(const CFContTypeFileDescr& groups, CFContTypeFileDescr& others, Join join) {
-  VisitGroupLists(groups, [&]<class List>(const char* name, const List& list, auto) {
-    VisitGroupLists(others, [&]<class Other>(const char* otherName, Other& other, auto) {
-      if constexpr (std::is_same_v<List, Other>)
-        if (std::string_view(name) == otherName) join(list, other);
-    });
-  });
+  std::apply([&](const auto&... each) { (join(groups.*each.list, others.*each.list), ...); },
+             groupLists);
 }
 
 /// Lets a group stand where the first one with its ids stands.
 template <class Descriptor>
 void PutInPlace(CList<Descriptor*>& list, Descriptor* group) {
-  if constexpr (HasEditIds<Descriptor>) {
+  if constexpr (!std::is_same_v<Descriptor, stDefectExtern>) {
     const auto found = std::find_if(list.begin(), list.end(), [&](const Descriptor* listed) {
-      return EditIds(*listed) == EditIds(*group);
+      return SCFile::file_Identity(*listed) == SCFile::file_Identity(*group);
     });
     if (found != list.end()) {
       *found = group;
@@ -70,10 +65,7 @@ void PutInPlace(CList<Descriptor*>& list, Descriptor* group) {
 }  // namespace
 
 void Document::Release::operator()(CFContTypeFileDescr* groups) const {
-  VisitGroupLists(*groups, [](const char*, auto& list, auto remove) {
-    for (auto* group : list) remove(group);
-    list.RemoveAll();
-  });
+  DeleteGroups(*groups);
   CFCont().FileClose(groups);
   delete groups;
 }

@@ -8,18 +8,13 @@
 namespace utdata::program {
 namespace {
 
-using WeldIds = std::pair<std::uint32_t, std::uint32_t>;
-
-WeldIds IdsOf(const CGWeldScanPlanDescr& plan) { return {plan.weldId, plan.planId}; }
-WeldIds IdsOf(const CGWeldFillDescr& fill) { return {fill.weldId, fill.fillId}; }
-
-/// Calls add with the last descriptor of each pair of ids, in the order of the list.
+/// Calls add with the last descriptor of each identity, in the order of the list.
 template <class Descriptor, class Add>
 void AddLatest(const CList<Descriptor*>& list, Add add) {
-  std::map<WeldIds, Descriptor*> latest;
-  for (Descriptor* descriptor : list) latest[IdsOf(*descriptor)] = descriptor;
+  std::map<SCFile::GroupIdentity::Ids, Descriptor*> latest;
+  for (Descriptor* descriptor : list) latest[SCFile::file_Identity(*descriptor).ids] = descriptor;
   for (Descriptor* descriptor : list)
-    if (latest[IdsOf(*descriptor)] == descriptor) add(descriptor);
+    if (latest[SCFile::file_Identity(*descriptor).ids] == descriptor) add(descriptor);
 }
 
 }  // namespace

@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "document/data_group.h"
-#include "document/group_lists.h"
 #include "listing/data_rows.h"
 #include "samples/group_axes.h"
 #include "terminal/output.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/grouplists.h"
 
 namespace utdata::program {
 namespace {
@@ -62,7 +62,7 @@ std::ptrdiff_t CountIn(CFSet&, const CList<Descriptor*>& list) {
 GroupCounts CountGroups(const Document& document) {
   GroupCounts counts;
   CFSet& set = *document.GetHost().GetFileSet();
-  VisitGroupLists(document.Groups(), [&](const char* name, const auto& list, auto) {
+  VisitGroupLists(document.Groups(), [&](std::string_view name, const auto& list) {
     counts.emplace_back(name, CountIn(set, list));
   });
   return counts;
