@@ -218,12 +218,6 @@ UTDATA_API int file_BlockUnmap(FileHandle file, void* data);
 /// The number of commits that the file holds.
 [[nodiscard]] UTDATA_API std::uint64_t file_CommitNumber(const Node* file);
 
-/// What a group type is called ("channel", "modified channel"); empty for a type without a family.
-[[nodiscard]] UTDATA_API std::string file_TypeName(std::uint32_t typeCode);
-/// The record field that an item of a group type holds, as the descriptor names it; empty when the
-/// type has no such field.
-[[nodiscard]] UTDATA_API std::string file_FieldName(std::uint32_t typeCode, std::uint32_t itemCode);
-
 /// Told what file_Verify has read of the sample blocks: bytes done and in all. Returns false to
 /// stop.
 using VerifyProgress = bool (*)(void* context, std::uint64_t done, std::uint64_t total);

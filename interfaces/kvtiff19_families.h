@@ -6,26 +6,26 @@
 // frequencies in hertz, levels in percent of full scale, gains in decibel, speeds in metres per
 // second, where a field does not say otherwise.
 //
-// Each family, told on `gchan`:
-//   gchan_Init(lock, unlock, alloc, free, error)   once per process; all null, else
-// status_BadArgument (gdata_Init takes none)
-//   gchan_Allocate(mode, name)                     a new descriptor, owned by the caller, named
-// `name` (may be null) where the record has
-//                                                  a name; null when there is no memory. `mode` has
-// no effect.
-//   gchan_Delete(descriptor, whole)                whole 1: deletes the descriptor; 0: empties its
-// texts and arrays. Null is allowed.
-//   gchan_ReadGroupInfo(group, descriptor)         overwrites the fields that the group holds,
-// leaves the others, skips items it does not
-//                                                  know, and makes `group` the descriptor's own. An
-// item of a wrong type: status_Damaged and
-//                                                  the descriptor is left as it was.
-//   gchan_WriteGroupInfo(group, base, descriptor)  into an uncommitted group; base null: every
-// field; else the key fields and those that
-//                                                  differ from the base, so that reading the group
-// over a copy of the base gives the descriptor
-//   gchan_Duplicate(target, source)                makes target equal to source, `group` included
-// (families that have it) None takes a lock; a descriptor is used by one thread at a time.
+// Each family, documented on `gchan`:
+//   gchan_Init(lock, unlock, alloc, free, error)
+//     once per process; all null, else status_BadArgument (gdata_Init takes none)
+//   gchan_Allocate(mode, name)
+//     a new descriptor, owned by the caller, named `name` (may be null) where the record has a
+//     name; null when there is no memory. `mode` has no effect.
+//   gchan_Delete(descriptor, whole)
+//     whole 1: deletes the descriptor; 0: empties its texts and arrays. Null is allowed.
+//   gchan_ReadGroupInfo(group, descriptor)
+//     overwrites the fields that the group holds, leaves the others, skips items it does not know,
+//     and makes `group` the descriptor's own. An item of a wrong type: status_Damaged, and the
+//     descriptor is left as it was.
+//   gchan_WriteGroupInfo(group, base, descriptor)
+//     into an uncommitted group; base null: every field; else the key fields and those that differ
+//     from the base, so that reading the group over a copy of the base gives the descriptor
+//   gchan_Duplicate(target, source)
+//     makes target equal to source, `group` included (families that have it)
+//   SCFile::file_Identity(descriptor)
+//     its key fields
+// None takes a lock; a descriptor is used by one thread at a time.
 #pragma once
 
 #include <array>
@@ -368,7 +368,10 @@ struct CGWeldFillDescr {
   UTDATA_API void prefix##_Delete(Descriptor* descriptor, int whole);                    \
   UTDATA_API int prefix##_WriteGroupInfo(                                                \
       SCFile::GroupHandle group, const Descriptor* base, const Descriptor* descriptor);  \
-  UTDATA_API bool operator==(const Descriptor& a, const Descriptor& b);
+  UTDATA_API bool operator==(const Descriptor& a, const Descriptor& b);                  \
+  namespace SCFile {                                                                     \
+  [[nodiscard]] UTDATA_API GroupIdentity file_Identity(const Descriptor& descriptor);    \
+  }
 #define UTDATA_FAMILY_READ(prefix, Descriptor) \
   UTDATA_API int prefix##_ReadGroupInfo(SCFile::GroupHandle group, Descriptor* descriptor);
 #define UTDATA_FAMILY_DUPLICATE(prefix, Descriptor) \
@@ -441,6 +444,9 @@ UTDATA_API int gdata_WriteGroupInfo(SCFile::GroupHandle group,
                                     int flag);
 UTDATA_API int gdata_Duplicate(CGDataTypeFDD* target, const CGDataTypeFDD* source);
 UTDATA_API bool operator==(const CGDataTypeFDD& a, const CGDataTypeFDD& b);
+namespace SCFile {
+[[nodiscard]] UTDATA_API GroupIdentity file_Identity(const CGDataTypeFDD& descriptor);
+}
 
 /// The samples that a record's reference names, as a private copy-on-write view; valid until
 /// SCFile::file_BlockUnmap or until their file is closed. status_NotFound when the record has none.

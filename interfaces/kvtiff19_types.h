@@ -3,6 +3,7 @@
 // here.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -18,6 +19,15 @@ using AllocCallback = void* (*)(std::size_t bytes);
 using FreeCallback = void (*)(void* memory);
 using ErrorCallback = void (*)(int status);
 using ProgressCallback = void (*)(std::uint64_t done, std::uint64_t total);
+
+/// Which group of its type a descriptor is; a modification has that of the group it modifies.
+struct GroupIdentity {
+  using Ids = std::array<std::uint32_t, 5>;
+
+  Ids ids = {};            ///< places that a type does not use are 0
+  std::uint32_t kind = 0;  ///< tells groups of the same ids apart; 0 in one of them: it does not
+  friend bool operator==(const GroupIdentity&, const GroupIdentity&) = default;
+};
 
 }  // namespace SCFile
 

@@ -5,7 +5,7 @@
 namespace utdata::container {
 
 CGDataTypeFDD* Changes::LeaveCopy(SCFile::GroupHandle group, const CGDataTypeFDD& data) {
-  auto copy = Hold(dataType, gdata_Allocate(0, L"Stand-In"));
+  auto copy = Hold(gdata_Allocate(0, L"Stand-In"));
   if (!copy) throw std::bad_alloc();
   gdata_Duplicate(copy.get(), &data);
   copy->dataPointer = nullptr;

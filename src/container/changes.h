@@ -34,16 +34,16 @@ class Changes {
              const GroupType<Descriptor>& type,
              const CList<Descriptor*>& descriptors) {
     if (descriptors.IsEmpty()) return;
-    Matching<Descriptor> matching(type, m_loaded.*type.list);
+    Matching<Descriptor> matching(m_loaded.*type.list);
     for (Descriptor* descriptor : descriptors) {
       Descriptor* const base = matching.Find(*descriptor);
-      const SCFile::GroupHandle group =
-          CreateGroup(top, type.ModificationCode(), type.modifierName);
+      const SCFile::GroupHandle group = CreateGroup(top, type.modifierCode, type.modifierName);
       if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
         if (base) descriptor->cellSize = base->cellSize;
-      type.write(group, type.HasModifierCode() ? base : nullptr, descriptor, m_writeFlag);
+      Family<Descriptor>::Write(
+          group, type.HasModifierCode() ? base : nullptr, descriptor, m_writeFlag);
       if (base && type.HasModifierCode()) {
-        m_settling.emplace_back([&type, group, base] { ReadModification(type, group, base); });
+        m_settling.emplace_back([group, base] { ReadModification(group, base); });
       } else if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) {
         if (m_writeFlag == 0) matching.Add(LeaveCopy(group, *descriptor));
       }

@@ -117,13 +117,12 @@ void CFCont::UpdateFileDescriptor(CFContTypeFileDescr* descriptor,
                                   fcontsec_typeFileDescriptor* work) {
   descriptor->files.AddTail(work->file);
   work->file = nullptr;
-  ForEach(allTypes,
-          [&](const auto& type) { MoveAll(work->*type.primaries, descriptor->*type.list); });
+  ForEachType([&](const auto& type) { MoveAll(work->*type.primaries, descriptor->*type.list); });
   MoveAll(work->defects, descriptor->defects);
 }
 
 void CFCont::ListRemoveAll(fcontsec_typeFileDescriptor* work) {
-  ForEach(allTypes, [&](const auto& type) {
+  ForEachType([&](const auto& type) {
     (work->*type.primaries).RemoveAll();
     if (type.modifiers) (work->*type.modifiers).RemoveAll();
   });
@@ -160,7 +159,7 @@ bool CFCont::ReadCompanions(CFContTypeFileDescr* descriptor,
 
 void CFCont::FileClose(CFContTypeFileDescr* descriptor) {
   for (const SCFile::FileHandle file : descriptor->files) SCFile::file_Close(file);
-  ForEach(allTypes, [&](const auto& type) { (descriptor->*type.list).RemoveAll(); });
+  ForEachType([&](const auto& type) { (descriptor->*type.list).RemoveAll(); });
   descriptor->defects.RemoveAll();
 }
 
@@ -171,6 +170,6 @@ void CFCont::FcontClose(CFContTypeFileDescr* descriptor) {
 }
 
 void utdata::DeleteGroups(CFContTypeFileDescr& descriptor) {
-  ForEach(allTypes, [&](const auto& type) { Release(type, descriptor.*type.list); });
+  ForEachType([&](const auto& type) { Release(descriptor.*type.list); });
   ReleaseDefects(descriptor.defects);
 }

@@ -27,12 +27,10 @@ bool ForEachItem(SCFile::Node* parent, Visit visit) {
 }
 
 template <class Descriptor>
-void ReadInto(const GroupType<Descriptor>& type,
-              SCFile::GroupHandle group,
-              CList<Descriptor*>& list) {
-  auto descriptor = Hold(type, type.allocate(1, L"no name"));
+void ReadInto(SCFile::GroupHandle group, CList<Descriptor*>& list) {
+  auto descriptor = Hold(Family<Descriptor>::Allocate(1, L"no name"));
   if (!descriptor) throw std::bad_alloc();
-  type.read(group, descriptor.get(), false);
+  Family<Descriptor>::Read(group, descriptor.get(), false);
   list.AddTail(descriptor.get());
   descriptor.release();
 }
@@ -54,11 +52,11 @@ bool ReadDefectTable(SCFile::GroupHandle table, CList<stDefectExtern*>& defects)
 /// Reads one typed group; a code that no type has is skipped.
 bool ReadGroup(std::uint32_t code, SCFile::GroupHandle group, fcontsec_typeFileDescriptor& work) {
   if (code == codeDefectTable) return ReadDefectTable(group, work.defects);
-  ForEach(allTypes, [&](const auto& type) {
+  ForEachType([&](const auto& type) {
     if (code == type.primaryCode)
-      ReadInto(type, group, work.*type.primaries);
-    else if (type.HasModifierCode() && code == type.modifierCode)
-      ReadInto(type, group, work.*type.modifiers);
+      ReadInto(group, work.*type.primaries);
+    else if (code == type.modifierCode)
+      ReadInto(group, work.*type.modifiers);
   });
   return true;
 }

@@ -15,16 +15,13 @@ namespace {
 /// Applies the modifiers of one type in order and empties their list. One that matches nothing
 /// joins the descriptor's list and is handed to `joined`; the others are deleted.
 template <class Descriptor, class Joined>
-void ApplyModifiers(const GroupType<Descriptor>& type,
-                    CList<Descriptor*>& list,
-                    CList<Descriptor*>& modifiers,
-                    Joined joined) {
+void ApplyModifiers(CList<Descriptor*>& list, CList<Descriptor*>& modifiers, Joined joined) {
   if (modifiers.IsEmpty()) return;
-  Matching<Descriptor> matching(type, list);
+  Matching<Descriptor> matching(list);
   while (!modifiers.IsEmpty()) {
-    auto modifier = Hold(type, modifiers.RemoveHead());
+    auto modifier = Hold(modifiers.RemoveHead());
     const auto apply = [&](Descriptor* match) {
-      ReadModification(type, GetGroupHandle(*modifier), match);
+      ReadModification(GetGroupHandle(*modifier), match);
     };
     if (matching.ChangeMatch(*modifier, apply)) continue;
     list.AddTail(modifier.get());
@@ -120,17 +117,13 @@ void CFCont::UpdateModifierGroup(CFContTypeFileDescr* descriptor,
                                  CDataNewGroup* newGroups) {
   const auto apply = [&](const auto& type) {
     ApplyModifiers(
-        type, descriptor->*type.list, work->*type.modifiers, [&]([[maybe_unused]] auto* added) {
+        descriptor->*type.list, work->*type.modifiers, [&]([[maybe_unused]] auto* added) {
           if constexpr (std::is_same_v<decltype(added), CGDataTypeFDD*>)
             if (newGroups) newGroups->AddGData(added, path);
         });
   };
-  ForEach(appliedBeforeInfo, apply);
-  Release(infoType, work->modifiedInfos);
-  ForEach(appliedAfterInfo, apply);
-  Release(specimenDimensionsType, work->modifiedSpecimenDimensions);
-  Release(meshType, work->modifiedMeshes);
-  Release(specimenDefinitionType, work->modifiedSpecimenDefinitions);
+  ForEach(Modified(), apply);
+  ForEach(Dropped(), [&](const auto& type) { Release(work->*type.modifiers); });
 }
 
 void CFCont::UpdateSubChannelList(CFContTypeFileDescr* descriptor) {

@@ -47,7 +47,7 @@ void WriteWhole(SCFile::GroupHandle top,
   for (const Descriptor* descriptor : descriptors) {
     const SCFile::GroupHandle group =
         CreateGroup(top, type.primaryCode, type.primaryName, nameAtCreation);
-    type.write(group, nullptr, descriptor, writeFlag);
+    Family<Descriptor>::Write(group, nullptr, descriptor, writeFlag);
   }
 }
 
@@ -144,9 +144,9 @@ int CFCont::WriteNewFileDescriptor(SCFile::FileHandle file,
   const auto writeWhole = [&](const auto& type) {
     WriteWhole(*topGroup, type, descriptor->*type.list, writeFlag);
   };
-  ForEach(writtenBeforeDefects, writeWhole);
+  ForEach(WrittenBeforeDefects(), writeWhole);
   if (descriptor->defectTableFlag != 0) WriteDefectTable(*topGroup, descriptor->defects);
-  ForEach(writtenAfterDefects, writeWhole);
+  ForEach(WrittenAfterDefects(), writeWhole);
   return SCFile::status_Ok;
 }
 
@@ -159,8 +159,8 @@ int CFCont::WriteExistingFileDescriptor(SCFile::FileHandle file,
   const auto writeChanges = [&](const auto& type) {
     changes->Write(top, type, descriptor->*type.list);
   };
-  ForEach(changesBeforeDefects, writeChanges);
+  ForEach(Modified(), writeChanges);
   if (descriptor->defectTableFlag != 0) WriteDefectTable(top, descriptor->defects);
-  ForEach(writtenAfterDefects, writeChanges);
+  ForEach(WrittenAfterDefects(), writeChanges);
   return SCFile::status_Ok;
 }

@@ -5,9 +5,9 @@
 namespace utdata::container {
 
 void ReleaseAll(fcontsec_typeFileDescriptor& work) noexcept {
-  ForEach(allTypes, [&](const auto& type) {
-    Release(type, work.*type.primaries);
-    if (type.modifiers) Release(type, work.*type.modifiers);
+  ForEachType([&](const auto& type) {
+    Release(work.*type.primaries);
+    if (type.modifiers) Release(work.*type.modifiers);
   });
   ReleaseDefects(work.defects);
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -11,36 +10,27 @@
 
 namespace utdata::container {
 
-/// What keeps two data groups of one key apart; 0 for the other types, and for a data group that is
-/// not assigned yet.
-template <class Descriptor>
-std::uint32_t BookmarkOf(const Descriptor&) {
-  return bookmark_None;
-}
-inline std::uint32_t BookmarkOf(const CGDataTypeFDD& data) { return data.GetDataBookmarkType(); }
-
-/// The descriptors of a list by key, so that a file of many modifications is read in little more
-/// than one pass.
+/// The descriptors of a list by identity, so that a file of many modifications is read in little
+/// more than one pass.
 template <class Descriptor>
 class Matching {
  public:
-  Matching(const GroupType<Descriptor>& groupType, const CList<Descriptor*>& list)
-      : m_type(groupType) {
+  explicit Matching(const CList<Descriptor*>& list) {
     for (Descriptor* descriptor : list) Add(descriptor);
   }
 
   /// Tells of a descriptor that was appended to the list.
   void Add(Descriptor* descriptor) { m_entries.insert(EntryOf(descriptor, m_count++)); }
 
-  /// The first descriptor in list order whose key is the modification's and whose bookmark is the
-  /// same or not assigned; null when there is none.
+  /// The first descriptor in list order whose ids are the modification's and whose kind is the same
+  /// or 0; null when there is none.
   [[nodiscard]] Descriptor* Find(const Descriptor& modification) const {
     const auto found = FindEntry(modification);
     return found == m_entries.end() ? nullptr : found->descriptor;
   }
 
-  /// Calls `change(descriptor)` on what Find gives; the bookmark may change by it. Returns what
-  /// Find gave.
+  /// Calls `change(descriptor)` on what Find gives; its kind may change by it. Returns what Find
+  /// gave.
   template <class Change>
   Descriptor* ChangeMatch(const Descriptor& modification, Change change) {
     const auto found = FindEntry(modification);
@@ -56,36 +46,33 @@ class Matching {
 
  private:
   struct Entry {
-    Key key;
-    std::uint32_t bookmark;
+    SCFile::GroupIdentity identity;
     std::size_t place;  ///< in the list
     Descriptor* descriptor;
     friend bool operator<(const Entry& a, const Entry& b) {
-      return std::tie(a.key, a.bookmark, a.place) < std::tie(b.key, b.bookmark, b.place);
+      return std::tie(a.identity.ids, a.identity.kind, a.place) <
+             std::tie(b.identity.ids, b.identity.kind, b.place);
     }
   };
   using Entries = std::set<Entry>;
 
   Entry EntryOf(Descriptor* descriptor, std::size_t place) const {
-    return {m_type.key(*descriptor), BookmarkOf(*descriptor), place, descriptor};
+    return {SCFile::file_Identity(*descriptor), place, descriptor};
   }
 
   typename Entries::const_iterator FindEntry(const Descriptor& modification) const {
-    const Key key = m_type.key(modification);
-    const auto first = [&](std::uint32_t bookmark) {
-      const auto found = m_entries.lower_bound({key, bookmark, 0, nullptr});
-      return found != m_entries.end() && found->key == key && found->bookmark == bookmark
-                 ? found
-                 : m_entries.end();
+    const SCFile::GroupIdentity wanted = SCFile::file_Identity(modification);
+    const auto first = [&](const SCFile::GroupIdentity& identity) {
+      const auto found = m_entries.lower_bound({identity, 0, nullptr});
+      return found != m_entries.end() && found->identity == identity ? found : m_entries.end();
     };
-    const auto same = first(BookmarkOf(modification));
-    const auto unassigned = first(bookmark_None);
+    const auto same = first(wanted);
+    const auto unassigned = first({wanted.ids, 0});
     if (same == m_entries.end()) return unassigned;
     if (unassigned == m_entries.end()) return same;
     return same->place < unassigned->place ? same : unassigned;
   }
 
-  const GroupType<Descriptor>& m_type;
   Entries m_entries;
   std::size_t m_count = 0;
 };
@@ -93,11 +80,9 @@ class Matching {
 /// Reads a modification's group into the descriptor that it belongs to, which goes on referring to
 /// its own group. A group that cannot be read leaves the descriptor as the file layer left it.
 template <class Descriptor>
-void ReadModification(const GroupType<Descriptor>& type,
-                      SCFile::GroupHandle group,
-                      Descriptor* descriptor) {
+void ReadModification(SCFile::GroupHandle group, Descriptor* descriptor) {
   const SCFile::GroupHandle own = GetGroupHandle(*descriptor);
-  type.read(group, descriptor, true);
+  Family<Descriptor>::Read(group, descriptor, true);
   SetGroupHandle(*descriptor, own);
 }
 

@@ -14,15 +14,13 @@ namespace {
 constexpr std::array everyId{fset_AnyId};
 constexpr std::array everyIdPair{fset_AnyId, fset_AnyId};
 
-using WeldIds = std::pair<std::uint32_t, std::uint32_t>;
-
-WeldIds WeldIdsOf(const CGWeldFillDescr& fill) { return {fill.weldId, fill.fillId}; }
-WeldIds WeldIdsOf(const CGWeldScanPlanDescr& plan) { return {plan.weldId, plan.planId}; }
-
 template <class Descriptor>
-Descriptor* FindWeld(const std::vector<Descriptor*>& stored, const WeldIds& ids) {
+Descriptor* FindWeld(const std::vector<Descriptor*>& stored,
+                     std::uint32_t first,
+                     std::uint32_t second) {
+  const SCFile::GroupIdentity wanted = {{first, second}};
   for (Descriptor* descriptor : stored)
-    if (WeldIdsOf(*descriptor) == ids) return descriptor;
+    if (SCFile::file_Identity(*descriptor) == wanted) return descriptor;
   return nullptr;
 }
 
@@ -109,7 +107,7 @@ CGWeldFillDescr* CFSet::fset_GetGWeldFill(std::uint32_t weldId, std::uint32_t fi
   const ReaderScope reader(c.lock, queryTimeoutMs);
   if (!reader) return nullptr;
   const utdata::MutexScope weld(c.weldLock);
-  return FindWeld(c.weldFills, {weldId, fillId});
+  return FindWeld(c.weldFills, weldId, fillId);
 }
 
 CGWeldScanPlanDescr* CFSet::fset_GetGWeldScanPlan(std::uint32_t weldId,
@@ -118,7 +116,7 @@ CGWeldScanPlanDescr* CFSet::fset_GetGWeldScanPlan(std::uint32_t weldId,
   const ReaderScope reader(c.lock, queryTimeoutMs);
   if (!reader) return nullptr;
   const utdata::MutexScope weld(c.weldLock);
-  return FindWeld(c.weldScanPlans, {weldId, planId});
+  return FindWeld(c.weldScanPlans, weldId, planId);
 }
 
 std::vector<CGWeldFillDescr*> CFSet::fset_GetGWeldFillList() const {

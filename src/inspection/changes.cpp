@@ -4,8 +4,8 @@
 #include <unordered_map>
 
 #include "src/container/matching.h"
-#include "src/inspection/grouplists.h"
 #include "src/inspection/state.h"
+#include "utdata/grouplists.h"
 
 namespace utdata {
 namespace {
@@ -122,10 +122,10 @@ void MergeInto(CFContTypeFileDescr& copy,
                const CFContTypeFileDescr& loaded,
                const CFContTypeFileDescr& changes) {
   using namespace container;
-  ForEach(allTypes, [&]<class Descriptor>(const GroupType<Descriptor>& type) {
+  ForEachType([&]<class Descriptor>(const GroupType<Descriptor>& type) {
     const CList<Descriptor*>& before = loaded.*type.list;
     std::unordered_map<const Descriptor*, Descriptor*> replaced;
-    const Matching<Descriptor> matching(type, before);
+    const Matching<Descriptor> matching(before);
     for (Descriptor* change : changes.*type.list) replaced[matching.Find(*change)] = change;
     for (Descriptor* descriptor : before) {
       const auto found = replaced.find(descriptor);

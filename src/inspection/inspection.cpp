@@ -6,8 +6,8 @@
 
 #include "interfaces/os.h"
 #include "src/container/companions.h"
-#include "src/inspection/grouplists.h"
 #include "src/inspection/state.h"
+#include "utdata/grouplists.h"
 
 namespace utdata {
 namespace {
@@ -15,6 +15,46 @@ namespace {
 constexpr const char* cannotBeWritten = "cannot be written";
 
 bool Exists(const std::wstring& path) { return os::CurrentFileSystem().Exists(path); }
+
+// How many groups of one list an inspection has: of the types that a file set holds, the items
+// there; of the others, the groups of the descriptor.
+
+std::size_t CountItems(CFSet& set, const CList<CGDataTypeFDD*>&) {
+  CIDataLst found;
+  return set.fset_GetIDataLst(&found);
+}
+std::size_t CountItems(CFSet& set, const CList<CGChanTypeDescr*>&) {
+  return set.fset_GetIChanCount();
+}
+std::size_t CountItems(CFSet& set, const CList<CGSubchanTypeDescr*>&) {
+  CISubChanLst found;
+  return set.fset_GetISubChanLst(&found, fset_All, fset_AnyId, fset_AnyId);
+}
+std::size_t CountItems(CFSet& set, const CList<CGGateTypeDescr*>&) {
+  CIGateLst found;
+  return set.fset_GetIGateLst(&found, fset_All, fset_AnyId, fset_AnyId);
+}
+std::size_t CountItems(CFSet& set, const CList<CGPatchTypeDescr*>&) {
+  CIPatchLst found;
+  return set.fset_GetIPatchLst(&found, fset_All, fset_AnyId);
+}
+std::size_t CountItems(CFSet& set, const CList<CGProbeTypeDescr*>&) {
+  CIProbeLst found;
+  return set.fset_GetIProbeLst(&found, fset_All, fset_AnyId);
+}
+std::size_t CountItems(CFSet& set, const CList<CGInfoTypeDescr*>&) {
+  return set.fset_GetIInfo(fset_All) ? 1 : 0;
+}
+std::size_t CountItems(CFSet& set, const CList<CGWeldScanPlanDescr*>&) {
+  return set.fset_GetGWeldScanPlanList().size();
+}
+std::size_t CountItems(CFSet& set, const CList<CGWeldFillDescr*>&) {
+  return set.fset_GetGWeldFillList().size();
+}
+template <class Descriptor>
+std::size_t CountItems(CFSet&, const CList<Descriptor*>& list) {
+  return static_cast<std::size_t>(list.GetCount());
+}
 
 /// Why a file that did not load cannot be opened; loading itself says no status.
 int StatusOfOpening(const std::wstring& path) {
@@ -179,8 +219,8 @@ DataGroup Inspection::AddData(const CGDataTypeFDD& record, std::vector<std::byte
 
 std::vector<std::pair<std::string, std::size_t>> Inspection::CountGroups() const {
   std::vector<std::pair<std::string, std::size_t>> counts;
-  VisitGroupLists(*m_state->descriptor, [&](const char* name, const auto& list, auto) {
-    counts.emplace_back(name, CountItems(m_state->set, list));
+  VisitGroupLists(*m_state->descriptor, [&](std::string_view key, const auto& list) {
+    counts.emplace_back(key, CountItems(m_state->set, list));
   });
   return counts;
 }
@@ -209,7 +249,9 @@ std::string Inspection::SaveCompanion() {
                 "write everything as a new file");
   const auto filesBefore = loaded.files.GetCount();
   const int status = CFCont().FileWrite(&loaded, &changes.groups, 1, nullptr, nullptr, 0);
-  if (status != SCFile::status_Ok) throw Error::OfFileLayer(status, Path(), what);
+  const Error failure = Error::OfFileLayer(status, Path(), what);
+  if (status == SCFile::status_NotDurable) Settle(*m_state, changes);  // it is written all the same
+  if (status != SCFile::status_Ok) throw failure;
   if (loaded.files.GetCount() == filesBefore)
     throw Error(Path(),
                 what,

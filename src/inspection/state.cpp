@@ -5,7 +5,6 @@
 
 #include "interfaces/framework.h"
 #include "src/foundation/dataclass.h"
-#include "src/inspection/grouplists.h"
 
 namespace utdata {
 namespace {
@@ -23,18 +22,14 @@ class QuietReports {
   ReportSink m_before;
 };
 
-using WeldIds = std::pair<std::uint32_t, std::uint32_t>;
-WeldIds IdsOf(const CGWeldScanPlanDescr& plan) { return {plan.weldId, plan.planId}; }
-WeldIds IdsOf(const CGWeldFillDescr& fill) { return {fill.weldId, fill.fillId}; }
-
-/// Calls add with the last descriptor of each pair of ids, in the order of the list: changed ones
+/// Calls add with the last descriptor of each identity, in the order of the list: changed ones
 /// stand behind what they change.
 template <class Descriptor, class Add>
 void AddLatest(const CList<Descriptor*>& list, Add add) {
-  std::map<WeldIds, Descriptor*> latest;
-  for (Descriptor* descriptor : list) latest[IdsOf(*descriptor)] = descriptor;
+  std::map<SCFile::GroupIdentity::Ids, Descriptor*> latest;
+  for (Descriptor* descriptor : list) latest[SCFile::file_Identity(*descriptor).ids] = descriptor;
   for (Descriptor* descriptor : list)
-    if (latest[IdsOf(*descriptor)] == descriptor) add(descriptor);
+    if (latest[SCFile::file_Identity(*descriptor).ids] == descriptor) add(descriptor);
 }
 
 constexpr int ofTheFile = 0;
@@ -42,10 +37,7 @@ constexpr int ofTheFile = 0;
 }  // namespace
 
 void InspectionState::Release::operator()(CFContTypeFileDescr* groups) const {
-  VisitGroupLists(*groups, [](const char*, auto& list, auto remove) {
-    for (auto* group : list) remove(group);
-    list.RemoveAll();
-  });
+  DeleteGroups(*groups);
   CFCont().FileClose(groups);
   delete groups;
 }

@@ -17,12 +17,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "platform/kvtiff19/families/channel_tables.h"
-#include "platform/kvtiff19/families/data_table.h"
-#include "platform/kvtiff19/families/probe_tables.h"
-#include "platform/kvtiff19/families/specimen_tables.h"
-#include "platform/kvtiff19/families/surface_tables.h"
-#include "platform/kvtiff19/families/weld_tables.h"
+#include "platform/kvtiff19/families/tables.h"
 
 namespace utdata::test {
 
@@ -103,7 +98,7 @@ std::uint32_t ChangeFields(Record& record, RandomEngine& engine) {
   std::uint32_t changed = 0;
   kvtiff19::ForEachField<Record>([&](const auto& field) {
     using Row = std::remove_cvref_t<decltype(field)>;
-    if (field.role == kvtiff19::FieldRole::Key || engine() % 2) return;
+    if (field.form.IsKey() || engine() % 2) return;
     DrawOther<typename Row::Codec>(record.*field.member, engine, true);
     ++changed;
   });

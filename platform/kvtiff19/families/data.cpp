@@ -98,3 +98,7 @@ int gdata_Duplicate(CGDataTypeFDD* target, const CGDataTypeFDD* source) {
 }
 
 bool operator==(const CGDataTypeFDD& a, const CGDataTypeFDD& b) { return SameFields(a, b); }
+
+SCFile::GroupIdentity SCFile::file_Identity(const CGDataTypeFDD& descriptor) {
+  return IdentityOf(descriptor);
+}

@@ -1,6 +1,6 @@
 // A group descriptor as one table of its fields. FieldTable<Record> is specialised per descriptor
-// and holds `fields`, a tuple of rows in the order in which they are stored; everything a family
-// does comes from it.
+// and holds `fields`, a tuple of rows in the order in which they are stored; everything that is
+// done with fields comes from it.
 #pragma once
 
 #include <array>
@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "platform/kvtiff19/families/field_forms.h"
 #include "platform/kvtiff19/families/value_codec.h"
 
 namespace utdata::kvtiff19 {
@@ -18,22 +19,17 @@ namespace utdata::kvtiff19 {
 template <class Record>
 struct FieldTable;
 
-enum class FieldRole : std::uint8_t {
-  Value,
-  Key  ///< identifies the record: written even where it equals the base's
-};
-
-/// One row: the item code under which a member is stored. A code is never given to another field.
+/// One row. An item code is never given to another field.
 template <class Owner, class Type>
 struct Field {
   using Member = Type;
   using Codec = ValueCodec<Type>;
 
   std::uint16_t code;
-  FieldRole role;
   Type Owner::*member;
-  std::string_view name;
-  std::string_view note;  ///< unit or meaning, for the page of group types
+  std::string_view name;  ///< of the member
+  SCFile::FieldForm form;
+  std::string_view meaning;
 
   [[nodiscard]] constexpr ItemRule Rule() const {
     constexpr ValueShape shape = Codec::shape;
@@ -42,22 +38,11 @@ struct Field {
   }
 };
 
-template <class Owner, class Type>
-constexpr Field<Owner, Type> MakeField(std::uint16_t code,
-                                       FieldRole role,
-                                       Type Owner::*member,
-                                       std::string_view name,
-                                       std::string_view note) {
-  return {code, role, member, name, note};
-}
-
-/// Rows of the table of `Record`, named so inside a specialisation of FieldTable.
-#define UTDATA_FIELD(code, member, note) \
-  ::utdata::kvtiff19::MakeField(         \
-      code, ::utdata::kvtiff19::FieldRole::Value, &Record::member, #member, note)
-#define UTDATA_KEY(code, member, note) \
-  ::utdata::kvtiff19::MakeField(       \
-      code, ::utdata::kvtiff19::FieldRole::Key, &Record::member, #member, note)
+/// A row of the table of `Record`, named so inside a specialisation of FieldTable.
+#define UTDATA_FIELD(code, member, form, meaning)               \
+  ::utdata::kvtiff19::Field<Record, decltype(Record::member)> { \
+    code, &Record::member, #member, form, meaning               \
+  }
 
 template <class Record>
 inline constexpr std::size_t fieldCount = std::tuple_size_v<decltype(FieldTable<Record>::fields)>;
@@ -68,7 +53,17 @@ constexpr void ForEachField(Visitor&& visit) {
   std::apply([&](const auto&... field) { (visit(field), ...); }, FieldTable<Record>::fields);
 }
 
-/// Whether codes ascend from 1 or more and no name comes twice.
+/// Whether a form can be that of a member.
+template <class Type>
+constexpr bool FitsForm(SCFile::FieldKind kind) {
+  using SCFile::FieldKind;
+  if (ValueCodec<Type>::shape.type == SCFile::value_Text) return kind == FieldKind::Text;
+  if (!std::is_arithmetic_v<Type> && !std::is_enum_v<Type>) return kind == FieldKind::Numbers;
+  if (std::is_floating_point_v<Type>) return kind == FieldKind::Quantity;
+  return kind == FieldKind::Whole || kind == FieldKind::Choice || kind == FieldKind::Color;
+}
+
+/// Whether codes ascend from 1 or more, no name comes twice, and every form fits its member.
 template <class Record>
 constexpr bool IsWellFormedTable() {
   std::array<std::string_view, fieldCount<Record>> names{};
@@ -76,7 +71,8 @@ constexpr bool IsWellFormedTable() {
   std::uint16_t last = 0;
   bool good = true;
   ForEachField<Record>([&](const auto& field) {
-    good = good && field.code > last;
+    using Member = typename std::remove_cvref_t<decltype(field)>::Member;
+    good = good && field.code > last && FitsForm<Member>(field.form.kind);
     last = field.code;
     for (std::size_t index = 0; index < count; ++index) good = good && names[index] != field.name;
     names[count++] = field.name;
@@ -110,15 +106,6 @@ constexpr bool CoversRecord() {
     return hasMembers<Record, fieldCount<Record> + 1>;
   else
     return true;
-}
-
-/// The rules of a table's items, in order.
-template <class Record>
-constexpr std::array<ItemRule, fieldCount<Record>> RulesOfFields() {
-  std::array<ItemRule, fieldCount<Record>> rules{};
-  std::size_t count = 0;
-  ForEachField<Record>([&](const auto& field) { rules[count++] = field.Rule(); });
-  return rules;
 }
 
 }  // namespace utdata::kvtiff19

@@ -136,8 +136,7 @@ int WriteFields(SCFile::Node& group, const Record* base, const Record& descripto
   ForEachField<Record>([&](const auto& field) {
     using Codec = typename std::remove_cvref_t<decltype(field)>::Codec;
     if (status != SCFile::status_Ok) return;
-    if (base && field.role != FieldRole::Key &&
-        Codec::Same(base->*field.member, descriptor.*field.member))
+    if (base && !field.form.IsKey() && Codec::Same(base->*field.member, descriptor.*field.member))
       return;
     status = WriteField(group, field, descriptor, scratch);
   });
@@ -169,6 +168,23 @@ void EmptyFields(Record& record) {
   ForEachField<Record>([&](const auto& field) {
     std::remove_cvref_t<decltype(field)>::Codec::Empty(record.*field.member);
   });
+}
+
+/// The values of the keys, in the order of the table.
+template <class Record>
+SCFile::GroupIdentity IdentityOf(const Record& record) {
+  SCFile::GroupIdentity identity;
+  std::size_t count = 0;
+  ForEachField<Record>([&](const auto& field) {
+    using Member = typename std::remove_cvref_t<decltype(field)>::Member;
+    if constexpr (std::is_same_v<Member, std::uint32_t> || std::is_enum_v<Member>) {
+      if (field.form.role == SCFile::FieldRole::Kind)
+        identity.kind = record.*field.member;
+      else if (field.form.IsKey())
+        identity.ids[count++] = record.*field.member;
+    }
+  });
+  return identity;
 }
 
 /// A new record, named where it has a name; null when there is no memory.
@@ -236,6 +252,9 @@ int InitFamily(Callback... callback) {
   }                                                                                      \
   bool operator==(const Descriptor& a, const Descriptor& b) {                            \
     return utdata::kvtiff19::SameFields(a, b);                                           \
+  }                                                                                      \
+  SCFile::GroupIdentity SCFile::file_Identity(const Descriptor& descriptor) {            \
+    return utdata::kvtiff19::IdentityOf(descriptor);                                     \
   }
 #define UTDATA_DEFINE_FAMILY_READ(prefix, Descriptor)                             \
   int prefix##_ReadGroupInfo(SCFile::GroupHandle group, Descriptor* descriptor) { \

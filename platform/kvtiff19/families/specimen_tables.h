@@ -10,73 +10,87 @@ namespace utdata::kvtiff19 {
 template <>
 struct FieldTable<CGInfoTypeDescr> {
   using Record = CGInfoTypeDescr;
-  static constexpr std::tuple fields = {
-      UTDATA_FIELD(1, title, ""),
-      UTDATA_FIELD(2, company, ""),
-      UTDATA_FIELD(3, site, ""),
-      UTDATA_FIELD(4, inspector, ""),
-      UTDATA_FIELD(5, procedure, ""),
-      UTDATA_FIELD(6, instrument, ""),
-      UTDATA_FIELD(7, instrumentSerialNumber, ""),
-      UTDATA_FIELD(8, software, ""),
-      UTDATA_FIELD(9, comment, ""),
-      UTDATA_FIELD(10, acquisitionTime, "seconds since 1970-01-01 00:00 UTC, 0 unknown"),
-      UTDATA_FIELD(11, unitSystem, "0 metric, 1 imperial")};
+  static constexpr auto fields = [] {
+    using namespace form;
+    return std::tuple{UTDATA_FIELD(1, title, text, ""),
+                      UTDATA_FIELD(2, company, text, ""),
+                      UTDATA_FIELD(3, site, text, ""),
+                      UTDATA_FIELD(4, inspector, text, ""),
+                      UTDATA_FIELD(5, procedure, text, ""),
+                      UTDATA_FIELD(6, instrument, text, ""),
+                      UTDATA_FIELD(7, instrumentSerialNumber, text, ""),
+                      UTDATA_FIELD(8, software, text, ""),
+                      UTDATA_FIELD(9, comment, text, ""),
+                      UTDATA_FIELD(10,
+                                   acquisitionTime,
+                                   Whole(0, 1e11, unit::date),
+                                   "since 1970-01-01 00:00 UTC, 0: unknown"),
+                      UTDATA_FIELD(11, unitSystem, OneOf(choice::unitSystems), "")};
+  }();
 };
 
 template <>
 struct FieldTable<CGSpecdimTypeDescr> {
   using Record = CGSpecdimTypeDescr;
-  static constexpr std::tuple fields = {
-      UTDATA_FIELD(1, shape, "0 plate, 1 pipe, 2 bar, 3 sphere, 4 other"),
-      UTDATA_FIELD(2, length, "m"),
-      UTDATA_FIELD(3, width, "m"),
-      UTDATA_FIELD(4, thickness, "m"),
-      UTDATA_FIELD(5, outsideDiameter, "m"),
-      UTDATA_FIELD(6, insideDiameter, "m"),
-      UTDATA_FIELD(7, originX, "of the inspection's axes on the part, m"),
-      UTDATA_FIELD(8, originY, "m"),
-      UTDATA_FIELD(9, unitSystem, "0 metric, 1 imperial")};
+  static constexpr auto fields = [] {
+    using namespace form;
+    return std::tuple{UTDATA_FIELD(1, shape, OneOf(choice::shapes), ""),
+                      UTDATA_FIELD(2, length, length, ""),
+                      UTDATA_FIELD(3, width, length, ""),
+                      UTDATA_FIELD(4, thickness, length, ""),
+                      UTDATA_FIELD(5, outsideDiameter, length, ""),
+                      UTDATA_FIELD(6, insideDiameter, length, ""),
+                      UTDATA_FIELD(7, originX, position, "of the inspection's axes on the part"),
+                      UTDATA_FIELD(8, originY, position, "of the inspection's axes on the part"),
+                      UTDATA_FIELD(9, unitSystem, OneOf(choice::unitSystems), "")};
+  }();
 };
 
 template <>
 struct FieldTable<CGSpecinfTypeDescr> {
   using Record = CGSpecinfTypeDescr;
-  static constexpr std::tuple fields = {
-      UTDATA_FIELD(1, name, ""),
-      UTDATA_FIELD(2, serialNumber, ""),
-      UTDATA_FIELD(3, drawing, ""),
-      UTDATA_FIELD(4, customer, ""),
-      UTDATA_FIELD(5, location, ""),
-      UTDATA_FIELD(6, surfaceCondition, ""),
-      UTDATA_FIELD(7, couplant, ""),
-      UTDATA_FIELD(8, comment, ""),
-      UTDATA_FIELD(9, temperature, "during the inspection, degrees Celsius")};
+  static constexpr auto fields = [] {
+    using namespace form;
+    return std::tuple{UTDATA_FIELD(1, name, text, ""),
+                      UTDATA_FIELD(2, serialNumber, text, ""),
+                      UTDATA_FIELD(3, drawing, text, ""),
+                      UTDATA_FIELD(4, customer, text, ""),
+                      UTDATA_FIELD(5, location, text, ""),
+                      UTDATA_FIELD(6, surfaceCondition, text, ""),
+                      UTDATA_FIELD(7, couplant, text, ""),
+                      UTDATA_FIELD(8, comment, text, ""),
+                      UTDATA_FIELD(9, temperature, temperature, "during the inspection")};
+  }();
 };
 
 template <>
 struct FieldTable<CGSpecmatTypeDescr> {
   using Record = CGSpecmatTypeDescr;
-  static constexpr std::tuple fields = {UTDATA_FIELD(1, name, ""),
-                                        UTDATA_FIELD(2, longitudinalSpeed, "m/s"),
-                                        UTDATA_FIELD(3, shearSpeed, "m/s"),
-                                        UTDATA_FIELD(4, surfaceSpeed, "m/s"),
-                                        UTDATA_FIELD(5, density, "kg/m3"),
-                                        UTDATA_FIELD(6, attenuation, "dB/m"),
-                                        UTDATA_FIELD(7, temperature, "degrees Celsius")};
+  static constexpr auto fields = [] {
+    using namespace form;
+    return std::tuple{UTDATA_FIELD(1, name, text, ""),
+                      UTDATA_FIELD(2, longitudinalSpeed, soundSpeed, ""),
+                      UTDATA_FIELD(3, shearSpeed, soundSpeed, ""),
+                      UTDATA_FIELD(4, surfaceSpeed, soundSpeed, ""),
+                      UTDATA_FIELD(5, density, In(unit::density, 0, 1e5), ""),
+                      UTDATA_FIELD(6, attenuation, attenuation, ""),
+                      UTDATA_FIELD(7, temperature, temperature, "")};
+  }();
 };
 
 template <>
 struct FieldTable<CGSpecdefTypeDescr> {
   using Record = CGSpecdefTypeDescr;
-  static constexpr std::tuple fields = {
-      UTDATA_FIELD(1, name, ""),
-      UTDATA_FIELD(2, shape, "as in the specimen dimensions"),
-      UTDATA_FIELD(3, entryMeshId, ""),
-      UTDATA_FIELD(4, backWallMeshId, ""),
-      UTDATA_FIELD(5, entryContourId, ""),
-      UTDATA_FIELD(6, backWallContourId, ""),
-      UTDATA_FIELD(7, placement, "part to inspection axes, row by row")};
+  static constexpr auto fields = [] {
+    using namespace form;
+    return std::tuple{UTDATA_FIELD(1, name, text, ""),
+                      UTDATA_FIELD(2, shape, OneOf(choice::shapes), ""),
+                      UTDATA_FIELD(3, entryMeshId, reference, ""),
+                      UTDATA_FIELD(4, backWallMeshId, reference, ""),
+                      UTDATA_FIELD(5, entryContourId, reference, ""),
+                      UTDATA_FIELD(6, backWallContourId, reference, ""),
+                      UTDATA_FIELD(7, placement, List(), "part to inspection axes, row by row")};
+  }();
 };
 
 }  // namespace utdata::kvtiff19

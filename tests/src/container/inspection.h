@@ -23,8 +23,7 @@ namespace utdata::test {
 /// A host's end of a descriptor: the group descriptors are deleted, the files closed.
 struct Dispose {
   void operator()(CFContTypeFileDescr* descriptor) const {
-    container::ForEach(container::allTypes,
-                       [&](const auto& type) { container::Release(type, descriptor->*type.list); });
+    container::ForEachType([&](const auto& type) { container::Release(descriptor->*type.list); });
     container::ReleaseDefects(descriptor->defects);
     CFCont().FileClose(descriptor);
     delete descriptor;
@@ -84,13 +83,12 @@ inline stDefectExtern MakeDefect(unsigned seed) {
 
 /// Two groups of each type, and two defect records.
 inline void Fill(CFContTypeFileDescr& descriptor, unsigned seed = 1) {
-  container::ForEach(
-      container::allTypes, [&]<class Descriptor>(const container::GroupType<Descriptor>& type) {
-        for (unsigned number = seed; number < seed + 2; ++number) {
-          Descriptor* const added = Add(descriptor.*type.list, MakeRecord<Descriptor>(number));
-          if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) GiveSamples(*added, number);
-        }
-      });
+  container::ForEachType([&]<class Descriptor>(const container::GroupType<Descriptor>& type) {
+    for (unsigned number = seed; number < seed + 2; ++number) {
+      Descriptor* const added = Add(descriptor.*type.list, MakeRecord<Descriptor>(number));
+      if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) GiveSamples(*added, number);
+    }
+  });
   for (unsigned number = seed; number < seed + 2; ++number)
     Add(descriptor.defects, MakeDefect(number));
   descriptor.defectTableFlag = 1;
@@ -99,7 +97,7 @@ inline void Fill(CFContTypeFileDescr& descriptor, unsigned seed = 1) {
 /// A writable copy of every list, without handles and samples in memory.
 inline Inspection CopyOf(const CFContTypeFileDescr& source) {
   Inspection copy = MakeInspection(source.path);
-  container::ForEach(container::allTypes, [&](const auto& type) {
+  container::ForEachType([&](const auto& type) {
     for (const auto* descriptor : source.*type.list) Add((*copy).*type.list, *descriptor);
   });
   for (const stDefectExtern* defect : source.defects) Add(copy->defects, *defect);
@@ -130,9 +128,8 @@ namespace utdata::test {
 
 /// Field by field, list by list, in order.
 inline void ExpectSame(const CFContTypeFileDescr& a, const CFContTypeFileDescr& b) {
-  container::ForEach(container::allTypes, [&](const auto& type) {
-    ExpectSameList(a.*type.list, b.*type.list, type.primaryName);
-  });
+  container::ForEachType(
+      [&](const auto& type) { ExpectSameList(a.*type.list, b.*type.list, type.primaryName); });
   ExpectSameList(a.defects, b.defects, L"Defect");
 }
 

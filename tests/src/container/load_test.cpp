@@ -39,8 +39,7 @@ void WriteText(GroupHandle group, std::uint32_t code, const std::wstring& text) 
 
 std::ptrdiff_t GroupsIn(const CFContTypeFileDescr& descriptor) {
   std::ptrdiff_t groups = descriptor.defects.GetCount();
-  container::ForEach(container::allTypes,
-                     [&](const auto& type) { groups += (descriptor.*type.list).GetCount(); });
+  container::ForEachType([&](const auto& type) { groups += (descriptor.*type.list).GetCount(); });
   return groups;
 }
 

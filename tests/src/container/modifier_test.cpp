@@ -10,19 +10,20 @@ namespace {
 /// one top group. Modifiers are written whole, or against `base`.
 template <class Descriptor>
 void WriteModified(const std::wstring& path,
-                   const container::GroupType<Descriptor>& type,
                    const std::vector<Descriptor>& primaries,
                    const std::vector<Descriptor>& modifiers,
                    const Descriptor* base = nullptr) {
   SCFile::FileHandle file = nullptr;
   ASSERT_EQ(SCFile::file_Create(path.c_str(), &file), 0);
   const SCFile::GroupHandle top = container::CreateGroup(file, 0, L"FC");
+  const auto write = [&](std::uint32_t code, const Descriptor* from, const Descriptor& record) {
+    const SCFile::GroupHandle group = container::CreateGroup(top, code, L"");
+    ASSERT_EQ(SCFile::Family<Descriptor>::Write(group, from, &record, 0), 0);
+  };
   for (const Descriptor& primary : primaries)
-    ASSERT_EQ(type.write(container::CreateGroup(top, type.primaryCode, L""), nullptr, &primary, 0),
-              0);
+    write(SCFile::groupTypeOf<Descriptor>.primaryCode, nullptr, primary);
   for (const Descriptor& modifier : modifiers)
-    ASSERT_EQ(type.write(container::CreateGroup(top, type.modifierCode, L""), base, &modifier, 0),
-              0);
+    write(SCFile::groupTypeOf<Descriptor>.modifierCode, base, modifier);
   ASSERT_EQ(SCFile::file_Commit(file), 0);
   ASSERT_EQ(SCFile::file_Close(file), 0);
 }
@@ -52,7 +53,7 @@ TEST(Modifier, OverwritesTheFirstMatchAndKeepsItsGroup) {
   auto third = channel;
   third.channelId += 1;
   WriteModified<CGChanTypeDescr>(
-      scratch.File(L"a.fpd"), container::channelType, {other, channel, channel}, {modified, third});
+      scratch.File(L"a.fpd"), {other, channel, channel}, {modified, third});
   const Inspection loaded = Load(scratch.File(L"a.fpd"));
   ASSERT_TRUE(loaded);
   const std::vector<CGChanTypeDescr> expected = {other, modified, channel, third};
@@ -74,8 +75,7 @@ TEST(Modifier, AgainstABaseChangesNothingElse) {
   auto drifted =
       base;  // what stands in the file, different from the base where the modification says nothing
   drifted.start += 1;
-  WriteModified<CGGateTypeDescr>(
-      scratch.File(L"a.fpd"), container::gateType, {drifted}, {modified}, &base);
+  WriteModified<CGGateTypeDescr>(scratch.File(L"a.fpd"), {drifted}, {modified}, &base);
   const Inspection loaded = Load(scratch.File(L"a.fpd"));
   ASSERT_TRUE(loaded);
   ASSERT_EQ(loaded->gates.GetCount(), 1);
@@ -117,7 +117,7 @@ TEST(Modifier, DataGroupsMatchByIdsAndBookmark) {
     SCOPED_TRACE(each.what);
     const std::wstring path =
         scratch.File(std::wstring(each.what, each.what + std::strlen(each.what)));
-    WriteModified<CGDataTypeFDD>(path, container::dataType, each.primaries, each.modifiers);
+    WriteModified<CGDataTypeFDD>(path, each.primaries, each.modifiers);
     CDataNewGroup newGroups;
     const Inspection loaded = Load(path, &newGroups);
     ASSERT_TRUE(loaded);
@@ -137,10 +137,8 @@ TEST(Modifier, SpecimenModifiersApplyInOrderToTheFirst) {
   std::vector<CGSpecmatTypeDescr> materials;
   for (unsigned seed = 1; seed <= 4; ++seed)
     materials.push_back(MakeRecord<CGSpecmatTypeDescr>(seed));
-  WriteModified<CGSpecmatTypeDescr>(scratch.File(L"a.fpd"),
-                                    container::specimenMaterialType,
-                                    {materials[0], materials[1]},
-                                    {materials[2], materials[3]});
+  WriteModified<CGSpecmatTypeDescr>(
+      scratch.File(L"a.fpd"), {materials[0], materials[1]}, {materials[2], materials[3]});
   const Inspection loaded = Load(scratch.File(L"a.fpd"));
   ASSERT_TRUE(loaded);
   ASSERT_EQ(loaded->specimenMaterials.GetCount(), 2);
@@ -149,15 +147,15 @@ TEST(Modifier, SpecimenModifiersApplyInOrderToTheFirst) {
 }
 
 template <class Descriptor>
-void ExpectModifierDropped(const container::GroupType<Descriptor>& type) {
+void ExpectModifierDropped() {
   for (const bool withPrimary : {false, true}) {
     const ScratchDirectory scratch;
     const auto primary = MakeRecord<Descriptor>(1);
     std::vector<Descriptor> primaries(withPrimary ? 1 : 0, primary);
-    WriteModified<Descriptor>(scratch.File(L"a.fpd"), type, primaries, {MakeRecord<Descriptor>(2)});
+    WriteModified<Descriptor>(scratch.File(L"a.fpd"), primaries, {MakeRecord<Descriptor>(2)});
     const Inspection loaded = Load(scratch.File(L"a.fpd"));
     ASSERT_TRUE(loaded);
-    const auto& list = (*loaded).*type.list;
+    const auto& list = (*loaded).*listOf<Descriptor>;
     ASSERT_EQ(list.GetCount(), withPrimary ? 1 : 0);
     if (withPrimary) {
       EXPECT_TRUE(*list.GetHead() == primary);
@@ -166,10 +164,10 @@ void ExpectModifierDropped(const container::GroupType<Descriptor>& type) {
 }
 
 TEST(Modifier, SomeTypesAreNeverModified) {
-  ExpectModifierDropped(container::infoType);
-  ExpectModifierDropped(container::specimenDimensionsType);
-  ExpectModifierDropped(container::meshType);
-  ExpectModifierDropped(container::specimenDefinitionType);
+  ExpectModifierDropped<CGInfoTypeDescr>();
+  ExpectModifierDropped<CGSpecdimTypeDescr>();
+  ExpectModifierDropped<CGMeshTypeDescr>();
+  ExpectModifierDropped<CGSpecdefTypeDescr>();
 }
 
 struct Numbering {

@@ -56,29 +56,27 @@ constexpr bool isKeyless = std::is_same_v<Descriptor, CGSpecinfTypeDescr> ||
 /// loaded file lacks.
 void ChangeAll(CFContTypeFileDescr& descriptor) {
   RandomEngine engine(7);
-  container::ForEach(container::allTypes,
-                     [&]<class Descriptor>(const container::GroupType<Descriptor>& type) {
-                       auto& list = descriptor.*type.list;
-                       if constexpr (isKeyless<Descriptor>) {
-                         type.remove(list.GetTail(), 1);
-                         list.RemoveAt(list.GetTailPosition());
-                       }
-                       for (Descriptor* each : list) {
-                         if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) {
-                           const CGDataTypeFDD before = *each;
-                           ChangeFields(*each, engine);
-                           each->SetPatchID(before.GetPatchID());
-                           each->SetDataBookmarkType(before.GetDataBookmarkType());
-                           each->cellSize = before.cellSize;
-                         } else {
-                           ChangeFields(*each, engine);
-                         }
-                       }
-                       if constexpr (isKeyless<Descriptor>) return;
-                       Descriptor* const added = Add(list, MakeRecord<Descriptor>(9));
-                       if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
-                         GiveSamples(*added, 9);
-                     });
+  container::ForEachType([&]<class Descriptor>(const container::GroupType<Descriptor>& type) {
+    auto& list = descriptor.*type.list;
+    if constexpr (isKeyless<Descriptor>) {
+      SCFile::Family<Descriptor>::Delete(list.GetTail(), 1);
+      list.RemoveAt(list.GetTailPosition());
+    }
+    for (Descriptor* each : list) {
+      if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) {
+        const CGDataTypeFDD before = *each;
+        ChangeFields(*each, engine);
+        each->SetPatchID(before.GetPatchID());
+        each->SetDataBookmarkType(before.GetDataBookmarkType());
+        each->cellSize = before.cellSize;
+      } else {
+        ChangeFields(*each, engine);
+      }
+    }
+    if constexpr (isKeyless<Descriptor>) return;
+    Descriptor* const added = Add(list, MakeRecord<Descriptor>(9));
+    if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) GiveSamples(*added, 9);
+  });
   descriptor.defects.GetHead()->secondText = L"judged";
 }
 
@@ -102,8 +100,8 @@ void ExpectChanged(const CFContTypeFileDescr& loaded,
       ExpectSameList(list, changed.*type.list, type.primaryName);
     }
   };
-  container::ForEach(container::changesBeforeDefects, expectChanged);
-  container::ForEach(container::writtenAfterDefects, expectChanged);
+  container::ForEach(container::Modified(), expectChanged);
+  container::ForEach(container::WrittenAfterDefects(), expectChanged);
   ExpectSameList(loaded.infos, base.infos, L"Info");
   ExpectSameList(loaded.meshes, base.meshes, L"Mesh");
   ExpectSameList(loaded.specimenDimensions, base.specimenDimensions, L"Specdim");

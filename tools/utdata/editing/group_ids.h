@@ -34,9 +34,4 @@ inline IdPairs EditIds(const CGDataTypeFDD& data) {
 inline IdPairs EditIds(const CGInfoTypeDescr&) { return {}; }
 inline IdPairs EditIds(const CGSpecmatTypeDescr&) { return {}; }
 
-template <class Descriptor>
-concept HasEditIds = requires(const Descriptor& group) {
-  EditIds(group);
-};
-
 }  // namespace utdata::program

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "interfaces/kvtiff19_catalogue.h"
 #include "terminal/failure.h"
 #include "terminal/output.h"
 #include "terminal/quantity.h"
@@ -122,12 +123,24 @@ Json ReadAnyValue(const SCFile::Node* group, std::uint32_t index, const Item& it
   }
 }
 
+/// "channel", "modified channel"; empty for a type that is not known.
+std::string TypeName(std::uint32_t code) {
+  const SCFile::GroupTypeInfo* type = SCFile::file_GroupType(code);
+  if (!type) return {};
+  return (code == type->primaryCode ? "" : "modified ") + std::string(type->name);
+}
+
+std::string FieldName(const SCFile::GroupTypeInfo* type, std::uint32_t itemCode) {
+  const SCFile::FieldInfo* field = type ? type->Find(itemCode) : nullptr;
+  return field ? std::string(field->key) : std::string();
+}
+
 Json ValueJson(const SCFile::Node* group,
-               std::uint32_t groupCode,
+               const SCFile::GroupTypeInfo* type,
                std::uint32_t index,
                const Item& item,
                bool full) {
-  Json value = {{"code", item.code}, {"name", SCFile::file_FieldName(groupCode, item.code)}};
+  Json value = {{"code", item.code}, {"name", FieldName(type, item.code)}};
   value["type"] = item.valueType < valueTypeNames.size() ? valueTypeNames[item.valueType] : "";
   if (item.valueType == SCFile::value_Block) {
     std::uint64_t offset = 0;
@@ -143,12 +156,12 @@ Json ValueJson(const SCFile::Node* group,
 }
 
 /// The format bounds the depth of groups, and the file was checked when it was opened.
-Json ItemsJson(SCFile::Node* parent, std::uint32_t groupCode, bool full) {
+Json ItemsJson(SCFile::Node* parent, const SCFile::GroupTypeInfo* type, bool full) {
   Json items = Json::array();
   for (std::uint32_t index = 0; index < SCFile::file_ItemNbrGet(parent); ++index) {
     const Item item = ReadItem(parent, index);
     if (item.kind == SCFile::kind_Value) {
-      items.push_back(ValueJson(parent, groupCode, index, item, full));
+      items.push_back(ValueJson(parent, type, index, item, full));
       continue;
     }
     SCFile::GroupHandle group = nullptr;
@@ -156,8 +169,8 @@ Json ItemsJson(SCFile::Node* parent, std::uint32_t groupCode, bool full) {
     items.push_back({{"code", item.code},
                      {"name", item.name},
                      {"type", "group"},
-                     {"group_type", SCFile::file_TypeName(item.code)}});
-    items.back()["items"] = ItemsJson(group, item.code, full);
+                     {"group_type", TypeName(item.code)}});
+    items.back()["items"] = ItemsJson(group, SCFile::file_GroupType(item.code), full);
   }
   return items;
 }
@@ -200,7 +213,7 @@ void AppendText(const Json& items, std::size_t depth, std::string& text) {
 Json TreeJson(SCFile::FileHandle file, bool full) {
   return {{"path", ToUtf8(SCFile::file_Path(file))},
           {"commits", SCFile::file_CommitNumber(file)},
-          {"groups", ItemsJson(file, 0, full)}};
+          {"groups", ItemsJson(file, nullptr, full)}};
 }
 
 std::string TreeText(const Json& tree) {

@@ -1,83 +1,13 @@
-// The functions of each family under one name, so that one test runs on all.
+// What tests of the families share: all descriptors, and a file of groups.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "interfaces/kvtiff19.h"
+#include "interfaces/kvtiff19_catalogue.h"
 
 namespace utdata::test {
-
-template <class Record>
-struct Family;
-
-#define UTDATA_FAMILY_FUNCTIONS(prefix, Descriptor)                                         \
-  template <>                                                                               \
-  struct Family<Descriptor> {                                                               \
-    static Descriptor* Allocate(const wchar_t* name) { return prefix##_Allocate(1, name); } \
-    static void Delete(Descriptor* record, int whole) { prefix##_Delete(record, whole); }   \
-    static int Read(SCFile::GroupHandle group, Descriptor* record) {                        \
-      return prefix##_ReadGroupInfo(group, record);                                         \
-    }                                                                                       \
-    static int Write(SCFile::GroupHandle group,                                             \
-                     const Descriptor* base,                                                \
-                     const Descriptor* record) {                                            \
-      return prefix##_WriteGroupInfo(group, base, record);                                  \
-    }                                                                                       \
-    static int Init(SCFile::LockCallback lock) {                                            \
-      return prefix##_Init(lock, nullptr, nullptr, nullptr, nullptr);                       \
-    }                                                                                       \
-  };
-UTDATA_FAMILY_FUNCTIONS(gchan, CGChanTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gsubchan, CGSubchanTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gpatch, CGPatchTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gprobe, CGProbeTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(ginfo, CGInfoTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gspecmat, CGSpecmatTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gspecdim, CGSpecdimTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gspecinf, CGSpecinfTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gweld, CGWeldTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(grefadj, CGRefadjTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gmesh, CGMeshTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gspecdef, CGSpecdefTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gdac, CGDacTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gcontour, CGContourTypeDescr)
-UTDATA_FAMILY_FUNCTIONS(gweldsp, CGWeldScanPlanDescr)
-UTDATA_FAMILY_FUNCTIONS(gweldFill, CGWeldFillDescr)
-#undef UTDATA_FAMILY_FUNCTIONS
-
-template <>
-struct Family<CGGateTypeDescr> {
-  static CGGateTypeDescr* Allocate(const wchar_t* name) { return ggate_Allocate(1, name); }
-  static void Delete(CGGateTypeDescr* record, int whole) { ggate_Delete(record, whole); }
-  static int Read(SCFile::GroupHandle group, CGGateTypeDescr* record) {
-    return ggate_ReadGroupInfo(group, record, true);
-  }
-  static int Write(SCFile::GroupHandle group,
-                   const CGGateTypeDescr* base,
-                   const CGGateTypeDescr* record) {
-    return ggate_WriteGroupInfo(group, base, record);
-  }
-  static int Init(SCFile::LockCallback lock) {
-    return ggate_Init(lock, nullptr, nullptr, nullptr, nullptr);
-  }
-};
-
-template <>
-struct Family<CGDataTypeFDD> {
-  static CGDataTypeFDD* Allocate(const wchar_t* name) { return gdata_Allocate(1, name); }
-  static void Delete(CGDataTypeFDD* record, int whole) { gdata_Delete(record, whole); }
-  static int Read(SCFile::GroupHandle group, CGDataTypeFDD* record) {
-    return gdata_ReadGroupInfo(group, record);
-  }
-  static int Write(SCFile::GroupHandle group,
-                   const CGDataTypeFDD* base,
-                   const CGDataTypeFDD* record) {
-    return gdata_WriteGroupInfo(group, base, record, 0);
-  }
-  static int Init(SCFile::LockCallback) { return gdata_Init(); }
-};
 
 using AllRecords = ::testing::Types<CGDataTypeFDD,
                                     CGChanTypeDescr,

@@ -1,51 +1,62 @@
-// docs/group-types.md is written from the field tables, so that it cannot drift from them. After a
-// change of a table, run this test with UTDATA_WRITE_PAGES=1 in the environment to write the page
-// anew.
+// docs/group-types.md is written from the catalogue, so that it cannot drift from it. After a
+// change of a field table, run this test with UTDATA_WRITE_PAGES=1 in the environment to write the
+// page anew.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
-#include "platform/kvtiff19/families/group_types.h"
-#include "tests/support/record_samples.h"
+#include "interfaces/kvtiff19_catalogue.h"
 
 namespace {
 
-using namespace utdata::kvtiff19;
+using SCFile::FieldInfo;
+using SCFile::GroupTypeInfo;
 
 constexpr const char* introduction = R"(# Group types
 
-What the groups of an inspection file hold, type by type: the codes of the group, and for each item its code, its value type, how
-many elements it has, and what it means. [file-format.md](file-format.md) tells how groups, items and values are laid out in bytes.
+What the groups of an inspection file hold, type by type: the codes of the group, and for each item
+its code, its value type, how many elements it has, its unit and what it means.
+[file-format.md](file-format.md) tells how groups, items and values are laid out in bytes.
 
-- A group whose code is the *primary* one holds a record whole: every item of the table, in the table's order.
-- A group whose code is the *modifier* one holds a later modification: the items marked *key*, which say which record is modified, and
-  those whose value changed. Types without a modifier code of their own keep modifications under the primary one.
+- A group whose code is the *primary* one holds a record whole: every item of the table, in the
+  table's order.
+- A group whose code is the *modifier* one holds a later modification: the items marked *key*, which
+  say which record is modified, and those whose value changed. It belongs to the first record of its
+  type that agrees in every key; a bookmark type of 0 in that record agrees with any. A type without
+  keys has one record that counts, the first. A modification that belongs to none is a record of its
+  own.
+- Modifications of types whose modifications are *not applied* are skipped by readers.
+- Types without a modifier code keep modifications as whole groups under the primary code.
 - Each item comes once at most. Items with other codes may stand between them and are skipped.
 - An item code is never given another meaning.
-- The elements of a text are its UTF-8 bytes; "up to 124 bytes" also means at most 31 characters. Lists of points and triples hold their numbers one after the other.
-- Angles are in degrees, levels in percent of full scale, gains in decibel; bits and colours are unsigned numbers.
+- The elements of a text are its UTF-8 bytes; "up to 124 bytes" also means at most 31 characters.
+  Lists of points and triples hold their numbers one after the other.
+- Levels are in percent of full scale; bits and colours are unsigned numbers.
+- Items whose unit is that of an axis have the unit that the named item says.
 )";
 
 constexpr const char* defects = R"(
 ## Defect table: 10045, no modifier
 
-One child group of code 10044 for each record; its items are the record's values. Those that are missing are zero or empty.
+One child group of code 10044 for each record; its items are the record's values. Those that are
+missing are zero or empty.
 
-| item | type | elements | field | unit or meaning |
-|---|---|---|---|---|
-| 1 to 6 | double | 1 | first to sixth value | |
-| 7 | text | any | first text | |
-| 8 | text | any | second text | |
-| 9 | uint32 | 1 | first number | |
-| 10 | uint32 | 1 | number of a sub-entry, which it starts | |
-| 11 | text | any | first text of the sub-entry | |
-| 12 | text | any | second text of the sub-entry, which it ends | |
-| 13 | uint32 | 1 | second number | |
-| 14 | uint32 | 1 | third number | |
-| 15, 16 | double | 1 | seventh and eighth value | |
+| item | type | elements | field | unit | meaning |
+|---|---|---|---|---|---|
+| 1 to 6 | double | 1 | first to sixth value | | |
+| 7 | text | any | first text | | |
+| 8 | text | any | second text | | |
+| 9 | uint32 | 1 | first number | | |
+| 10 | uint32 | 1 | number of a sub-entry, which it starts | | |
+| 11 | text | any | first text of the sub-entry | | |
+| 12 | text | any | second text of the sub-entry, which it ends | | |
+| 13 | uint32 | 1 | second number | | |
+| 14 | uint32 | 1 | third number | | |
+| 15, 16 | double | 1 | seventh and eighth value | | |
 
 Items 10, 11 and 12 come once for each sub-entry, in this order.
 )";
@@ -71,41 +82,50 @@ const char* TypeName(std::uint8_t type) {
   }
 }
 
-std::string Elements(const ItemRule& rule) {
-  if (rule.minCount == rule.maxCount) return std::to_string(rule.minCount);
-  if (rule.maxCount != anyCount) return "up to " + std::to_string(rule.maxCount) + " bytes";
-  return rule.multipleOf == 1 ? "any" : "any multiple of " + std::to_string(rule.multipleOf);
+std::string Elements(const FieldInfo& field) {
+  constexpr std::uint32_t anyCount = 0xFFFFFFFF;
+  if (field.kind == SCFile::FieldKind::Block) return "any";
+  if (field.minCount == field.maxCount) return std::to_string(field.minCount);
+  if (field.maxCount != anyCount) return "up to " + std::to_string(field.maxCount) + " bytes";
+  return field.multipleOf == 1 ? "any" : "any multiple of " + std::to_string(field.multipleOf);
 }
 
-/// Private members carry a prefix that means nothing outside.
-std::string_view FieldName(std::string_view member) {
-  return member.starts_with("m_") ? member.substr(2) : member;
+std::string Meaning(const FieldInfo& field) {
+  std::string text;
+  for (const SCFile::FieldChoice& choice : field.choices)
+    text +=
+        (text.empty() ? "" : ", ") + std::to_string(choice.value) + " " + std::string(choice.name);
+  const bool both = !text.empty() && !field.meaning.empty();
+  return text + (both ? "; " : "") + std::string(field.meaning);
 }
 
-template <class Record>
-void WriteType(std::ostream& page, const GroupType<Record>& type) {
-  page << "\n## " << type.title << ": " << type.primary;
-  if (type.modifier != type.primary)
-    page << ", modifier " << type.modifier;
+/// A cell of a table, with the blank before it.
+std::string Cell(const std::string& text) { return text.empty() ? " |" : " " + text + " |"; }
+
+void WriteField(std::ostream& page, const FieldInfo& field) {
+  const std::string unit(field.unitOf.empty() ? field.unit.stored
+                                              : "as " + std::string(field.unitOf));
+  page << "|" << Cell(std::to_string(field.code)) << Cell(TypeName(field.valueType))
+       << Cell(Elements(field)) << Cell(std::string(field.key) + (field.IsKey() ? " (key)" : ""))
+       << Cell(unit) << Cell(Meaning(field)) << "\n";
+}
+
+void WriteType(std::ostream& page, const GroupTypeInfo& type) {
+  std::string title(type.name);
+  title.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(title.front())));
+  page << "\n## " << title << ": " << type.primaryCode;
+  if (type.HasModifierCode())
+    page << ", modifier " << type.modifierCode << (type.isModified ? "" : " (not applied)");
   else
-    page << ", modifications too";
-  page << "\n\n| item | type | elements | field | unit or meaning |\n|---|---|---|---|---|\n";
-  ForEachField<Record>([&](const auto& field) {
-    const ItemRule rule = field.Rule();
-    const bool key = field.role == FieldRole::Key;
-    page << "| " << field.code << " | " << TypeName(rule.type) << " | " << Elements(rule) << " | "
-         << FieldName(field.name) << (key ? " (key)" : "") << " |"
-         << (field.note.empty() ? "" : " ") << field.note << " |\n";
-  });
-  if constexpr (std::is_same_v<Record, CGDataTypeFDD>)
-    page << "| " << sampleBlockCode
-         << " | block | any | samples | laid out as the storage mode says; missing: no samples |\n";
+    page << ", no modifier";
+  page << "\n\n| item | type | elements | field | unit | meaning |\n|---|---|---|---|---|---|\n";
+  for (const FieldInfo& field : type.fields) WriteField(page, field);
 }
 
 std::string Render() {
   std::ostringstream page;
   page << introduction;
-  std::apply([&](const auto&... type) { (WriteType(page, type), ...); }, groupTypes);
+  for (const GroupTypeInfo& type : SCFile::file_GroupTypes()) WriteType(page, type);
   page << defects;
   return page.str();
 }
