@@ -115,7 +115,7 @@ Changes::Changes(InspectionState& inspection) {
   if (CISpecMat* material = inspection.specimen.spec_SpecMatGet(spec_Modified))
     groups.specimenMaterials.AddTail(material->ismat1_GetInfoRef());
   VisitGroupLists(
-      groups, [this](const char*, const auto& list, auto) { isEmpty = isEmpty && list.IsEmpty(); });
+      groups, [this](std::string_view, const auto& list) { isEmpty = isEmpty && list.IsEmpty(); });
 }
 
 void MergeInto(CFContTypeFileDescr& copy,
