@@ -1,4 +1,5 @@
-// The export macro of the library's boundary.
+// The export macros of the library's boundary: UTDATA_API marks what belongs to it, UTDATA_LOCAL
+// what is declared inside an exported class and does not.
 #pragma once
 
 #if defined(UTDATA_STATIC)
@@ -18,4 +19,10 @@
 #define UTDATA_INLINE_API
 #else
 #define UTDATA_INLINE_API UTDATA_API
+#endif
+
+#if defined(UTDATA_STATIC) || defined(_WIN32)
+#define UTDATA_LOCAL
+#else
+#define UTDATA_LOCAL __attribute__((visibility("hidden")))
 #endif

@@ -108,8 +108,8 @@ UTDATA_API int file_CreateEx(const wchar_t* path, FileHandle* file);
 UTDATA_API int file_Commit(FileHandle file);
 
 /// Drops everything written since the last commit and gives the writer's lock up; the groups made
-/// since then are empty from now on. Of a new file its creation is dropped too: unless it is written
-/// to again, nothing is left of it once it is closed. Nothing to drop is a success.
+/// since then are empty from now on. Of a new file its creation is dropped too: unless it is
+/// written to again, nothing is left of it once it is closed. Nothing to drop is a success.
 UTDATA_API int file_Discard(FileHandle file);
 
 /// Commits what was not committed yet, then closes the file, its groups and the views mapped from

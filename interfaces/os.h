@@ -109,6 +109,12 @@ class File {
   /// Everything written so far is on the medium when this returns None.
   [[nodiscard]] virtual Error Sync() = 0;
   [[nodiscard]] virtual Error Size(std::uint64_t& size) = 0;
+  /// Whether at least `least` bytes of a part of the file are stored, not holes, which read as
+  /// zeros; true where the file system cannot tell. A few bytes can claim a file of any size.
+  [[nodiscard]] virtual Error IsStored(std::uint64_t offset,
+                                       std::uint64_t size,
+                                       std::uint64_t least,
+                                       bool& isStored) = 0;
   /// Cuts the file, or grows it with a hole.
   [[nodiscard]] virtual Error Truncate(std::uint64_t size) = 0;
   /// Moves the file's own position, which no operation here reads or changes.

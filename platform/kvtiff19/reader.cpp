@@ -1,6 +1,7 @@
 #include "platform/kvtiff19/reader.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <limits>
 #include <vector>
@@ -115,6 +116,7 @@ class ChainReader {
     if (link.size < headSize || link.size > headSize + maxBodySize ||
         link.size > std::numeric_limits<std::size_t>::max())
       return Refuse(ordinal, link.offset, "its size is impossible");
+    if (const int status = CheckClaim(link, ordinal)) return status;
     const auto size = static_cast<std::size_t>(link.size);
     auto buffer = std::make_unique_for_overwrite<std::byte[]>(size);
     const std::span<std::byte> segment(buffer.get(), size);
@@ -128,6 +130,28 @@ class ChainReader {
     m_file.metadata.push_back(std::move(buffer));
     m_file.segmentsRead.push_back(link);
     return AddTop(Bytes(segment).subspan(segmentHeaderSize), link.offset, ordinal);
+  }
+
+  /// A few bytes may claim a segment of any size, most of it a hole: before memory is asked for,
+  /// its head is looked at, and that it is stored. Writers leave no holes in a segment; a file
+  /// system may make some of its zeros.
+  int CheckClaim(const Link& link, std::uint64_t ordinal) {
+    constexpr std::uint64_t alwaysFine = 1u << 20;
+    constexpr std::uint64_t mostPerStored = 64;
+    if (link.size <= alwaysFine) return SCFile::status_Ok;
+    std::array<std::byte, segmentHeaderSize + itemHeaderSize> head;
+    if (const int status = ReadWhole(m_file, link.offset, head)) return status;
+    const auto decoded = DecodeSegmentHeader(head);
+    const ItemHeader item = DecodeItemHeader(head.data() + segmentHeaderSize);
+    if (!decoded || decoded->ordinal != ordinal || item.count != link.size - head.size())
+      return Refuse(ordinal, link.offset, "another group stands in its place");
+    bool isStored = true;
+    if (const os::Error error =
+            m_file.handle->IsStored(link.offset, link.size, link.size / mostPerStored, isStored);
+        error != os::Error::None)
+      return FailOs(m_file.path, error, "cannot be read");
+    return isStored ? SCFile::status_Ok
+                    : Refuse(ordinal, link.offset, "it is larger than what is stored of it");
   }
 
   int AddTop(Bytes item, std::uint64_t offset, std::uint64_t ordinal) {

@@ -113,6 +113,27 @@ class PosixFile final : public File {
     return Error::None;
   }
 
+  Error IsStored(std::uint64_t offset,
+                 std::uint64_t size,
+                 std::uint64_t least,
+                 bool& isStored) override {
+    isStored = true;
+    if (!FitsOffset(offset) || !FitsOffset(size) || !FitsOffset(offset + size))
+      return Fail(Error::BadArgument);
+    const off_t before = ::lseek(m_descriptor, 0, SEEK_CUR);
+    const auto end = static_cast<off_t>(offset + size);
+    std::uint64_t stored = 0;
+    for (auto at = static_cast<off_t>(offset); at < end && stored < least;) {
+      const off_t data = ::lseek(m_descriptor, at, SEEK_DATA);
+      if (data < 0 && errno != ENXIO) return ::lseek(m_descriptor, before, SEEK_SET), Error::None;
+      if (data < 0 || data >= end) break;
+      at = std::min(end, std::max<off_t>(::lseek(m_descriptor, data, SEEK_HOLE), data + 1));
+      stored += static_cast<std::uint64_t>(at - data);
+    }
+    isStored = stored >= least;
+    return ::lseek(m_descriptor, before, SEEK_SET) < 0 ? LastError() : Error::None;
+  }
+
   Error Truncate(std::uint64_t size) override {
     if (!FitsOffset(size)) return Fail(Error::DiskFull);
     const auto cut = [&] { return ::ftruncate(m_descriptor, static_cast<off_t>(size)); };

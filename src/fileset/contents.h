@@ -29,7 +29,7 @@ using DataList = IndexedItemList<CIDataLst>;
 
 }  // namespace utdata
 
-struct CFSet::Contents {
+struct UTDATA_LOCAL CFSet::Contents {
   struct Range {
     float minimum = std::numeric_limits<float>::max();
     float maximum = std::numeric_limits<float>::lowest();

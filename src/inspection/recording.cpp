@@ -11,22 +11,23 @@
 namespace utdata {
 namespace {
 
-constexpr const char* notReadable = "cannot be read";
+constexpr const char* recordingUnreadable = "cannot be read";
 constexpr std::uint64_t headerSize = Aurelis::MemoryData::fileHeaderSize;
 constexpr std::uint64_t entrySize = sizeof(std::uint32_t);
 
 std::unique_ptr<os::Mapping> MapWhole(const std::string& path) {
   const auto check = [&](os::Error error) {
-    if (error != os::Error::None) throw Error(path, notReadable, std::string(os::ErrorText(error)));
+    if (error != os::Error::None)
+      throw Error(path, recordingUnreadable, std::string(os::ErrorText(error)));
   };
   std::unique_ptr<os::File> file;
   std::uint64_t size = 0;
   std::unique_ptr<os::Mapping> mapping;
   check(os::CurrentFileSystem().Open(ToWide(path), os::OpenMode::Read, file));
   check(file->Size(size));
-  if (size < headerSize) throw Error(path, notReadable, "it is too short for an acquisition file");
+  if (size < headerSize) throw Error(path, recordingUnreadable, "it is too short for an acquisition file");
   if (size > std::numeric_limits<std::size_t>::max() / 2)
-    throw Error(path, notReadable, "it is too large");
+    throw Error(path, recordingUnreadable, "it is too large");
   check(file->Map(0, static_cast<std::size_t>(size), mapping));
   return mapping;
 }
@@ -71,7 +72,7 @@ Recording::Recording(Recording&&) noexcept = default;
 Recording& Recording::operator=(Recording&&) noexcept = default;
 Recording::~Recording() = default;
 
-void Recording::Refuse(const std::string& why) const { throw Error(m_path, notReadable, why); }
+void Recording::Refuse(const std::string& why) const { throw Error(m_path, recordingUnreadable, why); }
 
 std::span<std::byte> Recording::Part(std::uint64_t offset,
                                      std::uint64_t size,

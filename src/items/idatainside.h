@@ -6,7 +6,7 @@
 #include "utdata/idata.h"
 #include "utdata/itemlink.h"
 
-struct CIData::Inside {
+struct UTDATA_LOCAL CIData::Inside {
   explicit Inside(CIData* item) : live(item) {}
 
   utdata::LiveDataItem live;  ///< from the start, so that links to an item under construction hold
@@ -21,7 +21,7 @@ struct CIData::Inside {
 
 /// Holds an item's lock for a scope. A checked build reports a master's lock that is asked for
 /// while one of its element's is held.
-class UTDATA_SCOPED_CAPABILITY CIData::LockScope {
+class UTDATA_LOCAL UTDATA_SCOPED_CAPABILITY CIData::LockScope {
  public:
   explicit LockScope(const CIData& item) UTDATA_ACQUIRE(item.m_inside->lock);
   ~LockScope() UTDATA_RELEASE();

@@ -55,7 +55,7 @@ void CVolumeSet::vol_DeleteUnitSet(CUnitSet** set) {
   if (!released) return;
   const bool isOwn = released->m_volumeSet == this && released->m_place;
   UTDATA_ASSERT(isOwn && released->m_referenceCount > 0);
-  if (!isOwn || --released->m_referenceCount != 0) return;
+  if (--released->m_referenceCount != 0 || !isOwn) return;
   m_unitSets.RemoveAt(released->m_place);
   delete released;
 }

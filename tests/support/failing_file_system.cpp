@@ -38,6 +38,12 @@ class FailingFile final : public os::File {
   }
   Error Sync() override { return m_real->Sync(); }
   Error Size(std::uint64_t& size) override { return m_real->Size(size); }
+  Error IsStored(std::uint64_t offset,
+                 std::uint64_t size,
+                 std::uint64_t least,
+                 bool& isStored) override {
+    return m_real->IsStored(offset, size, least, isStored);
+  }
   Error Truncate(std::uint64_t size) override {
     const Error error = m_system.ErrorOf(Call::Truncate);
     return error != Error::None ? error : m_real->Truncate(size);

@@ -134,6 +134,10 @@ class FaultyFile final : public os::File {
     size = m_inode->now.size();
     return error;
   }
+  Error IsStored(std::uint64_t, std::uint64_t, std::uint64_t, bool& isStored) override {
+    isStored = true;
+    return Count("is stored");
+  }
   Error Truncate(std::uint64_t size) override {
     if (!m_writable) return Error::AccessDenied;
     if (const Error error = Count("truncate"); error != Error::None) return error;

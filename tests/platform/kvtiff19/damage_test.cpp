@@ -2,8 +2,13 @@
 // value.
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
 #include <random>
 
 #include "interfaces/kvtiff19.h"
@@ -242,6 +247,46 @@ TEST(Damage, HostileChainsAndRecords) {
     ++forge.record.segmentCount;
     forge.AddTop(Body(0).Bytes());
   }));
+}
+
+/// What opening a file answers in a process that may take 256 MiB more.
+int OpenStatusWithLittleMemory(const std::wstring& name) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    std::ifstream statm("/proc/self/statm");
+    rlim_t pages = 0;
+    statm >> pages;
+    const rlimit limit = {pages * 4096 + (256u << 20), RLIM_INFINITY};
+    if (::setrlimit(RLIMIT_AS, &limit) != 0) ::_exit(99);
+    FileHandle file = nullptr;
+    ::_exit(file_Open(name.c_str(), &file));
+  }
+  int status = -1;
+  EXPECT_EQ(::waitpid(child, &status, 0), child);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(Damage, AFewBytesThatClaimGibibytesCostLittle) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers need more addresses than the limit leaves";
+#endif
+  constexpr std::uint64_t claimed = std::uint64_t{3} << 30;
+  const utdata::test::FileFolder folder;
+  const std::wstring name = folder / L"sparse.fpd";
+  for (const bool hasHead : {false, true}) {
+    FileForge forge;
+    if (hasHead) {
+      forge.AddTop(Body(1).Bytes(),
+                   static_cast<std::int64_t>(claimed - segmentHeaderSize - itemHeaderSize -
+                                             groupHeaderSize));
+    }
+    forge.record.segmentCount = 1;
+    forge.record.newest = {dataStart, claimed, 1};
+    forge.record.end = dataStart + claimed;
+    utdata::test::WriteBytes(name, forge.Finish());
+    std::filesystem::resize_file(utdata::os::NarrowPath(name), forge.record.end);
+    EXPECT_EQ(OpenStatusWithLittleMemory(name), status_Damaged) << hasHead;
+  }
 }
 
 TEST(Damage, VerifyTellsBlocksThatOverlapAndBytesWithoutOwner) {

@@ -100,8 +100,8 @@ class Child {
   bool m_running = true;
 };
 
-/// Tells when a child has worked for too long without a sign of progress. A slow disk makes it wait,
-/// which is no work.
+/// Tells when a child has worked for too long without a sign of progress. A slow disk makes it
+/// wait, which is no work.
 class Watch {
  public:
   Watch(const Child& child, double patience) : m_child(child), m_patience(patience) {}

@@ -39,9 +39,9 @@ class LeftoverScope {
   std::size_t m_place;
 };
 
-/// While one exists inside an InterruptScope, an interrupt takes the unfinished form of a file away,
-/// unless that was there before, and ends the program at once: for calls that cannot be asked to
-/// stop. One at a time.
+/// While one exists inside an InterruptScope, an interrupt takes the unfinished form of a file
+/// away, unless that was there before, and ends the program at once: for calls that cannot be asked
+/// to stop. One at a time.
 class UnfinishedFileScope {
  public:
   /// @param path the file as it will be called; it is written beside that name, with ".part" added
