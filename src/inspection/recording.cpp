@@ -25,7 +25,8 @@ std::unique_ptr<os::Mapping> MapWhole(const std::string& path) {
   std::unique_ptr<os::Mapping> mapping;
   check(os::CurrentFileSystem().Open(ToWide(path), os::OpenMode::Read, file));
   check(file->Size(size));
-  if (size < headerSize) throw Error(path, recordingUnreadable, "it is too short for an acquisition file");
+  if (size < headerSize)
+    throw Error(path, recordingUnreadable, "it is too short for an acquisition file");
   if (size > std::numeric_limits<std::size_t>::max() / 2)
     throw Error(path, recordingUnreadable, "it is too large");
   check(file->Map(0, static_cast<std::size_t>(size), mapping));
@@ -72,7 +73,9 @@ Recording::Recording(Recording&&) noexcept = default;
 Recording& Recording::operator=(Recording&&) noexcept = default;
 Recording::~Recording() = default;
 
-void Recording::Refuse(const std::string& why) const { throw Error(m_path, recordingUnreadable, why); }
+void Recording::Refuse(const std::string& why) const {
+  throw Error(m_path, recordingUnreadable, why);
+}
 
 std::span<std::byte> Recording::Part(std::uint64_t offset,
                                      std::uint64_t size,
