@@ -1,4 +1,5 @@
-# Debian packages, by `cpack` in the build folder: the library, what building against it needs, and the program.
+# Debian packages, by `cpack` in the build folder: the library, what building against it needs, and
+# the program.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME utdata)
@@ -18,14 +19,18 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libutdata${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
-set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "Loads, changes and writes ultrasonic inspection files: the shared library.")
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION
+  "Loads, changes and writes ultrasonic inspection files: the shared library.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libutdata-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libutdata${PROJECT_VERSION_MAJOR} ${exact}, libeigen3-dev")
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers of the utdata library, and what find_package and pkg-config need.")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+  "libutdata${PROJECT_VERSION_MAJOR} ${exact}, libeigen3-dev")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+  "Headers of the utdata library, and what find_package and pkg-config need.")
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME utdata)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "libutdata${PROJECT_VERSION_MAJOR} ${exact}")
-set(CPACK_COMPONENT_PROGRAM_DESCRIPTION "Makes, shows, draws and checks ultrasonic inspection files.")
+set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
+  "Makes, shows, draws and checks ultrasonic inspection files.")
 
 include(CPack)

@@ -93,9 +93,9 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// The record copy, owned by the item; null in a bare item.
   [[nodiscard]] CGDataTypeFDD* idata1_GetGInfoRef();
   [[nodiscard]] const CGDataTypeFDD* idata1_GetGInfoRef() const;
-  /// The descriptor, owned by the item; null in a bare item. Ids may be changed through the pointer:
-  /// the file set looks at the item in every look-up from then on. Who only reads takes Descriptor,
-  /// who only attaches a table AttachTable, and look-ups stay fast.
+  /// The descriptor, owned by the item; null in a bare item. Ids may be changed through the
+  /// pointer: the file set looks at the item in every look-up from then on. Who only reads takes
+  /// Descriptor, who only attaches a table AttachTable, and look-ups stay fast.
   [[nodiscard]] CRDataTypeDD* idata1_GetInfoRef() const;
   /// The descriptor, to be read.
   [[nodiscard]] const CRDataTypeDD* Descriptor() const;
@@ -140,9 +140,9 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   [[nodiscard]] bool idata1_IsMultiChannelElement() const;
   /// Appends an element, whose master this item becomes, under the lock. An element that a master
   /// lists already, this one or another, leaves that list. The master takes the element's data
-  /// type, and its sub-channel id when that is larger. An element that differs in layout is reported
-  /// and added all the same. Null, a bare item, the item itself, one that lists this item directly
-  /// or through others, and a call on an item that gathers none are reported and change nothing.
+  /// type, and its sub-channel id when that is larger. An element that differs in layout is
+  /// reported and added all the same. Null, a bare item, the item itself, one that lists
+  /// this item directly or through others, and a call on an item that gathers none are reported and change nothing.
   /// Always true.
   bool idata1_SubChannelAdd(CIData* element);
   /// Takes an element out of this master's list, under the lock; the element goes on naming its

@@ -4,8 +4,8 @@
 #include "utdata/idata.h"
 #include "utdata/itemlist.h"
 
-/// utdata/itemlist.h documents the lookups. A bookmark type of 0 matches every bookmark type, a data
-/// class of fset_AnyId every class, and gate ids are compared by gate number.
+/// utdata/itemlist.h documents the lookups. A bookmark type of 0 matches every bookmark type, a
+/// data class of fset_AnyId every class, and gate ids are compared by gate number.
 class UTDATA_API CIDataLst : public utdata::ItemList<CIData, 6> {
   DECLARE_DYNAMIC(CIDataLst)
 

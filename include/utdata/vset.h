@@ -34,7 +34,8 @@ class UTDATA_API CVolumeSet {
   /// @return owned here; given back with vol_DeleteUnitSet
   [[nodiscard]] CUnitSet* vol_CreateUnitSet(const vset_groupId& identity, int* created);
   /// Gives back one reference; the set is destroyed with its last one. Clears the caller's pointer.
-  /// A set that another volume set made, or nobody did, is reported, loses a reference and is not destroyed.
+  /// A set that another volume set made, or nobody did, is reported, loses a reference and is not
+  /// destroyed.
   void vol_DeleteUnitSet(CUnitSet** set);
 
   /// The axis, or null outside 0 to 5.

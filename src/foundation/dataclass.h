@@ -1,7 +1,7 @@
 // What a data class means: one row for each class of data groups.
 //
-// A multi-channel master has the class of what it gathers, with a bit added; the questions here pass
-// over that bit unless they say otherwise. No locks, no state.
+// A multi-channel master has the class of what it gathers, with a bit added; the questions here
+// pass over that bit unless they say otherwise. No locks, no state.
 #pragma once
 
 #include "interfaces/kvtiff19_types.h"

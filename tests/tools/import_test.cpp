@@ -144,9 +144,11 @@ TEST_F(ImportTest, InfoTellsWhatTheCommandLineSaid) {
         << name;
   ASSERT_EQ(info["data"].size(), 1U);
   const nlohmann::json expected = nlohmann::json::parse(R"({
-      "label": "Links° G0 ", "id_label": "C 1 G0 ", "class": 1, "master": false, "channel": 0, "sub_channel": 0, "gate": 0, "patch": 0,
-      "bookmark": 2, "type": "i16", "rectified": true, "columns": {"quantity": 3, "resolution": 0.001, "offset": 0.0},
-      "rows": {"quantity": 2, "resolution": 0.01, "offset": 0.0}, "samples": {"quantity": 4, "resolution": 2e-8, "offset": -4e-8},
+      "label": "Links° G0 ", "id_label": "C 1 G0 ", "class": 1, "master": false, "channel": 0,
+      "sub_channel": 0, "gate": 0, "patch": 0, "bookmark": 2, "type": "i16", "rectified": true,
+      "columns": {"quantity": 3, "resolution": 0.001, "offset": 0.0},
+      "rows": {"quantity": 2, "resolution": 0.01, "offset": 0.0},
+      "samples": {"quantity": 4, "resolution": 2e-8, "offset": -4e-8},
       "minimum": -32768, "maximum": 32767, "sample_bytes": 2, "table_bytes": 48,
       "table_sha256": "23b3634e2751a892cddd80e42c0027949226cffdb231c42cba9361fce2a3021e"})");
   for (const auto& [field, value] : expected.items())

@@ -170,8 +170,7 @@ TEST(LookUpTable, TheLastSampleBelowItsRangeIsNoPeak) {
 
 // Samples of 8 bits have three types in a program, of which two may be negative.
 TEST(LookUpTable, SignedCharactersAreSamplesLikeAnyOther) {
-  const CRDataTypeDD d =
-      Descriptor({.bits = 8, .isSigned = true, .minimum = -128, .maximum = 127});
+  const CRDataTypeDD d = Descriptor({.bits = 8, .isSigned = true, .minimum = -128, .maximum = 127});
   const CLookUpTable table(&d, nullptr);
   for (const int sample : {-128, -1, 0, 1, 127}) {
     const auto raw = static_cast<signed char>(sample);
