@@ -141,8 +141,9 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// Appends an element, whose master this item becomes, under the lock. An element that a master
   /// lists already, this one or another, leaves that list. The master takes the element's data
   /// type, and its sub-channel id when that is larger. An element that differs in layout is
-  /// reported and added all the same. Null, a bare item, the item itself, one that lists
-  /// this item directly or through others, and a call on an item that gathers none are reported and change nothing.
+  /// reported and added all the same. Null, a bare item, the item itself, one that lists this item
+  /// directly or through others, and a call on an item that gathers none are reported and change
+  /// nothing.
   /// Always true.
   bool idata1_SubChannelAdd(CIData* element);
   /// Takes an element out of this master's list, under the lock; the element goes on naming its
