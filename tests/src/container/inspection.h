@@ -145,7 +145,7 @@ inline int WriteWholeFile(CFContTypeFileDescr& descriptor, int newFile = 1) {
   return status;
 }
 
-inline std::string BytesOf(const std::wstring& path) {
+inline std::string FileBytes(const std::wstring& path) {
   std::ifstream file(std::filesystem::path(path), std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }

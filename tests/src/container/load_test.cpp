@@ -160,7 +160,7 @@ TEST(Load, WhatCannotBeReadIsNull) {
   const Inspection written = MakeInspection(scratch.File(L"whole.fpd"));
   Fill(*written);
   ASSERT_EQ(WriteWholeFile(*written), 0);
-  const std::string bytes = BytesOf(scratch.File(L"whole.fpd"));
+  const std::string bytes = FileBytes(scratch.File(L"whole.fpd"));
   std::ofstream(scratch.Path() / "cut", std::ios::binary) << bytes.substr(0, bytes.size() - 100);
   std::string flipped = bytes;
   flipped[bytes.size() - 100] = static_cast<char>(flipped[bytes.size() - 100] ^ 4);

@@ -122,13 +122,13 @@ TEST(Write, ChangesOfEveryTypeInACompanion) {
   const ScratchDirectory scratch;
   const std::wstring path = scratch.File(L"weld.fpd");
   const Inspection base = WriteAndLoad(path);
-  const std::string before = BytesOf(path);
+  const std::string before = FileBytes(path);
   const Inspection changed = CopyOf(*base);
   const Inspection original = CopyOf(*base);
   ChangeAll(*changed);
   ASSERT_EQ(WriteCompanion(*base, *changed), 0) << SCFile::file_LastError();
   EXPECT_EQ(base->files.GetCount(), 2);
-  EXPECT_TRUE(BytesOf(path) == before);
+  EXPECT_TRUE(FileBytes(path) == before);
 
   CDataNewGroup newGroups;
   const Inspection again = LoadWithCompanions(path, readAll, &newGroups);
@@ -147,12 +147,12 @@ TEST(Write, ChangesOfEveryTypeAppended) {
   const ScratchDirectory scratch;
   const std::wstring path = scratch.File(L"weld.fpd");
   const Inspection base = WriteAndLoad(path);
-  const std::string before = BytesOf(path);
+  const std::string before = FileBytes(path);
   const Inspection changed = CopyOf(*base);
   const Inspection original = CopyOf(*base);
   ChangeAll(*changed);
   ASSERT_EQ(Append(*base, *changed), 0) << SCFile::file_LastError();
-  ExpectOnlyCommitRecordChanged(before, BytesOf(path));
+  ExpectOnlyCommitRecordChanged(before, FileBytes(path));
   const Inspection again = Load(path);
   ASSERT_TRUE(again);
   ExpectChanged(*again, *original, *changed);
@@ -389,7 +389,7 @@ TEST(FailedWrite, LeavesNoFileAndNoCopy) {
   const std::wstring path = scratch.File(L"weld.fpd");
   const Inspection base = WriteAndLoad(path);
   const Inspection before = CopyOf(*base);
-  const std::string bytes = BytesOf(path);
+  const std::string bytes = FileBytes(path);
   const Inspection changed = MakeInspection(path);
   Add(changed->channels, *base->channels.GetHead())->gain += 1;
   CGDataTypeFDD* const added = Add(changed->data, MakeRecord<CGDataTypeFDD>(5));
@@ -400,14 +400,14 @@ TEST(FailedWrite, LeavesNoFileAndNoCopy) {
   ExpectUntouched(*base, *before, scratch, 1);
   EXPECT_NE(Append(*base, *changed), 0);
   ExpectUntouched(*base, *before, scratch, 1);
-  EXPECT_TRUE(BytesOf(path) == bytes);
+  EXPECT_TRUE(FileBytes(path) == bytes);
   EXPECT_NE(WriteWholeFile(*changed, 0), 0);
   ASSERT_TRUE(changed->SetPath(scratch.File(L"new.fpd")));
   EXPECT_NE(WriteWholeFile(*changed), 0);
   ASSERT_TRUE(changed->SetPath(scratch.File(L"no such folder/new.fpd")));
   EXPECT_EQ(WriteWholeFile(*changed), SCFile::status_NotFound);
   ExpectUntouched(*base, *before, scratch, 1);
-  EXPECT_TRUE(BytesOf(path) == bytes);
+  EXPECT_TRUE(FileBytes(path) == bytes);
 
   // The next write is a fresh one.
   added->dataSize = 16;
@@ -445,7 +445,7 @@ TEST(FailedWrite, ACompanionThatAppearsMeanwhileStays) {
   EXPECT_EQ(WriteCompanion(*base, *changed), SCFile::status_Exists);
   os::SetFileSystem(nullptr);
   ExpectUntouched(*base, *before, scratch, 2);
-  EXPECT_EQ(BytesOf(scratch.File(L"weld.A01")), "theirs");
+  EXPECT_EQ(FileBytes(scratch.File(L"weld.A01")), "theirs");
 }
 
 class NoDirectorySync : public utdata::test::PassingFileSystem {
