@@ -131,11 +131,12 @@ struct Access {
     if (values.size() < shape.minCount || values.size() > shape.maxCount ||
         values.size() % shape.multipleOf != 0)
       return false;
+    using Element = typename NumberOf<Member>::Type;
+    if (!std::ranges::all_of(values, Holds<Element>)) return false;
     Member& list = Of(record);
     if constexpr (requires { list.resize(0); }) list.resize(values.size() / shape.multipleOf);
     auto next = values.begin();
-    VisitNumbers(list,
-                 [&]<class Number>(Number& number) { number = static_cast<Number>(*next++); });
+    VisitNumbers(list, [&](Element& element) { element = static_cast<Element>(*next++); });
     return true;
   }
 
