@@ -185,7 +185,7 @@ void WriteIndexedFile(const std::filesystem::path& path, bool bigEndian) {
 TEST_F(ArraysTest, ExportsCellsInTheirOrderHoweverTheyAreStored) {
   for (const bool bigEndian : {false, true}) {
     WriteIndexedFile(At("indexed.fpd"), bigEndian);
-    const std::string noAmplitude = "\xFF\x7F\xFF\x7F\xFF\x7F";  // the middle of 0 to 65535
+    const std::string noAmplitude("\0\x80\0\x80\0\x80", 6);  // 32768 stands for 0
     const auto cell = [](char first) {
       return std::string{first, 0, char(first + 1), 0, char(first + 2), 0};
     };

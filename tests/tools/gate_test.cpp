@@ -125,7 +125,7 @@ void WriteInspection(const std::filesystem::path& path,
 }
 
 /// Amplitude of the raw sample at a place, by the meaning of its bytes.
-using Meaning = std::function<int(const std::string& bytes, std::size_t sample)>;
+using Meaning = std::function<double(const std::string& bytes, std::size_t sample)>;
 
 int Word(const std::string& bytes, std::size_t sample) {
   return static_cast<unsigned char>(bytes[2 * sample]) +
@@ -135,6 +135,8 @@ int ByteAt(const std::string& bytes, std::size_t sample) {
   return static_cast<unsigned char>(bytes[sample]);
 }
 int Signed(int value, int half) { return value < half ? value : value - 2 * half; }
+/// An amplitude on the positive scale, which ends at half - 1: each half wave by its own slope.
+double Positive(int value, int half) { return value < 0 ? -value * (half - 1.0) / half : value; }
 
 /// What a gate over `count` samples from `first` has to see.
 void Expect(const LoadedFile& file,
@@ -145,13 +147,15 @@ void Expect(const LoadedFile& file,
             double least) {
   WordValues amplitudes, positions;
   for (std::size_t cell = 0; cell < rows * columns; ++cell) {
-    int largest = -1, position = 0;
+    double largest = -1;
+    int position = 0;
     for (int sample = first; sample < first + count; ++sample) {
-      const int value = amplitude(ascans.bytes, cell * quantity + static_cast<std::size_t>(sample));
+      const double value =
+          amplitude(ascans.bytes, cell * quantity + static_cast<std::size_t>(sample));
       if (value > largest) position = sample;
       largest = std::max(largest, value);
     }
-    amplitudes.push_back(static_cast<std::uint16_t>(largest));
+    amplitudes.push_back(static_cast<std::uint16_t>(std::round(largest)));
     positions.push_back(static_cast<std::uint16_t>(largest < least ? 0 : position));
   }
   EXPECT_EQ(file.Samples(gdata_CScanAmplitude, ascans.record.subChannelId), amplitudes);
@@ -185,30 +189,30 @@ TEST_F(GateTest, SeesTheLargestAmplitudeOfEachCellInEverySampleType) {
       {"u8",
        kvt_UInt8,
        gdata_RectifNone,
-       128,
-       [](auto& b, auto s) { return std::abs(ByteAt(b, s) - 128); }},
+       127,
+       [](auto& b, auto s) { return Positive(ByteAt(b, s) - 128, 128); }},
       {"i8",
        kvt_Int8,
        gdata_RectifNone,
-       128,
-       [](auto& b, auto s) { return std::abs(Signed(ByteAt(b, s), 128)); }},
+       127,
+       [](auto& b, auto s) { return Positive(Signed(ByteAt(b, s), 128), 128); }},
       {"u16 rectified", kvt_UInt16, gdata_RectifFull, 65535, Word},
       {"u16",
        kvt_UInt16,
        gdata_RectifNone,
-       32768,
-       [](auto& b, auto s) { return std::abs(Word(b, s) - 32768); }},
+       32767,
+       [](auto& b, auto s) { return Positive(Word(b, s) - 32768, 32768); }},
       {"i16",
        kvt_Int16,
        gdata_RectifNone,
-       32768,
-       [](auto& b, auto s) { return std::abs(Signed(Word(b, s), 32768)); }},
+       32767,
+       [](auto& b, auto s) { return Positive(Signed(Word(b, s), 32768), 32768); }},
       {"i16 with its bytes swapped",
        kvt_Int16,
        gdata_RectifNone,
-       32768,
+       32767,
        [](auto& b, auto s) {
-         return std::abs(Signed(Word(b, s) % 256 * 256 + Word(b, s) / 256, 32768));
+         return Positive(Signed(Word(b, s) % 256 * 256 + Word(b, s) / 256, 32768), 32768);
        },
        1},
   };

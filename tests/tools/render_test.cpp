@@ -56,7 +56,7 @@ struct RenderCase {
 TEST_F(RenderTest, FindsTheStrongestCellInEverySampleType) {
   const std::vector<RenderCase> cases = {
       {"u8", "--rectified", {'\0'}, {'\xF0'}, {'\x78'}, 100 * 240 / 255.0},
-      {"u8", "", {'\x80'}, {'\x08'}, {'\xC0'}, 100 * (8 - 127.5) / 127.5},
+      {"u8", "", {'\x80'}, {'\x08'}, {'\xC0'}, 100 * (8 - 128) / 128.0},
       {"i8", "", {'\0'}, {'\x90'}, {'\x38'}, 100 * -112 / 128.0},
       {"u16", "--rectified", {'\0', '\0'}, {'\0', '\xF0'}, {'\0', '\x78'}, 100 * 0xF000 / 65535.0},
       {"u16",
@@ -70,7 +70,7 @@ TEST_F(RenderTest, FindsTheStrongestCellInEverySampleType) {
        {'\0', '\x80'},
        {'\0', '\x08'},
        {'\0', '\xC0'},
-       100 * (0x0800 - 32767.5) / 32767.5},
+       100 * (0x0800 - 0x8000) / 32768.0},
       {"i16", "", {'\0', '\0'}, {'\0', '\x90'}, {'\0', '\x38'}, 100 * -28672 / 32768.0},
   };
   for (const RenderCase& type : cases) {
