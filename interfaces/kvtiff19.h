@@ -48,6 +48,10 @@ enum Status : int {
 /// one line of UTF-8.
 [[nodiscard]] UTDATA_API std::string file_LastError();
 
+/// Makes `what`, a line of UTF-8, the last failure of this thread: for a layer above that fails on
+/// its own account. Returns `status`.
+UTDATA_API int file_Fail(int status, const char* what) noexcept;
+
 /// Value types of items.
 enum ValueType : std::uint8_t {
   value_Int8 = 2,

@@ -101,4 +101,8 @@ const char* file_StatusText(int status) noexcept {
 
 std::string file_LastError() { return utdata::kvtiff19::lastError; }
 
+int file_Fail(int status, const char* what) noexcept {
+  return utdata::kvtiff19::Fail(status, what ? what : "");
+}
+
 }  // namespace SCFile

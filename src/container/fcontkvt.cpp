@@ -4,7 +4,7 @@
 #include <new>
 
 #include "src/container/defects.h"
-#include "src/container/grouptypes.h"
+#include "src/container/subchannels.h"
 
 IMPLEMENT_DYNAMIC(CFContKVTiff, CObject)
 
@@ -26,15 +26,18 @@ bool ForEachItem(SCFile::Node* parent, Visit visit) {
   return true;
 }
 
+/// False when the group cannot be read.
 template <class Descriptor>
-void ReadInto(const GroupType<Descriptor>& type,
+bool ReadInto(const GroupType<Descriptor>& type,
               SCFile::GroupHandle group,
               CList<Descriptor*>& list) {
   auto descriptor = Hold(type, type.allocate(1, L"no name"));
   if (!descriptor) throw std::bad_alloc();
-  type.read(group, descriptor.get(), false);
+  if (type.read(group, descriptor.get(), false) != SCFile::status_Ok) return false;
+  if constexpr (hasNumber<Descriptor>) NoteStored(group, *descriptor);
   list.AddTail(descriptor.get());
   descriptor.release();
+  return true;
 }
 
 bool ReadDefectTable(SCFile::GroupHandle table, CList<stDefectExtern*>& defects) {
@@ -54,13 +57,14 @@ bool ReadDefectTable(SCFile::GroupHandle table, CList<stDefectExtern*>& defects)
 /// Reads one typed group; a code that no type has is skipped.
 bool ReadGroup(std::uint32_t code, SCFile::GroupHandle group, fcontsec_typeFileDescriptor& work) {
   if (code == codeDefectTable) return ReadDefectTable(group, work.defects);
+  bool isRead = true;
   ForEach(allTypes, [&](const auto& type) {
     if (code == type.primaryCode)
-      ReadInto(type, group, work.*type.primaries);
+      isRead = ReadInto(type, group, work.*type.primaries);
     else if (type.HasModifierCode() && code == type.modifierCode)
-      ReadInto(type, group, work.*type.modifiers);
+      isRead = ReadInto(type, group, work.*type.modifiers);
   });
-  return true;
+  return isRead;
 }
 
 bool ReadTopGroup(SCFile::GroupHandle top, fcontsec_typeFileDescriptor& work) {

@@ -1,11 +1,13 @@
 // Which descriptor of a list a modification belongs to.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <set>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 #include "src/container/grouptypes.h"
 
@@ -37,6 +39,20 @@ class Matching {
   [[nodiscard]] Descriptor* Find(const Descriptor& modification) const {
     const auto found = FindEntry(modification);
     return found == m_entries.end() ? nullptr : found->descriptor;
+  }
+
+  /// The descriptors that have the modification's key, whatever their bookmarks, in list order.
+  [[nodiscard]] std::vector<Descriptor*> FindAll(const Descriptor& modification) const {
+    const Key key = m_type.key(modification);
+    std::vector<Entry> entries;
+    for (auto entry = m_entries.lower_bound({key, 0, 0, nullptr});
+         entry != m_entries.end() && entry->key == key;
+         ++entry)
+      entries.push_back(*entry);
+    std::ranges::sort(entries, {}, &Entry::place);
+    std::vector<Descriptor*> descriptors;
+    for (const Entry& entry : entries) descriptors.push_back(entry.descriptor);
+    return descriptors;
   }
 
   /// Calls `change(descriptor)` on what Find gives; the bookmark may change by it. Returns what
@@ -91,14 +107,15 @@ class Matching {
 };
 
 /// Reads a modification's group into the descriptor that it belongs to, which goes on referring to
-/// its own group. A group that cannot be read leaves the descriptor as the file layer left it.
+/// its own group. Returns the file layer's status; after a failure the descriptor is as it was.
 template <class Descriptor>
-void ReadModification(const GroupType<Descriptor>& type,
-                      SCFile::GroupHandle group,
-                      Descriptor* descriptor) {
+[[nodiscard]] int ReadModification(const GroupType<Descriptor>& type,
+                                   SCFile::GroupHandle group,
+                                   Descriptor* descriptor) {
   const SCFile::GroupHandle own = GetGroupHandle(*descriptor);
-  type.read(group, descriptor, true);
+  const int status = type.read(group, descriptor, true);
   SetGroupHandle(*descriptor, own);
+  return status;
 }
 
 }  // namespace utdata::container
