@@ -42,6 +42,7 @@
 
 class CDocument;
 class CVolumeSet;
+class IGDataSupplier;
 
 /// Copies of a data group and of the groups that belong to it, independent of the file set; all
 /// owned by the record.
@@ -93,6 +94,8 @@ class UTDATA_API CFSet final : public IFSet {
  public:
   /// Makes an empty set. @param document the host's, not owned; null is reported
   explicit CFSet(CDocument* document);
+  /// The same for a host without a class of that name; fset_GetDocument then answers null.
+  explicit CFSet(IGDataSupplier* supplier);
   CFSet(const CFSet&) = delete;
   CFSet& operator=(const CFSet&) = delete;
   /// Destroys every item and weld descriptor. Takes no lock: no other thread may use the set any

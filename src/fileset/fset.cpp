@@ -64,6 +64,11 @@ CFSet::CFSet(CDocument* document) : m_document(document) {
   FillGateOrdering();
 }
 
+CFSet::CFSet(IGDataSupplier* supplier) : m_document(nullptr) {
+  UTDATA_ASSERT(supplier != nullptr);
+  FillGateOrdering();
+}
+
 // Nobody else uses the set any more, so no lock is needed.
 CFSet::~CFSet() UTDATA_NO_THREAD_SAFETY_ANALYSIS {
   RemoveFrom(m_probes, fset_All, std::array{fset_AnyId});

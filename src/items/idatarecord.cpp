@@ -159,20 +159,6 @@ std::uint32_t SampleSizeOf(kvt_enumDataType type) {
   return type == kvt_Int16 || type == kvt_UInt16 ? 2 : 0;
 }
 
-bool IsGathered(gdata_enumDataClass dataClass) {
-  constexpr gdata_enumDataClass gathered[] = {gdata_AScan,
-                                              gdata_CScanAmplitude,
-                                              gdata_CScanPosition,
-                                              gdata_AScanMerged,
-                                              gdata_AScanProcessed};
-  return std::find(std::begin(gathered), std::end(gathered), dataClass) != std::end(gathered);
-}
-
-bool HoldsPositions(gdata_enumDataClass dataClass) {
-  const std::uint32_t c = ClassOfElements(dataClass);
-  return c == gdata_CScanPosition || c == gdata_CScanPositionFirst || c == gdata_CScanPositionLast;
-}
-
 void NormaliseDataRecord(CGDataTypeFDD& record) {
   MakeLayoutUsable(record);
   MakeScalesUsable(record);

@@ -238,7 +238,7 @@ TEST_F(FileSet, TellsWhetherAnythingIsModified) {
 
 TEST(FileSetLife, AMissingDocumentIsReported) {
   const ReportCapture reports;
-  CFSet set(nullptr);
+  CFSet set(static_cast<IGDataSupplier*>(nullptr));
   EXPECT_EQ(1U, reports.Assertions());
   CIDataLst out;
   EXPECT_EQ(
