@@ -102,10 +102,14 @@ void Drop(OpenFile& file) noexcept {
 }
 
 void Abandon(OpenFile& file) noexcept {
-  const bool leavesNothing = file.isNew && file.handle;
-  // Removed while the lock is held, so that it cannot be another writer's.
-  if (leavesNothing && file.handle->IsAt(file.PartPath()))
-    static_cast<void>(file.fileSystem->Remove(file.PartPath()));
+  try {
+    const bool leavesNothing = file.isNew && file.handle;
+    // Removed while the lock is held, so that it cannot be another writer's.
+    if (leavesNothing && file.handle->IsAt(file.PartPath()))
+      static_cast<void>(file.fileSystem->Remove(file.PartPath()));
+  } catch (const std::bad_alloc&) {
+    // No memory for its name: it stays behind, empty, for the next writer to take over.
+  }
   Drop(file);
 }
 
