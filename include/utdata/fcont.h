@@ -39,7 +39,7 @@ struct stDefectExtern {
   std::uint32_t numbers[3] = {};
   std::vector<stDefectSubEntry> subEntries;  ///< in order
   /// Why reading the record ended before its last item, a line of UTF-8; empty for a whole one.
-  /// What follows that item is lost in memory, not in the file: CFCont::FileWrite refuses the record.
+  /// What follows that item is lost in memory, not in the file: CFCont::FileWrite refuses it.
   std::string loss;
 };
 
@@ -107,8 +107,9 @@ class UTDATA_API CFCont {
   /// @param newGroups receives the data groups that arrived through modifiers, with the file's
   ///   path; may be null
   /// @return a descriptor owned by the caller, or null when the file or one of its groups cannot be
-  ///   read: nothing is left open, what newGroups recorded of it is dead, and SCFile::file_LastError
-  ///   says why. A defect record alone may come back shortened, see utdata::ShortenedDefects
+  ///   read: nothing is left open, what newGroups recorded of it is dead, and
+  ///   SCFile::file_LastError says why. A defect record alone may come back shortened, see
+  ///   utdata::ShortenedDefects
   [[nodiscard]] CFContTypeFileDescr* FileLoad(const wchar_t* path,
                                               IGDataSupplier* supplier,
                                               CDataNewGroup* newGroups);
@@ -127,8 +128,8 @@ class UTDATA_API CFCont {
   /// @return 0, or 1 when a companion cannot be read: the descriptor is then closed and deleted
   ///         with everything in it, and what newGroups recorded of it is dead
   ///
-  /// A descriptor whose sub-channels are numbered stays so: the companions' groups are numbered with
-  /// those that are there.
+  /// A descriptor whose sub-channels are numbered stays so: the companions' groups are numbered
+  /// with those that are there.
   [[nodiscard]] int FileUpdate(const wchar_t* path,
                                CFContTypeFileDescr* descriptor,
                                const int options[8],
@@ -183,14 +184,14 @@ class UTDATA_API CFCont {
                               int writeFlag);
 
   /// Normalises sub-channel numbering after loading: either no group has sub-channels and every id
-  /// becomes 0, or ids count from 1. When a sub-channel descriptor has id 0, all of them are shifted
-  /// by 1. The data groups of a channel are shifted with them where more of their ids so name a
-  /// descriptor; else they count from 1 already. One with id 0 in a channel without sub-channel 0 is
-  /// the channel's own and stays 0, and so does one without a name where data groups carry
-  /// sub-channel names.
+  /// becomes 0, or ids count from 1. When a sub-channel descriptor has id 0, all of them are
+  /// shifted by 1. The data groups of a channel are shifted with them where more of their ids so
+  /// name a descriptor; else they count from 1 already. One with id 0 in a channel without
+  /// sub-channel 0 is the channel's own and stays 0, and so does one without a name where data
+  /// groups carry sub-channel names.
   ///
-  /// Only memory is changed: the files keep their ids, and the number of a loaded group follows from
-  /// them. Numbering again, or before and after FileUpdate, gives the same numbers.
+  /// Only memory is changed: the files keep their ids, and the number of a loaded group follows
+  /// from them. Numbering again, or before and after FileUpdate, gives the same numbers.
   void UpdateSubChannelList(CFContTypeFileDescr* descriptor);
 
  private:

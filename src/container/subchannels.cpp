@@ -97,8 +97,8 @@ bool IsBeam(const Beam& data, const Ids& ids, bool namesSeen) {
   return data.id != 0 || (channel->second.contains(0) && (!namesSeen || data.isNamed));
 }
 
-/// The channels whose data groups are counted as their descriptors are: more ids of such groups name
-/// a descriptor before the descriptors are shifted than after.
+/// The channels whose data groups are counted as their descriptors are: more ids of such groups
+/// name a descriptor before the descriptors are shifted than after.
 std::set<std::uint32_t> ChannelsCountedAlike(const std::vector<Beam>& data,
                                              const Ids& ids,
                                              bool namesSeen) {

@@ -126,8 +126,8 @@ class IdFinder {
   IdFinder(const CFContTypeFileDescr& descriptor, GivenIds& givenIds);
 
   /// The id for a new beam, the same at each call: that of a listed beam of the same number where
-  /// there is one; else the number as the other beams of the channel are counted; where another beam
-  /// is meant by that, an id that none has.
+  /// there is one; else the number as the other beams of the channel are counted; where another
+  /// beam is meant by that, an id that none has.
   std::uint32_t Find(const CGSubchanTypeDescr& subChannel);
   std::uint32_t Find(const CGDataTypeFDD& data);
 

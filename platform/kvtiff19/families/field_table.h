@@ -98,8 +98,8 @@ inline constexpr bool hasMembers = TakesMembers<Record>(std::make_index_sequence
                                    !TakesMembers<Record>(std::make_index_sequence<quantity + 1>{});
 
 /// A record with a member that its table misses would lose it on writing. Of the members, only
-/// `group` and `stored` are not stored. The data group's record is a class with private members and is checked
-/// member by member in its test.
+/// `group` and `stored` are not stored. The data group's record is a class with private members and
+/// is checked member by member in its test.
 template <class Record>
 constexpr bool CoversRecord() {
   if constexpr (std::is_aggregate_v<Record>)

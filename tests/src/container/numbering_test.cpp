@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 #include <optional>
 #include <random>
@@ -159,7 +160,6 @@ class Course {
   }
 
   void Open() {
-    m_added.clear();
     const auto opening = static_cast<Opening>(Draw(4));
     m_log += "open " + std::to_string(static_cast<int>(opening)) + "\n";
     m_loaded = Load(m_path);
@@ -311,13 +311,13 @@ class Course {
   std::uint32_t m_channels = 0;
   std::uint32_t m_nextMark = 1;
   int m_saves = 0;
-  std::map<std::uint32_t, Beam> m_beams;  ///< as the host sees them
-  std::map<std::uint32_t, Beam> m_added;
+  std::map<std::uint32_t, Beam> m_beams;             ///< as the host sees them
   std::map<std::uint32_t, std::uint32_t> m_rawIds;   ///< of hosts that do not number, by mark
   std::map<std::uint32_t, std::uint32_t> m_numbers;  ///< of hosts that do, by mark
   std::string m_log;
 };
 
+/// UTDATA_COURSES in the environment says how many courses are run.
 TEST(Numbering, ComesBackThroughAnyCourse) {
   const char* const wanted = std::getenv("UTDATA_COURSES");
   const unsigned courses = wanted ? static_cast<unsigned>(std::stoul(wanted)) : 300;
