@@ -55,6 +55,10 @@ enum Status : int {
 /// the status.
 UTDATA_API int file_Fail(int status, const std::wstring& path, std::string_view why) noexcept;
 
+/// Makes `what`, a line of UTF-8, the last failure of this thread: for a layer above that fails on
+/// its own account. Returns `status`.
+UTDATA_API int file_Fail(int status, const char* what) noexcept;
+
 /// Value types of items.
 enum ValueType : std::uint8_t {
   value_Int8 = 2,

@@ -90,6 +90,7 @@ class UTDATA_API CGDataTypeFDD {
   std::int32_t byteSwap = 0;  ///< non-zero: samples are stored most significant byte first
   kvt_enumUnitSystems unitSystem = kvt_SystemMetric;
   gdata_typeSampleRef samples;  ///< set by reading the record
+  utdata::StoredIds stored;
 
   [[nodiscard]] kvt_enumDataType GetDataType() const { return m_dataType; }
   void SetDataType(kvt_enumDataType type) { m_dataType = type; }

@@ -79,6 +79,7 @@ struct CGChanTypeDescr {
   std::wstring comment;
   float transferCorrection = 0;     ///< for the part's surface against the calibration block's, dB
   float attenuationCorrection = 0;  ///< for the part's material, dB/m of sound path
+  utdata::StoredIds stored;
 };
 
 /// Sub-channel: one beam of a channel with several (a sector or an electronic scan).
@@ -99,6 +100,7 @@ struct CGSubchanTypeDescr {
   float indexOffset = 0;  ///< exit point along the column axis, m
   float scanOffset = 0;   ///< exit point along the row axis, m
   std::int32_t enabled = 1;
+  utdata::StoredIds stored;
 };
 
 /// Gate: the stretch of an A-scan that is watched, and what counts in it.

@@ -31,6 +31,23 @@ struct GroupIdentity {
 
 }  // namespace SCFile
 
+namespace utdata {
+
+/// What the file of a loaded channel, sub-channel or data group says of it, where memory may say
+/// something else since. CFCont fills it on loading and keeps it true; copies of a record keep it;
+/// no file holds it.
+struct StoredIds {
+  static constexpr std::uint32_t none = 0xFFFFFFFF;
+
+  std::uint32_t subChannelId = none;  ///< in the file; none: not read from one
+  std::uint32_t number = none;        ///< the id that numbering gave instead; none: not numbered
+  std::uint32_t fixedNumber = none;   ///< the number that the file itself tells; of a channel 0
+  std::uint32_t bookmark = 0;         ///< of a data group, in the file
+  bool isNamed = false;               ///< of a data group: for numbering it has a sub-channel name
+};
+
+}  // namespace utdata
+
 /// Class of a data group. Bit 15 marks a multi-channel master, which gathers the per-sub-channel
 /// groups of one channel.
 enum gdata_enumDataClass : std::uint32_t {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,7 +20,8 @@ class IGDataSupplier;
 struct fcontsec_typeFileDescriptor;
 namespace utdata::container {
 class Changes;
-}
+struct Numbering;
+}  // namespace utdata::container
 
 /// One part of a defect record.
 struct stDefectSubEntry {
@@ -36,6 +38,9 @@ struct stDefectExtern {
   std::wstring secondText;
   std::uint32_t numbers[3] = {};
   std::vector<stDefectSubEntry> subEntries;  ///< in order
+  /// Why reading the record ended before its last item, a line of UTF-8; empty for a whole one.
+  /// What follows that item is lost in memory, not in the file: CFCont::FileWrite refuses it.
+  std::string loss;
 };
 
 /// One opened inspection: its path, its open files and one list of group descriptors per group
@@ -82,6 +87,12 @@ class UTDATA_API CFContTypeFileDescr {
   CList<CGWeldFillDescr*> weldFills;
   std::int32_t defectTableFlag =
       0;  ///< non-zero: writing emits the defect table. Set by the host; loading leaves it 0
+
+ private:
+  friend class CFCont;
+  friend class utdata::container::Changes;
+
+  std::unique_ptr<utdata::container::Numbering> m_numbering;  ///< null: not numbered
 };
 
 /// Loads, updates, writes and closes file descriptors.
@@ -95,8 +106,10 @@ class UTDATA_API CFCont {
   /// @param supplier  not used
   /// @param newGroups receives the data groups that arrived through modifiers, with the file's
   ///   path; may be null
-  /// @return a descriptor owned by the caller, or null: nothing is left open, and
-  ///   SCFile::file_LastError says why
+  /// @return a descriptor owned by the caller, or null when the file or one of its groups cannot be
+  ///   read: nothing is left open, what newGroups recorded of it is dead, and
+  ///   SCFile::file_LastError says why. A defect record alone may come back shortened, see
+  ///   utdata::ShortenedDefects
   [[nodiscard]] CFContTypeFileDescr* FileLoad(const wchar_t* path,
                                               IGDataSupplier* supplier,
                                               CDataNewGroup* newGroups);
@@ -114,6 +127,9 @@ class UTDATA_API CFCont {
   /// @param newGroups as for FileLoad, with each companion's own path
   /// @return 0, or 1 when a companion cannot be read: the descriptor is then closed and deleted
   ///         with everything in it, and what newGroups recorded of it is dead
+  ///
+  /// A descriptor whose sub-channels are numbered stays so: the companions' groups are numbered
+  /// with those that are there.
   [[nodiscard]] int FileUpdate(const wchar_t* path,
                                CFContTypeFileDescr* descriptor,
                                const int options[8],
@@ -126,17 +142,34 @@ class UTDATA_API CFCont {
   ///   to the caller, who closes it.
   /// - `loaded` given, `newFile` non-zero: the changes against `loaded`, into the next numbered
   ///   companion of its path, which joins the files of `loaded`. A gap in the numbering writes
-  ///   nothing and returns 0; the files of `loaded` are then no more than before. A path whose
-  ///   companion's name does not fit 260 wide characters answers status_TooLarge.
+  ///   nothing and returns 0; the files of `loaded` are then no more than before. Number 99 is
+  ///   written after 98 listed ones, but FileUpdate lists no more than 98: what it holds does not
+  ///   come back. A host stops at 98 and saves the whole under a new name. A path whose companion's
+  ///   name does not fit 260 wide characters answers status_TooLarge.
   /// - `loaded` given, `newFile` zero: the changes against `loaded`, appended to the last file of
-  ///   `loaded`, which is returned through `file` and stays that descriptor's. Changed weld scan
-  ///   plans and fills have no modifier code: they are written whole, and loading lists them after
-  ///   what they change, so that of several with the same ids the last one counts.
+  ///   `loaded`, which is returned through `file` and stays that descriptor's.
+  ///
+  /// On success the descriptors of `loaded` that changes were written against take over their new
+  /// values, so that the next changes are told against what the files now say. A data group of
+  /// `descriptor` that is written against another gets its cell size.
+  ///
+  /// Changed weld scan plans and fills have no modifier code: they are written whole and never
+  /// applied. Loading lists the old one, then the new one, and CFSet::fset_AddGWeldScanPlan and
+  /// fset_AddGWeldFill keep the first that they are given: a host takes the last of those with the
+  /// same ids.
+  ///
+  /// The defect table of `descriptor` is written when its defect-table flag is set. Within one file
+  /// the last table counts, so that an append must hold every record of that file; tables of
+  /// several files add up, so that a companion must hold new records only. A shortened record
+  /// (stDefectExtern::loss) is not written, nor is a table appended to a file whose own has one:
+  /// status_Damaged.
+  ///
+  /// Sub-channels and data groups of a numbered descriptor are written under the ids that the files
+  /// know them by, new ones so that loading and numbering gives them the numbers that they have now
+  /// (see UpdateSubChannelList). A whole write goes by the records: those of a numbered descriptor,
+  /// and copies of them, say what they were read as.
   /// @param topGroup receives the top group of a whole new file; may be null
-  /// @param file     see above; may be null where the caller does not become its owner On success
-  /// the descriptors of `loaded` that changes were written against take over their new values, so
-  /// that the next changes are told against what the files now say. A data group of `descriptor`
-  /// that is written against another gets its cell size.
+  /// @param file     see above; may be null where the caller does not become its owner
   /// @param writeFlag 0: a data group that `loaded` lacks leaves a copy in its data list, the base
   ///                  of later writes. The copy belongs to `loaded` like every other; its samples
   ///                  are those in the file, its data pointer is null
@@ -151,11 +184,14 @@ class UTDATA_API CFCont {
                               int writeFlag);
 
   /// Normalises sub-channel numbering after loading: either no group has sub-channels and every id
-  /// becomes 0, or ids count from 1. When sub-channel descriptors count from 0, all of them are
-  /// shifted by 1. The data groups of their channels are shifted with them only when they count
-  /// from 0 too: one of them has id 0, and each names a sub-channel descriptor as numbered before.
-  /// One that names none shows that the data groups count from 1 already. Where data groups carry
-  /// sub-channel names, one with neither name nor id is the channel's own and stays 0.
+  /// becomes 0, or ids count from 1. When a sub-channel descriptor has id 0, all of them are
+  /// shifted by 1. The data groups of a channel are shifted with them where more of their ids so
+  /// name a descriptor; else they count from 1 already. One with id 0 in a channel without
+  /// sub-channel 0 is the channel's own and stays 0, and so does one without a name where data
+  /// groups carry sub-channel names.
+  ///
+  /// Only memory is changed: the files keep their ids, and the number of a loaded group follows
+  /// from them. Numbering again, or before and after FileUpdate, gives the same numbers.
   void UpdateSubChannelList(CFContTypeFileDescr* descriptor);
 
  private:
@@ -171,7 +207,7 @@ class UTDATA_API CFCont {
                       CDataNewGroup* newGroups);
   void UpdateFileDescriptor(CFContTypeFileDescr* descriptor, fcontsec_typeFileDescriptor* work);
   void ListRemoveAll(fcontsec_typeFileDescriptor* work);
-  void UpdateModifierGroup(CFContTypeFileDescr* descriptor,
+  bool UpdateModifierGroup(CFContTypeFileDescr* descriptor,
                            fcontsec_typeFileDescriptor* work,
                            const wchar_t* path,
                            CDataNewGroup* newGroups);
@@ -197,6 +233,17 @@ class UTDATA_API CFCont {
 };
 
 namespace utdata {
+
+/// A defect record that loading could not read whole.
+struct ShortenedDefect {
+  std::size_t place;   ///< in the descriptor's list of defect records, from 0
+  std::string reason;  ///< a line of UTF-8
+};
+
+/// The defect records of a loaded descriptor that end where an item could not be read, in list
+/// order; what follows in the file is not in memory.
+[[nodiscard]] UTDATA_API std::vector<ShortenedDefect> ShortenedDefects(
+    const CFContTypeFileDescr& descriptor);
 
 /// Deletes every group descriptor and defect record that the lists hold, and empties the lists. For
 /// a host that keeps the groups in the descriptor: call it before CFCont::FileClose, which forgets

@@ -165,7 +165,8 @@ class UTDATA_API CFSet final : public IFSet {
   /// 2 and 3 by gate number too; with bookmark type 10 it takes the group's gate name.
   ///
   /// The writer side is held throughout: the host's answers to the item's requests and
-  /// OnDataGroupAdded run inside, and may query the set. An id of the descriptor that is
+  /// OnDataGroupAdded run inside. They may query the set, but must not change it, nor wait for
+  /// another thread that uses it. An id of the descriptor that is
   /// fset_AnyId, and a bookmark type of 0, mean any when the descriptor's ids are looked for.
   /// @param descriptor normalised in place, and given a bookmark type when it has none; only its
   ///   content is taken

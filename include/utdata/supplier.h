@@ -37,8 +37,8 @@ class UTDATA_API IGDataSupplier : public virtual IPellamSupplier {
   virtual CVolumeSet* GetVolumeSet() = 0;
   /// The document's loaded file, or null. The library never calls it.
   virtual CFContTypeFileDescr* GetFileDescriptor() = 0;
-  /// A data item was added to the file set. Called while that file set's writer lock is held, which
-  /// must not be taken again.
+  /// A data item was added to the file set. Called while that file set's writer side is held: the
+  /// call may query the set, but must not change it, nor wait for another thread that uses it.
   /// @param hasPatch 1 when the data group's patch id is not 0, else 0
   virtual void OnDataGroupAdded(std::int32_t hasPatch) = 0;
 };

@@ -107,4 +107,8 @@ int file_Fail(int status, const std::wstring& path, std::string_view why) noexce
   return utdata::kvtiff19::FailAt(path, status, why);
 }
 
+int file_Fail(int status, const char* what) noexcept {
+  return utdata::kvtiff19::Fail(status, what ? what : "");
+}
+
 }  // namespace SCFile

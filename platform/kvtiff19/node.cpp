@@ -48,6 +48,7 @@ std::size_t ItemExtent(const Node& node, const ItemHeader& header) noexcept {
 const std::byte* ItemAt(const Node& node, std::uint32_t index) {
   auto& offsets = node.itemOffsets;
   const std::byte* base = ItemBytes(node).data();
+  if (index == 0) return base;
   if (offsets.empty()) offsets.push_back(0);
   offsets.reserve(node.itemCount);
   while (offsets.size() <= index) {

@@ -4,14 +4,70 @@
 
 namespace utdata::container {
 
-CGDataTypeFDD* Changes::LeaveCopy(SCFile::GroupHandle group, const CGDataTypeFDD& data) {
+Changes::Changes(CFContTypeFileDescr& loadedDescriptor, int flag)
+    : m_loaded(loadedDescriptor), m_writeFlag(flag) {
+  if (m_loaded.m_numbering) m_given = m_loaded.m_numbering->given;
+}
+
+Changes::~Changes() {
+  for (const POSITION copy : m_copies) {
+    if (!copy) continue;
+    gdata_Delete(m_loaded.data.GetAt(copy), 1);
+    m_loaded.data.RemoveAt(copy);
+  }
+}
+
+void Changes::Settle() noexcept {
+  m_copies.clear();
+  for (const auto& settle : m_settling) settle();
+  if (m_loaded.m_numbering) m_loaded.m_numbering->given.swap(m_given);
+}
+
+void Changes::TakeOver(SCFile::GroupHandle group, CGDataTypeFDD& base, bool withName) noexcept {
+  const std::uint32_t number = base.subChannelId;
+  static_cast<void>(ReadModification(group, &base));
+  base.subChannelId = number;
+  base.stored.bookmark = base.GetDataBookmarkType();
+  if (withName) base.stored.isNamed = IsNamed(base);
+}
+
+void Changes::KeepOthersApart(SCFile::GroupHandle top,
+                              const Matching<CGDataTypeFDD>& matching,
+                              const CGDataTypeFDD* base,
+                              const CGDataTypeFDD& descriptor,
+                              std::uint32_t subChannelId) {
+  for (CGDataTypeFDD* other : matching.FindAll(descriptor)) {
+    if (other == base) return;  // those behind it are not reached
+    const bool isUnknown = other->stored.subChannelId != StoredIds::none &&
+                           other->stored.bookmark == bookmark_None &&
+                           other->GetDataBookmarkType() != bookmark_None;
+    const bool isItself =
+        !base && other->GetGroupHandle() && other->GetGroupHandle() == descriptor.GetGroupHandle();
+    if (!isUnknown || isItself || StoredIdOf(*other) != subChannelId ||
+        !m_keptApart.insert(other).second)
+      continue;
+    const SCFile::GroupHandle group =
+        CreateGroup(top, typeOf<CGDataTypeFDD>.modifierCode, typeOf<CGDataTypeFDD>.modifierName);
+    WriteUnder<CGDataTypeFDD>(group, other, *other, {subChannelId, {}}, m_writeFlag);
+    m_settling.emplace_back([other] { other->stored.bookmark = other->GetDataBookmarkType(); });
+  }
+}
+
+CGDataTypeFDD* Changes::LeaveCopy(SCFile::GroupHandle group,
+                                  const CGDataTypeFDD& data,
+                                  const WrittenIds& ids) {
   auto copy = Hold(gdata_Allocate(0, L"Stand-In"));
   if (!copy) throw std::bad_alloc();
   gdata_Duplicate(copy.get(), &data);
   copy->dataPointer = nullptr;
   copy->dataSize = 0;
+  const std::uint32_t number = ids.number.value_or(StoredIds::none);
+  copy->stored = {ids.subChannelId, number, number, data.GetDataBookmarkType(), IsNamed(data)};
   CGDataTypeFDD* const left = copy.get();
-  m_settling.emplace_back([group, left] { gdata_ReadGroupInfo(group, left); });
+  m_settling.emplace_back([group, left, id = data.subChannelId] {
+    gdata_ReadGroupInfo(group, left);
+    left->subChannelId = id;
+  });
   POSITION& place = m_copies.emplace_back(nullptr);
   place = m_loaded.data.AddTail(left);
   copy.release();

@@ -2,11 +2,16 @@
 #pragma once
 
 #include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
 #include <type_traits>
 #include <vector>
 
 #include "src/container/groupwriting.h"
 #include "src/container/matching.h"
+#include "src/container/subchannels.h"
 
 namespace utdata::container {
 
@@ -16,17 +21,10 @@ namespace utdata::container {
 class Changes {
  public:
   /// @param writeFlag handed to the data groups' writer; 0 leaves copies
-  Changes(CFContTypeFileDescr& loadedDescriptor, int flag)
-      : m_loaded(loadedDescriptor), m_writeFlag(flag) {}
+  Changes(CFContTypeFileDescr& loadedDescriptor, int flag);
   Changes(const Changes&) = delete;
   Changes& operator=(const Changes&) = delete;
-  ~Changes() {
-    for (const POSITION copy : m_copies) {
-      if (!copy) continue;
-      gdata_Delete(m_loaded.data.GetAt(copy), 1);
-      m_loaded.data.RemoveAt(copy);
-    }
-  }
+  ~Changes();
 
   /// Writes the descriptors of one type into a top group, in order.
   template <class Descriptor>
@@ -35,37 +33,136 @@ class Changes {
              const CList<Descriptor*>& descriptors) {
     if (descriptors.IsEmpty()) return;
     Matching<Descriptor> matching(m_loaded.*type.list);
+    Bases<Descriptor> bases;
     for (Descriptor* descriptor : descriptors) {
-      Descriptor* const base = matching.Find(*descriptor);
-      const SCFile::GroupHandle group = CreateGroup(top, type.modifierCode, type.modifierName);
-      if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
+      Descriptor* const base = FindBase(matching, *descriptor);
+      const WrittenIds ids = IdsFor(base, *descriptor);
+      if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) {
         if (base) descriptor->cellSize = base->cellSize;
-      Family<Descriptor>::Write(
-          group, type.HasModifierCode() ? base : nullptr, descriptor, m_writeFlag);
-      if (base && type.HasModifierCode()) {
-        m_settling.emplace_back([group, base] { ReadModification(group, base); });
-      } else if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) {
-        if (m_writeFlag == 0) matching.Add(LeaveCopy(group, *descriptor));
+        KeepOthersApart(top, matching, base, *descriptor, ids.subChannelId);
       }
+      const SCFile::GroupHandle group = CreateGroup(top, type.modifierCode, type.modifierName);
+      if (base && type.HasModifierCode())
+        WriteModification(group, bases, base, *descriptor, ids);
+      else
+        WriteUnder<Descriptor>(group, nullptr, *descriptor, ids, m_writeFlag);
+      if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
+        if (!base && m_writeFlag == 0) matching.Add(LeaveCopy(group, *descriptor, ids));
     }
   }
 
   /// Once the changes are on the medium: the loaded descriptors take over what their modifications
   /// say, so that the next changes are told against the file as it now is, and the copies stay.
-  void Settle() {
-    m_copies.clear();
-    for (const auto& settle : m_settling) settle();
-  }
+  /// Everything that needs memory has been done by then.
+  void Settle() noexcept;
 
  private:
+  /// The bases of one type as this write leaves them; a second modification is told against what
+  /// the first has made of its base.
+  template <class Descriptor>
+  using Bases = std::map<const Descriptor*, std::shared_ptr<Descriptor>>;
+
+  /// The first descriptor that has the ids and the bookmark. Where numbering has given several
+  /// beams of a channel one number, that which the changed one was read from, as far as a
+  /// modification can name it.
+  template <class Descriptor>
+  Descriptor* FindBase(const Matching<Descriptor>& matching, const Descriptor& descriptor) const {
+    Descriptor* const first = matching.Find(descriptor);
+    if constexpr (hasSubChannelId<Descriptor>) {
+      const SCFile::GroupHandle group = GetGroupHandle(descriptor);
+      if (!first || !m_loaded.m_numbering || !group || GetGroupHandle(*first) == group)
+        return first;
+      const std::vector<Descriptor*> alike = matching.FindAll(descriptor);
+      const auto own = std::ranges::find(
+          alike, group, [](const Descriptor* each) { return GetGroupHandle(*each); });
+      if (own == alike.end()) return first;
+      const auto named = std::ranges::find_if(alike, [&](const Descriptor* each) {
+        const std::uint32_t bookmark = SCFile::file_Identity(*each).kind;
+        return StoredIdOf(*each) == StoredIdOf(**own) &&
+               (bookmark == bookmark_None || bookmark == SCFile::file_Identity(descriptor).kind);
+      });
+      if (named != alike.end()) return *named;
+    }
+    return first;
+  }
+
+  /// What the file is to call a descriptor, told against its base, or new.
+  template <class Descriptor>
+  WrittenIds IdsFor(const Descriptor* base, const Descriptor& descriptor) {
+    WrittenIds ids{};
+    if constexpr (hasSubChannelId<Descriptor>) {
+      ids.subChannelId = base ? StoredIdOf(*base) : NewId(descriptor);
+      if (m_loaded.m_numbering && !base) ids.number = descriptor.subChannelId;
+    }
+    if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) {
+      // A beam that is named, or no longer, is numbered as it was.
+      if (m_loaded.m_numbering && base && IsNamed(descriptor) != base->stored.isNamed)
+        ids.number = descriptor.subChannelId;
+    }
+    if constexpr (std::is_same_v<Descriptor, CGChanTypeDescr>)
+      if (m_loaded.m_numbering && !base) ids.number = 0;
+    return ids;
+  }
+
+  template <class Descriptor>
+  std::uint32_t NewId(const Descriptor& descriptor) {
+    if (!m_loaded.m_numbering) return descriptor.subChannelId;
+    if (!m_finder) m_finder.emplace(m_loaded, m_given);
+    return m_finder->Find(descriptor);
+  }
+
+  template <class Descriptor>
+  void WriteModification(SCFile::GroupHandle group,
+                         Bases<Descriptor>& bases,
+                         Descriptor* base,
+                         const Descriptor& descriptor,
+                         const WrittenIds& ids) {
+    std::shared_ptr<Descriptor>& next = bases[base];
+    const bool isFirst = !next;
+    const Descriptor* const against = isFirst ? base : next.get();
+    WriteUnder(group, against, descriptor, ids, m_writeFlag);
+    auto changed = std::make_shared<Descriptor>(descriptor);
+    SetGroupHandle(*changed, GetGroupHandle(*base));
+    if constexpr (hasNumber<Descriptor>) changed->stored = base->stored;
+    if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) {
+      changed->dataPointer = base->dataPointer;
+      next = std::move(changed);
+      m_settling.emplace_back(
+          [group, base, isNamed = !ids.number] { TakeOver(group, *base, isNamed); });
+    } else {
+      if (isFirst)
+        m_settling.emplace_back([base, changed] { *base = std::move(*changed); });
+      else
+        *next = std::move(*changed);
+      if (isFirst) next = std::move(changed);
+    }
+  }
+
+  /// Reads a modification that was just committed into its base, which keeps its number. Takes no
+  /// memory.
+  static void TakeOver(SCFile::GroupHandle group, CGDataTypeFDD& base, bool withName) noexcept;
+
+  /// A listed group that has the ids that a modification is written with, but a bookmark that the
+  /// file does not know yet, would take the modification for its own. It gets its bookmark first.
+  void KeepOthersApart(SCFile::GroupHandle top,
+                       const Matching<CGDataTypeFDD>& matching,
+                       const CGDataTypeFDD* base,
+                       const CGDataTypeFDD& descriptor,
+                       std::uint32_t subChannelId);
+
   /// The copy refers to its samples in the file, not in memory that is the host's and may be gone
   /// by the next write.
-  CGDataTypeFDD* LeaveCopy(SCFile::GroupHandle group, const CGDataTypeFDD& data);
+  CGDataTypeFDD* LeaveCopy(SCFile::GroupHandle group,
+                           const CGDataTypeFDD& data,
+                           const WrittenIds& ids);
 
   CFContTypeFileDescr& m_loaded;
   int m_writeFlag;
   std::vector<POSITION> m_copies;  ///< in the loaded data list; null while one is being made
   std::vector<std::function<void()>> m_settling;
+  std::set<const CGDataTypeFDD*> m_keptApart;
+  GivenIds m_given;  ///< the inspection's, and those of this write
+  std::optional<IdFinder> m_finder;
 };
 
 }  // namespace utdata::container

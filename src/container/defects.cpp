@@ -1,6 +1,7 @@
 #include "src/container/defects.h"
 
 #include <cwchar>
+#include <new>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -95,6 +96,21 @@ void WriteValue(SCFile::GroupHandle group, std::uint32_t code, const std::wstrin
       group, code, SCFile::value_Text, static_cast<std::uint32_t>(value.size() + 1), value.c_str());
 }
 
+/// Calls `visit(type, group)` with each child group; one that cannot be opened is passed over.
+template <class Visit>
+void ForEachChild(SCFile::Node* parent, Visit visit) {
+  const std::uint32_t itemCount = SCFile::file_ItemNbrGet(parent);
+  for (std::uint32_t index = 0; index < itemCount; ++index) {
+    std::uint32_t type = 0, kind = 0, key = 0;
+    SCFile::GroupHandle child = nullptr;
+    if (SCFile::file_ItemInfo(parent, index, &type, &kind, nullptr, &key, nullptr, 0) ==
+            SCFile::status_Ok &&
+        kind == SCFile::kind_Group &&
+        SCFile::file_GroupOpen(parent, &child, key) == SCFile::status_Ok)
+      visit(type, child);
+  }
+}
+
 template <class Record>
 int ReadField(SCFile::GroupHandle group,
               std::uint32_t index,
@@ -126,7 +142,12 @@ void ReadDefect(SCFile::GroupHandle group, stDefectExtern& record) {
       else if (const auto* subField = FindField(subEntryFields, code); subField && subEntry)
         status = ReadField(group, index, count, *subField, *subEntry);
     }
-    if (status != SCFile::status_Ok) return;
+    if (status == SCFile::status_TooLarge) throw std::bad_alloc();
+    if (status != SCFile::status_Ok) {
+      record.loss = SCFile::file_LastError() + ": item " + std::to_string(code) +
+                    " of a defect record, and what follows it";
+      return;
+    }
     if (code == codeSubEntryEnds && subEntry)
       record.subEntries.push_back(*std::exchange(subEntry, std::nullopt));
   }
@@ -140,6 +161,29 @@ void WriteDefectTable(SCFile::GroupHandle top, const CList<stDefectExtern*>& def
     for (stDefectSubEntry& subEntry : record->subEntries)
       WriteFields(group, subEntryFields, subEntry);
   }
+}
+
+std::string LossIn(const CList<stDefectExtern*>& defects) {
+  for (const stDefectExtern* record : defects)
+    if (!record->loss.empty()) return record->loss;
+  return {};
+}
+
+std::string LossInLastTable(SCFile::FileHandle file) {
+  SCFile::GroupHandle last = nullptr;
+  ForEachChild(file, [&last](std::uint32_t, SCFile::GroupHandle top) {
+    ForEachChild(top, [&last](std::uint32_t type, SCFile::GroupHandle group) {
+      if (type == codeDefectTable) last = group;
+    });
+  });
+  std::string loss;
+  ForEachChild(last, [&loss](std::uint32_t type, SCFile::GroupHandle group) {
+    if (type != codeDefect || !loss.empty()) return;
+    stDefectExtern record;
+    ReadDefect(group, record);
+    loss = record.loss;
+  });
+  return loss;
 }
 
 void ReleaseDefects(CList<stDefectExtern*>& defects) noexcept {

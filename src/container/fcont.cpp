@@ -9,7 +9,7 @@
 #include "src/container/companions.h"
 #include "src/container/defects.h"
 #include "src/container/fcontkvt.h"
-#include "src/container/grouptypes.h"
+#include "src/container/subchannels.h"
 
 using namespace utdata::container;
 
@@ -101,16 +101,22 @@ bool CFCont::ReadInto(CFContTypeFileDescr* descriptor,
                       CDataNewGroup* newGroups) {
   if (reader->FileLoad(path, work) == -1) return false;
   try {
+    // Modifications name what they change by the ids in the files.
+    const bool isNumbered = descriptor->m_numbering != nullptr;
+    if (isNumbered) UnnumberSubChannels(*descriptor);
     UpdateFileDescriptor(descriptor, work);
-    UpdateModifierGroup(descriptor, work, path, newGroups);
-    ListRemoveAll(work);
-    return true;
+    if (UpdateModifierGroup(descriptor, work, path, newGroups)) {
+      ListRemoveAll(work);
+      if (isNumbered) NumberSubChannels(*descriptor, true);
+      return true;
+    }
   } catch (const std::bad_alloc&) {
-    if (work->file) SCFile::file_Close(work->file);
-    work->file = nullptr;
-    ReleaseAll(*work);
-    return false;
+    SCFile::file_Fail(SCFile::status_TooLarge, "not enough memory to load an inspection");
   }
+  if (work->file) SCFile::file_Close(work->file);
+  work->file = nullptr;
+  ReleaseAll(*work);
+  return false;
 }
 
 void CFCont::UpdateFileDescriptor(CFContTypeFileDescr* descriptor,
@@ -167,6 +173,17 @@ void CFCont::FcontClose(CFContTypeFileDescr* descriptor) {
   for (const SCFile::FileHandle file : descriptor->files) SCFile::file_Close(file);
   utdata::DeleteGroups(*descriptor);
   delete descriptor;
+}
+
+std::vector<utdata::ShortenedDefect> utdata::ShortenedDefects(
+    const CFContTypeFileDescr& descriptor) {
+  std::vector<ShortenedDefect> shortened;
+  std::size_t place = 0;
+  for (const stDefectExtern* record : descriptor.defects) {
+    if (!record->loss.empty()) shortened.push_back({place, record->loss});
+    ++place;
+  }
+  return shortened;
 }
 
 void utdata::DeleteGroups(CFContTypeFileDescr& descriptor) {

@@ -4,7 +4,7 @@
 #include <new>
 
 #include "src/container/defects.h"
-#include "src/container/grouptypes.h"
+#include "src/container/subchannels.h"
 
 IMPLEMENT_DYNAMIC(CFContKVTiff, CObject)
 
@@ -26,13 +26,16 @@ bool ForEachItem(SCFile::Node* parent, Visit visit) {
   return true;
 }
 
+/// False when the group cannot be read.
 template <class Descriptor>
-void ReadInto(SCFile::GroupHandle group, CList<Descriptor*>& list) {
+bool ReadInto(SCFile::GroupHandle group, CList<Descriptor*>& list) {
   auto descriptor = Hold(Family<Descriptor>::Allocate(1, L"no name"));
   if (!descriptor) throw std::bad_alloc();
-  Family<Descriptor>::Read(group, descriptor.get(), false);
+  if (Family<Descriptor>::Read(group, descriptor.get(), false) != SCFile::status_Ok) return false;
+  if constexpr (hasNumber<Descriptor>) NoteStored(group, *descriptor);
   list.AddTail(descriptor.get());
   descriptor.release();
+  return true;
 }
 
 bool ReadDefectTable(SCFile::GroupHandle table, CList<stDefectExtern*>& defects) {
@@ -52,13 +55,14 @@ bool ReadDefectTable(SCFile::GroupHandle table, CList<stDefectExtern*>& defects)
 /// Reads one typed group; a code that no type has is skipped.
 bool ReadGroup(std::uint32_t code, SCFile::GroupHandle group, fcontsec_typeFileDescriptor& work) {
   if (code == codeDefectTable) return ReadDefectTable(group, work.defects);
+  bool isRead = true;
   ForEachType([&](const auto& type) {
     if (code == type.primaryCode)
-      ReadInto(group, work.*type.primaries);
+      isRead = ReadInto(group, work.*type.primaries);
     else if (code == type.modifierCode)
-      ReadInto(group, work.*type.modifiers);
+      isRead = ReadInto(group, work.*type.modifiers);
   });
-  return true;
+  return isRead;
 }
 
 bool ReadTopGroup(SCFile::GroupHandle top, fcontsec_typeFileDescriptor& work) {

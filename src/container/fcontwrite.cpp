@@ -38,16 +38,46 @@ class Gathering {
   SCFile::FileHandle m_file;
 };
 
+/// Why the defect table of a descriptor is not written: it would take the place of records that
+/// were not read whole. Empty when nothing is lost.
+/// @param appendedTo the descriptor whose last file gets it, null for a new file
+std::string LossOfDefects(const CFContTypeFileDescr& descriptor,
+                          const CFContTypeFileDescr* appendedTo) {
+  if (descriptor.defectTableFlag == 0) return {};
+  std::string loss = LossIn(descriptor.defects);
+  if (loss.empty() && appendedTo) loss = LossInLastTable(appendedTo->files.GetTail());
+  return loss.empty() ? loss : "the defect table is not written over a loss: " + loss;
+}
+
+/// Commits a file, and lets the loaded descriptor take the changes over where the commit stands:
+/// also when the last step failed, which brings a new name to the disk.
+int Commit(SCFile::FileHandle file, Changes& changes) {
+  const std::uint64_t number = SCFile::file_CommitNumber(file);
+  const int status = SCFile::file_Commit(file);
+  if (SCFile::file_CommitNumber(file) != number) changes.Settle();
+  return status;
+}
+
+template <class Descriptor>
+WrittenIds IdsOf(const WholeIds& ids, const Descriptor& descriptor) {
+  if constexpr (hasSubChannelId<Descriptor>) return ids.Of(&descriptor);
+  if constexpr (std::is_same_v<Descriptor, CGChanTypeDescr>)
+    if (descriptor.stored.fixedNumber != utdata::StoredIds::none)
+      return {0, descriptor.stored.fixedNumber};
+  return {};
+}
+
 template <class Descriptor>
 void WriteWhole(SCFile::GroupHandle top,
                 const GroupType<Descriptor>& type,
                 const CList<Descriptor*>& descriptors,
+                const WholeIds& ids,
                 int writeFlag) {
   const wchar_t* const nameAtCreation = type.HasModifierCode() ? L"" : type.primaryName;
   for (const Descriptor* descriptor : descriptors) {
     const SCFile::GroupHandle group =
         CreateGroup(top, type.primaryCode, type.primaryName, nameAtCreation);
-    Family<Descriptor>::Write(group, nullptr, descriptor, writeFlag);
+    WriteUnder<Descriptor>(group, nullptr, *descriptor, IdsOf(ids, *descriptor), writeFlag);
   }
 }
 
@@ -63,11 +93,15 @@ int CFCont::FileWrite(CFContTypeFileDescr* loaded,
   if (file) *file = nullptr;
   if (!descriptor || (!loaded && !file)) return SCFile::status_BadArgument;
   try {
+    const bool isAppended = loaded && !newFile && !loaded->files.IsEmpty();
+    if (const std::string loss = LossOfDefects(*descriptor, isAppended ? loaded : nullptr);
+        !loss.empty())
+      return SCFile::file_Fail(SCFile::status_Damaged, loss.c_str());
     if (!loaded) return WriteNewFile(descriptor, newFile, topGroup, file, writeFlag);
     if (newFile) return WriteCompanion(loaded, descriptor, writeFlag);
     return WriteAppended(loaded, descriptor, file, writeFlag);
   } catch (const std::bad_alloc&) {
-    return SCFile::status_TooLarge;
+    return SCFile::file_Fail(SCFile::status_TooLarge, "not enough memory to write an inspection");
   }
 }
 
@@ -110,13 +144,11 @@ int CFCont::WriteCompanion(CFContTypeFileDescr* loaded,
   if (status != SCFile::status_Ok) return status;
   SCFile::file_SetCharacterFormat(created, 1);
   const POSITION joined = loaded->files.AddTail(created);
-  status = SCFile::file_Commit(created);
-  if (!IsCommitted(status)) {
+  status = Commit(created, changes);
+  if (SCFile::file_CommitNumber(created) == 0)
     loaded->files.RemoveAt(joined);
-    return status;
-  }
-  owned.release();
-  changes.Settle();
+  else
+    owned.release();
   return status;
 }
 
@@ -130,8 +162,7 @@ int CFCont::WriteAppended(CFContTypeFileDescr* loaded,
   const Gathering gathering(last);
   Changes changes(*loaded, writeFlag);
   int status = WriteExistingFileDescriptor(last, descriptor, &changes);
-  if (status == SCFile::status_Ok) status = SCFile::file_Commit(last);
-  if (status == SCFile::status_Ok) changes.Settle();
+  if (status == SCFile::status_Ok) status = Commit(last, changes);
   return status;
 }
 
@@ -141,8 +172,9 @@ int CFCont::WriteNewFileDescriptor(SCFile::FileHandle file,
                                    int writeFlag) {
   const int status = SCFile::file_GroupCreate(file, topGroup, codeTop, nameTop);
   if (status != SCFile::status_Ok) return status;
+  const WholeIds ids(*descriptor);
   const auto writeWhole = [&](const auto& type) {
-    WriteWhole(*topGroup, type, descriptor->*type.list, writeFlag);
+    WriteWhole(*topGroup, type, descriptor->*type.list, ids, writeFlag);
   };
   ForEach(WrittenBeforeDefects(), writeWhole);
   if (descriptor->defectTableFlag != 0) WriteDefectTable(*topGroup, descriptor->defects);

@@ -1,10 +1,12 @@
 // Which descriptor of a list a modification belongs to.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <set>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 #include "src/container/grouptypes.h"
 
@@ -27,6 +29,20 @@ class Matching {
   [[nodiscard]] Descriptor* Find(const Descriptor& modification) const {
     const auto found = FindEntry(modification);
     return found == m_entries.end() ? nullptr : found->descriptor;
+  }
+
+  /// The descriptors that have the modification's ids, whatever their kinds, in list order.
+  [[nodiscard]] std::vector<Descriptor*> FindAll(const Descriptor& modification) const {
+    const auto ids = SCFile::file_Identity(modification).ids;
+    std::vector<Entry> entries;
+    for (auto entry = m_entries.lower_bound({{ids, 0}, 0, nullptr});
+         entry != m_entries.end() && entry->identity.ids == ids;
+         ++entry)
+      entries.push_back(*entry);
+    std::ranges::sort(entries, {}, &Entry::place);
+    std::vector<Descriptor*> descriptors;
+    for (const Entry& entry : entries) descriptors.push_back(entry.descriptor);
+    return descriptors;
   }
 
   /// Calls `change(descriptor)` on what Find gives; its kind may change by it. Returns what Find
@@ -78,12 +94,13 @@ class Matching {
 };
 
 /// Reads a modification's group into the descriptor that it belongs to, which goes on referring to
-/// its own group. A group that cannot be read leaves the descriptor as the file layer left it.
+/// its own group. Returns the file layer's status; after a failure the descriptor is as it was.
 template <class Descriptor>
-void ReadModification(SCFile::GroupHandle group, Descriptor* descriptor) {
+[[nodiscard]] int ReadModification(SCFile::GroupHandle group, Descriptor* descriptor) {
   const SCFile::GroupHandle own = GetGroupHandle(*descriptor);
-  Family<Descriptor>::Read(group, descriptor, true);
+  const int status = Family<Descriptor>::Read(group, descriptor, true);
   SetGroupHandle(*descriptor, own);
+  return status;
 }
 
 }  // namespace utdata::container

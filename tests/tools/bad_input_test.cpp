@@ -1,6 +1,7 @@
 #include <string>
 #include <vector>
 
+#include "interfaces/kvtiff19.h"
 #include "run_program.h"
 
 namespace utdata::test {
@@ -61,6 +62,22 @@ TEST_F(BadInputTest, VerifyFindsAFlippedSampleThatInfoDoesNotRead) {
   const ProgramResult result = Run("verify sample.fpd");
   ExpectOneLine(result, 1, "sample.fpd");
   EXPECT_TRUE(result.out.starts_with("sample.fpd: damaged: ")) << result.out;
+}
+
+TEST_F(BadInputTest, VerifyFindsADefectRecordThatComesBackShortened) {
+  SCFile::FileHandle file = nullptr;
+  SCFile::GroupHandle top = nullptr, table = nullptr, record = nullptr;
+  ASSERT_EQ(SCFile::file_Create((At("defects.fpd")).wstring().c_str(), &file), 0);
+  ASSERT_EQ(SCFile::file_GroupCreate(file, &top, 0, L"FC"), 0);
+  ASSERT_EQ(SCFile::file_GroupCreate(top, &table, 10045, L"Defect Table Group"), 0);
+  ASSERT_EQ(SCFile::file_GroupCreate(table, &record, 10044, L"Defect"), 0);
+  ASSERT_EQ(SCFile::file_ItemValueWrite(record, 1, SCFile::value_Text, 4, L"5.5"), 0);
+  ASSERT_EQ(SCFile::file_Commit(file), 0);
+  ASSERT_EQ(SCFile::file_Close(file), 0);
+  const ProgramResult result = Run("verify defects.fpd");
+  ExpectOneLine(result, 1, "defects.fpd");
+  EXPECT_TRUE(result.out.starts_with("defects.fpd: damaged: ")) << result.out;
+  EXPECT_NE(result.out.find("item 1 of a defect record"), std::string::npos) << result.out;
 }
 
 TEST_F(BadInputTest, ImportRefusesWithoutLeavingAFile) {

@@ -98,12 +98,12 @@ inline constexpr bool hasMembers = TakesMembers<Record>(std::make_index_sequence
                                    !TakesMembers<Record>(std::make_index_sequence<quantity + 1>{});
 
 /// A record with a member that its table misses would lose it on writing. Of the members, only
-/// `group` is not stored. The data group's record is a class with private members and is checked
-/// member by member in its test.
+/// `group` and `stored` are not stored. The data group's record is a class with private members and
+/// is checked member by member in its test.
 template <class Record>
 constexpr bool CoversRecord() {
   if constexpr (std::is_aggregate_v<Record>)
-    return hasMembers<Record, fieldCount<Record> + 1>;
+    return hasMembers<Record, fieldCount<Record> + 1 + (requires(Record r) { r.stored; } ? 1 : 0)>;
   else
     return true;
 }

@@ -10,6 +10,7 @@
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/fcont.h"
 
 namespace utdata::program {
 namespace {
@@ -41,6 +42,20 @@ void Measure(Verdict& verdict) {
   if (error != os::Error::None) throw Failure(verdict.path, "cannot be read", os::ErrorText(error));
 }
 
+/// A defect record whose items do not fit it has sound bytes, and yet comes back shortened.
+void CheckDefects(Verdict& verdict) {
+  CFCont container;
+  const std::wstring path = ToWide(verdict.path);
+  const std::unique_ptr<CFContTypeFileDescr> groups(
+      container.FileLoad(path.c_str(), nullptr, nullptr));
+  if (!groups) throw Failure(verdict.path, "cannot be loaded", SCFile::file_LastError());
+  for (const ShortenedDefect& defect : ShortenedDefects(*groups))
+    verdict.problems.push_back(defect.reason);
+  if (!verdict.problems.empty()) verdict.status = SCFile::status_Damaged;
+  DeleteGroups(*groups);
+  container.FileClose(groups.get());
+}
+
 /// Handed to the layer, which no exception may cross.
 bool ReportProgress(void* progress, std::uint64_t done, std::uint64_t total) {
   try {
@@ -63,11 +78,13 @@ Verdict Verify(const std::string& path, bool quiet) {
   }
   ThrowIfInterrupted();
   if (verdict.status == SCFile::status_Ok) {
-    Measure(verdict);
-    return verdict;
+    CheckDefects(verdict);
+    if (verdict.IsClean()) Measure(verdict);
+    if (verdict.problems.empty()) return verdict;
+  } else {
+    verdict.problems = SplitLines(problem);
+    if (verdict.problems.empty()) verdict.problems = {SCFile::file_LastError()};
   }
-  verdict.problems = SplitLines(problem);
-  if (verdict.problems.empty()) verdict.problems = {SCFile::file_LastError()};
   for (std::string& line : verdict.problems)
     if (line.starts_with(path + ": ")) line.erase(0, path.size() + 2);
   return verdict;
