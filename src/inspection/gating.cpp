@@ -1,7 +1,9 @@
 #include "utdata/gating.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <string>
 
 #include "src/inspection/amplitudes.h"
@@ -66,8 +68,9 @@ GateReadings ReadGate(const CRDataTypeDD& ascans,
 }
 
 std::string Microseconds(double seconds) {
-  const CUnit unit(unit_Time, unit_Microsecond, unit_ConversionLinear, 1e6, 0, nullptr);
-  return ToUtf8(unit.FormatValue(seconds * 1e6));
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.6g \u00b5s", seconds * 1e6);
+  return text.data();
 }
 
 /// Holds what the file says of the A-scans against what gating needs; an item's record has had

@@ -246,10 +246,10 @@ TEST_F(GateTest, DescribesTheCScansSoThatTheyMatchAndKeepTheirAxes) {
   EXPECT_EQ((*file).data.GetCount(), 3 + 2 * 2);
   for (std::uint32_t subChannel = 1; subChannel <= 2; ++subChannel) {
     SCOPED_TRACE(subChannel);
-    const auto absolute = [](auto& bytes, auto sample) {
-      return std::abs(Signed(Word(bytes, sample), 32768));
+    const auto amplitude = [](auto& bytes, auto sample) {
+      return Positive(Signed(Word(bytes, sample), 32768), 32768);
     };
-    Expect(file, groups[subChannel - 1], absolute, 0, quantity, 0.4 * 32768);
+    Expect(file, groups[subChannel - 1], amplitude, 0, quantity, 0.4 * 32767);
     for (const gdata_enumDataClass dataClass : {gdata_CScanAmplitude, gdata_CScanPosition}) {
       const CGDataTypeFDD& cscan = *file.Find(dataClass, subChannel);
       EXPECT_EQ(cscan.gateId, 3U);
