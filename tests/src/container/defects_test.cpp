@@ -9,9 +9,7 @@
 namespace utdata::test {
 namespace {
 
-constexpr int readAll[8] = {0, 0, 0, 0, 1, 1, 0, 0};
-
-void WriteNumber(SCFile::GroupHandle group, std::uint32_t code, std::uint32_t value) {
+void WriteItem(SCFile::GroupHandle group, std::uint32_t code, std::uint32_t value) {
   ASSERT_EQ(SCFile::file_ItemValueWrite(group, code, SCFile::value_UInt32, 1, &value), 0);
 }
 
@@ -21,11 +19,11 @@ void WriteShortened(const std::wstring& path) {
   ASSERT_EQ(SCFile::file_Create(path.c_str(), &file), 0);
   const SCFile::GroupHandle table = container::CreateGroup(
       container::CreateGroup(file, 0, L"FC"), container::codeDefectTable, L"");
-  WriteNumber(container::CreateGroup(table, container::codeDefect, L""), 9, 1);
+  WriteItem(container::CreateGroup(table, container::codeDefect, L""), 9, 1);
   const SCFile::GroupHandle broken = container::CreateGroup(table, container::codeDefect, L"");
-  WriteNumber(broken, 13, 7);
+  WriteItem(broken, 13, 7);
   ASSERT_EQ(SCFile::file_ItemValueWrite(broken, 14, SCFile::value_Text, 2, L"8"), 0);
-  WriteNumber(broken, 9, 2);
+  WriteItem(broken, 9, 2);
   ASSERT_EQ(SCFile::file_Commit(file), 0);
   ASSERT_EQ(SCFile::file_Close(file), 0);
 }

@@ -145,6 +145,9 @@ inline int WriteWholeFile(CFContTypeFileDescr& descriptor, int newFile = 1) {
   return status;
 }
 
+/// FileUpdate's options that read every companion.
+inline constexpr int readAll[8] = {0, 0, 0, 0, 1, 1, 0, 0};
+
 inline std::string FileBytes(const std::wstring& path) {
   std::ifstream file(std::filesystem::path(path), std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};

@@ -72,8 +72,6 @@ void WithEachFailure(const std::function<void()>& prepare,
   }
 }
 
-constexpr int readAll[8] = {0, 0, 0, 0, 1, 1, 0, 0};
-
 /// A file of two groups of each type.
 Inspection WriteBase(const std::wstring& path) {
   const Inspection written = MakeInspection(path);

@@ -17,8 +17,6 @@
 namespace utdata::test {
 namespace {
 
-constexpr int readAll[8] = {0, 0, 0, 0, 1, 1, 0, 0};
-
 /// A sub-channel or data group as a host sees it. `mark` tells it from all others for ever.
 struct Beam {
   bool isData = false;

@@ -119,7 +119,7 @@ struct OpenGroup {
   CIData* item = nullptr;
 };
 
-Inspection LoadAll(const std::wstring& path) {
+Inspection LoadWithCompanions(const std::wstring& path) {
   Inspection inspection = Load(path);
   constexpr int readAll[8] = {0, 0, 0, 0, 1, 1, 0, 0};
   EXPECT_EQ(CFCont().FileUpdate(path.c_str(), inspection.get(), readAll, nullptr, nullptr), 0);
@@ -161,7 +161,7 @@ TEST(Samples, AChangedParameterAddsNoSamples) {
           angle += 1;
           group.Turn(angle);
           EXPECT_LT(write(), fewKilobytes);
-          const Inspection again = LoadAll(path);
+          const Inspection again = LoadWithCompanions(path);
           ASSERT_EQ(again->data.GetCount(), 1);
           EXPECT_EQ(again->data.GetHead()->probeAngle, angle);
           EXPECT_TRUE(BytesIn(*again->data.GetHead()) == samples);

@@ -8,7 +8,6 @@
 namespace utdata::test {
 namespace {
 
-constexpr int readAll[8] = {0, 0, 0, 0, 1, 1, 0, 0};
 
 /// A whole file of two groups of each type at `path`, loaded again.
 Inspection WriteAndLoad(const std::wstring& path) {
