@@ -8,7 +8,6 @@
 namespace utdata::test {
 namespace {
 
-
 /// A whole file of two groups of each type at `path`, loaded again.
 Inspection WriteAndLoad(const std::wstring& path) {
   const Inspection written = MakeInspection(path);
