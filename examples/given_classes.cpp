@@ -52,13 +52,13 @@ static void List(CIData& item) {
   const CUnit* millimetres = item.idata3_GetUnit(kvt_AxisColumn, unit_Length, unit_Millimetre);
   const double last =
       item.idata3_GetColOffs() + (item.idata3_GetColQty() - 1) * item.idata3_GetColResol();
-  std::printf("%ls class %u: %u columns up to %g mm, %u rows, samples %s\n",
-              label.c_str(),
+  std::printf("%s class %u: %u columns up to %g mm, %u rows, samples %s\n",
+              utdata::NarrowFromWide(label).c_str(),
               static_cast<unsigned>(item.idata3_GetDataId()),
               static_cast<unsigned>(item.idata3_GetColQty()),
               millimetres ? millimetres->ConvertFromBase(last) : last,
               static_cast<unsigned>(item.idata3_GetRowQty()),
-              item.idata1_GetInfoRef()->IsDataLoaded() ? "at hand" : "missing");
+              item.Descriptor()->IsDataLoaded() ? "at hand" : "missing");
 }
 
 int main(int argc, char** argv) {

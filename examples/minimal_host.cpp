@@ -12,20 +12,20 @@
 
 static void Show(const utdata::DataGroup& ascans) {
   utdata::Samples samples = ascans.Samples();
-  const std::uint64_t cell = samples.FindPeaks(ascans.AllCells()).strongest.cell;
+  const auto [cell, sample, value] = samples.FindPeaks(ascans.AllCells()).strongest;
+  for (const std::uint8_t code : samples.Codes({cell, 1})) std::printf("%02x", code);
   const auto row = static_cast<std::uint32_t>(cell / ascans.ColumnQuantity());
   const auto column = static_cast<std::uint32_t>(cell % ascans.ColumnQuantity());
-  for (const std::uint8_t code : samples.Codes({cell, 1})) std::printf("%02x", code);
-  std::printf("\n");
-  const std::uint32_t sample = samples.FindPeaks({cell, 1}).strongest.sample;
   const utdata::ReadOut at = ascans.ReadOut(row, column, sample);
-  std::printf("column %.1f mm, row %.1f mm: %.2f µs, depth %.1f mm, %.1f %%, %.1f dB\n",
-              at.column.In(unit_Millimetre),
-              at.row.In(unit_Millimetre),
-              at.time.In(unit_Microsecond),
-              at.depth.In(unit_Millimetre),
-              at.percent,
-              at.decibels);
+  std::printf(
+      "\nvalue %g at column %.1f mm, row %.1f mm: %.2f µs, depth %.1f mm, %.1f %%, %.1f dB\n",
+      value,
+      at.column.In(unit_Millimetre),
+      at.row.In(unit_Millimetre),
+      at.time.In(unit_Microsecond),
+      at.depth.In(unit_Millimetre),
+      at.percent,
+      at.decibels);
 }
 
 int main(int argc, char** argv) {

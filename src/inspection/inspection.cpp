@@ -73,6 +73,7 @@ std::unique_ptr<InspectionState> Load(const std::string& path, const OpenOptions
   // A failed update deletes the descriptor.
   if (container.FileUpdate(widePath.c_str(), loaded, readAllCompanions, nullptr, nullptr) != 0)
     throw Error::OfFileLayer(SCFile::status_Ok, path, "a companion cannot be read");
+  container.UpdateSubChannelList(loaded);
   return std::make_unique<InspectionState>(path, loaded, options);
 }
 
@@ -87,6 +88,13 @@ void WarnOfGap(InspectionState& state) {
     state.warnings.push_back(state.path + ": companion " +
                              std::to_string(companions.names.size() + 1) +
                              " is missing; those behind it were not read");
+}
+
+/// What is behind the item that could not be read is lost, and stays so where the table is written.
+void WarnOfLostDefects(InspectionState& state) {
+  for (const ShortenedDefect& defect : ShortenedDefects(*state.descriptor))
+    state.warnings.push_back(state.path + ": defect record " + std::to_string(defect.place) +
+                             " is cut short: " + defect.reason);
 }
 
 /// The record of a data group with the ids of another; null when there is none.
@@ -131,6 +139,7 @@ Inspection::~Inspection() = default;
 Inspection Inspection::Open(const std::string& path, const OpenOptions& options) {
   Inspection inspection(Load(path, options));
   WarnOfGap(*inspection.m_state);
+  WarnOfLostDefects(*inspection.m_state);
   return inspection;
 }
 

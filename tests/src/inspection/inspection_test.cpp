@@ -283,6 +283,44 @@ TEST(InspectionSaving, CompanionsThatWouldNotBeReadAreRefusedOrReported) {
   EXPECT_THROW(CheckNewInspection(Path(scratch, "a"), false), Error) << "a.A01 would be read";
 }
 
+// The file counts its beams from 0; in memory they count from 1, so that a master gathers all.
+TEST(InspectionSaving, AnEditOfABeamComesBackOnThatBeam) {
+  const ScratchDirectory scratch;
+  const std::string path = Path(scratch);
+  {
+    Inspection inspection = Inspection::New(path);
+    for (std::uint32_t beam = 0; beam < 3; ++beam) {
+      CGSubchanTypeDescr* subChannel = gsubchan_Allocate(1, L"");
+      subChannel->subChannelId = beam;
+      inspection.Descriptor().subChannels.AddTail(subChannel);
+      CGDataTypeFDD record = Record(kvt_UInt16, 10);
+      record.subChannelId = beam;
+      record.SetDataBookmarkType(bookmark_MultiChannel);
+      record.probeAngle = 40 + static_cast<float>(beam);
+      inspection.AddData(record, BytesOf(std::vector<std::uint16_t>(60)));
+    }
+    inspection.SaveAs(path);
+  }
+  for (const bool asCompanion : {true, false, true}) {
+    Inspection inspection = Inspection::Open(path);
+    ASSERT_EQ(inspection.Masters().size(), 1U);
+    EXPECT_EQ(inspection.Masters()[0].Elements().size(), 3U);
+    for (std::uint32_t beam : {1U, 3U}) {
+      CIData& item = inspection.Data({.subChannel = beam}).Item();
+      idata_typeInspParams params;
+      item.idata3_GetInspParam(&params);
+      params.probeAngle += 10;
+      item.idata1_ModifyInspParam(&params, 0);
+    }
+    asCompanion ? inspection.SaveCompanion() : inspection.SaveAppended();
+  }
+  const Inspection again = Inspection::Open(path);
+  ASSERT_EQ(again.Data().size(), 3U);
+  EXPECT_EQ(again.Data({.subChannel = 1}).Item().idata3_GetProbeAngle(), 70);
+  EXPECT_EQ(again.Data({.subChannel = 2}).Item().idata3_GetProbeAngle(), 41);
+  EXPECT_EQ(again.Data({.subChannel = 3}).Item().idata3_GetProbeAngle(), 72);
+}
+
 TEST(InspectionData, AGroupWhoseIdsAreThereKeepsItsOwnSamples) {
   const ScratchDirectory scratch;
   const std::string path = Path(scratch);
