@@ -63,8 +63,9 @@ struct DataQuery {
 /// Moved, never copied. Handles to its parts (DataGroup, GateHandle) are good while it lives.
 class UTDATA_API Inspection {
  public:
-  /// An inspection file with the numbered companions beside it. Sub-channels count from 1, whatever
-  /// the file calls them (CFCont::UpdateSubChannelList); what is saved keeps the file's own ids.
+  /// An inspection file with the numbered companions beside it. Sub-channels that the file
+  /// describes count from 1, whatever it calls them (CFCont::UpdateSubChannelList); what is saved
+  /// keeps the file's own ids.
   [[nodiscard]] static Inspection Open(const std::string& path, const OpenOptions& options = {});
   /// An inspection without groups, to be filled and saved at `path`.
   [[nodiscard]] static Inspection New(const std::string& path);
