@@ -73,7 +73,7 @@ std::unique_ptr<InspectionState> Load(const std::string& path, const OpenOptions
   // A failed update deletes the descriptor.
   if (container.FileUpdate(widePath.c_str(), loaded, readAllCompanions, nullptr, nullptr) != 0)
     throw Error::OfFileLayer(SCFile::status_Ok, path, "a companion cannot be read");
-  // Without descriptors of sub-channels, numbering would take every data group for its channel's own.
+  // Without sub-channels' descriptors, numbering would take each data group for a whole channel's.
   if (!loaded->subChannels.IsEmpty()) container.UpdateSubChannelList(loaded);
   return std::make_unique<InspectionState>(path, loaded, options);
 }
