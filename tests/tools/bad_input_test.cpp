@@ -78,6 +78,10 @@ TEST_F(BadInputTest, VerifyFindsADefectRecordThatComesBackShortened) {
   ExpectOneLine(result, 1, "defects.fpd");
   EXPECT_TRUE(result.out.starts_with("defects.fpd: damaged: ")) << result.out;
   EXPECT_NE(result.out.find("item 1 of a defect record"), std::string::npos) << result.out;
+  const ProgramResult info = Run("info defects.fpd --json");
+  EXPECT_EQ(info.status, 0);
+  EXPECT_TRUE(info.error.starts_with("warning: defects.fpd: defect record 0 ")) << info.error;
+  EXPECT_EQ(nlohmann::json::parse(info.out)["warnings"].size(), 1U);
 }
 
 TEST_F(BadInputTest, ImportRefusesWithoutLeavingAFile) {

@@ -126,6 +126,7 @@ nlohmann::ordered_json InfoJson(const Inspection& inspection, const InfoContent&
   }
   nlohmann::ordered_json result = {{"path", inspection.Path()},
                                    {"files", inspection.Files()},
+                                   {"warnings", inspection.Warnings()},
                                    {"groups", groups},
                                    {"data", data},
                                    {"masters", MastersJson(inspection)}};
