@@ -127,12 +127,14 @@ TEST(Report, GoesToTheSinkInPlaceAndNestedOnesDoNotWait) {
 
 TEST(Report, ArrivesFromManyThreadsWhileSinksChange) {
   std::atomic<bool> stop = false;
+  std::atomic<int> reported = 0;
   std::vector<std::thread> threads;
   ReportCapture outer;
   for (int index = 0; index < 3; ++index)
     threads.emplace_back([&] {
-      while (!stop) utdata::ReportAssertion("file", 1, L"text");
+      for (; !stop; ++reported) utdata::ReportAssertion("file", 1, L"text");
     });
+  while (reported == 0) std::this_thread::yield();
   std::size_t seen = 0;
   for (int round = 0; round < 200; ++round) {
     // A sink still in use after its replacement would write here.
