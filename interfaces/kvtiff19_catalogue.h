@@ -13,7 +13,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "interfaces/kvtiff19.h"
+#include "kvtiff19.h"
 
 namespace SCFile {
 
