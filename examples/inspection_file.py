@@ -22,6 +22,11 @@ MAX_NAME = 131068
 MAX_GAP = 4103
 INTEGERS = ["i8", "u8", "i16", "u16", "i32", "u32", "i64", "u64"]
 TYPES = ["group", None, *INTEGERS, "f32", "f64", "text", "block"]
+DEFECT_ITEMS = {
+    **dict.fromkeys([1, 2, 3, 4, 5, 6, 15, 16], "f64"),
+    **dict.fromkeys([7, 8, 11, 12], "text"),
+    **dict.fromkeys([9, 10, 13, 14], "u32"),
+}
 ELEMENT = [1, 0, 1, 1, 2, 2, 4, 4, 8, 8, 4, 8, 1, 40]
 NUMBER = dict(zip(range(2, 12), "bBhHiIqQfd"))
 TEXT, BLOCK = 12, 13
@@ -322,6 +327,24 @@ class InspectionFile:
                 f"bytes of nothing at {at}",
             )
             at = offset + size
+        for top in self.groups:
+            for table in (item for item in top.items if is_group(item, 10045)):
+                for record in (item for item in table.items if is_group(item, 10044)):
+                    check_defect(record)
+
+
+def is_group(item, code):
+    return isinstance(item, Group) and item.code == code
+
+
+def check_defect(record):
+    """A record with an item of another type would come back without what follows it."""
+    for item in record.items:
+        wanted = DEFECT_ITEMS.get(item.code)
+        single = wanted == "text" or getattr(item, "count", 1) == 1
+        require(
+            wanted in (None, item.type) and single, f"item {item.code} of a defect record: type"
+        )
 
 
 def open_inspection(path):
