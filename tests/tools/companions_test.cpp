@@ -69,8 +69,10 @@ TEST_F(CompanionsTest, WhatIsNotReadIsAWarningEverywhere) {
   EXPECT_EQ(Run("edit weld.fpd channel 0 gain=9 --as companion").status, 1);
   EXPECT_EQ(Run("edit weld.fpd channel 0 gain=9").status, 0);
   EXPECT_EQ(Gain("weld.fpd"), 9);
-  // pipe.fpd has lost its third companion, which nobody can see; it takes another one.
-  EXPECT_EQ(Run("info pipe.fpd").error, "");
+  // Who has lost it is told where it is.
+  EXPECT_EQ(Run("info pipe.fpd").error,
+            "warning: weld.A03 is companion 3 of pipe.fpd under another file's name; it was not "
+            "read\n");
 }
 
 TEST_F(CompanionsTest, OneAloneIsShownAsWhatItIs) {
