@@ -31,7 +31,7 @@ class Hdf5Handle {
   }
 
   operator hid_t() const { return m_id; }
-  /// Closes it now and tells whether that succeeded.
+  /// Closes it. @return whether that succeeded
   [[nodiscard]] bool CloseNow() { return m_close(std::exchange(m_id, H5I_INVALID_HID)) >= 0; }
   /// Leaves it open for as long as the process runs.
   void Forget() { m_id = H5I_INVALID_HID; }
@@ -55,7 +55,7 @@ void SilenceHdf5();
 /// Calls `block` for each box of elements that together make up `count` of them from `first` on, in
 /// their order.
 /// @param shape quantities, outermost axis first
-/// @param block told where the box begins, its extents, and how many elements are in it; false
+/// @param block called with the start of the box, its extents, and its number of elements; false
 ///   stops, and is the result
 bool ForEachBox(
     const std::vector<hsize_t>& shape,

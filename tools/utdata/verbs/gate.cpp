@@ -28,9 +28,8 @@ constexpr const char* gateExplanation =
     "occurs, and 0 in a cell whose amplitude is below the threshold.\n"
     "\n"
     "Each data group with A-scans of the channel gets both C-scans. A gate that is there already "
-    "is changed to the "
-    "one\n"
-    "given; one that has C-scans already is refused.\n"
+    "is\n"
+    "changed to the one given; one that has C-scans already is refused.\n"
     "\n";
 
 constexpr const char* gateExample =

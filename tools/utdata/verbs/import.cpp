@@ -26,10 +26,9 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* importExample =
-    "FILE.npy and the data set of FILE.h5:/path tell their shape and type, and what 'utdata "
-    "export' wrote tells the "
-    "axes too;\n"
-    "an option given here counts more. A headerless file needs --shape, --axes and --dtype.\n"
+    "FILE.npy and the data set of FILE.h5:/path give their shape and type, and what 'utdata\n"
+    "export' wrote gives the axes too; an option overrides them. A headerless file needs --shape,\n"
+    "--axes and --dtype.\n"
     "\n"
     "Example:\n"
     "  head -c 1310720 /dev/urandom > scan.raw\n"
@@ -48,7 +47,7 @@ struct QuantityOption {
   const char* what;
   double minimum;
   double maximum;
-  bool hasNominal;  ///< its preset is a nominal value that the user is told of
+  bool hasNominal;  ///< its preset is a nominal value, which is reported
 };
 constexpr QuantityOption quantityOptions[] = {
     {"--column-step",
@@ -228,7 +227,7 @@ std::vector<ArrayAxis> ChooseAxes(const ImportOptions& options,
                 "name each with --axes, as in column,sample or row,column");
 }
 
-/// Puts the quantities given on the command line into the record; tells which ones are nominal
+/// Puts the quantities given on the command line into the record. Returns which ones are nominal,
 /// unless a description came with the array.
 std::string SetQuantities(const ImportOptions& options, bool isDescribed, CGDataTypeFDD& record) {
   std::string nominal;
