@@ -52,10 +52,10 @@ inline constexpr double samplesPatience = 60;
 /// Keeps the library from printing its errors.
 void SilenceHdf5();
 
-/// Calls `block` for each box of elements that together make up `count` of them from `first` on, in
+/// Calls `box` for each box of elements that together make up `count` of them from `first` on, in
 /// their order.
 /// @param shape quantities, outermost axis first
-/// @param block called with the start of the box, its extents, and its number of elements; false
+/// @param box   called with the start of the box, its extents, and its number of elements; false
 ///   stops, and is the result
 bool ForEachBox(
     const std::vector<hsize_t>& shape,
