@@ -132,10 +132,10 @@ TEST(FailedCreation, MeetsTheLimitsOfTheSystem) {
     rlim_t limit;
     int status;
   } cases[] = {
-    {RLIMIT_FSIZE, 1000, EFBIG},     // the header
-    {RLIMIT_FSIZE, 1 << 20, EFBIG},  // the mapping
+      {RLIMIT_FSIZE, 1000, EFBIG},     // the header
+      {RLIMIT_FSIZE, 1 << 20, EFBIG},  // the mapping
 #ifndef UTDATA_SANITIZED
-    {RLIMIT_AS, rlim_t{1} << 30, ENOMEM}  // the reserved addresses
+      {RLIMIT_AS, rlim_t{1} << 30, ENOMEM}  // the reserved addresses
 #endif
   };
   for (const auto& each : cases) {
