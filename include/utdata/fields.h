@@ -15,12 +15,16 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "interfaces/export.h"
 #include "interfaces/kvtiff19_catalogue.h"
 
 namespace utdata {
+
+/// A number in stored units, or a text.
+using FieldValue = std::variant<double, std::string>;
 
 /// One field of one descriptor.
 class UTDATA_API Field {
@@ -38,11 +42,15 @@ class UTDATA_API Field {
   [[nodiscard]] std::string Text() const;             ///< throws when it is no text
   [[nodiscard]] std::vector<double> Numbers() const;  ///< throws when it is not several numbers
 
+  /// The number or text; throws when it is neither.
+  [[nodiscard]] FieldValue Value() const;
   /// As people read it: "12.5 mm", "negative", "0x00FF80", a text in quotes.
   /// @param digits significant ones of a quantity
   [[nodiscard]] std::string Show(int digits = 6) const;
   /// What it takes: "0 to 1000 µs", "no, yes".
   [[nodiscard]] std::string Range() const;
+  /// Whether a number is within the range, or one of the choices.
+  [[nodiscard]] bool Takes(double number) const;
   /// Whether the same field of another descriptor has the same value. A NaN is the same as another.
   [[nodiscard]] bool SameAs(const Field& other) const;
 

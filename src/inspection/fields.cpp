@@ -144,6 +144,11 @@ std::vector<double> Field::Numbers() const {
   return m_info->access.numbers(m_group);
 }
 
+FieldValue Field::Value() const {
+  if (m_info->kind == FieldKind::Text) return Text();
+  return Number();
+}
+
 std::string Field::Show(int digits) const {
   switch (m_info->kind) {
     case FieldKind::Text:
@@ -189,6 +194,16 @@ std::string Field::Range() const {
   return "numbers";
 }
 
+bool Field::Takes(double number) const {
+  if (m_info->kind == FieldKind::Choice)
+    return std::ranges::any_of(m_info->choices,
+                               [=](const FieldChoice& choice) { return choice.value == number; });
+  // A bound that is converted on the way here stays within.
+  constexpr double slack = 1e-12;
+  const double low = m_info->minimum * Unit().scale, high = m_info->maximum * Unit().scale;
+  return number >= low - slack * std::abs(low) && number <= high + slack * std::abs(high);
+}
+
 bool Field::SameAs(const Field& other) const {
   const SCFile::FieldAccess& access = m_info->access;
   const auto same = [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); };
@@ -208,21 +223,12 @@ void EditableField::CheckEditable() const {
 void EditableField::Set(double number) const {
   CheckEditable();
   if (!m_info->access.number) Refuse("is not a number");
-  const double scale = Unit().scale;
-  const std::string written = "'" + Digits(number / scale, everyDigit) + "'";
-  if (m_info->kind == FieldKind::Choice) {
-    const auto isIt = [=](const FieldChoice& choice) { return choice.value == number; };
-    if (std::ranges::none_of(m_info->choices, isIt))
-      Refuse(written + " is none of " + ChoicesText(*m_info));
-  } else {
-    // A bound that is converted on the way here stays within.
-    constexpr double slack = 1e-12;
-    const double low = m_info->minimum * scale, high = m_info->maximum * scale;
-    if (!(number >= low - slack * std::abs(low) && number <= high + slack * std::abs(high)))
-      Refuse(written + " is not within " + Range());
-    if (m_info->kind != FieldKind::Quantity && number != std::floor(number))
-      Refuse(written + " is not a whole number");
-  }
+  const std::string written = "'" + Digits(number / Unit().scale, everyDigit) + "'";
+  if (!Takes(number))
+    Refuse(written + (m_info->kind == FieldKind::Choice ? " is none of " : " is not within ") +
+           Range());
+  if (m_info->kind != FieldKind::Quantity && number != std::floor(number))
+    Refuse(written + " is not a whole number");
   m_info->access.setNumber(m_changed, number);
 }
 
