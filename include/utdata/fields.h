@@ -42,7 +42,7 @@ class UTDATA_API Field {
   [[nodiscard]] std::string Text() const;             ///< throws when it is no text
   [[nodiscard]] std::vector<double> Numbers() const;  ///< throws when it is not several numbers
 
-  /// The number or text; throws when it is neither.
+  /// The number or text; of several numbers what Show gives.
   [[nodiscard]] FieldValue Value() const;
   /// As people read it: "12.5 mm", "negative", "0x00FF80", a text in quotes.
   /// @param digits significant ones of a quantity
@@ -95,10 +95,11 @@ class UTDATA_API Fields {
   /// Throws Error, with names like that one, when there is no such field.
   [[nodiscard]] Field operator[](std::string_view key) const;
 
-  /// The ids that name the group: ("gate", 1), ("channel", 0). None of a type that an inspection
-  /// has one group of.
+  /// The ids that name the group, its own first: ("gate", 1), ("channel", 0). None of a type that
+  /// an inspection has one group of.
   [[nodiscard]] std::vector<std::pair<std::string, std::uint32_t>> Ids() const;
-  /// "gate 1 of channel 0"; of a type without ids its name.
+  /// "gate 1 of channel 0", "A-scan of channel 0, sub-channel 0, gate 0, patch 0"; of a type
+  /// without ids its name.
   [[nodiscard]] std::string Name() const;
 
  protected:

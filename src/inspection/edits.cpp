@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "src/foundation/dataclass.h"
+#include "src/inspection/fieldchange.h"
 #include "src/inspection/groupitems.h"
 
 namespace utdata {
@@ -18,6 +19,20 @@ struct GroupKind {
   std::string (*name)(InspectionState& inspection, const void* item);
   std::vector<FieldChange> (*change)(InspectionState& inspection, void* item, FieldTexts values);
 };
+
+void AddChanges(const std::string& group,
+                const Fields& before,
+                const Fields& after,
+                std::vector<FieldChange>& changes) {
+  constexpr int everyDigit = 9;  // of what a file holds
+  for (const Field& is : after.All()) {
+    const Field was = before[is.Key()];
+    if (is.SameAs(was)) continue;
+    const int digits = was.Show() == is.Show() ? everyDigit : 6;
+    changes.push_back(
+        {group, &is.Info(), was.Value(), is.Value(), was.Show(digits), is.Show(digits)});
+  }
+}
 
 namespace {
 
@@ -88,17 +103,6 @@ struct GroupItems<CGDataTypeFDD> {
 
 namespace {
 
-FieldChange ChangeOf(std::string group, const Field& before, const Field& after) {
-  constexpr int everyDigit = 9;  // of what a file holds
-  FieldChange change = {
-      std::move(group), &before.Info(), before.Value(), after.Value(), before.Show(), after.Show()};
-  if (change.shownBefore == change.shownAfter) {
-    change.shownBefore = before.Show(everyDigit);
-    change.shownAfter = after.Show(everyDigit);
-  }
-  return change;
-}
-
 template <class Item, class Descriptor>
 std::string NameOf(InspectionState& inspection, const Item& item, const Descriptor& record) {
   if constexpr (std::is_same_v<Item, CIData>) {
@@ -118,19 +122,14 @@ void Take(InspectionState& inspection,
           std::vector<FieldChange>& changes) {
   const Descriptor before = *GroupItems<Descriptor>::Record(item);
   const Fields was(before), wanted(record);
-  const std::vector<Field> all = was.All();
-  if (std::ranges::all_of(all, [&](const Field& field) {
-        return !field.Info().IsEditable() || field.SameAs(wanted[field.Key()]);
-      }))
+  if (std::ranges::all_of(was.All(),
+                          [&](const Field& field) { return field.SameAs(wanted[field.Key()]); }))
     return;
   GroupItems<Descriptor>::Change(item, record);
   if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
     if (IsMaster(record.dataClass)) return;
   const std::string name = NameOf(inspection, item, record);
-  const Fields is(*GroupItems<Descriptor>::Record(item));
-  for (const Field& field : all)
-    if (field.Info().IsEditable() && !field.SameAs(is[field.Key()]))
-      changes.push_back(ChangeOf(name, field, is[field.Key()]));
+  AddChanges(name, was, Fields(*GroupItems<Descriptor>::Record(item)), changes);
 }
 
 // ---- what agrees with a change

@@ -113,6 +113,19 @@ const FieldInfo& FindField(const GroupTypeInfo& type, std::string_view key) {
       "is no field of a " + std::string(type.name) + (near.empty() ? "" : "; near ones: " + near));
 }
 
+/// Whether an id is the group's own, not that of what it belongs to.
+bool IsOwn(const GroupTypeInfo& type, const FieldInfo& id) { return type.key.ends_with(id.idName); }
+
+/// The ids, the group's own first.
+std::vector<const FieldInfo*> IdFields(const GroupTypeInfo& type) {
+  std::vector<const FieldInfo*> ids;
+  for (const FieldInfo& info : type.fields)
+    if (!info.idName.empty()) ids.push_back(&info);
+  std::stable_partition(
+      ids.begin(), ids.end(), [&](const FieldInfo* id) { return IsOwn(type, *id); });
+  return ids;
+}
+
 }  // namespace
 
 std::string ChoiceName(const FieldInfo& field, double value) {
@@ -145,8 +158,8 @@ std::vector<double> Field::Numbers() const {
 }
 
 FieldValue Field::Value() const {
-  if (m_info->kind == FieldKind::Text) return Text();
-  return Number();
+  if (m_info->access.number) return Number();
+  return m_info->kind == FieldKind::Text ? Text() : Show();
 }
 
 std::string Field::Show(int digits) const {
@@ -270,16 +283,24 @@ Field Fields::operator[](std::string_view key) const {
 
 std::vector<std::pair<std::string, std::uint32_t>> Fields::Ids() const {
   std::vector<std::pair<std::string, std::uint32_t>> ids;
-  for (const FieldInfo& info : m_type->fields)
-    if (!info.idName.empty())
-      ids.emplace_back(info.idName, static_cast<std::uint32_t>(info.access.number(m_group)));
+  for (const FieldInfo* info : IdFields(*m_type))
+    ids.emplace_back(info->idName, static_cast<std::uint32_t>(info->access.number(m_group)));
   return ids;
 }
 
 std::string Fields::Name() const {
   std::string text;
-  for (const auto& [name, value] : Ids())
-    text += (text.empty() ? "" : " of ") + name + " " + std::to_string(value);
+  std::size_t quantity = 0;
+  for (const FieldInfo* info : IdFields(*m_type)) {
+    if (quantity > 0) text += quantity == 1 ? " of " : ", ";
+    const double id = info->access.number(m_group);
+    std::string name = ChoiceName(*info, id);
+    if (name.empty())
+      name = std::string(IsOwn(*m_type, *info) ? m_type->name : info->idName) + " " +
+             Digits(id, everyDigit);
+    text += name;
+    ++quantity;
+  }
   std::replace(text.begin(), text.end(), '_', '-');
   return text.empty() ? std::string(m_type->name) : text;
 }
