@@ -18,23 +18,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// A unit by the name that a description gives it, as a multiple of a base unit.
-struct Unit {
-  std::string_view name;
-  kvt_enumUnits units;
-  double factor;
-};
-constexpr Unit unitNames[] = {{"", kvt_UnitNone, 1},
-                              {"s", kvt_UnitSecond, 1},
-                              {"m", kvt_UnitMetre, 1},
-                              {"degree", kvt_UnitDegree, 1},
-                              {"%", kvt_UnitPercent, 1},
-                              {"dB", kvt_UnitDecibel, 1},
-                              {"V", kvt_UnitVolt, 1},
-                              {"us", kvt_UnitSecond, 1e-6},
-                              {"ns", kvt_UnitSecond, 1e-9},
-                              {"mm", kvt_UnitMetre, 1e-3}};
-
 struct NumberField {
   const char* name;
   float CGDataTypeFDD::*field;
@@ -136,10 +119,10 @@ class RecordReader {
     const std::string called = name.is_string() ? name.get<std::string>() : "an axis";
     if (!axis.is_object() || axis.value("quantity", Json()) != Json(quantity))
       Refuse(called, "has not the array's quantity, " + std::to_string(quantity));
-    const Unit& unit = UnitOf(axis, called);
-    const double step = Number(axis.value("step", Json()), "step of " + called) * unit.factor;
-    const double first = Number(axis.value("first", Json()), "first of " + called) * unit.factor;
-    return Place(called, unit.units, static_cast<float>(first), static_cast<float>(step));
+    const ArrayUnit& unit = UnitOf(axis, called);
+    const double step = Number(axis.value("step", Json()), "step of " + called) / unit.perBase;
+    const double first = Number(axis.value("first", Json()), "first of " + called) / unit.perBase;
+    return Place(called, unit.base, static_cast<float>(first), static_cast<float>(step));
   }
 
   [[noreturn]] void Refuse(const std::string& what, const std::string& why) const {
@@ -182,14 +165,11 @@ class RecordReader {
     return found->axis;
   }
 
-  const Unit& UnitOf(const Json& axis, const std::string& called) const {
+  const ArrayUnit& UnitOf(const Json& axis, const std::string& called) const {
     const Json name = axis.value("unit", Json(""));
-    const auto* found = std::find_if(std::begin(unitNames),
-                                     std::end(unitNames),
-                                     [&](const Unit& unit) { return name == Json(unit.name); });
-    if (found == std::end(unitNames))
-      Refuse("unit of " + called, "is not m, mm, s, us, ns or degree");
-    return *found;
+    const ArrayUnit* unit = name.is_string() ? FindArrayUnit(name.get<std::string>()) : nullptr;
+    if (!unit) Refuse("unit of " + called, "is not m, mm, s, us, ns or degree");
+    return *unit;
   }
 
   float Number(const Json& value, const std::string& what) const {
@@ -209,21 +189,41 @@ class RecordReader {
   CGDataTypeFDD& m_record;
 };
 
-}  // namespace
-
-const char* UnitName(kvt_enumUnits units) {
-  const auto* found = std::find_if(std::begin(unitNames),
-                                   std::end(unitNames),
-                                   [=](const Unit& unit) { return unit.units == units; });
-  return found == std::end(unitNames) ? "" : found->name.data();
-}
-
+/// What a record says beside its axes, in base units.
 Json RecordJson(const CGDataTypeFDD& record) {
   Json json = Json::object();
   for (const CodeField& field : codeFields) json[field.name] = field.get(record);
   for (const NameField& field : nameFields) json[field.name] = ToUtf8(record.*field.field);
   for (const NumberField& field : numberFields) json[field.name] = JsonNumber(record.*field.field);
   return json;
+}
+
+}  // namespace
+
+Json DescriptionJson(const DescribedArray& array,
+                     const DataGroup& group,
+                     const std::string& holder) {
+  Json axes = Json::array();
+  for (const DescribedAxis& axis : array.axes)
+    axes.push_back({{"name", axis.name},
+                    {"label", axis.label},
+                    {"unit", axis.unit},
+                    {"quantity", axis.quantity},
+                    {"first", axis.first},
+                    {"step", axis.step}});
+  return {{"format", descriptionFormat},
+          {"version", descriptionVersion},
+          {"array", holder},
+          {"type", array.type->name},
+          {"shape", array.Shape()},
+          {"axes", axes},
+          {"values",
+           {{"name", array.values.name},
+            {"unit", array.values.unit},
+            {"scale", array.values.scale},
+            {"offset", array.values.offset}}},
+          {"group", DataGroupJson(group)},
+          {"record", RecordJson(group.Stored())}};
 }
 
 std::vector<ArrayAxis> ReadDescription(const ForeignArray& array, CGDataTypeFDD& record) {

@@ -58,6 +58,50 @@ ForeignArray ReadNpy(const std::string& path) {
           beside};
 }
 
+class ArrayFile final : public ArraySource {
+ public:
+  ArrayFile(const std::string& path, const ArrayLayout& layout)
+      : m_path(path), m_start(layout.start), m_sampleSize(layout.sampleSize) {
+    ThrowOn(os::CurrentFileSystem().Open(ToWide(path), os::OpenMode::Read, m_file));
+  }
+
+  void CheckSize(const ArrayLayout& layout, const std::string& remedy) {
+    std::uint64_t size = 0;
+    ThrowOn(m_file->Size(size));
+    std::uint64_t expected = 0;
+    const bool fits = layout.Size(expected);
+    size -= std::min(size, m_start);
+    if (fits && size == expected) return;
+    const auto& shape = layout.shape;
+    const std::string needed = fits ? std::to_string(expected) : "more than 18446744073709551615";
+    throw Failure(m_path,
+                  "does not fit the shape",
+                  "the file holds " + std::to_string(size) + " bytes" +
+                      (m_start > 0 ? " behind its header, " : ", ") + std::to_string(shape[0]) +
+                      " x " + std::to_string(shape[1]) + " x " + std::to_string(shape[2]) +
+                      " samples of " + std::to_string(layout.sampleSize) + " bytes are " + needed,
+                  remedy);
+  }
+
+  void Read(std::uint64_t firstElement, std::span<std::byte> bytes) override {
+    std::size_t done = 0;
+    ThrowOn(m_file->ReadAt(m_start + firstElement * m_sampleSize, bytes, done));
+    if (done != bytes.size())
+      throw Failure(m_path, "cannot be read", "the file became shorter while it was read");
+  }
+
+ private:
+  void ThrowOn(os::Error error) const {
+    if (error != os::Error::None)
+      throw Failure(m_path, "cannot be read", std::string(os::ErrorText(error)));
+  }
+
+  std::string m_path;
+  std::unique_ptr<os::File> m_file;
+  std::uint64_t m_start;
+  std::uint64_t m_sampleSize;
+};
+
 }  // namespace
 
 std::string DescriptionPath(const std::string& path) {
@@ -118,12 +162,12 @@ SampleMemory GatherArray(const ArrayName& name,
   if (name.format == ArrayFormat::Hdf5)
     return GatherHdf5(name.file, name.dataSet, layout, progress);
   const bool isRaw = name.format == ArrayFormat::Raw;
-  const auto source = OpenArrayFile(
-      name.file, layout, isRaw ? "check --shape and --dtype" : "write it again whole");
+  ArrayFile source(name.file, layout);
+  source.CheckSize(layout, isRaw ? "check --shape and --dtype" : "write it again whole");
   std::uint64_t size = 0;
   if (!layout.Size(size)) throw std::bad_alloc();
   SampleMemory gathered(new std::byte[size], [](std::byte* samples) { delete[] samples; });
-  GatherAScans(*source, layout, {gathered.get(), size}, progress);
+  GatherAScans(source, layout, {gathered.get(), size}, progress);
   return gathered;
 }
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "arrays/gather.h"
+#include "utdata/arrays.h"
 #include "utdata/newscan.h"
 
 namespace utdata::program {

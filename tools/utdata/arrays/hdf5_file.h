@@ -3,10 +3,9 @@
 
 #include <string>
 
-#include "arrays/described_array.h"
 #include "arrays/foreign_array.h"
-#include "arrays/gather.h"
 #include "terminal/new_file.h"
+#include "utdata/arrays.h"
 
 namespace utdata::program {
 

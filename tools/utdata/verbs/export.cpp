@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "arrays/described_array.h"
+#include "arrays/description.h"
 #include "arrays/foreign_array.h"
 #include "arrays/hdf5_file.h"
 #include "arrays/npy.h"
