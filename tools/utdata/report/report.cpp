@@ -5,7 +5,6 @@
 #include <string_view>
 #include <utility>
 
-#include "report/history.h"
 #include "report/page.h"
 #include "report/tables.h"
 #include "report/views.h"
