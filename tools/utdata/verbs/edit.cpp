@@ -20,25 +20,26 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* editExplanation =
-    "SELECTOR is the number of a group in the order of the file, from 0, or its ids (channel=0, or "
-    "gate=1,channel=0)\n"
-    "that match exactly one. 'info' and 'material' need none; a data group is named as 'render' "
-    "names it. Without\n"
-    "KEY=VALUE, the group's fields are shown with their keys, units and ranges, and nothing is "
-    "written. Values are in\n"
-    "the units shown.\n"
-    "\n"
-    "A change is written behind what is there (append), or beside it as the next numbered "
-    "companion. General\n"
-    "information is changed in a whole new file only (new).\n"
-    "\n"
-    "Keys and their units:\n";
+    R"(SELECTOR is the number of a group in the order of the file, from 0, or its ids (channel=0,
+or gate=1,channel=0) that match exactly one. 'info' and 'material' need none; a data group
+is named as 'render' names it. Without KEY=VALUE, the group's fields are shown with their
+keys, units and ranges, and nothing is written. Values are in the units shown.
 
-constexpr const char* editExample =
-    "\n"
-    "Example:\n"
-    "  utdata demo --force && utdata edit utdata-demo/weld.fpd gate gate=1 start=1.5 "
-    "positiveLevel=25\n";
+What repeats a value follows it: a channel has one sound speed, which its data groups take;
+a part thickness, and angles of a channel or sub-channel, go to the data groups that had the
+same.
+
+A change is written behind what is there (append), or beside it as the next numbered
+companion. General information is changed in a whole new file only (new).
+
+Keys and their units:
+)";
+
+constexpr const char* editExample = R"(
+Example:
+  utdata demo --force
+  utdata edit utdata-demo/weld.fpd gate gate=1 start=1.5 positiveLevel=25
+)";
 
 /// A type of groups as it is named on the command line, and its key in the catalogue.
 struct GroupWord {

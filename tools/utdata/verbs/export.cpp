@@ -22,18 +22,15 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* exportExample =
-    "SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly "
-    "one data group, as in\n"
-    "class=1,channel=0. A-scans become an array of rows x columns x samples, C-scans one of rows x "
-    "columns. Beside a "
-    ".npy file,\n"
-    "a .json file of the same name tells axes, units and ranges; an .h5 file has them in itself. "
-    "'utdata import' reads "
-    "both.\n"
-    "\n"
-    "Example:\n"
-    "  utdata demo --force && utdata export utdata-demo/weld.fpd --data 0 -o weld.npy\n"
-    "  python3 -c 'import numpy; print(numpy.load(\"weld.npy\").shape)'\n";
+    R"(SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly
+one data group, as in class=1,channel=0. A-scans become an array of rows x columns x
+samples, C-scans one of rows x columns. The .json file beside a .npy file gives axes, units
+and ranges; an .h5 file has them in itself. 'utdata import' reads both.
+
+Example:
+  utdata demo --force && utdata export utdata-demo/weld.fpd --data 0 -o weld.npy
+  python3 -c 'import numpy; print(numpy.load("weld.npy").shape)'
+)";
 
 struct ExportOptions {
   std::string file;
