@@ -321,8 +321,7 @@ DescribedArray DescribeArray(const DataGroup& group) {
   array.axes = AxesOf(group);
   CheckSamples(array, group);
   array.values = ValuesOf(group, *array.type);
-  array.label = group.Label();
-  array.label.erase(array.label.find_last_not_of(' ') + 1);
+  array.label = group.Caption();
   if (record.sampleUnits == kvt_UnitSecond && std::isfinite(record.soundSpeed) &&
       record.soundSpeed > 0)
     array.halfSoundSpeed = Shortest(record.soundSpeed) / 2;

@@ -42,6 +42,12 @@ std::string DataGroup::Label() const {
   return ToUtf8(label);
 }
 
+std::string DataGroup::Caption() const {
+  std::string caption = Label();
+  caption.erase(caption.find_last_not_of(' ') + 1);
+  return caption;
+}
+
 std::string DataGroup::IdLabel() const {
   std::wstring label, idLabel;
   m_row->item->idata3_GetChannelIdName(&label, &idLabel, 0);

@@ -180,6 +180,14 @@ std::vector<DataGroup> Inspection::DataOfChannel(std::uint32_t channel) const {
   return groups;
 }
 
+std::map<std::uint32_t, std::vector<DataGroup>> Inspection::DataByChannel() const {
+  std::map<std::uint32_t, std::vector<DataGroup>> channels;
+  for (const DataGroup& group : m_state->data)
+    if (group.IsListed()) channels[group.Descriptor().GetChannelID()];
+  for (auto& [channel, groups] : channels) groups = DataOfChannel(channel);
+  return channels;
+}
+
 std::optional<DataGroup> Inspection::DataOf(const CIData* item) const {
   DataRow* row = m_state->RowOf(item);
   return row ? std::optional(DataGroup(*m_state, *row)) : std::nullopt;
