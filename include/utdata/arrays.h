@@ -18,7 +18,7 @@ namespace utdata {
 
 /// A unit by the name that arrays give it, of a base unit.
 struct ArrayUnit {
-  std::string_view name;  ///< "m", "mm", "s", "us", "ns", "degree", "%", "dB", "V"; empty: none
+  std::string_view name;  ///< "m", "mm", "in", "s", "us", "ns", "degree", "%", "dB", "V", or empty
   kvt_enumUnits base;
   double perBase;  ///< of it in the base unit: 1000 mm in a metre
 };
@@ -59,8 +59,8 @@ struct DescribedArray {
   std::vector<DescribedAxis> axes;
   DescribedValues values;
   std::string label;  ///< of the data group
-  /// Metres of one-way sound path in a second of flight; 0 where it is not known, or the samples are
-  /// not in time.
+  /// Metres of one-way sound path in a second of flight; 0 where it is not known, or the samples
+  /// are not in time.
   double halfSoundSpeed = 0;
 
   [[nodiscard]] UTDATA_API std::vector<std::uint64_t> Shape() const;
@@ -93,7 +93,7 @@ struct ArrayLayout {
   [[nodiscard]] UTDATA_API bool Size(std::uint64_t& bytes) const;
 };
 
-/// Told how many bytes have been gathered, out of how many; may throw to stop.
+/// Called with how many bytes have been gathered, out of how many; what it throws ends the work.
 using GatherProgress = std::function<void(std::uint64_t done, std::uint64_t total)>;
 
 /// Where the elements of an array come from, in the order of its layout.

@@ -49,7 +49,8 @@ class UTDATA_API GroupHandle {
       : m_inspection(&inspection), m_kind(&kind), m_item(item) {}
 
   [[nodiscard]] const SCFile::GroupTypeInfo& Type() const;
-  /// "gate 1 of channel 0", of a data group "C 1 G1 C-scan position"; of a type without ids its name.
+  /// "gate 1 of channel 0", of a data group "C 1 G1 C-scan position"; of a type without ids its
+  /// name.
   [[nodiscard]] std::string Name() const;
   /// They show what the group holds at the time when they are asked.
   [[nodiscard]] Fields Values() const;

@@ -23,7 +23,8 @@ constexpr ArrayUnit arrayUnits[] = {{"", kvt_UnitNone, 1},
                                     {"V", kvt_UnitVolt, 1},
                                     {"us", kvt_UnitSecond, 1e6},
                                     {"ns", kvt_UnitSecond, 1e9},
-                                    {"mm", kvt_UnitMetre, 1e3}};
+                                    {"mm", kvt_UnitMetre, 1e3},
+                                    {"in", kvt_UnitMetre, 1 / 0.0254}};
 
 const char* SampleLabel(kvt_enumUnits units) {
   if (units == kvt_UnitSecond) return "two-way time of flight";

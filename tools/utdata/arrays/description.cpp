@@ -89,7 +89,7 @@ class RecordReader {
     throw Failure(m_holder,
                   "does not describe the array",
                   what + " " + why,
-                  "correct it, or take it away and tell the rest by options");
+                  "correct it, or remove it and give the rest as options");
   }
 
  private:
@@ -128,7 +128,7 @@ class RecordReader {
   const ArrayUnit& UnitOf(const Json& axis, const std::string& called) const {
     const Json name = axis.value("unit", Json(""));
     const ArrayUnit* unit = name.is_string() ? FindArrayUnit(name.get<std::string>()) : nullptr;
-    if (!unit) Refuse("unit of " + called, "is not m, mm, s, us, ns or degree");
+    if (!unit) Refuse("unit of " + called, "is not m, mm, in, s, us, ns or degree");
     return *unit;
   }
 

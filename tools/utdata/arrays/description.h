@@ -1,5 +1,5 @@
-// The description that travels with an exported array: how it is told, and how an import reads it
-// back into a data group's record.
+// The description that stands beside an exported array: how it is written, and how an import reads
+// it back into a data group's record.
 #pragma once
 
 #include <cstdint>

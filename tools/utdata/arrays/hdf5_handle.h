@@ -52,7 +52,7 @@ inline constexpr double samplesPatience = 60;
 /// Keeps the library from printing its errors.
 void SilenceHdf5();
 
-/// Told where a box of elements begins, its extents, and how many elements are in it; false stops.
+/// Takes a box of elements: where it begins, its extents, and how many there are; false stops.
 using TakeBox =
     std::function<bool(const hsize_t* start, const hsize_t* extent, std::uint64_t elements)>;
 

@@ -71,8 +71,8 @@ void ExportNpy(const ExportOptions& options, const Export& exported, Progress& p
 
 void ExportHdf5(const ExportOptions& options, const Export& exported, Progress& progress) {
   NewFile file(options.output, options.force);
-  const auto tell = [&](std::uint64_t done, std::uint64_t total) { progress.At(done, total); };
-  WriteHdf5(file, exported.array, exported.group, exported.description.dump(), tell);
+  const auto watch = [&](std::uint64_t done, std::uint64_t total) { progress.At(done, total); };
+  WriteHdf5(file, exported.array, exported.group, exported.description.dump(), watch);
   file.Commit();
 }
 
@@ -115,7 +115,7 @@ void ExportGroup(const ExportOptions& options) {
   ReportExport(options, exported);
 }
 
-/// Refuses an output whose name tells no format.
+/// Refuses an output whose name has no format.
 std::string CheckFormat(const std::string& path) {
   const ArrayName name(path);
   if (name.format != ArrayFormat::Raw && name.dataSet.empty()) return {};

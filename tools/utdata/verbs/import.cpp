@@ -142,7 +142,7 @@ void CheckHeaderOptions(const CLI::App& verb, ArrayFormat format) {
     return;
   }
   for (const char* name : {"--shape", "--dtype", "--big-endian"})
-    if (verb.count(name) > 0) throw CLI::ValidationError(name, "the array tells that itself");
+    if (verb.count(name) > 0) throw CLI::ValidationError(name, "the array has that in itself");
 }
 
 ForeignArray Describe(const ImportOptions& options, const ArrayName& name) {
@@ -177,7 +177,7 @@ std::vector<ArrayAxis> ChooseAxes(const ImportOptions& options,
                 "name each with --axes, as in column,sample or row,column");
 }
 
-/// Puts the quantities given on the command line into the record; tells which ones are nominal
+/// Puts the quantities given on the command line into the record. Returns which ones are nominal,
 /// unless a description came with the array.
 std::string SetQuantities(const ImportOptions& options, bool isDescribed, CGDataTypeFDD& record) {
   std::string nominal;
