@@ -1,9 +1,9 @@
-// One inspection: opened with its companions, its data groups at hand, edited, gated, and saved.
+// One inspection: opened with its companions, its data groups listed, edited, gated, and saved.
 //
 // An inspection does what every host of the given classes has to do: it is the document that they
-// reach back into, gives its volume base units before the first data item is made, attaches the
-// sample tables, keeps what items refer to alive, and tells data groups that are added from those
-// that are there already. The given classes stay reachable underneath.
+// call back, gives its volume base units before the first data item is made, attaches the sample
+// tables, keeps alive what items refer to, and distinguishes data groups that are added from those
+// that are there already. The given classes stay reachable.
 //
 // Texts and paths are UTF-8. What cannot be done is thrown as utdata::Error; no operation here
 // answers a failure in another way. An inspection is used by one thread at a time, except that
@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -95,6 +96,8 @@ class UTDATA_API Inspection {
   [[nodiscard]] std::vector<DataGroup> Masters() const;
   /// The data groups of one channel by sub-channel, then by the display order of their gates.
   [[nodiscard]] std::vector<DataGroup> DataOfChannel(std::uint32_t channel) const;
+  /// Those of each channel that the file set holds data groups of, by the channel's id.
+  [[nodiscard]] std::map<std::uint32_t, std::vector<DataGroup>> DataByChannel() const;
   /// The data group or master of an item; none for an item of another inspection.
   [[nodiscard]] std::optional<DataGroup> DataOf(const CIData* item) const;
 
@@ -122,7 +125,7 @@ class UTDATA_API Inspection {
   /// Writes the changes into the next numbered companion, which joins Files(). Throws when a
   /// companion is missing or was not read. @return its path
   std::string SaveCompanion();
-  /// Writes the changes at the end of the file that was read last. Throws when a companion of this
+  /// Writes the changes at the end of the last of Files(). Throws when a companion of this
   /// inspection is missing or was not read. @return its path
   std::string SaveAppended();
   /// Writes everything, changes included, as a new file; this inspection stays as it is.

@@ -4,6 +4,8 @@
 // pass over that bit unless they say otherwise. No locks, no state.
 #pragma once
 
+#include <string_view>
+
 #include "interfaces/kvtiff19_types.h"
 
 namespace utdata {
@@ -33,14 +35,14 @@ namespace utdata {
 [[nodiscard]] bool IsEddyCurrent(gdata_enumDataClass dataClass);
 /// Whether viewers show such data apart from A-scans and C-scans.
 [[nodiscard]] bool IsSpecial(gdata_enumDataClass dataClass);
-/// Whether the item of these ids that is there already is as good as a new one.
+/// Whether adding a group whose ids are taken is answered with the item that has them.
 [[nodiscard]] bool IsShared(gdata_enumDataClass dataClass);
 /// Whether samples are in the machine's byte order, whatever the record says.
 [[nodiscard]] bool IsInNativeOrder(gdata_enumDataClass dataClass);
 /// Whether a master gathers the data groups of a channel's sub-channels: those of A-scans of a
 /// channel, those of C-scans of a channel and gate. A master itself is gathered by none.
 [[nodiscard]] bool IsGathered(gdata_enumDataClass dataClass);
-/// "A-scan"; null for a class that is not known.
-[[nodiscard]] const char* ClassName(gdata_enumDataClass dataClass);
+/// "A-scan", as the catalogue of fields has it; empty for a class that is not known.
+[[nodiscard]] std::string_view ClassName(gdata_enumDataClass dataClass);
 
 }  // namespace utdata

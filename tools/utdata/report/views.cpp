@@ -35,12 +35,6 @@ bool HaveSameCells(const DataGroup& a, const DataGroup& b) {
          a.ColumnQuantity() == b.ColumnQuantity();
 }
 
-std::string Name(const DataGroup& group) {
-  std::string label = group.Label();
-  label.erase(label.find_last_not_of(' ') + 1);
-  return label;
-}
-
 /// Percent of full scale of one step of the samples, on either side of zero.
 Json AmplitudeJson(const DataGroup& group) {
   const AmplitudeScale scale = group.Amplitudes();
@@ -79,10 +73,10 @@ class ViewMaker {
 
  private:
   [[nodiscard]] std::string Title(std::size_t index) const {
-    return "data group " + std::to_string(index) + " (" + Name(m_groups[index]) + ")";
+    return "data group " + std::to_string(index) + " (" + m_groups[index].Caption() + ")";
   }
 
-  /// A group that cannot be shown is told of in the page, which shows the others.
+  /// The page names a group that cannot be shown, and shows the others.
   template <class Job>
   void Try(Job&& job) {
     try {
@@ -98,7 +92,7 @@ class ViewMaker {
   }
 
   static Json Frame(const DataGroup& group) {
-    return {{"label", Name(group)},
+    return {{"label", group.Caption()},
             {"kind", group.ClassName()},
             {"columns", AxisJson(group.Columns(), "column")},
             {"rows", AxisJson(group.Rows(), "row")},
@@ -111,7 +105,8 @@ class ViewMaker {
     const std::vector<std::uint16_t> values(peaks.values.begin(), peaks.values.end());
     const bool hasPositions = group.HoldsPositions();
     Json layer = {
-        {"label", group.HasAScans() ? "largest amplitude" : group.ClassName() + " " + Name(group)},
+        {"label",
+         group.HasAScans() ? "largest amplitude" : group.ClassName() + " " + group.Caption()},
         {"values", Pack(values)},
         {"signed", samples.IsSigned()},
         {"strongest", peaks.strongest.cell}};
@@ -123,7 +118,7 @@ class ViewMaker {
     return layer;
   }
 
-  /// The largest amplitudes and, if there is room, the samples; then the C-scans of the same cells.
+  /// The largest amplitudes and, within the limit, the samples; then the C-scans of the same cells.
   void AddAScans(std::size_t number, std::vector<bool>& isLayer) {
     const DataGroup& group = m_groups[number];
     const Samples samples = group.Samples();
@@ -160,7 +155,7 @@ class ViewMaker {
     const std::uint64_t vector = samples.SamplesPerCell();
     if (vector > m_room / 2 / cells) {
       m_made.missing.push_back(
-          "A-scans of " + Name(group) + ": " + Bytes(2 * vector * cells) + " of samples and " +
+          "A-scans of " + group.Caption() + ": " + Bytes(2 * vector * cells) + " of samples and " +
           Bytes(m_room) + " of the limit of " + Bytes(m_limit) +
           " left; only the largest amplitude of each A-scan is in this report");
       return nullptr;
