@@ -14,7 +14,7 @@ namespace utdata::program {
 /// @param full whole arrays and texts; else the first few elements
 [[nodiscard]] nlohmann::ordered_json TreeJson(SCFile::FileHandle file, bool full);
 
-/// What TreeJson tells, for people: one line per group and item, indented by depth.
+/// The same for people: one line per group and item, indented by depth.
 [[nodiscard]] std::string TreeText(const nlohmann::ordered_json& tree);
 
 }  // namespace utdata::program
