@@ -13,6 +13,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -260,6 +261,52 @@ UTDATA_API int file_MakeCompanion(FileHandle file,
                                   std::uint32_t number,
                                   const FileIdentity& base,
                                   const FileState& predecessor);
+
+/// What a write says of itself in its top group: items of these codes, behind the groups.
+enum SignatureItem : std::uint32_t {
+  sign_When = 1,  ///< value_Int64: microseconds since the start of 1970, UTC
+  sign_Program,   ///< value_Text, as those that follow
+  sign_Version,
+  sign_Author,
+  sign_Reason
+};
+
+/// "when", "program", ...; empty for another code.
+[[nodiscard]] UTDATA_API const char* file_SignatureItemName(std::uint32_t itemCode) noexcept;
+
+/// By what, by whom and why a file is written; what is empty is not said, and without a program it
+/// is this library.
+struct Signature {
+  std::wstring program;
+  std::wstring version;
+  std::wstring author;
+  std::wstring reason;
+};
+
+/// While it stands, what this thread writes is signed with it, also by a layer above that takes no
+/// signature. Scopes end in the reverse of the order in which they were made, on the same thread.
+class UTDATA_API SigningScope {
+ public:
+  explicit SigningScope(Signature signature);
+  SigningScope(const SigningScope&) = delete;
+  SigningScope& operator=(const SigningScope&) = delete;
+  ~SigningScope();
+
+ private:
+  Signature m_signature;
+  const Signature* m_before;
+};
+
+/// What was found about a write.
+struct WriteSignature {
+  std::optional<std::int64_t> when;  ///< as sign_When; any number at all
+  Signature by;
+};
+
+/// Appends the items of the signature that stands to an uncommitted top group, with the time.
+UTDATA_API int file_Sign(GroupHandle top);
+/// What a committed top group says of its write: of each code the first item of the right type.
+UTDATA_API int file_ReadSignature(const Node* top, WriteSignature* signature);
 
 /// Receives how far file_Verify has read the sample blocks: bytes done and in all. Returns false to
 /// stop.

@@ -161,7 +161,8 @@ class UTDATA_API CFCont {
                                          CDataNewGroup* newGroups,
                                          std::vector<utdata::CompanionFault>& faults);
 
-  /// Writes a descriptor and commits it.
+  /// Writes a descriptor and commits it, signed with the time and the SCFile::SigningScope that
+  /// stands on this thread.
   /// - `loaded` null: a new file at the path of `descriptor`; `newFile` non-zero refuses an
   ///   existing file, zero replaces one. The file's handle is returned through `file` and belongs
   ///   to the caller, who closes it.

@@ -61,6 +61,15 @@ struct DataQuery {
   std::optional<std::uint32_t> patch = {};
 };
 
+/// By whom and why something is saved, and by what program; what is empty is not said, and without
+/// a program it is the library. Every write carries it, with the time (utdata::HistoryOf).
+struct Signature {
+  std::string author = {};
+  std::string reason = {};
+  std::string program = {};
+  std::string version = {};  ///< of the program
+};
+
 /// Moved, never copied. Handles to its parts (DataGroup, GateHandle) are good while it lives.
 class UTDATA_API Inspection {
  public:
@@ -125,13 +134,13 @@ class UTDATA_API Inspection {
   [[nodiscard]] bool IsModified() const;
   /// Writes the changes into the next numbered companion, which joins Files(). Throws when a
   /// companion is missing or was not read. @return its path
-  std::string SaveCompanion();
+  std::string SaveCompanion(const Signature& signature = {});
   /// Writes the changes at the end of the last of Files(). Throws when a companion of this
   /// inspection is missing or was not read. @return its path
-  std::string SaveAppended();
+  std::string SaveAppended(const Signature& signature = {});
   /// Writes everything, changes included, as a new file; this inspection stays as it is.
   /// @param replace an existing file; else it stays and the save fails
-  void SaveAs(const std::string& path, bool replace = false);
+  void SaveAs(const std::string& path, bool replace = false, const Signature& signature = {});
 
   // ---- the given classes underneath, owned by the inspection
 

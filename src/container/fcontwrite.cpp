@@ -186,7 +186,7 @@ int CFCont::WriteNewFileDescriptor(SCFile::FileHandle file,
   ForEach(WrittenBeforeDefects(), writeWhole);
   if (descriptor->defectTableFlag != 0) WriteDefectTable(*topGroup, descriptor->defects);
   ForEach(WrittenAfterDefects(), writeWhole);
-  return SCFile::status_Ok;
+  return SCFile::file_Sign(*topGroup);
 }
 
 int CFCont::WriteExistingFileDescriptor(SCFile::FileHandle file,
@@ -201,5 +201,5 @@ int CFCont::WriteExistingFileDescriptor(SCFile::FileHandle file,
   ForEach(Modified(), writeChanges);
   if (descriptor->defectTableFlag != 0) WriteDefectTable(top, descriptor->defects);
   ForEach(WrittenAfterDefects(), writeChanges);
-  return SCFile::status_Ok;
+  return SCFile::file_Sign(top);
 }

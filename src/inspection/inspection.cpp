@@ -127,6 +127,14 @@ void Settle(InspectionState& state, const Changes& changes) {
     material->ismat1_ModifClear();
 }
 
+/// Throws when a text of it is not one.
+SCFile::Signature Wide(const Signature& signature) {
+  return {ToWide(signature.program),
+          ToWide(signature.version),
+          ToWide(signature.author),
+          ToWide(signature.reason)};
+}
+
 void CheckSomething(const InspectionState& state, const Changes& changes) {
   if (changes.isEmpty) throw Error(state.path, cannotBeWritten, "nothing has changed");
 }
@@ -265,7 +273,7 @@ GateHandle Inspection::Gate(std::uint32_t channel, std::uint32_t gate) const {
 
 bool Inspection::IsModified() const { return !Changes(*m_state).isEmpty; }
 
-std::string Inspection::SaveCompanion() {
+std::string Inspection::SaveCompanion(const Signature& signature) {
   constexpr std::size_t listed = 98;  // the next one would never be read
   Changes changes(*m_state);
   CheckSomething(*m_state, changes);
@@ -279,6 +287,7 @@ std::string Inspection::SaveCompanion() {
                 "it has 98 companions, and no more are read",
                 "write everything as a new file");
   const auto filesBefore = loaded.files.GetCount();
+  const SCFile::SigningScope signing(Wide(signature));
   const int status = CFCont().FileWrite(&loaded, &changes.groups, 1, nullptr, nullptr, 0);
   const Error failure = Error::OfFileLayer(status, Path(), what);
   if (status == SCFile::status_NotDurable) Settle(*m_state, changes);  // it is written all the same
@@ -292,12 +301,13 @@ std::string Inspection::SaveCompanion() {
   return LastFile(*m_state);
 }
 
-std::string Inspection::SaveAppended() {
+std::string Inspection::SaveAppended(const Signature& signature) {
   Changes changes(*m_state);
   CheckSomething(*m_state, changes);
   CheckInPlace(*m_state);
   CheckNothingIsLeftOut(*m_state, cannotBeWritten, true);
   CFContTypeFileDescr& loaded = *m_state->descriptor;
+  const SCFile::SigningScope signing(Wide(signature));
   const int status = CFCont().FileWrite(&loaded, &changes.groups, 0, nullptr, nullptr, 0);
   if (status != SCFile::status_Ok)
     throw Error::OfFileLayer(status, LastFile(*m_state), cannotBeWritten);
@@ -305,7 +315,7 @@ std::string Inspection::SaveAppended() {
   return LastFile(*m_state);
 }
 
-void Inspection::SaveAs(const std::string& path, bool replace) {
+void Inspection::SaveAs(const std::string& path, bool replace, const Signature& signature) {
   for (const std::string& file : Files()) {
     std::error_code ignored;
     if (std::filesystem::equivalent(file, path, ignored))
@@ -318,6 +328,7 @@ void Inspection::SaveAs(const std::string& path, bool replace) {
   copy.defectTableFlag = copy.defects.IsEmpty() ? 0 : 1;
   SCFile::GroupHandle top = nullptr;
   SCFile::FileHandle file = nullptr;
+  const SCFile::SigningScope signing(Wide(signature));
   const int status = CFCont().FileWrite(nullptr, &copy, replace ? 0 : 1, &top, &file, 0);
   const Error failure = Error::OfFileLayer(status, path, cannotBeWritten);
   if (file) SCFile::file_Close(file);  // everything is committed, or nothing is to be

@@ -155,5 +155,43 @@ TEST_F(CompanionsTest, ACopyOfTheBaseIsABaseToo) {
   EXPECT_EQ(Run("verify new.fpd").status, 1);
 }
 
+TEST_F(CompanionsTest, TheHistoryListsEveryWrite) {
+  ASSERT_EQ(
+      Run("edit weld.fpd channel 0 gain=4 --author 'A B' --reason 'too low' --as companion").status,
+      0);
+  const ProgramResult result =
+      RunShell("sh", "UTDATA_AUTHOR=CD utdata edit weld.fpd channel 0 gain=5 name='x\ty'");
+  ASSERT_EQ(result.status, 0) << result.error;
+  const Json history = RunJson("info weld.fpd --history --json")["history"];
+  ASSERT_EQ(history.size(), 6U);
+  const auto says = [&](std::size_t at) {
+    const Json& event = history[at];
+    return event["file"].get<std::string>() + " " + std::to_string(event["write"].get<int>()) +
+           " " + event["program"].get<std::string>() + " by " + event["author"].get<std::string>() +
+           ": " + event["reason"].get<std::string>();
+  };
+  EXPECT_EQ(says(0), "weld.fpd 1 utdata by : ");
+  EXPECT_EQ(says(4), "weld.A04 1 utdata by A B: too low");
+  EXPECT_EQ(says(5), "weld.A04 2 utdata by CD: ");
+  EXPECT_TRUE(history[0]["changes"].empty());
+  EXPECT_EQ(history[4]["changes"], Json::parse(R"([{"group": "channel 0", "added": false, "fields":
+                            [{"field": "gain", "before": "3 dB", "after": "4 dB"}]}])"));
+  const std::string text = Run("info weld.fpd --history").out;
+  EXPECT_NE(text.find(" UTC, utdata "), std::string::npos) << text;
+  EXPECT_NE(text.find(", by A B: too low\n  channel 0: gain 3 dB -> 4 dB\n"), std::string::npos)
+      << text;
+  EXPECT_NE(text.find("name \"\" -> \"x\\x09y\"\n"), std::string::npos) << text;
+  EXPECT_EQ(Run("info weld.fpd").out.find("UTC"), std::string::npos);
+  const std::string tree = Run("tree weld.A04").out;
+  EXPECT_NE(tree.find("4    author                text   \"A B\""), std::string::npos) << tree;
+  // An environment that is no text is refused before anything is written.
+  const auto before = ReadFile(At("weld.A04"));
+  ExpectOneLine(
+      RunShell("sh", "UTDATA_AUTHOR=$(printf '\\377') utdata edit weld.fpd channel 0 gain=6"),
+      1,
+      "not valid UTF-8");
+  EXPECT_EQ(ReadFile(At("weld.A04")) == before, true);
+}
+
 }  // namespace
 }  // namespace utdata::test

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "listing/data_rows.h"
+#include "listing/history.h"
 #include "terminal/output.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
@@ -133,6 +134,7 @@ nlohmann::ordered_json InfoJson(const Inspection& inspection, const InfoContent&
                                    {"data", data},
                                    {"masters", MastersJson(inspection)}};
   if (result["role"].get<std::string>().empty()) result.erase("role");
+  if (content.history) result["history"] = HistoryJson(inspection);
   if (!content.sorted) return result;
   result["sorted"] = nlohmann::ordered_json::array();
   for (const auto& [channel, ofChannel] : inspection.DataByChannel()) {
@@ -151,7 +153,8 @@ std::string InfoText(const Inspection& inspection, const InfoContent& content) {
     text += "it is    " + Printable(role) + ", shown without the rest\n";
   text += "groups   " + GroupsText(inspection) + "\n";
   AddTitles(inspection, text);
-  if (inspection.Data().empty()) return text;
+  const std::string history = content.history ? "\n" + HistoryText(inspection) : "";
+  if (inspection.Data().empty()) return text + history;
   const Groups groups = GroupsOf(inspection, content.sorted);
   text += "\n" + KindTable(groups) + "\n";
   text += TableOfGroups(
@@ -159,7 +162,7 @@ std::string InfoText(const Inspection& inspection, const InfoContent& content) {
   const std::string masters = MastersText(inspection);
   if (!masters.empty()) text += "\n" + masters;
   if (content.hash) text += "\n" + HashLines(groups, content.quiet);
-  return text;
+  return text + history;
 }
 
 std::string DataGroupTable(const Inspection& inspection) { return KindTable(inspection.Data()); }

@@ -11,8 +11,9 @@ namespace utdata::program {
 struct InfoContent {
   bool hash = false;  ///< adds the SHA-256 of each data group's samples
   bool sorted =
-      false;           ///< data groups by channel, sub-channel and the display order of their gates
-  bool quiet = false;  ///< shows no progress
+      false;  ///< data groups by channel, sub-channel and the display order of their gates
+  bool history = false;  ///< adds each write and what it changed
+  bool quiet = false;    ///< shows no progress
 };
 
 /// Path, files, group counts, one object per data group in the order of the file, and one per

@@ -17,8 +17,10 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::size_t shownElements = 8;     ///< of a long array
-constexpr std::size_t shownCharacters = 60;  ///< of a long text
+constexpr std::uint32_t topCode = 0;             ///< of the groups that a write makes
+constexpr std::uint32_t ofNoGroup = 0xFFFFFFFF;  ///< a file, which has no code
+constexpr std::size_t shownElements = 8;         ///< of a long array
+constexpr std::size_t shownCharacters = 60;      ///< of a long text
 
 void Require(int status, const SCFile::Node* node) {
   if (status != SCFile::status_Ok)
@@ -109,17 +111,19 @@ std::string TypeName(std::uint32_t code) {
   return (code == type->primaryCode ? "" : "modified ") + std::string(type->name);
 }
 
-std::string FieldName(const SCFile::GroupTypeInfo* type, std::uint32_t itemCode) {
+std::string FieldName(std::uint32_t groupCode, std::uint32_t itemCode) {
+  if (groupCode == topCode) return SCFile::file_SignatureItemName(itemCode);
+  const SCFile::GroupTypeInfo* type = SCFile::file_GroupType(groupCode);
   const SCFile::FieldInfo* field = type ? type->Find(itemCode) : nullptr;
   return field ? std::string(field->key) : std::string();
 }
 
 Json ValueJson(const SCFile::Node* group,
-               const SCFile::GroupTypeInfo* type,
+               std::uint32_t groupCode,
                std::uint32_t index,
                const Item& item,
                bool full) {
-  Json value = {{"code", item.code}, {"name", FieldName(type, item.code)}};
+  Json value = {{"code", item.code}, {"name", FieldName(groupCode, item.code)}};
   const ValueType& valueType =
       valueTypes[item.valueType < std::size(valueTypes) ? item.valueType : 1];
   value["type"] = valueType.name;
@@ -137,12 +141,12 @@ Json ValueJson(const SCFile::Node* group,
 }
 
 /// The format bounds the depth of groups, and the file was checked when it was opened.
-Json ItemsJson(SCFile::Node* parent, const SCFile::GroupTypeInfo* type, bool full) {
+Json ItemsJson(SCFile::Node* parent, std::uint32_t code, bool full) {
   Json items = Json::array();
   for (std::uint32_t index = 0; index < SCFile::file_ItemNbrGet(parent); ++index) {
     const Item item = ReadItem(parent, index);
     if (item.kind == SCFile::kind_Value) {
-      items.push_back(ValueJson(parent, type, index, item, full));
+      items.push_back(ValueJson(parent, code, index, item, full));
       continue;
     }
     SCFile::GroupHandle group = nullptr;
@@ -151,7 +155,7 @@ Json ItemsJson(SCFile::Node* parent, const SCFile::GroupTypeInfo* type, bool ful
                      {"name", item.name},
                      {"type", "group"},
                      {"group_type", TypeName(item.code)}});
-    items.back()["items"] = ItemsJson(group, SCFile::file_GroupType(item.code), full);
+    items.back()["items"] = ItemsJson(group, item.code, full);
   }
   return items;
 }
@@ -194,7 +198,7 @@ void AppendText(const Json& items, std::size_t depth, std::string& text) {
 Json TreeJson(SCFile::FileHandle file, bool full) {
   return {{"path", ToUtf8(SCFile::file_Path(file))},
           {"commits", SCFile::file_CommitNumber(file)},
-          {"groups", ItemsJson(file, nullptr, full)}};
+          {"groups", ItemsJson(file, ofNoGroup, full)}};
 }
 
 std::string TreeText(const Json& tree) {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "listing/history.h"
 #include "report/page.h"
 #include "report/tables.h"
 #include "report/views.h"

@@ -2,33 +2,21 @@
 
 #include <cctype>
 #include <cmath>
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "listing/history.h"
 #include "terminal/quantity.h"
 #include "utdata/fields.h"
 #include "utdata/grouplists.h"
-#include "utdata/history.h"
 
 namespace utdata::program {
 namespace {
 
 using Json = nlohmann::ordered_json;
 using Rows = std::vector<std::pair<std::string, std::string>>;
-
-/// "refracted angle" of "refractedAngle".
-std::string Spoken(std::string_view key) {
-  std::string spoken;
-  for (const char character : key) {
-    const bool isCapital = std::isupper(static_cast<unsigned char>(character)) != 0;
-    if (isCapital && !spoken.empty()) spoken += ' ';
-    spoken += static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
-  }
-  return spoken;
-}
 
 /// A value of a field for a page: a text without quotes.
 std::string Plain(const FieldValue& value, const std::string& shown) {
@@ -47,7 +35,7 @@ void AddRows(Rows& rows, const Fields& group) {
     const bool isSaying =
         number ? info.kind == SCFile::FieldKind::Choice || (*number != 0 && std::isfinite(*number))
                : !std::get<std::string>(value).empty();
-    if (isSaying) rows.emplace_back(Spoken(field.Key()), Plain(value, field.Show(4)));
+    if (isSaying) rows.emplace_back(SpokenField(field.Key()), Plain(value, field.Show(4)));
   }
 }
 
@@ -86,23 +74,6 @@ Json TablesJson(const Inspection& inspection) {
   AddTables<CGDacTypeDescr>(tables, groups);
   AddTables<CGPatchTypeDescr>(tables, groups);
   return tables;
-}
-
-Json HistoryJson(const Inspection& inspection) {
-  Json events = Json::array();
-  for (const HistoryEvent& event : HistoryOf(inspection)) {
-    Json changes = Json::array();
-    for (const FieldChange& change : event.changes)
-      changes.push_back({Spoken(change.field->key),
-                         Plain(change.before, change.shownBefore),
-                         Plain(change.after, change.shownAfter)});
-    events.push_back({{"file", std::filesystem::path(event.file).filename().string()},
-                      {"write", event.write},
-                      {"what", event.group},
-                      {"added", changes.empty()},
-                      {"changes", std::move(changes)}});
-  }
-  return events;
 }
 
 Json DefectsJson(const Inspection& inspection) {

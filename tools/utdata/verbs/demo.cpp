@@ -34,6 +34,7 @@ constexpr const char* demoExample =
 struct DemoOptions {
   std::string folder = "utdata-demo";
   bool force = false;
+  Signature signature;
   bool quiet = false;
 };
 
@@ -125,16 +126,17 @@ void WriteInspection(const DemoPaths& paths,
                      const WeldScan& scan,
                      const RecordedBlocks& blocks,
                      bool replace,
+                     const Signature& signature,
                      Steps& steps) {
   Recording recorded(paths.acquisition);
   Inspection inspection = Inspection::New(paths.inspection);
   FillInspection(inspection, scan, recorded, blocks);
-  SaveNew(inspection, paths.inspection, replace);
+  SaveNew(inspection, paths.inspection, replace, signature);
   steps.Done("write", paths.inspection + ": the inspection, built from the recorded blocks");
 }
 
 /// @return the gate as it was changed
-CGGateTypeDescr WriteGated(const DemoPaths& paths, Steps& steps, bool quiet) {
+CGGateTypeDescr WriteGated(const DemoPaths& paths, Signature signature, Steps& steps, bool quiet) {
   Inspection loaded = Inspection::Open(paths.inspection);
   steps.Done("load", paths.inspection);
   const GateResult gated = RefineFlawGate(loaded, Watching(quiet));
@@ -145,7 +147,8 @@ CGGateTypeDescr WriteGated(const DemoPaths& paths, Steps& steps, bool quiet) {
              "gate " + std::to_string(gate.gateId) + " now at " + Percent(gate.positiveLevel) +
                  " from " + Microseconds(gate.start) + "; its strongest echo has " +
                  Percent(std::round(seen.amplitudes.Percent(strongest))));
-  const std::string written = loaded.SaveCompanion();
+  if (signature.reason.empty()) signature.reason = "gate moved to the flaws";
+  const std::string written = loaded.SaveCompanion(signature);
   steps.Done("write", written + ": the changed gate and C-scans of it, beside the untouched file");
   return gate;
 }
@@ -193,8 +196,8 @@ void Demo(const DemoOptions& options) {
   const DemoPaths paths = Prepare(options);
   const WeldScan scan;
   const RecordedBlocks blocks = Acquire(paths, scan, options, steps);
-  WriteInspection(paths, scan, blocks, options.force, steps);
-  const CGGateTypeDescr gate = WriteGated(paths, steps, options.quiet);
+  WriteInspection(paths, scan, blocks, options.force, options.signature, steps);
+  const CGGateTypeDescr gate = WriteGated(paths, options.signature, steps, options.quiet);
   Show(paths, scan, gate, options, steps);
   if (!options.quiet) SayWhatNext(options);
 }
@@ -209,6 +212,7 @@ void AddDemoVerb(CLI::App& program) {
       ->capture_default_str()
       ->type_name("DIR");
   verb.add_flag("--force", options->force, "Replace the files of an earlier demonstration");
+  AddSignature(verb, options->signature);
   verb.add_flag("--quiet", options->quiet, "Print no messages and no progress");
   verb.footer(demoExample);
   verb.callback([options] { Demo(*options); });

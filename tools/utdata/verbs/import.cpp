@@ -86,6 +86,7 @@ struct ImportOptions {
       quantities;  ///< as given, in the units of the options
   std::string channelName;
   std::string title;
+  Signature signature;
   std::string nominal;  ///< the values that nobody gave
   bool force = false;
   bool quiet = false;
@@ -244,7 +245,7 @@ void Import(ImportOptions options, const CLI::App& verb) {
               {options.title,
                "utdata " UTDATA_VERSION,
                options.nominal.empty() ? "" : "nominal, not measured: " + options.nominal});
-  SaveNew(inspection, options.output, options.force);
+  SaveNew(inspection, options.output, options.force, options.signature);
   ReportImport(options, data);
 }
 
@@ -295,6 +296,7 @@ void AddImportVerb(CLI::App& program) {
       "--channel-name", options->channelName, "Name of the channel, at most 31 characters");
   verb.add_option("--title", options->title, "Title of the inspection");
   verb.add_flag("--force", options->force, "Replace an existing file");
+  AddSignature(verb, options->signature);
   verb.add_flag("--json", options->json, "Print the result as JSON");
   verb.add_flag("--quiet", options->quiet, "Print no messages and no progress");
   verb.footer(importExample);

@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* infoExample =
     "Example:\n"
-    "  utdata demo --force && utdata info utdata-demo/weld.fpd\n";
+    "  utdata demo --force && utdata info utdata-demo/weld.fpd --history\n";
 
 }  // namespace
 
@@ -22,6 +22,7 @@ void AddInfoVerb(CLI::App& program) {
     bool json = false;
     bool hash = false;
     bool sorted = false;
+    bool history = false;
     bool quiet = false;
   };
   CLI::App& verb =
@@ -32,13 +33,16 @@ void AddInfoVerb(CLI::App& program) {
   verb.add_flag("--sorted",
                 options->sorted,
                 "Data groups by channel, sub-channel and the display order of their gates");
+  verb.add_flag("--history", options->history, "Add each write: when, by whom, why, what changed");
   verb.add_flag("--json", options->json, "Print the result as JSON, quantities in base units");
   verb.add_flag("--quiet", options->quiet, "Print no progress");
   verb.footer(infoExample);
   verb.callback([options] {
     const Inspection inspection = OpenInspection(options->file);
-    const InfoContent content{
-        .hash = options->hash, .sorted = options->sorted, .quiet = options->quiet};
+    const InfoContent content{.hash = options->hash,
+                              .sorted = options->sorted,
+                              .history = options->history,
+                              .quiet = options->quiet};
     PrintResult(options->json ? InfoJson(inspection, content).dump(2) + "\n"
                               : InfoText(inspection, content));
   });

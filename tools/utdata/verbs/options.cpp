@@ -29,6 +29,14 @@ void AddTables(CLI::App& verb, SampleTables& tables) {
       "Read samples into memory instead of mapping the file");
 }
 
+void AddSignature(CLI::App& verb, Signature& signature) {
+  signature.program = "utdata";
+  signature.version = UTDATA_VERSION;
+  verb.add_option("--author", signature.author, "Who makes it, for the history")
+      ->envname("UTDATA_AUTHOR");
+  verb.add_option("--reason", signature.reason, "Why, for the history");
+}
+
 void AddChangeOutput(CLI::App& verb, ChangeOutput& output) {
   verb.add_option("-o,--output", output.path, "Inspection file to make, with --as new");
   verb.add_option("--as", output.as, "Where the change goes: append, companion, or new with -o")
@@ -36,6 +44,7 @@ void AddChangeOutput(CLI::App& verb, ChangeOutput& output) {
       ->capture_default_str()
       ->type_name("append|companion|new");
   verb.add_flag("--force", output.force, "Replace an existing file, with --as new");
+  AddSignature(verb, output.signature);
 }
 
 void CheckChangeOutput(const ChangeOutput& output) {
@@ -53,15 +62,18 @@ Inspection OpenInspection(const std::string& path, SampleTables tables, bool qui
   return inspection;
 }
 
-void SaveNew(Inspection& inspection, const std::string& path, bool replace) {
+void SaveNew(Inspection& inspection,
+             const std::string& path,
+             bool replace,
+             const Signature& signature) {
   const UnfinishedFileScope unfinished(path);
-  inspection.SaveAs(path, replace);
+  inspection.SaveAs(path, replace, signature);
 }
 
 std::string Save(Inspection& inspection, const ChangeOutput& output) {
-  if (output.as == "append") return inspection.SaveAppended();
-  if (output.as == "companion") return inspection.SaveCompanion();
-  SaveNew(inspection, output.path, output.force);
+  if (output.as == "append") return inspection.SaveAppended(output.signature);
+  if (output.as == "companion") return inspection.SaveCompanion(output.signature);
+  SaveNew(inspection, output.path, output.force, output.signature);
   return output.path;
 }
 

@@ -19,11 +19,16 @@ struct ChangeOutput {
   std::string as = "append";  ///< append, companion or new
   std::string path;           ///< of a new file
   bool force = false;         ///< a new file may replace another
+  Signature signature;
 
   [[nodiscard]] bool IsNewFile() const { return as == "new"; }
 };
 
-/// Adds --as, -o and --force.
+/// Adds --author, which the environment's UTDATA_AUTHOR gives too, and --reason; the program is
+/// this one.
+void AddSignature(CLI::App& verb, Signature& signature);
+
+/// Adds --as, -o, --force and what AddSignature adds.
 void AddChangeOutput(CLI::App& verb, ChangeOutput& output);
 
 /// Throws a usage error unless -o stands with --as new and nowhere else.
@@ -35,7 +40,10 @@ void CheckChangeOutput(const ChangeOutput& output);
                                         bool quiet = false);
 
 /// Saves everything as a new file, of which an interrupt leaves nothing.
-void SaveNew(Inspection& inspection, const std::string& path, bool replace);
+void SaveNew(Inspection& inspection,
+             const std::string& path,
+             bool replace,
+             const Signature& signature);
 
 /// Saves what has changed where the user wants it. @return the path of the file written
 std::string Save(Inspection& inspection, const ChangeOutput& output);

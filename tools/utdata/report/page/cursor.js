@@ -131,13 +131,15 @@ function showTables() {
   if (facts.tables.length === 0) byId('tables').append(element('p', 'The inspection says nothing of its specimen and set-up.'));
   const {columns, rows} = facts.defects;
   byId('defects').append(rows.length ? table(columns, rows) : element('p', 'No defect is recorded.'));
-  const lines = facts.history.flatMap(event => {
-    const origin = [event.file + (event.write > 1 ? `, write ${event.write}` : ''), event.what];
-    if (event.added) return [[...origin, 'added', '', '']];
-    return event.changes.map(([field, before, after]) => [...origin, field, element('td', null, element('del', before)), after]);
-  });
-  byId('history').append(lines.length ? table(['File', 'Group', 'Field', 'Before', 'After'], lines)
-                                      : element('p', 'Nothing was changed since the inspection was written.'));
+  for (const event of facts.history) {
+    const origin = event.file + (event.write > 1 ? `, write ${event.write}` : '');
+    const by = [event.when ?? 'at an unknown time', `${event.program} ${event.version}`.trim(), event.author && `by ${event.author}`];
+    const lines = event.changes.flatMap(({group, added, fields}) => fields.length === 0
+      ? [[group, added ? 'added' : 'written anew', '', '']]
+      : fields.map(({field, before, after}) => [group, field, element('td', null, element('del', before)), after]));
+    byId('history').append(element('h3', origin), element('p', by.filter(Boolean).join(', ') + (event.reason && `: ${event.reason}`)),
+                           ...(lines.length ? [table(['Group', 'Field', 'Before', 'After'], lines)] : []));
+  }
 }
 
 // #view=0&row=3&column=133&sample=165 opens the page at that place.
