@@ -88,7 +88,7 @@ class History {
     Require(SCFile::Family<Descriptor>::Read(group, read.get(), isModification));
     // What has no modifier code is written whole again.
     if ((isModification || !type.HasModifierCode()) && Change(known, *read, group)) return;
-    if (!events.empty()) m_groups.push_back({NameOf(*read), true, {}});
+    if (!events.empty()) m_groups.push_back({Fields(*read).Name(), true, {}});
     known.matching.Add(read.get());
     known.held.push_back(std::move(read));
   }
@@ -99,7 +99,7 @@ class History {
     const auto change = [&](Descriptor* changed) {
       const Descriptor was = *changed;
       Require(container::ReadModification(group, changed));
-      GroupEvent event{NameOf(*changed), false, {}};
+      GroupEvent event{Fields(*changed).Name(), false, {}};
       AddChanges(event.group, Fields(was), Fields(*changed), event.changes);
       bool isWritten = !event.changes.empty();
       if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
@@ -107,14 +107,6 @@ class History {
       if (isWritten && !events.empty()) m_groups.push_back(std::move(event));
     };
     return known.matching.ChangeMatch(modification, change) != nullptr;
-  }
-
-  template <class Descriptor>
-  static std::string NameOf(const Descriptor& record) {
-    const std::string name = Fields(record).Name();
-    if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
-      return ClassNameOf(record) + ", " + name;
-    return name;
   }
 
   void Require(int status) const {

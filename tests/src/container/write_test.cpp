@@ -219,7 +219,10 @@ TEST(Write, ADefectTableIsWrittenOnDemandEvenEmpty) {
     ASSERT_EQ(SCFile::file_ItemInfo(file, 0, &type, nullptr, nullptr, nullptr, name, 20), 0);
     EXPECT_EQ(type, 0u);
     EXPECT_STREQ(name, L"FC");
-    ASSERT_EQ(SCFile::file_ItemNbrGet(top), flag ? 1u : 0u);
+    SCFile::WriteSignature signature;
+    EXPECT_EQ(SCFile::file_ReadSignature(top, &signature), 0);
+    EXPECT_EQ(signature.by.program, L"libutdata");
+    ASSERT_EQ(SCFile::file_ItemNbrGet(top), (flag ? 1u : 0u) + 3u) << "when, program and version";
     if (flag) {
       ASSERT_EQ(SCFile::file_ItemInfo(top, 0, &type, nullptr, &count, nullptr, name, 20), 0);
       EXPECT_EQ(type, 10045u);
@@ -245,8 +248,9 @@ std::vector<Group> GroupsOfLastTop(SCFile::FileHandle file) {
   EXPECT_EQ(SCFile::file_GroupOpen(file, &top, key), 0);
   for (std::uint32_t index = 0; index < SCFile::file_ItemNbrGet(top); ++index) {
     wchar_t name[40];
-    std::uint32_t type = 0;
-    EXPECT_EQ(SCFile::file_ItemInfo(top, index, &type, nullptr, nullptr, nullptr, name, 40), 0);
+    std::uint32_t type = 0, kind = 0;
+    EXPECT_EQ(SCFile::file_ItemInfo(top, index, &type, &kind, nullptr, nullptr, name, 40), 0);
+    if (kind != SCFile::kind_Group) continue;
     if (groups.empty() || groups.back().type != type) groups.push_back({type, name});
   }
   return groups;

@@ -100,7 +100,7 @@ TEST_F(History, ListsEachWriteWithItsChanges) {
   EXPECT_EQ(Line(events[3]),
             ".A02 1 " + library +
                 "  ; gate 2 of channel 0 added; gate 1 of channel 0, start "
-                "1.2 µs -> 1.20000017 µs");
+                "1.20000004 µs -> 1.20000016 µs");
   EXPECT_EQ(events[0].when, noon);
   EXPECT_EQ(events[1].when, noon + 1'500'000);
   EXPECT_EQ(TimeText(*events[2].when), "2026-11-23 11:00:01 UTC");
@@ -162,7 +162,7 @@ TEST_F(History, WhatAFileSaysIsTakenAsItCan) {
     file_ItemValueWrite(top, sign_When, value_Int64, 1, times + 1);
     file_ItemValueWrite(top, sign_Author, value_Int64, 1, times);
     file_ItemValueWrite(top, sign_Author, value_Text, 1, L"");
-    file_ItemValueWrite(top, sign_Author, value_Text, 9, L"\x1b[2J\nme");
+    file_ItemValueWrite(top, sign_Author, value_Text, 8, L"\x1b[2J\nme");
     file_ItemValueWrite(top, 77, value_Int64, 1, times);
   });
   ASSERT_EQ(file_Close(file), status_Ok);
