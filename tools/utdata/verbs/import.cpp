@@ -154,8 +154,7 @@ ForeignArray Describe(const ImportOptions& options, const ArrayName& name) {
   return array;
 }
 
-/// The axes as given, else as described; without both those of the one arrangement that an array of
-/// three axes has by itself.
+/// The axes as given, else as described, else, of an array of three axes, row, column, sample.
 std::vector<ArrayAxis> ChooseAxes(const ImportOptions& options,
                                   const ForeignArray& array,
                                   std::vector<ArrayAxis> described) {
