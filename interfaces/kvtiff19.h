@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "export.h"
 #include "kvtiff19_types.h"
@@ -214,6 +215,21 @@ UTDATA_API int file_BlockUnmap(FileHandle file, void* data);
 /// The size in bytes of a view that file_BlockMap gave, of any file. False, and `size` is left
 /// alone, for an address at which no view starts; it is not read. Any thread.
 [[nodiscard]] UTDATA_API bool file_ViewSize(const void* data, std::uint64_t* size) noexcept;
+
+/// The checksums of a block's chunks, to hold the block's bytes against wherever they are by now.
+struct BlockChunks {
+  std::uint64_t size = 0;   ///< bytes of the block
+  std::uint64_t chunk = 0;  ///< bytes under one checksum, a power of two; the last may have fewer
+  std::vector<std::uint64_t> checksums;
+};
+/// Reads the checksums of a block's chunks. Those of a damaged table are read too: a chunk that
+/// matches its checksum is whole, whatever became of the others.
+UTDATA_API int file_BlockChunks(const Node* group, std::uint32_t index, BlockChunks* chunks);
+/// Whether one chunk of a block is as it was written. Any thread.
+/// @param block the first byte of the block, mapped or in memory
+[[nodiscard]] UTDATA_API bool file_IsChunkWhole(const BlockChunks& chunks,
+                                                std::uint64_t index,
+                                                const void* block) noexcept;
 
 /// The file that a group belongs to; a file itself for a file. Null for null.
 [[nodiscard]] UTDATA_API FileHandle file_OfGroup(Node* group);

@@ -91,8 +91,8 @@ class Verifier {
 
   /// False when the caller asks to stop.
   bool CheckBlock(const BlockRef& block) {
-    std::vector<std::uint64_t> checksums;
-    if (const int status = ReadBlockTable(m_file, block, checksums)) {
+    TableReader table(m_file, block);
+    if (const int status = table.Check()) {
       TellLast(status);
       return Advance(block.size);
     }
@@ -101,13 +101,14 @@ class Verifier {
     std::uint64_t firstBad = 0;
     for (std::uint64_t from = 0; from < block.size; from += block.chunk) {
       chunk.resize(static_cast<std::size_t>(std::min(block.chunk, block.size - from)));
-      if (const int status = ReadWhole(m_file, block.offset + from, chunk)) {
+      std::uint64_t checksum = 0;
+      int status = table.Next(checksum);
+      if (status == SCFile::status_Ok) status = ReadWhole(m_file, block.offset + from, chunk);
+      if (status != SCFile::status_Ok) {
         TellLast(status);
         return Advance(block.size - from);
       }
-      if (Checksum(chunk) != checksums[static_cast<std::size_t>(from / block.chunk)] &&
-          badChunks++ == 0)
-        firstBad = block.offset + from;
+      if (Checksum(chunk) != checksum && badChunks++ == 0) firstBad = block.offset + from;
       if (!Advance(chunk.size())) return false;
     }
     if (badChunks > 0)
