@@ -206,6 +206,8 @@ std::vector<std::int32_t> Samples::Values(std::uint64_t cell) const {
   return values;
 }
 
+bool Samples::IsDamaged(std::uint64_t cell) const { return m_reader->cells->IsDamaged(cell); }
+
 std::vector<std::uint8_t> Samples::Codes(const CellRange& cells, std::uint32_t gain) {
   std::vector<std::uint8_t> codes(cells.count * m_reader->cells->SamplesPerCell());
   if (!m_reader->ConvertOfType(m_reader->Table(gain), cells, codes))
