@@ -14,7 +14,10 @@ namespace utdata::program {
 /// @param full whole arrays and texts; else the first few elements
 [[nodiscard]] nlohmann::ordered_json TreeJson(SCFile::FileHandle file, bool full);
 
-/// What TreeJson tells, for people: one line per group and item, indented by depth.
-[[nodiscard]] std::string TreeText(const nlohmann::ordered_json& tree);
+/// Prints what TreeJson returns, item by item.
+void PrintTreeJson(SCFile::FileHandle file, bool full);
+
+/// The same for people: one line per group and item, indented by depth.
+void PrintTreeText(SCFile::FileHandle file, bool full);
 
 }  // namespace utdata::program
