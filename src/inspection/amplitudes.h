@@ -89,6 +89,23 @@ class AmplitudeRule {
   double m_below;
 };
 
+/// The first of some samples that has the larger amplitude of their extremes. Amplitudes grow with
+/// values on either side of zero, so that no sample but an extreme one has it.
+template <class Values, class Raw>
+std::size_t FirstLargest(const AmplitudeRule& rule,
+                         const Values& values,
+                         std::span<const Raw> samples,
+                         const Extremes& extremes) {
+  const std::int32_t largest = rule.Larger(extremes);
+  const bool areEqual = rule.Rank(extremes.highest) == rule.Rank(extremes.lowest);
+  const std::int32_t alsoLargest = areEqual ? extremes.lowest : largest;
+  const auto found = std::find_if(samples.begin(), samples.end(), [&](Raw sample) {
+    const std::int32_t value = values.ValueOf(sample);
+    return value == largest || value == alsoLargest;
+  });
+  return static_cast<std::size_t>(found - samples.begin());
+}
+
 /// Samples whose value is what is stored.
 template <class Sample>
 struct PlainValues {

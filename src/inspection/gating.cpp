@@ -56,17 +56,14 @@ GateReadings ReadGate(const CRDataTypeDD& ascans,
         continue;
       }
       const std::span<const Raw> seen(begin + window.first, window.quantity);
-      const std::int32_t largest = rule.Larger(values.Of(seen));
-      const double amplitude = rule.Positive(largest);
+      const Extremes extremes = values.Of(seen);
+      const double amplitude = rule.Positive(rule.Larger(extremes));
       gated.amplitudes[cell] =
           static_cast<std::uint16_t>(std::clamp(std::round(amplitude), 0.0, 65535.0));
       // A hundred times the amplitude: whole percents of whole values stay exact.
       if (100 * amplitude < threshold * rule.FullScale()) continue;
-      const double rank = rule.Rank(largest);
-      const auto found = std::find_if(seen.begin(), seen.end(), [&](Raw sample) {
-        return rule.Rank(values.ValueOf(sample)) == rank;
-      });
-      gated.positions[cell] = static_cast<std::uint16_t>(window.first + (found - seen.begin()));
+      gated.positions[cell] =
+          static_cast<std::uint16_t>(window.first + FirstLargest(rule, values, seen, extremes));
     }
     return gated;
   });
