@@ -237,6 +237,9 @@ UTDATA_API int file_BlockChunks(const Node* group, std::uint32_t index, BlockChu
 [[nodiscard]] UTDATA_API const wchar_t* file_Path(const Node* file);
 /// The number of commits that the file holds.
 [[nodiscard]] UTDATA_API std::uint64_t file_CommitNumber(const Node* file);
+/// Where the committed bytes of the file end. What stands behind is the tail of a writer that is at
+/// work, or was interrupted; readers ignore it.
+[[nodiscard]] UTDATA_API std::uint64_t file_CommittedSize(const Node* file);
 
 /// Told what file_Verify has read of the sample blocks: bytes done and in all. Returns false to
 /// stop.

@@ -120,4 +120,6 @@ const wchar_t* file_Path(const Node* file) { return file ? file->file->path.c_st
 
 std::uint64_t file_CommitNumber(const Node* file) { return file ? file->file->current.number : 0; }
 
+std::uint64_t file_CommittedSize(const Node* file) { return file ? file->file->current.end : 0; }
+
 }  // namespace SCFile

@@ -155,6 +155,7 @@ Inspection Inspection::Open(const std::string& path, const OpenOptions& options)
   Inspection inspection(Load(path, options));
   WarnOfGap(*inspection.m_state);
   WarnOfLostDefects(*inspection.m_state);
+  inspection.m_state->WarnOfRepairs();
   return inspection;
 }
 

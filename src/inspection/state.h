@@ -75,6 +75,8 @@ struct InspectionState final : IGDataSupplier {
   [[nodiscard]] std::vector<DamagedSamples> FoundDamage();
   /// Checks the whole table of a row from a file, if it can be had. @return its first damage
   [[nodiscard]] std::optional<DamagedSamples> FirstDamage(DataRow& row);
+  /// Adds a warning for each data group with values that loading has replaced.
+  void WarnOfRepairs();
   /// "FILE: data group 3", for failures.
   [[nodiscard]] std::string NameOf(const DataRow& row) const;
 

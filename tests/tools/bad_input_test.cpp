@@ -64,6 +64,16 @@ TEST_F(BadInputTest, VerifyFindsAFlippedSampleThatInfoDoesNotRead) {
   EXPECT_TRUE(result.out.starts_with("sample.fpd: damaged: ")) << result.out;
 }
 
+TEST_F(BadInputTest, VerifyMentionsTheTailOfAnInterruptedCommit) {
+  WriteFile(At("tail.fpd"), ReadFile(At("good.fpd")) + std::string(5000, 't'));
+  const ProgramResult result = Run("verify tail.fpd");
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_TRUE(result.out.starts_with("tail.fpd: clean, 1 commit, ")) << result.out;
+  EXPECT_NE(result.out.find("the 5000 bytes of its tail do not count"), std::string::npos);
+  EXPECT_EQ(RunJson("verify --json tail.fpd")[0]["tail_bytes"], 5000);
+  EXPECT_EQ(RunJson("verify --json good.fpd")[0]["tail_bytes"], 0);
+}
+
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 // Eight bytes an item in the file; all of them as a document in memory would take gigabytes.
 TEST_F(BadInputTest, AMillionEmptyItemsAreListedInLittleMemory) {

@@ -15,6 +15,7 @@ struct Verdict {
   std::vector<std::string> problems;  ///< one line each; empty when the file is clean
   std::uint64_t commits = 0;
   std::uint64_t size = 0;  ///< bytes
+  std::uint64_t tail = 0;  ///< of these, behind the last commit
 
   [[nodiscard]] bool IsClean() const { return status == 0; }
   /// One or two words for the status: "clean", "damaged", ...
