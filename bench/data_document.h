@@ -43,12 +43,8 @@ class DataDocument : public IGDataSupplier {
     return set.fset_AddGData(&record, nullptr, &volumes, 0);
   }
 
-  CVolumeSet volumes{this,
-                     unit_Generic,
-                     nullptr,
-                     unit_Generic,
-                     nullptr};                    // outlives the items of the set
-  CFSet set{reinterpret_cast<CDocument*>(this)};  // keeps its document without looking into it
+  CVolumeSet volumes{this, unit_Generic, nullptr, unit_Generic, nullptr};  // outlives the items
+  CFSet set{this};
 };
 
 }  // namespace utdata::bench

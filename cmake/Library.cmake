@@ -16,6 +16,9 @@ set_target_properties(utdata_objects PROPERTIES
   CXX_VISIBILITY_PRESET hidden
   VISIBILITY_INLINES_HIDDEN ON)
 target_compile_definitions(utdata_objects PRIVATE UTDATA_BUILDING)
+if(UTDATA_FUZZ) # counts which code an input reaches
+  target_compile_options(utdata_objects PRIVATE -fsanitize=fuzzer-no-link)
+endif()
 target_include_directories(utdata_objects
   PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 # xxhash.h is used with XXH_INLINE_ALL, so that the shared library needs no other.

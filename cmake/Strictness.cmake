@@ -10,7 +10,7 @@ if(NOT MSVC)
     $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
     # g++ 12 takes inlined assignments of short texts for overlapping copies.
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
-    # A source in a batch would be warned of its neighbours' names; strict-clang has no batches.
+    # A source in a batch would be warned of its neighbours' names; scripts/check-sources warns.
     $<$<BOOL:${CMAKE_UNITY_BUILD}>:-Wno-shadow>
     $<$<BOOL:${UTDATA_WERROR}>:-Werror>)
 endif()

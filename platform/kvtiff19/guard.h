@@ -2,7 +2,6 @@
 #pragma once
 
 #include <exception>
-#include <new>
 
 #include "platform/kvtiff19/items.h"
 #include "platform/kvtiff19/writer.h"
@@ -17,11 +16,7 @@ int Guarded(Operation operation, OpenFile* written = nullptr) noexcept {
   try {
     try {
       return operation();
-    } catch (const std::bad_alloc&) {
-      return written ? FailWrite(*written, SCFile::status_TooLarge, what)
-                     : Fail(SCFile::status_TooLarge, what);
-    } catch (
-        const std::exception&) {  // std::length_error of a container: more than an address space
+    } catch (const std::exception&) {  // also std::length_error: more than an address space
       return written ? FailWrite(*written, SCFile::status_TooLarge, what)
                      : Fail(SCFile::status_TooLarge, what);
     }

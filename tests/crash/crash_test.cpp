@@ -11,14 +11,6 @@
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/file_snapshot.h"
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define UTDATA_SLOW_BUILD 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define UTDATA_SLOW_BUILD 1
-#endif
-#endif
-
 namespace {
 
 using namespace SCFile;
@@ -28,7 +20,7 @@ using utdata::test::FileSystemInPlace;
 using utdata::test::SnapshotOf;
 using utdata::test::Tearing;
 
-#if defined(UTDATA_SLOW_BUILD)
+#if defined(UTDATA_SANITIZED)
 constexpr std::uint64_t seeds = 2;
 #else
 constexpr std::uint64_t seeds = 12;

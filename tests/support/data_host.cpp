@@ -15,10 +15,7 @@ void GiveIds(CGDataTypeFDD& record, const idata_typeId& id) {
 
 }  // namespace
 
-// A file set keeps its document and does not look into it.
-DataHost::DataHost()
-    : volumes(this, unit_Generic, nullptr, unit_Generic, nullptr),
-      set(reinterpret_cast<CDocument*>(this)) {
+DataHost::DataHost() : volumes(this, unit_Generic, nullptr, unit_Generic, nullptr), set(this) {
   volumes.vol_FillBaseUnits();
 }
 

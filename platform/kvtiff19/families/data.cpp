@@ -90,7 +90,7 @@ int gdata_WriteGroupInfo(SCFile::GroupHandle group,
                          int) {
   const int status = WriteRecord(group, base, descriptor);
   if (status != SCFile::status_Ok) return status;
-  return Guarded(group, [&] { return WriteSamples(*group, base, *descriptor); });
+  return Guarded([&] { return WriteSamples(*group, base, *descriptor); }, group->file);
 }
 
 int gdata_Duplicate(CGDataTypeFDD* target, const CGDataTypeFDD* source) {

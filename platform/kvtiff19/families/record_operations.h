@@ -3,11 +3,11 @@
 #pragma once
 
 #include <bitset>
-#include <memory>
 #include <new>
 #include <string>
 
 #include "platform/kvtiff19/families/field_table.h"
+#include "platform/kvtiff19/guard.h"
 
 namespace utdata::kvtiff19 {
 
@@ -69,18 +69,6 @@ class RecordReader {
   bool m_good = true;
 };
 
-/// Runs an operation that may run out of memory; `marked` is the file that must then not be
-/// committed, or null.
-template <class Operation>
-int Guarded(SCFile::Node* marked, Operation&& operation) noexcept {
-  try {
-    return operation();
-  } catch (const std::bad_alloc&) {
-    if (marked) MarkFailed(*marked, SCFile::status_TooLarge);
-    return Fail(SCFile::status_TooLarge, "not enough memory for a group");
-  }
-}
-
 inline void SetGroup(CGDataTypeFDD& record, SCFile::GroupHandle group) {
   record.SetGroupHandle(group);
 }
@@ -104,7 +92,7 @@ template <class Record>
 int ReadRecordOver(SCFile::GroupHandle group, Record* descriptor) noexcept {
   if (!group || !descriptor)
     return Fail(SCFile::status_BadArgument, "no group to read, or no descriptor to fill");
-  return Guarded(nullptr, [&] {
+  return Guarded([&] {
     return ReadRecord(
         group, *descriptor, *descriptor, [](const StoredItem&, std::uint32_t) { return true; });
   });
@@ -150,7 +138,7 @@ int WriteRecord(SCFile::GroupHandle group, const Record* base, const Record* des
     MarkFailed(*group, SCFile::status_BadArgument);
     return Fail(SCFile::status_BadArgument, "no descriptor to write");
   }
-  return Guarded(group, [&] { return WriteFields(*group, base, *descriptor); });
+  return Guarded([&] { return WriteFields(*group, base, *descriptor); }, group->file);
 }
 
 template <class Record>
@@ -212,7 +200,7 @@ template <class Record>
 int DuplicateRecord(Record* target, const Record* source) noexcept {
   if (!target || !source)
     return Fail(SCFile::status_BadArgument, "no descriptor to copy, or none to copy to");
-  return Guarded(nullptr, [&] {
+  return Guarded([&] {
     *target = Record(*source);
     return SCFile::status_Ok;
   });

@@ -267,7 +267,7 @@ int StatusWithLittleMemory(Job job) {
 }
 
 TEST(Damage, AFewBytesThatClaimGibibytesCostLittle) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef UTDATA_SANITIZED
   GTEST_SKIP() << "sanitizers need more addresses than the limit leaves";
 #endif
   constexpr std::uint64_t claimed = std::uint64_t{3} << 30;

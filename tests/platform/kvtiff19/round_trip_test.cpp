@@ -258,7 +258,7 @@ std::uint64_t ResidentBytes() {
 }
 
 TEST(RoundTrip, BlockOfMoreThanEightGibibytes) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef UTDATA_SANITIZED
   GTEST_SKIP() << "the sanitizers watch every byte of it";
 #endif
   const FileFolder folder;

@@ -134,7 +134,7 @@ TEST(FailedCreation, MeetsTheLimitsOfTheSystem) {
   } cases[] = {
     {RLIMIT_FSIZE, 1000, EFBIG},     // the header
     {RLIMIT_FSIZE, 1 << 20, EFBIG},  // the mapping
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef UTDATA_SANITIZED
     {RLIMIT_AS, rlim_t{1} << 30, ENOMEM}  // the reserved addresses
 #endif
   };

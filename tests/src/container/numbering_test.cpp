@@ -13,6 +13,7 @@
 #include <tuple>
 
 #include "tests/src/container/inspection.h"
+#include "tests/support/effort.h"
 
 namespace utdata::test {
 namespace {
@@ -318,11 +319,11 @@ class Course {
 /// UTDATA_COURSES in the environment says how many courses are run.
 TEST(Numbering, ComesBackThroughAnyCourse) {
   const char* const wanted = std::getenv("UTDATA_COURSES");
-  const unsigned courses = wanted ? static_cast<unsigned>(std::stoul(wanted)) : 300;
-  for (unsigned seed = 1; seed <= courses; ++seed) {
+  const int courses = wanted ? std::stoi(wanted) : Repetitions(300);
+  for (int seed = 1; seed <= courses; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     const ScratchDirectory scratch;
-    Course course(seed, scratch);
+    Course course(static_cast<unsigned>(seed), scratch);
     ASSERT_TRUE(course.Run(6)) << course.Log();
   }
 }

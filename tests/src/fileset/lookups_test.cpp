@@ -10,12 +10,13 @@
 #include <vector>
 
 #include "tests/src/fileset/data_fixture.h"
+#include "tests/support/effort.h"
 #include "tests/support/report_capture.h"
 
 namespace utdata::test {
 namespace {
 
-constexpr int operations = 100'000;
+constexpr int operations = Repetitions(100'000);
 constexpr int operationsOfARound = 2'000;  ///< then everything is removed: no reference is out
 
 class Random {
