@@ -10,7 +10,7 @@ namespace {
 
 std::string NumberText(double value) {
   char text[32];
-  std::snprintf(text, sizeof text, "%.6g", value);
+  std::snprintf(text, sizeof text, "%.10g", value);
   return text;
 }
 
@@ -19,6 +19,10 @@ class Repairs {
  public:
   Repairs(const CGDataTypeFDD& stored, const CGDataTypeFDD& taken)
       : m_stored(stored), m_taken(taken) {}
+
+  void CompareQuantity(const char* name, std::uint32_t CGDataTypeFDD::*member) {
+    if (m_stored.*member != 0) Compare(name, member);
+  }
 
   template <class Number>
   void Compare(const char* name, Number CGDataTypeFDD::*member) {
@@ -36,14 +40,14 @@ class Repairs {
   std::string m_text;
 };
 
-/// An axis of one row or column has no step of its own, nor does one with the samples of a C-scan:
-/// what stands there is no repair.
+/// An axis of one row or column has no step of its own, nor does one with the samples of a C-scan,
+/// and an empty group is as its file says: what stands there is no repair.
 std::string RepairsOf(const CGDataTypeFDD& stored, const CGDataTypeFDD& taken) {
   Repairs repairs(stored, taken);
   const bool hasSamples = !IsCScan(ClassOfElements(stored.dataClass));
-  repairs.Compare("column quantity", &CGDataTypeFDD::columnQuantity);
-  repairs.Compare("row quantity", &CGDataTypeFDD::rowQuantity);
-  if (hasSamples) repairs.Compare("sample quantity", &CGDataTypeFDD::sampleQuantity);
+  repairs.CompareQuantity("column quantity", &CGDataTypeFDD::columnQuantity);
+  repairs.CompareQuantity("row quantity", &CGDataTypeFDD::rowQuantity);
+  if (hasSamples) repairs.CompareQuantity("sample quantity", &CGDataTypeFDD::sampleQuantity);
   repairs.Compare("sample size", &CGDataTypeFDD::sampleSize);
   if (taken.columnQuantity > 1) repairs.Compare("column step", &CGDataTypeFDD::columnResolution);
   if (taken.rowQuantity > 1) repairs.Compare("row step", &CGDataTypeFDD::rowResolution);

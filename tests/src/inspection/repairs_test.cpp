@@ -32,15 +32,18 @@ TEST(InspectionRepairs, AreWarningsWithBothValues) {
   EXPECT_EQ(WarningsAbout(sound), std::vector<std::string>());
 
   CGDataTypeFDD absurd = sound;
-  absurd.columnQuantity = 0;
+  absurd.columnQuantity = 0x80000000;
   absurd.rowQuantity = 0xFFFFFFFE;
   absurd.sampleResolution = std::numeric_limits<float>::quiet_NaN();
   const std::vector<std::string> warnings = WarningsAbout(absurd);
   ASSERT_EQ(warnings.size(), 1U);
   EXPECT_EQ(warnings[0],
-            ": data group 0: repaired on loading: column quantity 0 is taken as 1, row quantity "
-            "4294967294 is taken as 1, sample step nan is taken as 2e-08");
+            ": data group 0: repaired on loading: column quantity 2147483648 is taken as 1, row "
+            "quantity 4294967294 is taken as 1, sample step nan is taken as 1.999999995e-08");
 
+  CGDataTypeFDD empty = sound;
+  empty.rowQuantity = 0;
+  EXPECT_EQ(WarningsAbout(empty), std::vector<std::string>());
   // One column or row needs no step, and unsigned samples of a wave are only read in another way.
   CGDataTypeFDD single = sound;
   single.columnQuantity = 1;
