@@ -94,6 +94,7 @@ class UTDATA_API DataGroup {
   [[nodiscard]] std::string BookmarkName() const;   ///< "single", "TOFD"
   /// Channel and gate by name where they have one, else by number: "C 1 G0 ", "Left A ".
   [[nodiscard]] std::string Label() const;
+  [[nodiscard]] std::string Caption() const;  ///< the same without blanks behind it: "C 1 G0"
   [[nodiscard]] std::string IdLabel() const;  ///< channel and gate by number
   [[nodiscard]] bool HoldsAmplitudes() const;
   [[nodiscard]] bool HoldsPositions() const;

@@ -15,12 +15,16 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "interfaces/export.h"
 #include "interfaces/kvtiff19_catalogue.h"
 
 namespace utdata {
+
+/// A number in stored units, or a text.
+using FieldValue = std::variant<double, std::string>;
 
 /// One field of one descriptor.
 class UTDATA_API Field {
@@ -38,11 +42,15 @@ class UTDATA_API Field {
   [[nodiscard]] std::string Text() const;             ///< throws when it is no text
   [[nodiscard]] std::vector<double> Numbers() const;  ///< throws when it is not several numbers
 
+  /// The number or text; of several numbers what Show gives.
+  [[nodiscard]] FieldValue Value() const;
   /// As people read it: "12.5 mm", "negative", "0x00FF80", a text in quotes.
   /// @param digits significant ones of a quantity
   [[nodiscard]] std::string Show(int digits = 6) const;
   /// What it takes: "0 to 1000 µs", "no, yes".
   [[nodiscard]] std::string Range() const;
+  /// Whether a number is within the range, or one of the choices.
+  [[nodiscard]] bool Takes(double number) const;
   /// Whether the same field of another descriptor has the same value. A NaN is the same as another.
   [[nodiscard]] bool SameAs(const Field& other) const;
 
@@ -87,10 +95,11 @@ class UTDATA_API Fields {
   /// Throws Error, with names like that one, when there is no such field.
   [[nodiscard]] Field operator[](std::string_view key) const;
 
-  /// The ids that name the group: ("gate", 1), ("channel", 0). None of a type that an inspection
-  /// has one group of.
+  /// The ids that name the group, its own first: ("gate", 1), ("channel", 0). None of a type that
+  /// an inspection has one group of.
   [[nodiscard]] std::vector<std::pair<std::string, std::uint32_t>> Ids() const;
-  /// "gate 1 of channel 0"; of a type without ids its name.
+  /// "gate 1 of channel 0", "A-scan of channel 0, sub-channel 0, gate 0, patch 0"; of a type
+  /// without ids its name.
   [[nodiscard]] std::string Name() const;
 
  protected:

@@ -19,6 +19,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -115,6 +116,8 @@ class UTDATA_API Inspection {
   [[nodiscard]] std::vector<DataGroup> Masters() const;
   /// The data groups of one channel by sub-channel, then by the display order of their gates.
   [[nodiscard]] std::vector<DataGroup> DataOfChannel(std::uint32_t channel) const;
+  /// Those of each channel that the file set holds data groups of, by the channel's id.
+  [[nodiscard]] std::map<std::uint32_t, std::vector<DataGroup>> DataByChannel() const;
   /// The data group or master of an item; none for an item of another inspection.
   [[nodiscard]] std::optional<DataGroup> DataOf(const CIData* item) const;
 

@@ -1,5 +1,5 @@
-// Reads finished acquisition files: finds the blocks whose offsets were noted while they were
-// recorded, and hands them over to an inspection.
+// Acquisition files: a scan recorded into one, and the blocks of a finished one, whose offsets were
+// noted while they were recorded, handed over to an inspection.
 //
 // Used by one thread.
 #pragma once
@@ -57,5 +57,38 @@ class UTDATA_API Recording {
   std::unique_ptr<os::Mapping> m_mapping;
   std::vector<std::uint64_t> m_relocated;  ///< places of the A-scan blocks that are handed over
 };
+
+/// What the instrument was set to: a grid of cells, and an A-scan of 16-bit samples in each.
+struct ScanGrid {
+  std::uint32_t columns = 0;
+  std::uint32_t rows = 0;
+  std::uint32_t samples = 0;
+  double sampleStep = 0;  ///< s, two-way
+};
+
+/// What a gate of the instrument saw in each cell, in row-major order.
+struct InstrumentGate {
+  std::uint32_t gateId = 0;
+  std::span<const std::uint16_t> amplitudes;
+  std::span<const std::uint16_t> positions;  ///< sample indices
+};
+
+/// Where the blocks of a recorded scan are: bytes from the start of the file.
+struct RecordedBlocks {
+  std::uint64_t ascans = 0;
+  std::uint64_t amplitudes = 0;
+  std::uint64_t positions = 0;
+  std::uint64_t size = 0;  ///< of the file
+};
+
+/// Writes an acquisition file as the host of an instrument does: a block of A-scans, and two C-scan
+/// blocks of a gate. Throws Error, and leaves no file, when one cannot be made.
+/// @param path    of a file that does not exist yet
+/// @param samples one A-scan after the other, cells in row-major order
+[[nodiscard]] UTDATA_API RecordedBlocks RecordScan(const std::string& path,
+                                                   const ScanGrid& grid,
+                                                   std::span<const std::int16_t> samples,
+                                                   const InstrumentGate& gate,
+                                                   const Watch& watch = {});
 
 }  // namespace utdata

@@ -5,6 +5,7 @@
 // throws, unless the inspection was opened to accept that.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -76,5 +77,22 @@ class UTDATA_API Samples {
 
   std::unique_ptr<Reader> m_reader;
 };
+
+/// How the codes of a group become the places of a colour scale, which rise evenly with the
+/// amplitude.
+struct CodeMeaning {
+  std::array<std::uint8_t, 256> place{};
+  double low = 0;        ///< percent at place 0, before soft gain
+  double high = 100;     ///< percent at place 255, before soft gain
+  bool hasSign = false;  ///< samples lie on both sides of zero
+  bool isWave = false;   ///< they are shown so: zero lies in the middle
+};
+
+/// A time-of-flight diffraction scan is read by the phase of its echoes, and shown as a wave; of
+/// other scans without rectification the size of the amplitude is shown.
+[[nodiscard]] UTDATA_API CodeMeaning MeaningOf(const DataGroup& group, const CodeSpan& span);
+
+/// The largest whole factor that keeps an amplitude, in percent of full scale, within the scale.
+[[nodiscard]] UTDATA_API std::uint32_t FittingGain(double percent);
 
 }  // namespace utdata

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "interfaces/framework.h"
+#include "src/foundation/dataclass.h"
 #include "utdata/idata.h"
 #include "utdata/supplier.h"
 #include "utdata/tablefactory.h"
@@ -13,11 +14,9 @@ namespace {
 
 constexpr double largestSampleQuantity = 100'000'000;
 
-/// Classes whose samples are already in the machine's byte order, whatever the record says.
-constexpr std::uint32_t nativeOrderClasses[] = {2, 3, 5, 6, 7, 8, 9, 12, 13, 16, 17};
-
-bool IsPositionCScan(gdata_enumDataClass c) {
-  return c == gdata_CScanPosition || c == gdata_CScanPositionFirst || c == gdata_CScanPositionLast;
+/// Of the class itself: a master of positions has the sample axis of its record.
+bool IsPositionCScan(gdata_enumDataClass dataClass) {
+  return utdata::HoldsPositions(dataClass) && !utdata::IsMaster(dataClass);
 }
 
 /// The quantity of samples that a data range stands for; 1 when it is out of bounds or not a
@@ -53,9 +52,7 @@ CRDataTypeDD::CRDataTypeDD(const CGDataTypeFDD* record, CIData* matched, CIData*
   DeriveSampleAxis();
   m_vectorSize = sampleSize * sampleQuantity;
   m_volumeSize = m_vectorSize * columnQuantity * rowQuantity;
-  if (std::find(std::begin(nativeOrderClasses), std::end(nativeOrderClasses), dataClass) !=
-      std::end(nativeOrderClasses))
-    byteSwap = 0;
+  if (utdata::IsInNativeOrder(dataClass) && !utdata::IsMaster(dataClass)) byteSwap = 0;
 }
 
 CRDataTypeDD::CRDataTypeDD(const CRDataTypeDD& other) : CGDataTypeFDD() {

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "interfaces/kvtiff19_catalogue.h"
+
 namespace utdata {
 namespace {
 
@@ -24,28 +26,27 @@ enum Meaning : unsigned {
 struct Row {
   gdata_enumDataClass dataClass;
   unsigned meaning;
-  const char* name;
 };
 
 constexpr Row rows[] = {
-    {gdata_AScan, AScans | Amplitudes | Volume | Gathered, "A-scan"},
-    {gdata_CScanAmplitude, Amplitudes | Gathered | NativeOrder, "C-scan amplitude"},
-    {gdata_CScanPosition, Positions | Gathered | NativeOrder, "C-scan position"},
-    {gdata_EddyCurrentX, EddyCurrent | Special | NativeOrder, "eddy current X"},
-    {gdata_EddyCurrentY, EddyCurrent | NativeOrder, "eddy current Y"},
-    {gdata_Analog, Analog | Special | NativeOrder, "analog"},
-    {gdata_AnalogScaled, Analog | Special | NativeOrder, "analog scaled"},
-    {gdata_AnalogCounter, Analog | Special | NativeOrder, "analog counter"},
-    {gdata_AScanMerged, AScans | Amplitudes | Volume | Gathered, "A-scan merged"},
-    {gdata_AScanProcessed, AScans | Amplitudes | Gathered, "A-scan processed"},
-    {gdata_CScanPositionFirst, Positions | NativeOrder, "C-scan first position"},
-    {gdata_CScanPositionLast, Positions | NativeOrder, "C-scan last position"},
-    {gdata_CScanThickness, Other, "C-scan thickness"},
-    {gdata_CScanStatistic, Other, "C-scan statistic"},
-    {gdata_enumDataClass{16}, NativeOrder, nullptr},
-    {gdata_CScanAngle, Shared | NativeOrder, "C-scan angle"},
-    {gdata_BeamSimulation, Volume | Special | Shared, "beam simulation"},
-    {gdata_AdvancedView, Special, "advanced view"},
+    {gdata_AScan, AScans | Amplitudes | Volume | Gathered},
+    {gdata_CScanAmplitude, Amplitudes | Gathered | NativeOrder},
+    {gdata_CScanPosition, Positions | Gathered | NativeOrder},
+    {gdata_EddyCurrentX, EddyCurrent | Special | NativeOrder},
+    {gdata_EddyCurrentY, EddyCurrent | NativeOrder},
+    {gdata_Analog, Analog | Special | NativeOrder},
+    {gdata_AnalogScaled, Analog | Special | NativeOrder},
+    {gdata_AnalogCounter, Analog | Special | NativeOrder},
+    {gdata_AScanMerged, AScans | Amplitudes | Volume | Gathered},
+    {gdata_AScanProcessed, AScans | Amplitudes | Gathered},
+    {gdata_CScanPositionFirst, Positions | NativeOrder},
+    {gdata_CScanPositionLast, Positions | NativeOrder},
+    {gdata_CScanThickness, Other},
+    {gdata_CScanStatistic, Other},
+    {gdata_enumDataClass{16}, NativeOrder},
+    {gdata_CScanAngle, Shared | NativeOrder},
+    {gdata_BeamSimulation, Volume | Special | Shared},
+    {gdata_AdvancedView, Special},
 };
 
 const Row* Find(gdata_enumDataClass dataClass) {
@@ -76,9 +77,12 @@ bool IsGathered(gdata_enumDataClass dataClass) {
   return !IsMaster(dataClass) && Means(dataClass, Gathered);
 }
 
-const char* ClassName(gdata_enumDataClass dataClass) {
-  const Row* row = Find(dataClass);
-  return row ? row->name : nullptr;
+std::string_view ClassName(gdata_enumDataClass dataClass) {
+  static const SCFile::FieldInfo& field =
+      *SCFile::file_GroupTypeOf<CGDataTypeFDD>().Find("dataClass");
+  for (const SCFile::FieldChoice& choice : field.choices)
+    if (choice.value == ClassOfElements(dataClass)) return choice.name;
+  return {};
 }
 
 }  // namespace utdata

@@ -4,6 +4,8 @@
 // pass over that bit unless they say otherwise. No locks, no state.
 #pragma once
 
+#include <string_view>
+
 #include "interfaces/kvtiff19_types.h"
 
 namespace utdata {
@@ -40,7 +42,7 @@ namespace utdata {
 /// Whether a master gathers the data groups of a channel's sub-channels: those of A-scans of a
 /// channel, those of C-scans of a channel and gate. A master itself is gathered by none.
 [[nodiscard]] bool IsGathered(gdata_enumDataClass dataClass);
-/// "A-scan"; null for a class that is not known.
-[[nodiscard]] const char* ClassName(gdata_enumDataClass dataClass);
+/// "A-scan", as the catalogue of fields has it; empty for a class that is not known.
+[[nodiscard]] std::string_view ClassName(gdata_enumDataClass dataClass);
 
 }  // namespace utdata

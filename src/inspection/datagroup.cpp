@@ -1,33 +1,19 @@
 #include "utdata/datagroup.h"
 
-#include <utility>
+#include <string_view>
 
 #include "src/foundation/dataclass.h"
 #include "src/inspection/state.h"
 #include "utdata/failure.h"
+#include "utdata/fields.h"
 
 namespace utdata {
 namespace {
 
-constexpr std::pair<eDataBookmarkType, const char*> bookmarkNames[] = {
-    {bookmark_MultiChannel, "multi-channel"},
-    {bookmark_Single, "single"},
-    {bookmark_Tofd, "TOFD"},
-    {bookmark_Coupling, "coupling"},
-    {bookmark_MultiChannelTofd, "multi-channel TOFD"},
-};
-
-constexpr std::pair<kvt_enumDataType, const char*> typeNames[] = {{kvt_Int8, "i8"},
-                                                                  {kvt_UInt8, "u8"},
-                                                                  {kvt_Int16, "i16"},
-                                                                  {kvt_UInt16, "u16"}};
-
-/// The name of a value; "KIND N" for one without.
-template <class Names, class Value>
-std::string NameIn(const Names& names, Value value, const char* kind) {
-  for (const auto& [known, name] : names)
-    if (known == value) return name;
-  return std::string(kind) + " " + std::to_string(static_cast<std::uint32_t>(value));
+/// What a value of a record's field is called; "type N" for one without a name.
+std::string NameOf(std::string_view key, std::uint32_t value) {
+  const std::string name = ChoiceName(*SCFile::file_GroupTypeOf<CGDataTypeFDD>().Find(key), value);
+  return name.empty() ? "type " + std::to_string(value) : name;
 }
 
 }  // namespace
@@ -44,18 +30,22 @@ bool DataGroup::IsMaster() const { return utdata::IsMaster(Stored().dataClass); 
 gdata_enumDataClass DataGroup::Class() const { return ClassOfElements(Stored().dataClass); }
 std::string DataGroup::ClassName() const { return ClassNameOf(Stored()); }
 
-std::string DataGroup::TypeName() const {
-  return NameIn(typeNames, Stored().GetDataType(), "type");
-}
+std::string DataGroup::TypeName() const { return NameOf("dataType", Stored().GetDataType()); }
 
 std::string DataGroup::BookmarkName() const {
-  return NameIn(bookmarkNames, Descriptor().GetDataBookmarkType(), "type");
+  return NameOf("bookmarkType", Descriptor().GetDataBookmarkType());
 }
 
 std::string DataGroup::Label() const {
   std::wstring label, idLabel;
   m_row->item->idata3_GetChannelIdName(&label, &idLabel, 0);
   return ToUtf8(label);
+}
+
+std::string DataGroup::Caption() const {
+  std::string caption = Label();
+  caption.erase(caption.find_last_not_of(' ') + 1);
+  return caption;
 }
 
 std::string DataGroup::IdLabel() const {
@@ -144,9 +134,10 @@ std::span<const std::byte> DataGroup::Cell(std::uint32_t row,
 }
 
 std::string ClassNameOf(const CGDataTypeFDD& record) {
-  const char* known = ClassName(record.dataClass);
-  const std::string name =
-      known ? known : "class " + std::to_string(ClassOfElements(record.dataClass));
+  const std::string_view known = utdata::ClassName(record.dataClass);
+  const std::string name = known.empty()
+                               ? "class " + std::to_string(ClassOfElements(record.dataClass))
+                               : std::string(known);
   return IsMaster(record.dataClass) ? name + " (all sub-channels)" : name;
 }
 

@@ -113,6 +113,19 @@ const FieldInfo& FindField(const GroupTypeInfo& type, std::string_view key) {
       "is no field of a " + std::string(type.name) + (near.empty() ? "" : "; near ones: " + near));
 }
 
+/// Whether an id is the group's own, not that of what it belongs to.
+bool IsOwn(const GroupTypeInfo& type, const FieldInfo& id) { return type.key.ends_with(id.idName); }
+
+/// The ids, the group's own first.
+std::vector<const FieldInfo*> IdFields(const GroupTypeInfo& type) {
+  std::vector<const FieldInfo*> ids;
+  for (const FieldInfo& info : type.fields)
+    if (!info.idName.empty()) ids.push_back(&info);
+  std::stable_partition(
+      ids.begin(), ids.end(), [&](const FieldInfo* id) { return IsOwn(type, *id); });
+  return ids;
+}
+
 }  // namespace
 
 std::string ChoiceName(const FieldInfo& field, double value) {
@@ -142,6 +155,11 @@ std::string Field::Text() const {
 std::vector<double> Field::Numbers() const {
   if (!m_info->access.numbers) Refuse("is not a list of numbers");
   return m_info->access.numbers(m_group);
+}
+
+FieldValue Field::Value() const {
+  if (m_info->access.number) return Number();
+  return m_info->kind == FieldKind::Text ? Text() : Show();
 }
 
 std::string Field::Show(int digits) const {
@@ -189,6 +207,16 @@ std::string Field::Range() const {
   return "numbers";
 }
 
+bool Field::Takes(double number) const {
+  if (m_info->kind == FieldKind::Choice)
+    return std::ranges::any_of(m_info->choices,
+                               [=](const FieldChoice& choice) { return choice.value == number; });
+  // A bound that is converted on the way here stays within.
+  constexpr double slack = 1e-12;
+  const double low = m_info->minimum * Unit().scale, high = m_info->maximum * Unit().scale;
+  return number >= low - slack * std::abs(low) && number <= high + slack * std::abs(high);
+}
+
 bool Field::SameAs(const Field& other) const {
   const SCFile::FieldAccess& access = m_info->access;
   const auto same = [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); };
@@ -208,21 +236,12 @@ void EditableField::CheckEditable() const {
 void EditableField::Set(double number) const {
   CheckEditable();
   if (!m_info->access.number) Refuse("is not a number");
-  const double scale = Unit().scale;
-  const std::string written = "'" + Digits(number / scale, everyDigit) + "'";
-  if (m_info->kind == FieldKind::Choice) {
-    const auto isIt = [=](const FieldChoice& choice) { return choice.value == number; };
-    if (std::ranges::none_of(m_info->choices, isIt))
-      Refuse(written + " is none of " + ChoicesText(*m_info));
-  } else {
-    // A bound that is converted on the way here stays within.
-    constexpr double slack = 1e-12;
-    const double low = m_info->minimum * scale, high = m_info->maximum * scale;
-    if (!(number >= low - slack * std::abs(low) && number <= high + slack * std::abs(high)))
-      Refuse(written + " is not within " + Range());
-    if (m_info->kind != FieldKind::Quantity && number != std::floor(number))
-      Refuse(written + " is not a whole number");
-  }
+  const std::string written = "'" + Digits(number / Unit().scale, everyDigit) + "'";
+  if (!Takes(number))
+    Refuse(written + (m_info->kind == FieldKind::Choice ? " is none of " : " is not within ") +
+           Range());
+  if (m_info->kind != FieldKind::Quantity && number != std::floor(number))
+    Refuse(written + " is not a whole number");
   m_info->access.setNumber(m_changed, number);
 }
 
@@ -264,16 +283,24 @@ Field Fields::operator[](std::string_view key) const {
 
 std::vector<std::pair<std::string, std::uint32_t>> Fields::Ids() const {
   std::vector<std::pair<std::string, std::uint32_t>> ids;
-  for (const FieldInfo& info : m_type->fields)
-    if (!info.idName.empty())
-      ids.emplace_back(info.idName, static_cast<std::uint32_t>(info.access.number(m_group)));
+  for (const FieldInfo* info : IdFields(*m_type))
+    ids.emplace_back(info->idName, static_cast<std::uint32_t>(info->access.number(m_group)));
   return ids;
 }
 
 std::string Fields::Name() const {
   std::string text;
-  for (const auto& [name, value] : Ids())
-    text += (text.empty() ? "" : " of ") + name + " " + std::to_string(value);
+  std::size_t quantity = 0;
+  for (const FieldInfo* info : IdFields(*m_type)) {
+    if (quantity > 0) text += quantity == 1 ? " of " : ", ";
+    const double id = info->access.number(m_group);
+    std::string name = ChoiceName(*info, id);
+    if (name.empty())
+      name = std::string(IsOwn(*m_type, *info) ? m_type->name : info->idName) + " " +
+             Digits(id, everyDigit);
+    text += name;
+    ++quantity;
+  }
   std::replace(text.begin(), text.end(), '_', '-');
   return text.empty() ? std::string(m_type->name) : text;
 }

@@ -6,7 +6,7 @@
 
 #include "interfaces/os.h"
 #include "src/container/companions.h"
-#include "src/inspection/state.h"
+#include "src/inspection/groupitems.h"
 #include "utdata/grouplists.h"
 
 namespace utdata {
@@ -19,40 +19,22 @@ bool Exists(const std::wstring& path) { return os::CurrentFileSystem().Exists(pa
 // How many groups of one list an inspection has: of the types that a file set holds, the items
 // there; of the others, the groups of the descriptor.
 
-std::size_t CountItems(CFSet& set, const CList<CGDataTypeFDD*>&) {
+std::size_t Count(InspectionState& state, const CList<CGDataTypeFDD*>&) {
   CIDataLst found;
-  return set.fset_GetIDataLst(&found);
+  return state.set.fset_GetIDataLst(&found);
 }
-std::size_t CountItems(CFSet& set, const CList<CGChanTypeDescr*>&) {
-  return set.fset_GetIChanCount();
+std::size_t Count(InspectionState& state, const CList<CGWeldScanPlanDescr*>&) {
+  return state.set.fset_GetGWeldScanPlanList().size();
 }
-std::size_t CountItems(CFSet& set, const CList<CGSubchanTypeDescr*>&) {
-  CISubChanLst found;
-  return set.fset_GetISubChanLst(&found, fset_All, fset_AnyId, fset_AnyId);
-}
-std::size_t CountItems(CFSet& set, const CList<CGGateTypeDescr*>&) {
-  CIGateLst found;
-  return set.fset_GetIGateLst(&found, fset_All, fset_AnyId, fset_AnyId);
-}
-std::size_t CountItems(CFSet& set, const CList<CGPatchTypeDescr*>&) {
-  CIPatchLst found;
-  return set.fset_GetIPatchLst(&found, fset_All, fset_AnyId);
-}
-std::size_t CountItems(CFSet& set, const CList<CGProbeTypeDescr*>&) {
-  CIProbeLst found;
-  return set.fset_GetIProbeLst(&found, fset_All, fset_AnyId);
-}
-std::size_t CountItems(CFSet& set, const CList<CGInfoTypeDescr*>&) {
-  return set.fset_GetIInfo(fset_All) ? 1 : 0;
-}
-std::size_t CountItems(CFSet& set, const CList<CGWeldScanPlanDescr*>&) {
-  return set.fset_GetGWeldScanPlanList().size();
-}
-std::size_t CountItems(CFSet& set, const CList<CGWeldFillDescr*>&) {
-  return set.fset_GetGWeldFillList().size();
+std::size_t Count(InspectionState& state, const CList<CGWeldFillDescr*>&) {
+  return state.set.fset_GetGWeldFillList().size();
 }
 template <class Descriptor>
-std::size_t CountItems(CFSet&, const CList<Descriptor*>& list) {
+std::size_t Count(InspectionState& state, const CList<Descriptor*>& list) {
+  // The specimen, not the file set, holds the material.
+  if constexpr (requires { GroupItems<Descriptor>::List(state, fset_All); } &&
+                !std::is_same_v<Descriptor, CGSpecmatTypeDescr>)
+    return GroupItems<Descriptor>::List(state, fset_All).size();
   return static_cast<std::size_t>(list.GetCount());
 }
 
@@ -215,6 +197,14 @@ std::vector<DataGroup> Inspection::DataOfChannel(std::uint32_t channel) const {
   return groups;
 }
 
+std::map<std::uint32_t, std::vector<DataGroup>> Inspection::DataByChannel() const {
+  std::map<std::uint32_t, std::vector<DataGroup>> channels;
+  for (const DataGroup& group : m_state->data)
+    if (group.IsListed()) channels[group.Descriptor().GetChannelID()];
+  for (auto& [channel, groups] : channels) groups = DataOfChannel(channel);
+  return channels;
+}
+
 std::optional<DataGroup> Inspection::DataOf(const CIData* item) const {
   DataRow* row = m_state->RowOf(item);
   return row ? std::optional(DataGroup(*m_state, *row)) : std::nullopt;
@@ -247,7 +237,7 @@ DataGroup Inspection::AddData(const CGDataTypeFDD& record, std::vector<std::byte
 std::vector<std::pair<std::string, std::size_t>> Inspection::CountGroups() const {
   std::vector<std::pair<std::string, std::size_t>> counts;
   VisitGroupLists(*m_state->descriptor, [&](std::string_view key, const auto& list) {
-    counts.emplace_back(key, CountItems(m_state->set, list));
+    counts.emplace_back(key, Count(*m_state, list));
   });
   return counts;
 }

@@ -1,4 +1,5 @@
 // What loading has put in place of values that no record should have, said as warnings.
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -10,7 +11,7 @@ namespace {
 
 std::string NumberText(double value) {
   char text[32];
-  std::snprintf(text, sizeof text, "%.10g", value);
+  std::snprintf(text, sizeof text, value == std::trunc(value) ? "%.0f" : "%.6g", value);
   return text;
 }
 

@@ -365,8 +365,10 @@ TEST_F(ArraysTest, AnInterruptLeavesWholeFilesOrNone) {
     const ProgramResult result =
         Run("--version >/dev/null; timeout -s INT --preserve-status " + seconds +
             " '" UTDATA_PROGRAM "' export zeros.fpd --data 0 -o zeros.npy");
-    if (result.status == 0) {
+    // A signal may also end the program when both files are there and it has nothing left to do.
+    if (result.status == 0 || (result.error.empty() && Names().count("zeros.npy") == 1)) {
       EXPECT_EQ(SplitNpy(ReadFile(At("zeros.npy"))).second.size(), std::size_t{40} << 20U);
+      EXPECT_EQ(Names().count("zeros.json"), 1U);
       std::filesystem::remove(At("zeros.npy"));
       std::filesystem::remove(At("zeros.json"));
     }

@@ -109,10 +109,10 @@ TEST_F(ReportTest, TellsSpecimenSetUpAndHistory) {
       if (each["title"] == title) return each["rows"].dump();
     return std::string();
   };
-  EXPECT_NE(table("Specimen").find(R"(["thickness","20 mm"])"), std::string::npos);
-  EXPECT_NE(table("Material").find("5920 m/s"), std::string::npos);
+  EXPECT_NE(table("Specimen dimensions").find(R"(["thickness","20 mm"])"), std::string::npos);
+  EXPECT_NE(table("Specimen material").find("5920 m/s"), std::string::npos);
   EXPECT_NE(table("Channel 0").find(R"(["gain","40 dB"])"), std::string::npos);
-  EXPECT_NE(table("Gate 1, channel 0").find(R"(["start","1.2 µs"])"), std::string::npos);
+  EXPECT_NE(table("Gate 1 of channel 0").find(R"(["start","1.2 µs"])"), std::string::npos);
   std::string told;
   for (const nlohmann::json& event : facts["history"])
     told += event["file"].get<std::string>() + " " + event["what"].get<std::string>() + " " +

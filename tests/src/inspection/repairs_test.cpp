@@ -39,7 +39,7 @@ TEST(InspectionRepairs, AreWarningsWithBothValues) {
   ASSERT_EQ(warnings.size(), 1U);
   EXPECT_EQ(warnings[0],
             ": data group 0: repaired on loading: column quantity 2147483648 is taken as 1, row "
-            "quantity 4294967294 is taken as 1, sample step nan is taken as 1.999999995e-08");
+            "quantity 4294967294 is taken as 1, sample step nan is taken as 2e-08");
 
   CGDataTypeFDD empty = sound;
   empty.rowQuantity = 0;

@@ -11,105 +11,41 @@
 #include "terminal/failure.h"
 #include "terminal/output.h"
 #include "terminal/text.h"
-#include "utdata/newscan.h"
+#include "utdata/fields.h"
 
 namespace utdata::program {
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// A unit by the name that a description gives it, as a multiple of a base unit.
-struct Unit {
-  std::string_view name;
-  kvt_enumUnits units;
-  double factor;
-};
-constexpr Unit unitNames[] = {{"", kvt_UnitNone, 1},
-                              {"s", kvt_UnitSecond, 1},
-                              {"m", kvt_UnitMetre, 1},
-                              {"degree", kvt_UnitDegree, 1},
-                              {"%", kvt_UnitPercent, 1},
-                              {"dB", kvt_UnitDecibel, 1},
-                              {"V", kvt_UnitVolt, 1},
-                              {"us", kvt_UnitSecond, 1e-6},
-                              {"ns", kvt_UnitSecond, 1e-9},
-                              {"mm", kvt_UnitMetre, 1e-3}};
-
-struct NumberField {
+/// A field of the record by the name that a description gives it, and by its key.
+struct DescribedField {
   const char* name;
-  float CGDataTypeFDD::*field;
+  const char* key;
 };
-constexpr NumberField numberFields[] = {{"minimum", &CGDataTypeFDD::dataMinimum},
-                                        {"maximum", &CGDataTypeFDD::dataMaximum},
-                                        {"value_resolution", &CGDataTypeFDD::dataResolution},
-                                        {"value_offset", &CGDataTypeFDD::dataOffset},
-                                        {"sample_resolution", &CGDataTypeFDD::sampleResolution},
-                                        {"sample_offset", &CGDataTypeFDD::sampleOffset},
-                                        {"probe_angle", &CGDataTypeFDD::probeAngle},
-                                        {"probe_skew", &CGDataTypeFDD::probeSkew},
-                                        {"probe_separation", &CGDataTypeFDD::probeSeparation},
-                                        {"sound_speed", &CGDataTypeFDD::soundSpeed},
-                                        {"part_thickness", &CGDataTypeFDD::partThickness},
-                                        {"inspection_radius", &CGDataTypeFDD::inspectionRadius}};
-
-/// A whole number with the largest value that a record may have.
-struct CodeField {
-  const char* name;
-  std::uint32_t largest;
-  std::uint32_t (*get)(const CGDataTypeFDD& record);
-  void (*set)(CGDataTypeFDD& record, std::uint32_t code);
-};
-constexpr std::uint32_t anyId = 0xFFFFFFFE;
-constexpr CodeField codeFields[] = {
-    {"class",
-     gdata_CScanAngle,
-     [](auto& record) { return record.dataClass & ~std::uint32_t{gdata_MultiChannelMaster}; },
-     [](auto& record, auto code) { record.dataClass = static_cast<gdata_enumDataClass>(code); }},
-    {"channel",
-     anyId,
-     [](auto& record) { return record.channelId; },
-     [](auto& record, auto code) { record.channelId = code; }},
-    {"gate",
-     anyId,
-     [](auto& record) { return record.gateId; },
-     [](auto& record, auto code) { record.gateId = code; }},
-    {"rectification",
-     gdata_RectifFull,
-     [](auto& record) -> std::uint32_t { return record.GetDataRectification(); },
-     [](auto& record, auto code) {
-       record.SetDataRectification(static_cast<gdata_enumRectif>(code));
-     }},
-    {"value_scale",
-     gdata_ScaleLogarithmic,
-     [](auto& record) -> std::uint32_t { return record.GetDataScale(); },
-     [](auto& record, auto code) { record.SetDataScale(static_cast<gdata_enumDataScale>(code)); }},
-    {"value_units",
-     kvt_UnitVolt,
-     [](auto& record) -> std::uint32_t { return record.GetDataUnits(); },
-     [](auto& record, auto code) { record.SetDataUnits(static_cast<kvt_enumUnits>(code)); }},
-    {"geometry",
-     gdata_GeometryCircumferential,
-     [](auto& record) -> std::uint32_t { return record.inspectionGeometry; },
-     [](auto& record, auto code) {
-       record.inspectionGeometry = static_cast<gdata_enumInspGeometry>(code);
-     }},
-    {"options",
-     gdata_OptionCompressed | gdata_OptionOffsetBinary,
-     [](auto& record) -> std::uint32_t { return record.fileFormat; },
-     [](auto& record, auto code) {
-       record.fileFormat = static_cast<gdata_bitmapFileOptions>(code);
-     }},
-    {"tofd",
-     1,
-     [](auto& record) { return static_cast<std::uint32_t>(record.tofd); },
-     [](auto& record, auto code) { record.tofd = static_cast<std::int32_t>(code); }}};
-
-struct NameField {
-  const char* name;
-  wchar_t (CGDataTypeFDD::*field)[CGDataTypeFDD::nameSize];
-};
-constexpr NameField nameFields[] = {{"channel_name", &CGDataTypeFDD::channelName},
-                                    {"gate_name", &CGDataTypeFDD::gateName}};
+constexpr DescribedField describedFields[] = {{"class", "dataClass"},
+                                              {"channel", "channelId"},
+                                              {"gate", "gateId"},
+                                              {"rectification", "rectification"},
+                                              {"value_scale", "dataScale"},
+                                              {"value_units", "dataUnits"},
+                                              {"geometry", "inspectionGeometry"},
+                                              {"options", "fileFormat"},
+                                              {"tofd", "tofd"},
+                                              {"channel_name", "channelName"},
+                                              {"gate_name", "gateName"},
+                                              {"minimum", "dataMinimum"},
+                                              {"maximum", "dataMaximum"},
+                                              {"value_resolution", "dataResolution"},
+                                              {"value_offset", "dataOffset"},
+                                              {"sample_resolution", "sampleResolution"},
+                                              {"sample_offset", "sampleOffset"},
+                                              {"probe_angle", "probeAngle"},
+                                              {"probe_skew", "probeSkew"},
+                                              {"probe_separation", "probeSeparation"},
+                                              {"sound_speed", "soundSpeed"},
+                                              {"part_thickness", "partThickness"},
+                                              {"inspection_radius", "inspectionRadius"}};
 
 /// A description that is being read.
 class RecordReader {
@@ -118,16 +54,23 @@ class RecordReader {
       : m_holder(holder), m_record(record) {}
 
   void ReadRecord(const Json& record) {
-    for (const NumberField& field : numberFields)
-      if (record.contains(field.name))
-        m_record.*field.field = Number(record[field.name], field.name);
-    for (const CodeField& field : codeFields)
-      if (record.contains(field.name))
-        field.set(m_record, Whole(record[field.name], field.name, field.largest));
-    for (const NameField& field : nameFields) {
-      const Json name = record.value(field.name, Json(""));
-      if (!name.is_string()) Refuse(field.name, "is not a text");
-      SetName(m_record.*field.field, ToWide(name.get<std::string>()));
+    const Fields fields(m_record);
+    for (const DescribedField& described : describedFields) {
+      if (!record.contains(described.name)) continue;
+      const Json& value = record[described.name];
+      const Field field = fields[described.key];
+      const SCFile::FieldInfo& info = field.Info();
+      if (info.kind == SCFile::FieldKind::Text) {
+        if (!value.is_string()) Refuse(described.name, "is not a text");
+        const std::wstring text = ToWide(value.get<std::string>());
+        info.access.setText(&m_record, text.substr(0, CGDataTypeFDD::nameSize - 1));
+      } else if (info.kind == SCFile::FieldKind::Quantity) {
+        info.access.setNumber(&m_record, Number(value, described.name));
+      } else {
+        if (!value.is_number_unsigned() || !field.Takes(value.get<double>()))
+          Refuse(described.name, "is no whole number, or not one of: " + field.Range());
+        info.access.setNumber(&m_record, value.get<double>());
+      }
     }
   }
 
@@ -136,17 +79,17 @@ class RecordReader {
     const std::string called = name.is_string() ? name.get<std::string>() : "an axis";
     if (!axis.is_object() || axis.value("quantity", Json()) != Json(quantity))
       Refuse(called, "has not the array's quantity, " + std::to_string(quantity));
-    const Unit& unit = UnitOf(axis, called);
-    const double step = Number(axis.value("step", Json()), "step of " + called) * unit.factor;
-    const double first = Number(axis.value("first", Json()), "first of " + called) * unit.factor;
-    return Place(called, unit.units, static_cast<float>(first), static_cast<float>(step));
+    const ArrayUnit& unit = UnitOf(axis, called);
+    const double step = Number(axis.value("step", Json()), "step of " + called) / unit.perBase;
+    const double first = Number(axis.value("first", Json()), "first of " + called) / unit.perBase;
+    return Place(called, unit.base, static_cast<float>(first), static_cast<float>(step));
   }
 
   [[noreturn]] void Refuse(const std::string& what, const std::string& why) const {
     throw Failure(m_holder,
                   "does not describe the array",
                   what + " " + why,
-                  "correct it, or take it away and tell the rest by options");
+                  "correct it, or remove it and give the rest as options");
   }
 
  private:
@@ -182,14 +125,11 @@ class RecordReader {
     return found->axis;
   }
 
-  const Unit& UnitOf(const Json& axis, const std::string& called) const {
+  const ArrayUnit& UnitOf(const Json& axis, const std::string& called) const {
     const Json name = axis.value("unit", Json(""));
-    const auto* found = std::find_if(std::begin(unitNames),
-                                     std::end(unitNames),
-                                     [&](const Unit& unit) { return name == Json(unit.name); });
-    if (found == std::end(unitNames))
-      Refuse("unit of " + called, "is not m, mm, s, us, ns or degree");
-    return *found;
+    const ArrayUnit* unit = name.is_string() ? FindArrayUnit(name.get<std::string>()) : nullptr;
+    if (!unit) Refuse("unit of " + called, "is not m, mm, in, s, us, ns or degree");
+    return *unit;
   }
 
   float Number(const Json& value, const std::string& what) const {
@@ -199,31 +139,57 @@ class RecordReader {
     return static_cast<float>(number);
   }
 
-  std::uint32_t Whole(const Json& value, const std::string& what, std::uint32_t largest) const {
-    if (!value.is_number_unsigned() || value.get<std::uint64_t>() > largest)
-      Refuse(what, "is not a whole number from 0 to " + std::to_string(largest));
-    return value.get<std::uint32_t>();
-  }
-
   const std::string& m_holder;
   CGDataTypeFDD& m_record;
 };
 
-}  // namespace
-
-const char* UnitName(kvt_enumUnits units) {
-  const auto* found = std::find_if(std::begin(unitNames),
-                                   std::end(unitNames),
-                                   [=](const Unit& unit) { return unit.units == units; });
-  return found == std::end(unitNames) ? "" : found->name.data();
+/// What a record says beside its axes, in base units.
+Json RecordJson(const DataGroup& group) {
+  const Fields fields(group.Stored());
+  Json json = Json::object();
+  for (const DescribedField& described : describedFields) {
+    const Field field = fields[described.key];
+    switch (field.Info().kind) {
+      case SCFile::FieldKind::Text:
+        json[described.name] = field.Text();
+        break;
+      case SCFile::FieldKind::Quantity:
+        json[described.name] = JsonNumber(static_cast<float>(field.Number()));
+        break;
+      default:
+        json[described.name] = static_cast<std::uint32_t>(field.Number());
+    }
+  }
+  json["class"] = group.Class();
+  return json;
 }
 
-Json RecordJson(const CGDataTypeFDD& record) {
-  Json json = Json::object();
-  for (const CodeField& field : codeFields) json[field.name] = field.get(record);
-  for (const NameField& field : nameFields) json[field.name] = ToUtf8(record.*field.field);
-  for (const NumberField& field : numberFields) json[field.name] = JsonNumber(record.*field.field);
-  return json;
+}  // namespace
+
+Json DescriptionJson(const DescribedArray& array,
+                     const DataGroup& group,
+                     const std::string& holder) {
+  Json axes = Json::array();
+  for (const DescribedAxis& axis : array.axes)
+    axes.push_back({{"name", axis.name},
+                    {"label", axis.label},
+                    {"unit", axis.unit},
+                    {"quantity", axis.quantity},
+                    {"first", axis.first},
+                    {"step", axis.step}});
+  return {{"format", descriptionFormat},
+          {"version", descriptionVersion},
+          {"array", holder},
+          {"type", array.type->name},
+          {"shape", array.Shape()},
+          {"axes", axes},
+          {"values",
+           {{"name", array.values.name},
+            {"unit", array.values.unit},
+            {"scale", array.values.scale},
+            {"offset", array.values.offset}}},
+          {"group", DataGroupJson(group)},
+          {"record", RecordJson(group)}};
 }
 
 std::vector<ArrayAxis> ReadDescription(const ForeignArray& array, CGDataTypeFDD& record) {

@@ -1,5 +1,5 @@
-// The description that travels with an exported array: how it is told, and how an import reads it
-// back into a data group's record.
+// The description that stands beside an exported array: how it is written, and how an import reads
+// it back into a data group's record.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "arrays/foreign_array.h"
-#include "arrays/gather.h"
+#include "utdata/arrays.h"
 
 namespace utdata::program {
 
@@ -17,11 +17,11 @@ inline constexpr int descriptionVersion = 1;
 /// Longer texts are not taken for a description.
 inline constexpr std::uint64_t largestDescription = std::uint64_t{1} << 20U;  ///< bytes
 
-/// "m", "s", "degree", "%", "dB", "V"; empty for plain numbers.
-[[nodiscard]] const char* UnitName(kvt_enumUnits units);
-
-/// What a record says beside its axes, in base units.
-[[nodiscard]] nlohmann::ordered_json RecordJson(const CGDataTypeFDD& record);
+/// All that an import needs to make the same data group again.
+/// @param holder the file or data set that has the elements
+[[nodiscard]] nlohmann::ordered_json DescriptionJson(const DescribedArray& array,
+                                                     const DataGroup& group,
+                                                     const std::string& holder);
 
 /// Reads the description of an array into the record of a new data group and gives the names of the
 /// array's axes, first one first; none when there is no description of this program's making.

@@ -11,8 +11,8 @@
 
 #include "arrays/description.h"
 #include "arrays/hdf5_file.h"
+#include "arrays/input_file.h"
 #include "arrays/npy.h"
-#include "interfaces/os.h"
 #include "terminal/failure.h"
 #include "terminal/text.h"
 
@@ -32,17 +32,12 @@ bool IsHdf5Name(const std::string& file) {
 
 /// The text of the file that an export leaves beside an array; empty when there is none.
 std::string Beside(const std::string& path) {
-  std::unique_ptr<os::File> file;
-  std::uint64_t size = 0;
-  if (os::CurrentFileSystem().Open(ToWide(path), os::OpenMode::Read, file) != os::Error::None)
-    return {};
-  if (file->Size(size) != os::Error::None || size > largestDescription) return {};
-  std::string text(size, 0);
-  std::size_t done = 0;
-  const os::Error error = file->ReadAt(0, std::as_writable_bytes(std::span(text)), done);
-  if (error != os::Error::None)
-    throw Failure(path, "cannot be read", std::string(os::ErrorText(error)));
-  text.resize(done);
+  std::error_code ignored;
+  if (!std::filesystem::exists(path, ignored)) return {};
+  const InputFile file(path);
+  if (file.Size() > largestDescription) return {};
+  std::string text(file.Size(), 0);
+  static_cast<void>(file.Read(0, std::as_writable_bytes(std::span(text))));
   return text;
 }
 
@@ -57,6 +52,39 @@ ForeignArray ReadNpy(const std::string& path) {
           Beside(beside),
           beside};
 }
+
+class ArrayFile final : public ArraySource {
+ public:
+  /// Refuses a file that holds more or less than the layout.
+  /// @param remedy what to check when it does not fit
+  ArrayFile(const std::string& path, const ArrayLayout& layout, const std::string& remedy)
+      : m_file(path), m_start(layout.start), m_sampleSize(layout.sampleSize) {
+    std::uint64_t size = m_file.Size();
+    std::uint64_t expected = 0;
+    const bool fits = layout.Size(expected);
+    size -= std::min(size, m_start);
+    if (fits && size == expected) return;
+    const auto& shape = layout.shape;
+    const std::string needed = fits ? std::to_string(expected) : "more than 18446744073709551615";
+    throw Failure(path,
+                  "does not fit the shape",
+                  "the file holds " + std::to_string(size) + " bytes" +
+                      (m_start > 0 ? " behind its header, " : ", ") + std::to_string(shape[0]) +
+                      " x " + std::to_string(shape[1]) + " x " + std::to_string(shape[2]) +
+                      " samples of " + std::to_string(layout.sampleSize) + " bytes are " + needed,
+                  remedy);
+  }
+
+  void Read(std::uint64_t firstElement, std::span<std::byte> bytes) override {
+    if (!m_file.Read(m_start + firstElement * m_sampleSize, bytes))
+      throw Failure(m_file.Path(), "cannot be read", "the file became shorter while it was read");
+  }
+
+ private:
+  InputFile m_file;
+  std::uint64_t m_start;
+  std::uint64_t m_sampleSize;
+};
 
 }  // namespace
 
@@ -118,12 +146,11 @@ SampleMemory GatherArray(const ArrayName& name,
   if (name.format == ArrayFormat::Hdf5)
     return GatherHdf5(name.file, name.dataSet, layout, progress);
   const bool isRaw = name.format == ArrayFormat::Raw;
-  const auto source = OpenArrayFile(
-      name.file, layout, isRaw ? "check --shape and --dtype" : "write it again whole");
+  ArrayFile source(name.file, layout, isRaw ? "check --shape and --dtype" : "write it again whole");
   std::uint64_t size = 0;
   if (!layout.Size(size)) throw std::bad_alloc();
   SampleMemory gathered(new std::byte[size], [](std::byte* samples) { delete[] samples; });
-  GatherAScans(*source, layout, {gathered.get(), size}, progress);
+  GatherAScans(source, layout, {gathered.get(), size}, progress);
   return gathered;
 }
 

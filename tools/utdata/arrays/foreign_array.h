@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "arrays/gather.h"
+#include "utdata/arrays.h"
 #include "utdata/newscan.h"
 
 namespace utdata::program {
@@ -25,14 +25,14 @@ struct ArrayName {
   std::string dataSet;  ///< of an HDF5 file, from its root; empty for the others
 };
 
-/// What such an array tells about itself.
+/// What the header of such an array says.
 struct ForeignArray {
   const SampleType* type = nullptr;
   bool bigEndian = false;
   bool fortranOrder = false;         ///< the first axis is the innermost in the file
   std::uint64_t start = 0;           ///< bytes before its first element
   std::vector<std::uint64_t> shape;  ///< first axis first
-  std::string description;           ///< what an export told beside it; empty when there is nothing
+  std::string description;           ///< that an export wrote beside it; empty when there is none
   std::string describedBy;           ///< who holds the description, for failures
 };
 

@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-#include "arrays/gather.h"
+#include "utdata/arrays.h"
 
 namespace utdata::program {
 

@@ -3,10 +3,9 @@
 
 #include <string>
 
-#include "arrays/described_array.h"
 #include "arrays/foreign_array.h"
-#include "arrays/gather.h"
 #include "terminal/new_file.h"
+#include "utdata/arrays.h"
 
 namespace utdata::program {
 
@@ -16,7 +15,7 @@ void CheckHasHdf5(const std::string& path);
 /// Writes the samples of a data group and its axes, as dimension scales, into the unfinished form
 /// of a new file.
 /// @param description all of it as a text, kept beside the samples
-/// @param progress    told how many bytes of samples are written
+/// @param progress    called with how many bytes of samples are written
 void WriteHdf5(const NewFile& file,
                const DescribedArray& array,
                const DataGroup& group,
@@ -26,8 +25,7 @@ void WriteHdf5(const NewFile& file,
 /// The data set that an export makes.
 inline constexpr const char* exportedDataSet = "/samples";
 
-/// What a data set tells about its shape, type and, when this program wrote it, all else. Throws
-/// Failure.
+/// The shape and type of a data set and, when this program wrote it, all else. Throws Failure.
 [[nodiscard]] ForeignArray ReadHdf5Header(const std::string& path, const std::string& dataSet);
 
 /// Gathers the A-scans of a data set. Throws Failure.

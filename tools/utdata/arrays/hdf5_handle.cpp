@@ -21,12 +21,10 @@ std::string Hdf5Reason() {
 
 void SilenceHdf5() { H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr); }
 
-bool ForEachBox(
-    const std::vector<hsize_t>& shape,
-    std::uint64_t first,
-    std::uint64_t count,
-    const std::function<bool(const hsize_t* start, const hsize_t* extent, std::uint64_t elements)>&
-        box) {
+bool ForEachBox(const std::vector<hsize_t>& shape,
+                std::uint64_t first,
+                std::uint64_t count,
+                const TakeBox& take) {
   std::vector<hsize_t> start(shape.size());
   std::vector<hsize_t> extent(shape.size());
   while (count > 0) {
@@ -43,7 +41,7 @@ bool ForEachBox(
       elements *= extent[axis];
       aligned = extent[axis] == shape[axis];
     }
-    if (!box(start.data(), extent.data(), elements)) return false;
+    if (!take(start.data(), extent.data(), elements)) return false;
     first += elements;
     count -= elements;
   }

@@ -52,16 +52,16 @@ inline constexpr double samplesPatience = 60;
 /// Keeps the library from printing its errors.
 void SilenceHdf5();
 
-/// Calls `block` for each box of elements that together make up `count` of them from `first` on, in
-/// their order.
+/// Takes a box of elements: where it begins, its extents, and how many there are; false stops.
+using TakeBox =
+    std::function<bool(const hsize_t* start, const hsize_t* extent, std::uint64_t elements)>;
+
+/// Calls `take` for each box of elements that together make up `count` of them from `first` on, in
+/// their order. @return what the last call returned
 /// @param shape quantities, outermost axis first
-/// @param block told where the box begins, its extents, and how many elements are in it; false
-///   stops, and is the result
-bool ForEachBox(
-    const std::vector<hsize_t>& shape,
-    std::uint64_t first,
-    std::uint64_t count,
-    const std::function<bool(const hsize_t* start, const hsize_t* extent, std::uint64_t elements)>&
-        box);
+bool ForEachBox(const std::vector<hsize_t>& shape,
+                std::uint64_t first,
+                std::uint64_t count,
+                const TakeBox& take);
 
 }  // namespace utdata::program

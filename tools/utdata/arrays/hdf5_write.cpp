@@ -80,7 +80,7 @@ class Hdf5Writer {
     });
     Check(H5Dwrite(scale, H5T_NATIVE_DOUBLE, H5S_ALL, H5S_ALL, H5P_DEFAULT, values.data()));
     Text(scale, "long_name", axis.label);
-    Text(scale, "units", axis.unit);
+    Text(scale, "units", std::string(axis.unit));
     Number(scale, "first", axis.first);
     Number(scale, "step", axis.step);
     Check(H5DSset_scale(scale, axis.name));

@@ -5,14 +5,11 @@
 #include <bit>
 #include <charconv>
 #include <cstddef>
-#include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
 
-#include "interfaces/os.h"
-#include "terminal/failure.h"
-#include "terminal/text.h"
+#include "arrays/input_file.h"
 
 namespace utdata::program {
 namespace {
@@ -126,34 +123,17 @@ void SetElement(const std::string& kind, const std::string& path, NpyHeader& hea
   header.bigEndian = kind[0] == '>' || (kind[0] == '=' && std::endian::native == std::endian::big);
 }
 
-class HeaderFile {
- public:
-  explicit HeaderFile(const std::string& path) : m_path(path) {
-    ThrowOn(os::CurrentFileSystem().Open(ToWide(path), os::OpenMode::Read, m_file));
-  }
+[[noreturn]] void Refuse(const InputFile& file, const std::string& why) {
+  throw Failure(file.Path(), "is no .npy array", why);
+}
 
-  /// Bytes at a place of the file; refuses the file when it ends before them.
-  std::string Bytes(std::uint64_t offset, std::size_t size) {
-    std::string bytes(size, 0);
-    std::size_t done = 0;
-    ThrowOn(m_file->ReadAt(offset, std::as_writable_bytes(std::span(bytes)), done));
-    if (done != size) Refuse("it ends in its header");
-    return bytes;
-  }
-
-  [[noreturn]] void Refuse(const std::string& why) const {
-    throw Failure(m_path, "is no .npy array", why);
-  }
-
- private:
-  void ThrowOn(os::Error error) const {
-    if (error != os::Error::None)
-      throw Failure(m_path, "cannot be read", std::string(os::ErrorText(error)));
-  }
-
-  const std::string& m_path;
-  std::unique_ptr<os::File> m_file;
-};
+/// Bytes at a place of the file; refuses the file when it ends before them.
+std::string BytesAt(const InputFile& file, std::uint64_t offset, std::size_t size) {
+  std::string bytes(size, 0);
+  if (!file.Read(offset, std::as_writable_bytes(std::span(bytes))))
+    Refuse(file, "it ends in its header");
+  return bytes;
+}
 
 }  // namespace
 
@@ -175,23 +155,23 @@ std::string NpyHeaderBytes(const SampleType& type, const std::vector<std::uint64
 }
 
 NpyHeader ReadNpyHeader(const std::string& path) {
-  HeaderFile file(path);
-  const std::string start = file.Bytes(0, magic.size() + 2);
-  if (!start.starts_with(magic)) file.Refuse("it does not begin as one");
+  const InputFile file(path);
+  const std::string start = BytesAt(file, 0, magic.size() + 2);
+  if (!start.starts_with(magic)) Refuse(file, "it does not begin as one");
   const int version = start[magic.size()];
   if (version < 1 || version > 3 || start.back() != 0)
-    file.Refuse("its version is not 1.0, 2.0 or 3.0");
+    Refuse(file, "its version is not 1.0, 2.0 or 3.0");
   const std::size_t lengthSize = version == 1 ? 2 : 4;
-  const std::string lengthBytes = file.Bytes(start.size(), lengthSize);
+  const std::string lengthBytes = BytesAt(file, start.size(), lengthSize);
   std::size_t length = 0;
   for (std::size_t index = 0; index < lengthSize; ++index)
     length |= std::size_t{static_cast<unsigned char>(lengthBytes[index])} << (8 * index);
   if (length > largestHeader)
-    file.Refuse("its header is longer than " + std::to_string(largestHeader) + " bytes");
+    Refuse(file, "its header is longer than " + std::to_string(largestHeader) + " bytes");
   NpyHeader header;
   std::string kind;
-  if (!ParseLiteral(file.Bytes(start.size() + lengthSize, length), header, kind))
-    file.Refuse("its header is not understood");
+  if (!ParseLiteral(BytesAt(file, start.size() + lengthSize, length), header, kind))
+    Refuse(file, "its header is not understood");
   SetElement(kind, path, header);
   header.size = start.size() + lengthSize + length;
   return header;

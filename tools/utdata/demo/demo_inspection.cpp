@@ -151,7 +151,8 @@ void AddSpecimen(CFContTypeFileDescr& groups, const WeldScan& scan) {
 
 RecordedBlocks AcquireScan(const std::string& path,
                            const WeldScan& scan,
-                           std::span<const std::int16_t> samples) {
+                           std::span<const std::int16_t> samples,
+                           const Watch& watch) {
   const CGGateTypeDescr gate = WallGate(scan);
   const GateReadings seen =
       GateSamples(AScanRecord(scan),
@@ -160,7 +161,8 @@ RecordedBlocks AcquireScan(const std::string& path,
   return RecordScan(path,
                     {scan.columns, scan.rows, scan.samples, scan.sampleStep},
                     samples,
-                    {gate.gateId, seen.amplitudes, seen.positions});
+                    {gate.gateId, seen.amplitudes, seen.positions},
+                    watch);
 }
 
 void FillInspection(Inspection& inspection,

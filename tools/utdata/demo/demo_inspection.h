@@ -5,7 +5,6 @@
 #include <span>
 #include <string>
 
-#include "acquisition/record_scan.h"
 #include "demo/simulate.h"
 #include "utdata/gating.h"
 #include "utdata/recording.h"
@@ -25,7 +24,8 @@ inline constexpr std::uint32_t wallGate = 2;
 /// @param samples of the A-scans, cells in row-major order
 [[nodiscard]] RecordedBlocks AcquireScan(const std::string& path,
                                          const WeldScan& scan,
-                                         std::span<const std::int16_t> samples);
+                                         std::span<const std::int16_t> samples,
+                                         const Watch& watch);
 
 /// Fills a new inspection with what was recorded and everything that was set for it: channel,
 /// gates, DAC curve, probe, patch, specimen and weld.

@@ -8,7 +8,6 @@
 #include <memory>
 #include <new>
 #include <nlohmann/json.hpp>
-#include <set>
 
 #include "terminal/output.h"
 #include "terminal/progress.h"
@@ -113,16 +112,6 @@ std::string MastersText(const Inspection& inspection) {
                matched ? "master " + std::to_string(matched->Index()) : "-"});
   }
   return table.Text();
-}
-
-std::vector<ChannelRows> SortedRows(const Inspection& inspection) {
-  std::set<std::uint32_t> channels;
-  for (const DataGroup& group : inspection.Data())
-    if (group.IsListed()) channels.insert(group.Descriptor().GetChannelID());
-  std::vector<ChannelRows> sorted;
-  for (const std::uint32_t channel : channels)
-    sorted.push_back({channel, inspection.DataOfChannel(channel)});
-  return sorted;
 }
 
 std::string MatchText(const DataGroup& group) {

@@ -22,14 +22,6 @@ namespace utdata::program {
 /// The same for people; empty without masters.
 [[nodiscard]] std::string MastersText(const Inspection& inspection);
 
-struct ChannelRows {
-  std::uint32_t channelId = 0;
-  std::vector<DataGroup> groups;
-};
-/// The data groups of each channel that the file set holds, by sub-channel and then by the display
-/// order of their gates; channels by their ids.
-[[nodiscard]] std::vector<ChannelRows> SortedRows(const Inspection& inspection);
-
 /// "row 2", which the row's C-scan is matched with; "-" for none.
 [[nodiscard]] std::string MatchText(const DataGroup& group);
 

@@ -76,8 +76,8 @@ std::vector<std::string> RangeRow(const DataGroup& group) {
 Groups GroupsOf(const Inspection& inspection, bool sorted) {
   if (!sorted) return inspection.Data();
   Groups groups;
-  for (const ChannelRows& channel : SortedRows(inspection))
-    groups.insert(groups.end(), channel.groups.begin(), channel.groups.end());
+  for (const auto& [channel, ofChannel] : inspection.DataByChannel())
+    groups.insert(groups.end(), ofChannel.begin(), ofChannel.end());
   for (const DataGroup& group : inspection.Data())
     if (!group.IsListed()) groups.push_back(group);
   return groups;
@@ -140,10 +140,10 @@ nlohmann::ordered_json InfoJson(const Inspection& inspection, const InfoContent&
                                    {"masters", MastersJson(inspection)}};
   if (!content.sorted) return result;
   result["sorted"] = nlohmann::ordered_json::array();
-  for (const ChannelRows& channel : SortedRows(inspection)) {
+  for (const auto& [channel, ofChannel] : inspection.DataByChannel()) {
     nlohmann::ordered_json indices = nlohmann::ordered_json::array();
-    for (const DataGroup& group : channel.groups) indices.push_back(group.Index());
-    result["sorted"].push_back({{"channel", channel.channelId}, {"data", indices}});
+    for (const DataGroup& group : ofChannel) indices.push_back(group.Index());
+    result["sorted"].push_back({{"channel", channel}, {"data", indices}});
   }
   return result;
 }

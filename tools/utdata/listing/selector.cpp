@@ -35,7 +35,9 @@ bool HasAllPairs(const Json& record, const std::string& selector) {
     const std::string pair = selector.substr(at, end - at);
     const std::size_t equals = pair.find('=');
     if (equals == std::string::npos) return false;
-    const auto field = record.find(pair.substr(0, equals));
+    std::string name = pair.substr(0, equals);
+    std::replace(name.begin(), name.end(), '-', '_');
+    const auto field = record.find(name);
     if (field == record.end() || !HasValue(*field, pair.substr(equals + 1))) return false;
     at = end + 1;
   }
@@ -50,22 +52,32 @@ bool IsIndex(const std::string& selector, std::size_t& index) {
 
 }  // namespace
 
+std::size_t SelectRow(const std::vector<Json>& rows,
+                      const std::string& selector,
+                      const std::string& file,
+                      const std::string& what,
+                      const std::function<std::string()>& list) {
+  std::vector<std::size_t> matches;
+  std::size_t wanted = 0;
+  const bool byIndex = IsIndex(selector, wanted);
+  for (std::size_t index = 0; index < rows.size(); ++index)
+    if (byIndex ? index == wanted : HasAllPairs(rows[index], selector)) matches.push_back(index);
+  if (matches.size() == 1) return matches.front();
+  PrintResult(list());
+  const std::string which =
+      matches.empty() ? "no " + what : std::to_string(matches.size()) + " " + what + "s";
+  throw Failure(file,
+                "'" + selector + "' matches " + which,
+                "name one of those listed by its number, or by ids as in class=1,channel=0");
+}
+
 DataGroup SelectGroup(const Inspection& inspection, const std::string& selector) {
   if (inspection.Data().empty())
     throw Failure(inspection.Path(), "nothing can be selected", "it has no data group");
-  std::vector<DataGroup> matches;
-  std::size_t wanted = 0;
-  const bool byIndex = IsIndex(selector, wanted);
-  for (const DataGroup& group : inspection.Data())
-    if (byIndex ? group.Index() == wanted : HasAllPairs(DataRowJson(group), selector))
-      matches.push_back(group);
-  if (matches.size() == 1) return matches.front();
-  PrintResult(DataGroupTable(inspection));
-  const std::string which =
-      matches.empty() ? "matches no data group" : "matches " + std::to_string(matches.size());
-  throw Failure(inspection.Path(),
-                "'" + selector + "' " + which,
-                "name one of those listed by its number, or by fields as in class=1,channel=0");
+  std::vector<Json> rows;
+  for (const DataGroup& group : inspection.Data()) rows.push_back(DataRowJson(group));
+  return inspection.Data()[SelectRow(
+      rows, selector, inspection.Path(), "data group", [&] { return DataGroupTable(inspection); })];
 }
 
 }  // namespace utdata::program

@@ -1,16 +1,29 @@
-// Finds the data group that the user means.
+// Finds the group that the user means.
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <vector>
 
 #include "utdata/inspection.h"
 
 namespace utdata::program {
 
-/// @param selector the index of a row of `info`, or field=value pairs of its JSON joined by commas
-/// (class=2,channel=0,gate=1) Unless it matches exactly one data group, the list of them is printed
-/// and Failure is thrown.
+/// The index of the one group that a selector names. Unless there is exactly one, the list of
+/// groups is printed and Failure is thrown.
+/// @param selector an index, or name=value pairs joined by commas (class=2,channel=0,gate=1), which
+///                 `rows` are searched for; a hyphen in a name counts as an underscore
+/// @param what     the groups are: "gate"
+/// @param list     the list that is printed
+[[nodiscard]] std::size_t SelectRow(const std::vector<nlohmann::ordered_json>& rows,
+                                    const std::string& selector,
+                                    const std::string& file,
+                                    const std::string& what,
+                                    const std::function<std::string()>& list);
+
+/// The data group of a row of `info`, by its index or by fields of its JSON.
 [[nodiscard]] DataGroup SelectGroup(const Inspection& inspection, const std::string& selector);
 
 }  // namespace utdata::program

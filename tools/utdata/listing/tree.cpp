@@ -1,9 +1,11 @@
 #include "listing/tree.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <utility>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "interfaces/kvtiff19_catalogue.h"
@@ -19,21 +21,6 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::size_t shownElements = 8;     ///< of a long array
 constexpr std::size_t shownCharacters = 60;  ///< of a long text
-
-constexpr std::array<const char*, 14> valueTypeNames = {"group",
-                                                        "",
-                                                        "i8",
-                                                        "u8",
-                                                        "i16",
-                                                        "u16",
-                                                        "i32",
-                                                        "u32",
-                                                        "i64",
-                                                        "u64",
-                                                        "f32",
-                                                        "f64",
-                                                        "text",
-                                                        "block"};
 
 void Require(int status, const SCFile::Node* node) {
   if (status != SCFile::status_Ok)
@@ -96,32 +83,26 @@ Json ReadText(const SCFile::Node* group, std::uint32_t index, const Item& item, 
   return ToUtf8(shown.substr(0, shownCharacters)) + "…";
 }
 
-Json ReadAnyValue(const SCFile::Node* group, std::uint32_t index, const Item& item, bool full) {
-  switch (item.valueType) {
-    case SCFile::value_Int8:
-      return ReadValue<std::int8_t>(group, index, item, full);
-    case SCFile::value_UInt8:
-      return ReadValue<std::uint8_t>(group, index, item, full);
-    case SCFile::value_Int16:
-      return ReadValue<std::int16_t>(group, index, item, full);
-    case SCFile::value_UInt16:
-      return ReadValue<std::uint16_t>(group, index, item, full);
-    case SCFile::value_Int32:
-      return ReadValue<std::int32_t>(group, index, item, full);
-    case SCFile::value_UInt32:
-      return ReadValue<std::uint32_t>(group, index, item, full);
-    case SCFile::value_Int64:
-      return ReadValue<std::int64_t>(group, index, item, full);
-    case SCFile::value_UInt64:
-      return ReadValue<std::uint64_t>(group, index, item, full);
-    case SCFile::value_Float:
-      return ReadValue<float>(group, index, item, full);
-    case SCFile::value_Double:
-      return ReadValue<double>(group, index, item, full);
-    default:
-      return ReadText(group, index, item, full);
-  }
-}
+/// What a value type is called, and what reads a value of it.
+struct ValueType {
+  const char* name;
+  Json (*read)(const SCFile::Node*, std::uint32_t index, const Item&, bool full) = nullptr;
+};
+/// In the order of SCFile::ValueType.
+constexpr ValueType valueTypes[] = {{"group"},
+                                    {""},
+                                    {"i8", ReadValue<std::int8_t>},
+                                    {"u8", ReadValue<std::uint8_t>},
+                                    {"i16", ReadValue<std::int16_t>},
+                                    {"u16", ReadValue<std::uint16_t>},
+                                    {"i32", ReadValue<std::int32_t>},
+                                    {"u32", ReadValue<std::uint32_t>},
+                                    {"i64", ReadValue<std::int64_t>},
+                                    {"u64", ReadValue<std::uint64_t>},
+                                    {"f32", ReadValue<float>},
+                                    {"f64", ReadValue<double>},
+                                    {"text", ReadText},
+                                    {"block"}};
 
 /// "channel", "modified channel"; empty for a type that is not known.
 std::string TypeName(std::uint32_t code) {
@@ -141,7 +122,9 @@ Json ValueJson(const SCFile::Node* group,
                const Item& item,
                bool full) {
   Json value = {{"code", item.code}, {"name", FieldName(type, item.code)}};
-  value["type"] = item.valueType < valueTypeNames.size() ? valueTypeNames[item.valueType] : "";
+  const ValueType& valueType =
+      valueTypes[item.valueType < std::size(valueTypes) ? item.valueType : 1];
+  value["type"] = valueType.name;
   if (item.valueType == SCFile::value_Block) {
     std::uint64_t offset = 0;
     std::uint64_t size = 0;
@@ -151,28 +134,8 @@ Json ValueJson(const SCFile::Node* group,
     return value;
   }
   value["count"] = item.count;
-  value["value"] = ReadAnyValue(group, index, item, full);
+  value["value"] = valueType.read ? valueType.read(group, index, item, full) : Json();
   return value;
-}
-
-/// The format bounds the depth of groups, and the file was checked when it was opened.
-Json ItemsJson(SCFile::Node* parent, const SCFile::GroupTypeInfo* type, bool full) {
-  Json items = Json::array();
-  for (std::uint32_t index = 0; index < SCFile::file_ItemNbrGet(parent); ++index) {
-    const Item item = ReadItem(parent, index);
-    if (item.kind == SCFile::kind_Value) {
-      items.push_back(ValueJson(parent, type, index, item, full));
-      continue;
-    }
-    SCFile::GroupHandle group = nullptr;
-    Require(SCFile::file_GroupOpen(parent, &group, item.key), parent);
-    items.push_back({{"code", item.code},
-                     {"name", item.name},
-                     {"type", "group"},
-                     {"group_type", TypeName(item.code)}});
-    items.back()["items"] = ItemsJson(group, SCFile::file_GroupType(item.code), full);
-  }
-  return items;
 }
 
 std::string ValueText(const Json& item) {
@@ -307,12 +270,6 @@ void Walk(SCFile::Node* parent,
 }
 
 }  // namespace
-
-Json TreeJson(SCFile::FileHandle file, bool full) {
-  return {{"path", ToUtf8(SCFile::file_Path(file))},
-          {"commits", SCFile::file_CommitNumber(file)},
-          {"groups", ItemsJson(file, nullptr, full)}};
-}
 
 void PrintTreeJson(SCFile::FileHandle file, bool full) {
   const Json path = ToUtf8(SCFile::file_Path(file));

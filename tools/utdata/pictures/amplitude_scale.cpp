@@ -1,29 +1,8 @@
 #include "pictures/amplitude_scale.h"
 
-#include <algorithm>
-#include <cmath>
 #include <string>
 
 namespace utdata::program {
-
-CodeMeaning MeaningOf(const DataGroup& group, const CodeSpan& span) {
-  CodeMeaning meaning;
-  meaning.low = group.Percent(span.low);
-  meaning.high = group.Percent(span.high);
-  meaning.hasSign = meaning.low < 0;
-  meaning.isWave = meaning.hasSign && group.IsTofd();
-  const bool showsSize = meaning.hasSign && !meaning.isWave;
-  for (int code = 0; code < 256; ++code) {
-    const auto display = static_cast<std::uint8_t>(code);
-    // The codes of a signed span grow with the size of the amplitude.
-    meaning.place[display] = showsSize ? display : span.PlaceOf(display);
-  }
-  if (showsSize) {
-    meaning.high = std::max(std::abs(meaning.low), std::abs(meaning.high));
-    meaning.low = 0;
-  }
-  return meaning;
-}
 
 ColorScale AmplitudeColors(const CodeMeaning& meaning, const DataGroup& group, std::uint32_t gain) {
   ColorScale scale;
@@ -46,11 +25,6 @@ std::vector<Tick> DecibelTicks(const DataGroup& group, double low, double high) 
       ticks.push_back({percent, std::to_string(decibels)});
   }
   return ticks;
-}
-
-std::uint32_t FittingGain(double percent) {
-  const double factor = std::floor(100 / std::abs(percent));
-  return std::isfinite(factor) ? static_cast<std::uint32_t>(std::clamp(factor, 1.0, 1000.0)) : 1;
 }
 
 }  // namespace utdata::program

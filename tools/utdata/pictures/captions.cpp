@@ -63,11 +63,7 @@ SampleAxes SampleAxesOf(const DataGroup& group, SampleAxis wanted) {
   return shown;
 }
 
-std::string Caption(const DataGroup& group) {
-  std::string label = Printable(group.Label());
-  label.erase(label.find_last_not_of(' ') + 1);
-  return label;
-}
+std::string Caption(const DataGroup& group) { return Printable(group.Caption()); }
 
 std::string RowText(const DataGroup& group, std::uint32_t row) {
   return Named(group.Rows(), "row", row);

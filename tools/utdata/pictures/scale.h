@@ -56,9 +56,9 @@ class Scale {
     Mark(length);
   }
 
-  /// Round ticks, as many as a side of `length` pixels has room for.
+  /// Round ticks, as many as fit a side of `length` pixels.
   void Mark(int length);
-  /// The given ticks, as far as a side of `length` pixels has room: the first of two that are too
+  /// The given ticks, as far as they fit a side of `length` pixels: the first of two that are too
   /// near each other stays.
   void Mark(const std::vector<Tick>& ticks, int length);
 

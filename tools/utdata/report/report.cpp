@@ -6,11 +6,11 @@
 #include <utility>
 
 #include "listing/damage.h"
-#include "report/history.h"
 #include "report/page.h"
 #include "report/tables.h"
 #include "report/views.h"
 #include "terminal/text.h"
+#include "utdata/arrays.h"
 
 namespace utdata::program {
 namespace {
@@ -60,15 +60,17 @@ Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
   for (std::string& line : DamageLines(inspection)) views.missing.push_back(std::move(line));
   Json files = Json::array();
   for (const std::string& file : inspection.Files()) files.push_back(FileName(file));
-  const Json facts = {{"title", TitleOf(inspection)},
-                      {"files", std::move(files)},
-                      {"maker", "utdata " UTDATA_VERSION},
-                      {"tables", TablesJson(inspection)},
-                      {"decibels", DecibelsJson(inspection)},
-                      {"views", views.views},
-                      {"missing", views.missing},
-                      {"defects", DefectsJson(inspection)},
-                      {"history", HistoryJson(inspection)}};
+  const Json facts = {
+      {"title", TitleOf(inspection)},
+      {"files", std::move(files)},
+      {"maker", "utdata " UTDATA_VERSION},
+      {"tables", TablesJson(inspection)},
+      {"decibels", DecibelsJson(inspection)},
+      {"millimetresPerInch", FindArrayUnit("mm")->perBase / FindArrayUnit("in")->perBase},
+      {"views", views.views},
+      {"missing", views.missing},
+      {"defects", DefectsJson(inspection)},
+      {"history", HistoryJson(inspection)}};
   std::string values;
   for (std::size_t index = 0; index < views.packed.size(); ++index)
     values += "<script type=\"text/plain\" id=\"values" + std::to_string(index) + "\">" +

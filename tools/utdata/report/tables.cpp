@@ -1,16 +1,17 @@
 #include "report/tables.h"
 
-#include <array>
+#include <cctype>
 #include <cmath>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "editing/group_ids.h"
-#include "report/fields.h"
 #include "terminal/quantity.h"
-#include "terminal/text.h"
+#include "utdata/fields.h"
+#include "utdata/grouplists.h"
+#include "utdata/history.h"
 
 namespace utdata::program {
 namespace {
@@ -18,91 +19,54 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Rows = std::vector<std::pair<std::string, std::string>>;
 
-void AddTable(Json& tables, const std::string& title, const Rows& rows) {
-  if (!rows.empty()) tables.push_back({{"title", title}, {"rows", rows}});
-}
-
-std::string Title(const char* type, const IdPairs& ids) {
-  std::string title = type;
-  for (const auto& [name, id] : ids)
-    title +=
-        (&name == &ids.front().first ? " " : ", " + std::string(name) + " ") + std::to_string(id);
-  return title;
-}
-
-/// One table for each group of a type whose fields can be edited.
-template <class Record>
-void AddTables(Json& tables, const char* type, const CList<Record*>& list) {
-  for (const Record* record : list)
-    AddTable(tables, Title(type, EditIds(*record)), TellingFields(*record));
-}
-
-void AddText(Rows& rows, const char* name, const std::wstring& text) {
-  if (!text.empty()) rows.emplace_back(name, ToUtf8(text));
-}
-
-void AddLength(Rows& rows, const char* name, float metres) {
-  if (metres != 0 && std::isfinite(metres)) rows.emplace_back(name, Millimetres(metres));
-}
-
-template <std::size_t Size>
-std::string Choice(const std::array<const char*, Size>& names, std::uint32_t value) {
-  return value < Size ? names[value] : std::to_string(value);
-}
-
-Rows SpecimenRows(const CFContTypeFileDescr& groups) {
-  constexpr std::array shapes = {"plate", "pipe", "bar", "sphere", "other"};
-  Rows rows;
-  for (const CGSpecinfTypeDescr* information : groups.specimenInformation) {
-    AddText(rows, "name", information->name);
-    AddText(rows, "serial number", information->serialNumber);
-    AddText(rows, "drawing", information->drawing);
-    AddText(rows, "customer", information->customer);
-    AddText(rows, "location", information->location);
-    AddText(rows, "surface", information->surfaceCondition);
-    AddText(rows, "couplant", information->couplant);
-    if (information->temperature != 0 && std::isfinite(information->temperature))
-      rows.emplace_back("temperature", Number(information->temperature) + " °C");
-    AddText(rows, "comment", information->comment);
+/// "refracted angle" of "refractedAngle".
+std::string Spoken(std::string_view key) {
+  std::string spoken;
+  for (const char character : key) {
+    const bool isCapital = std::isupper(static_cast<unsigned char>(character)) != 0;
+    if (isCapital && !spoken.empty()) spoken += ' ';
+    spoken += static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
   }
-  for (const CGSpecdimTypeDescr* dimensions : groups.specimenDimensions) {
-    rows.emplace_back("shape", Choice(shapes, dimensions->shape));
-    AddLength(rows, "length", dimensions->length);
-    AddLength(rows, "width", dimensions->width);
-    AddLength(rows, "thickness", dimensions->thickness);
-    AddLength(rows, "outside diameter", dimensions->outsideDiameter);
-    AddLength(rows, "inside diameter", dimensions->insideDiameter);
+  return spoken;
+}
+
+/// A value of a field for a page: a text without quotes.
+std::string Plain(const FieldValue& value, const std::string& shown) {
+  const auto* text = std::get_if<std::string>(&value);
+  return text ? *text : shown;
+}
+
+/// Adds the fields of a group that say something: texts that are not empty, and numbers that are
+/// not 0.
+void AddRows(Rows& rows, const Fields& group) {
+  for (const Field& field : group.All()) {
+    const SCFile::FieldInfo& info = field.Info();
+    if (info.IsKey() || info.kind == SCFile::FieldKind::Numbers) continue;
+    const FieldValue value = field.Value();
+    const auto* number = std::get_if<double>(&value);
+    const bool isSaying =
+        number ? info.kind == SCFile::FieldKind::Choice || (*number != 0 && std::isfinite(*number))
+               : !std::get<std::string>(value).empty();
+    if (isSaying) rows.emplace_back(Spoken(field.Key()), Plain(value, field.Show(4)));
   }
-  return rows;
 }
 
-Rows WeldRows(const CGWeldTypeDescr& weld) {
-  constexpr std::array preparations = {"I", "V", "X", "U", "J", "K"};
-  Rows rows;
-  AddText(rows, "name", weld.name);
-  rows.emplace_back("preparation", Choice(preparations, weld.preparation));
-  AddText(rows, "process", weld.process);
-  AddLength(rows, "centre line at", weld.centerPosition);
-  if (weld.bevelAngle != 0) rows.emplace_back("bevel angle", Degrees(weld.bevelAngle));
-  AddLength(rows, "root gap", weld.rootGap);
-  AddLength(rows, "root face", weld.rootFace);
-  AddLength(rows, "cap width", weld.capWidth);
-  AddLength(rows, "cap height", weld.capHeight);
-  AddLength(rows, "heat-affected zone", weld.heatAffectedZone);
-  AddLength(rows, "thickness", weld.thickness);
-  return rows;
+void AddTable(Json& tables, std::string title, const Rows& rows) {
+  title[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(title[0])));
+  if (!rows.empty()) tables.push_back({{"title", std::move(title)}, {"rows", rows}});
 }
 
-Rows DacRows(const CGDacTypeDescr& dac) {
-  Rows rows;
-  AddText(rows, "name", dac.name);
-  rows.emplace_back("channel, gate",
-                    std::to_string(dac.channelId) + ", " + std::to_string(dac.gateId));
-  rows.emplace_back("reference",
-                    Percent(dac.referenceLevel) + " at " + Decibels(dac.referenceGain));
-  for (const auto& [time, level] : dac.points)
-    rows.emplace_back("at " + Microseconds(time), Percent(std::round(10 * level) / 10));
-  return rows;
+template <class Descriptor>
+void AddTables(Json& tables, const CFContTypeFileDescr& groups) {
+  for (const Descriptor* group : groups.*listOf<Descriptor>) {
+    Rows rows;
+    AddRows(rows, Fields(*group));
+    if constexpr (std::is_same_v<Descriptor, CGDacTypeDescr>)
+      for (const auto& [time, level] : group->points)
+        rows.emplace_back("at " + OnAxis(time, kvt_UnitSecond),
+                          Percent(std::round(10 * level) / 10));
+    AddTable(tables, Fields(*group).Name(), rows);
+  }
 }
 
 }  // namespace
@@ -110,19 +74,35 @@ Rows DacRows(const CGDacTypeDescr& dac) {
 Json TablesJson(const Inspection& inspection) {
   const CFContTypeFileDescr& groups = inspection.Descriptor();
   Json tables = Json::array();
-  AddTables(tables, "Inspection", groups.infos);
-  AddTable(tables, "Specimen", SpecimenRows(groups));
-  AddTables(tables, "Material", groups.specimenMaterials);
-  for (const CGWeldTypeDescr* weld : groups.welds)
-    AddTable(tables, "Weld " + std::to_string(weld->weldId), WeldRows(*weld));
-  AddTables(tables, "Channel", groups.channels);
-  AddTables(tables, "Sub-channel", groups.subChannels);
-  AddTables(tables, "Probe", groups.probes);
-  AddTables(tables, "Gate", groups.gates);
-  for (const CGDacTypeDescr* dac : groups.dacs)
-    AddTable(tables, "DAC curve " + std::to_string(dac->dacId), DacRows(*dac));
-  AddTables(tables, "Patch", groups.patches);
+  AddTables<CGInfoTypeDescr>(tables, groups);
+  AddTables<CGSpecinfTypeDescr>(tables, groups);
+  AddTables<CGSpecdimTypeDescr>(tables, groups);
+  AddTables<CGSpecmatTypeDescr>(tables, groups);
+  AddTables<CGWeldTypeDescr>(tables, groups);
+  AddTables<CGChanTypeDescr>(tables, groups);
+  AddTables<CGSubchanTypeDescr>(tables, groups);
+  AddTables<CGProbeTypeDescr>(tables, groups);
+  AddTables<CGGateTypeDescr>(tables, groups);
+  AddTables<CGDacTypeDescr>(tables, groups);
+  AddTables<CGPatchTypeDescr>(tables, groups);
   return tables;
+}
+
+Json HistoryJson(const Inspection& inspection) {
+  Json events = Json::array();
+  for (const HistoryEvent& event : HistoryOf(inspection)) {
+    Json changes = Json::array();
+    for (const FieldChange& change : event.changes)
+      changes.push_back({Spoken(change.field->key),
+                         Plain(change.before, change.shownBefore),
+                         Plain(change.after, change.shownAfter)});
+    events.push_back({{"file", std::filesystem::path(event.file).filename().string()},
+                      {"write", event.write},
+                      {"what", event.group},
+                      {"added", changes.empty()},
+                      {"changes", std::move(changes)}});
+  }
+  return events;
 }
 
 Json DefectsJson(const Inspection& inspection) {

@@ -35,12 +35,6 @@ bool HaveSameCells(const DataGroup& a, const DataGroup& b) {
          a.ColumnQuantity() == b.ColumnQuantity();
 }
 
-std::string Name(const DataGroup& group) {
-  std::string label = group.Label();
-  label.erase(label.find_last_not_of(' ') + 1);
-  return label;
-}
-
 /// Percent of full scale of one step of the samples, on either side of zero.
 Json AmplitudeJson(const DataGroup& group) {
   const AmplitudeScale scale = group.Amplitudes();
@@ -79,7 +73,7 @@ class ViewMaker {
 
  private:
   [[nodiscard]] std::string Title(std::size_t index) const {
-    return "data group " + std::to_string(index) + " (" + Name(m_groups[index]) + ")";
+    return "data group " + std::to_string(index) + " (" + m_groups[index].Caption() + ")";
   }
 
   /// A group that cannot be shown is named in the page, which shows the others; damage ends the
@@ -100,7 +94,7 @@ class ViewMaker {
   }
 
   static Json Frame(const DataGroup& group) {
-    return {{"label", Name(group)},
+    return {{"label", group.Caption()},
             {"kind", group.ClassName()},
             {"columns", AxisJson(group.Columns(), "column")},
             {"rows", AxisJson(group.Rows(), "row")},
@@ -128,7 +122,8 @@ class ViewMaker {
     const std::vector<std::uint16_t> values(peaks.values.begin(), peaks.values.end());
     const bool hasPositions = group.HoldsPositions();
     Json layer = {
-        {"label", group.HasAScans() ? "largest amplitude" : group.ClassName() + " " + Name(group)},
+        {"label",
+         group.HasAScans() ? "largest amplitude" : group.ClassName() + " " + group.Caption()},
         {"values", Pack(values)},
         {"signed", samples.IsSigned()},
         {"strongest", peaks.strongest.cell}};
@@ -180,7 +175,7 @@ class ViewMaker {
     const std::uint64_t vector = samples.SamplesPerCell();
     if (vector > m_room / 2 / cells) {
       m_made.missing.push_back(
-          "A-scans of " + Name(group) + ": " + Bytes(2 * vector * cells) + " of samples and " +
+          "A-scans of " + group.Caption() + ": " + Bytes(2 * vector * cells) + " of samples and " +
           Bytes(m_room) + " of the limit of " + Bytes(m_limit) +
           " left; only the largest amplitude of each A-scan is in this report");
       return nullptr;

@@ -17,7 +17,7 @@ constexpr std::array<std::pair<int, std::string_view>, 7> remedies = {{
     {SCFile::status_Damaged, "restore it from a copy"},
     {SCFile::status_NotInspection, "'utdata import' makes an inspection file from raw samples"},
     {SCFile::status_Locked, "end the other program that writes it, then try again"},
-    {SCFile::status_DiskFull, "make room, then try again"},
+    {SCFile::status_DiskFull, "free some space, then try again"},
     {SCFile::status_InTheWay, "move it away, then try again"},
 }};
 

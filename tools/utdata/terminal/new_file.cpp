@@ -68,7 +68,7 @@ void NewFile::Commit() {
   ThrowOn(m_file->Identify(written), m_path);
   ThrowOn(disk.Identify(ToWide(UnfinishedPath()), there), m_path);
   if (written != there)
-    throw Failure(m_path, cannotBeWritten, "'" + UnfinishedPath() + "' was taken away");
+    throw Failure(m_path, cannotBeWritten, "'" + UnfinishedPath() + "' was removed");
   if (m_replace)
     if (const os::Error error = m_file->CopyPermissionsOf(ToWide(m_path));
         error != os::Error::NotFound)

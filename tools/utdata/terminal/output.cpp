@@ -1,9 +1,7 @@
 #include "terminal/output.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <nlohmann/json.hpp>
@@ -11,6 +9,7 @@
 
 #include "terminal/failure.h"
 #include "terminal/text.h"
+#include "utdata/arrays.h"
 
 namespace utdata::program {
 
@@ -39,12 +38,6 @@ void PrintResult(const std::string& text) {
     throw Failure("standard output", "cannot be written", std::strerror(errno));
 }
 
-nlohmann::ordered_json JsonNumber(float value) {
-  std::array<char, 32> text{};
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-  double shortest = value;
-  std::from_chars(text.data(), end, shortest);
-  return shortest;
-}
+nlohmann::ordered_json JsonNumber(float value) { return Shortest(value); }
 
 }  // namespace utdata::program

@@ -3,6 +3,9 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <string_view>
+
+#include "interfaces/kvtiff19_catalogue.h"
 
 namespace utdata::program {
 namespace {
@@ -14,14 +17,25 @@ std::string Format(const char* pattern, Values... values) {
   return text.data();
 }
 
+std::string WithSymbol(double value, std::string_view symbol) {
+  const bool isApart = !symbol.empty() && symbol != "°";
+  return Number(value) + (isApart ? " " : "") + std::string(symbol);
+}
+
+std::string InUnit(double stored, const SCFile::FieldUnit& unit) {
+  return WithSymbol(stored / unit.scale, unit.shown);
+}
+
 }  // namespace
 
 std::string Number(double value) { return Format("%.6g", value == 0 ? 0.0 : value); }
-std::string Millimetres(double metres) { return Number(metres * 1e3) + " mm"; }
-std::string Microseconds(double seconds) { return Number(seconds * 1e6) + " µs"; }
-std::string Degrees(double degrees) { return Number(degrees) + "°"; }
-std::string Percent(double percent) { return Number(percent) + " %"; }
-std::string Decibels(double decibels) { return Number(decibels) + " dB"; }
+std::string Millimetres(double metres) { return OnAxis(metres, kvt_UnitMetre); }
+std::string Microseconds(double seconds) { return OnAxis(seconds, kvt_UnitSecond); }
+std::string Percent(double percent) { return OnAxis(percent, kvt_UnitPercent); }
+std::string Decibels(double decibels) { return OnAxis(decibels, kvt_UnitDecibel); }
+std::string Megahertz(double hertz) {
+  return InUnit(hertz, SCFile::file_GroupTypeOf<CGProbeTypeDescr>().Find("frequency")->unit);
+}
 
 std::string Bytes(std::uint64_t bytes) {
   if (bytes < 1000) return std::to_string(bytes) + " B";
@@ -41,29 +55,11 @@ std::string Duration(double seconds) {
 }
 
 std::string OnAxis(double value, kvt_enumUnits units) {
-  switch (units) {
-    case kvt_UnitSecond:
-      return Microseconds(value);
-    case kvt_UnitMetre:
-      return Millimetres(value);
-    case kvt_UnitDegree:
-      return Degrees(value);
-    case kvt_UnitPercent:
-      return Percent(value);
-    case kvt_UnitDecibel:
-      return Decibels(value);
-    case kvt_UnitVolt:
-      return Number(value) + " V";
-    case kvt_UnitNone:
-      break;
-  }
-  return Number(value);
+  return InUnit(value, SCFile::UnitOf(units));
 }
 
 std::string AxisText(const AxisScale& axis, double index) {
-  const std::string number = Number(axis.At(index));
-  return axis.symbol.empty() || axis.symbol == "°" ? number + axis.symbol
-                                                   : number + " " + axis.symbol;
+  return WithSymbol(axis.At(index), axis.symbol);
 }
 
 std::string SpacingText(const AxisScale& axis) {

@@ -14,9 +14,9 @@ namespace utdata::program {
 
 [[nodiscard]] std::string Millimetres(double metres);    ///< "12.5 mm"
 [[nodiscard]] std::string Microseconds(double seconds);  ///< "6.76 µs"
-[[nodiscard]] std::string Degrees(double degrees);       ///< "45°"
 [[nodiscard]] std::string Percent(double percent);       ///< "80 %"
 [[nodiscard]] std::string Decibels(double decibels);     ///< "38 dB"
+[[nodiscard]] std::string Megahertz(double hertz);       ///< "5 MHz"
 [[nodiscard]] std::string Bytes(std::uint64_t bytes);    ///< "1.3 MB", decimal multiples
 [[nodiscard]] std::string Duration(double seconds);      ///< "0.12 s", "3 min 20 s"
 

@@ -107,11 +107,12 @@ RecordedBlocks Acquire(const DemoPaths& paths,
   const std::vector<std::int16_t> samples = Simulate(scan, options.quiet);
   steps.Done("simulate",
              Millimetres(scan.thickness) + " welded plate, three side-drilled holes, a crack; " +
-                 Number(scan.frequency / 1e6) + " MHz; " + std::to_string(scan.rows) + " × " +
+                 Megahertz(scan.frequency) + "; " + std::to_string(scan.rows) + " × " +
                  std::to_string(scan.columns) + " A-scans of " + std::to_string(scan.samples) +
                  " samples");
   if (options.force) Remove(paths.acquisition);
-  const RecordedBlocks blocks = AcquireScan(paths.acquisition, scan, samples);
+  const RecordedBlocks blocks =
+      AcquireScan(paths.acquisition, scan, samples, Watching(options.quiet));
   steps.Done(
       "acquire",
       paths.acquisition + ": A-scans, and two C-scans of the back wall, " + Bytes(blocks.size));

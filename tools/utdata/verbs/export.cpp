@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "arrays/described_array.h"
+#include "arrays/description.h"
 #include "arrays/foreign_array.h"
 #include "arrays/hdf5_file.h"
 #include "arrays/npy.h"
@@ -23,18 +23,15 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* exportExample =
-    "SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly "
-    "one data group, as in\n"
-    "class=1,channel=0. A-scans become an array of rows x columns x samples, C-scans one of rows x "
-    "columns. Beside a "
-    ".npy file,\n"
-    "a .json file of the same name tells axes, units and ranges; an .h5 file has them in itself. "
-    "'utdata import' reads "
-    "both.\n"
-    "\n"
-    "Example:\n"
-    "  utdata demo --force && utdata export utdata-demo/weld.fpd --data 0 -o weld.npy\n"
-    "  python3 -c 'import numpy; print(numpy.load(\"weld.npy\").shape)'\n";
+    R"(SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly
+one data group, as in class=1,channel=0. A-scans become an array of rows x columns x
+samples, C-scans one of rows x columns. The .json file beside a .npy file gives axes, units
+and ranges; an .h5 file has them in itself. 'utdata import' reads both.
+
+Example:
+  utdata demo --force && utdata export utdata-demo/weld.fpd --data 0 -o weld.npy
+  python3 -c 'import numpy; print(numpy.load("weld.npy").shape)'
+)";
 
 struct ExportOptions {
   std::string file;
@@ -76,8 +73,8 @@ void ExportNpy(const ExportOptions& options, const Export& exported, Progress& p
 
 void ExportHdf5(const ExportOptions& options, const Export& exported, Progress& progress) {
   NewFile file(options.output, options.force);
-  const auto tell = [&](std::uint64_t done, std::uint64_t total) { progress.At(done, total); };
-  WriteHdf5(file, exported.array, exported.group, exported.description.dump(), tell);
+  const auto watch = [&](std::uint64_t done, std::uint64_t total) { progress.At(done, total); };
+  WriteHdf5(file, exported.array, exported.group, exported.description.dump(), watch);
   file.Commit();
 }
 
@@ -137,7 +134,7 @@ void ExportGroup(const ExportOptions& options) {
   ReportExport(options, exported);
 }
 
-/// Refuses an output whose name tells no format.
+/// Refuses an output whose name has no format.
 std::string CheckFormat(const std::string& path) {
   const ArrayName name(path);
   if (name.format != ArrayFormat::Raw && name.dataSet.empty()) return {};

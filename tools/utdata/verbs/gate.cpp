@@ -10,6 +10,7 @@
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/arrays.h"
 #include "utdata/gating.h"
 #include "utdata/igate.h"
 #include "utdata/rdata.h"
@@ -23,22 +24,20 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* gateExplanation =
-    "The gate covers round(width / sample step) samples from sample round((start - sample offset)\n"
-    "/ sample step). Its amplitude is the largest in percent of full scale, each half wave by its\n"
-    "own slope, on the positive scale; its position is the index of the sample where that first\n"
-    "occurs, and 0 in a cell whose amplitude is below the threshold.\n"
-    "\n"
-    "Each data group with A-scans of the channel gets both C-scans. A gate that is there already "
-    "is changed to the "
-    "one\n"
-    "given; one that has C-scans already is refused.\n"
-    "\n";
+    R"(The gate covers round(width / sample step) samples from sample round((start - sample offset)
+/ sample step). Its amplitude is the largest in percent of full scale, each half wave by its
+own slope, on the positive scale; its position is the index of the sample where that first
+occurs, and 0 in a cell whose amplitude is below the threshold.
 
-constexpr const char* gateExample =
-    "Example:\n"
-    "  utdata demo --force\n"
-    "  utdata gate utdata-demo/weld.fpd --channel 0 --gate 3 --start 4 --width 2 --threshold 10 "
-    "--as companion\n";
+Each data group with A-scans of the channel gets both C-scans. A gate that is there already
+is changed to the one given; one that has C-scans already is refused.
+
+)";
+
+constexpr const char* gateExample = R"(Example:
+  utdata demo --force
+  utdata gate utdata-demo/weld.fpd --channel 0 --gate 3 --start 4 --width 2 --threshold 10
+)";
 
 struct GateOptions {
   std::string file;
@@ -186,8 +185,9 @@ void AddGateVerb(CLI::App& program) {
   verb.footer(std::string(gateExplanation) + gateExample);
   verb.callback([options] {
     CheckChangeOutput(options->output);
-    options->gate.start = options->start / 1e6;
-    options->gate.width = options->width / 1e6;
+    const double perSecond = FindArrayUnit("us")->perBase;
+    options->gate.start = options->start / perSecond;
+    options->gate.width = options->width / perSecond;
     RunGate(*options);
   });
 }

@@ -26,103 +26,52 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* importExample =
-    "FILE.npy and the data set of FILE.h5:/path tell their shape and type, and what 'utdata "
-    "export' wrote tells the "
-    "axes too;\n"
-    "an option given here counts more. A headerless file needs --shape, --axes and --dtype.\n"
-    "\n"
-    "Example:\n"
-    "  head -c 1310720 /dev/urandom > scan.raw\n"
-    "  utdata import scan.raw -o scan.fpd --shape 10,256,256 --axes row,sample,column --dtype u16 "
-    "--rectified\n"
-    "  utdata export scan.fpd --data 0 -o scan.npy && utdata import scan.npy -o again.fpd\n"
-    "  utdata info again.fpd\n";
+    R"(FILE.npy and the data set of FILE.h5:/path give their shape and type, and what 'utdata
+export' wrote gives the axes too; an option overrides them. A headerless file needs --shape,
+--axes and --dtype.
+
+Example:
+  head -c 1310720 /dev/urandom > scan.raw
+  utdata import scan.raw -o scan.fpd --shape 10,256,256 --axes row,sample,column --dtype u16
+  utdata export scan.fpd --data 0 -o scan.npy && utdata import scan.npy -o again.fpd
+  utdata info again.fpd
+)";
+
+using Record = CGDataTypeFDD;
 
 /// A physical quantity of the command line, with the bounds that its field can hold in a sensible
 /// inspection.
 struct QuantityOption {
   const char* name;
-  float CGDataTypeFDD::*field;
-  double perBase;  ///< of its unit in the base unit of the field: 1000 mm in a metre
+  float Record::*field;
   const char* unit;
   const char* what;
   double minimum;
   double maximum;
-  bool hasNominal;  ///< its preset is a nominal value that the user is told of
+  bool isNominal = false;  ///< its preset is a nominal value, which a message names
+
+  /// Of its unit in the base unit of the field.
+  [[nodiscard]] double PerBase() const {
+    const ArrayUnit* known = FindArrayUnit(unit);
+    return known ? known->perBase : 1;
+  }
 };
 constexpr QuantityOption quantityOptions[] = {
-    {"--column-step",
-     &CGDataTypeFDD::columnResolution,
-     1e3,
-     "mm",
-     "Distance between columns",
-     1e-6,
-     1e6,
-     true},
-    {"--row-step",
-     &CGDataTypeFDD::rowResolution,
-     1e3,
-     "mm",
-     "Distance between rows",
-     1e-6,
-     1e6,
-     true},
+    {"--column-step", &Record::columnResolution, "mm", "Distance between columns", 1e-6, 1e6, true},
+    {"--row-step", &Record::rowResolution, "mm", "Distance between rows", 1e-6, 1e6, true},
     {"--sample-step",
-     &CGDataTypeFDD::sampleResolution,
-     1e9,
+     &Record::sampleResolution,
      "ns",
      "Two-way time between samples",
      1e-3,
      1e9,
      true},
-    {"--column-offset",
-     &CGDataTypeFDD::columnOffset,
-     1e3,
-     "mm",
-     "Position of the first column",
-     -1e6,
-     1e6,
-     false},
-    {"--row-offset",
-     &CGDataTypeFDD::rowOffset,
-     1e3,
-     "mm",
-     "Position of the first row",
-     -1e6,
-     1e6,
-     false},
-    {"--sample-offset",
-     &CGDataTypeFDD::sampleOffset,
-     1e9,
-     "ns",
-     "Time of the first sample",
-     -1e9,
-     1e9,
-     false},
-    {"--sound-speed",
-     &CGDataTypeFDD::soundSpeed,
-     1,
-     "m/s",
-     "Sound speed in the part",
-     1,
-     1e5,
-     true},
-    {"--probe-angle",
-     &CGDataTypeFDD::probeAngle,
-     1,
-     "degrees",
-     "Refracted angle in the part",
-     -90,
-     90,
-     false},
-    {"--thickness",
-     &CGDataTypeFDD::partThickness,
-     1e3,
-     "mm",
-     "Thickness of the part, 0 unknown",
-     0,
-     1e6,
-     false},
+    {"--column-offset", &Record::columnOffset, "mm", "Position of the first column", -1e6, 1e6},
+    {"--row-offset", &Record::rowOffset, "mm", "Position of the first row", -1e6, 1e6},
+    {"--sample-offset", &Record::sampleOffset, "ns", "Time of the first sample", -1e9, 1e9},
+    {"--sound-speed", &Record::soundSpeed, "m/s", "Sound speed in the part", 1, 1e5, true},
+    {"--probe-angle", &Record::probeAngle, "degrees", "Refracted angle in the part", -90, 90},
+    {"--thickness", &Record::partThickness, "mm", "Thickness of the part, 0 unknown", 0, 1e6},
 };
 
 struct ImportOptions {
@@ -193,7 +142,7 @@ void CheckHeaderOptions(const CLI::App& verb, ArrayFormat format) {
     return;
   }
   for (const char* name : {"--shape", "--dtype", "--big-endian"})
-    if (verb.count(name) > 0) throw CLI::ValidationError(name, "the array tells that itself");
+    if (verb.count(name) > 0) throw CLI::ValidationError(name, "the array has that in itself");
 }
 
 ForeignArray Describe(const ImportOptions& options, const ArrayName& name) {
@@ -228,7 +177,7 @@ std::vector<ArrayAxis> ChooseAxes(const ImportOptions& options,
                 "name each with --axes, as in column,sample or row,column");
 }
 
-/// Puts the quantities given on the command line into the record; tells which ones are nominal
+/// Puts the quantities given on the command line into the record. Returns which ones are nominal,
 /// unless a description came with the array.
 std::string SetQuantities(const ImportOptions& options, bool isDescribed, CGDataTypeFDD& record) {
   std::string nominal;
@@ -236,12 +185,12 @@ std::string SetQuantities(const ImportOptions& options, bool isDescribed, CGData
     const QuantityOption& option = quantityOptions[index];
     float& field = record.*option.field;
     if (options.quantities[index]) {
-      field = static_cast<float>(*options.quantities[index] / option.perBase);
-    } else if (option.hasNominal && !isDescribed) {
+      field = static_cast<float>(*options.quantities[index] / option.PerBase());
+    } else if (option.isNominal && !isDescribed) {
       std::string name = option.name + 2;
       std::replace(name.begin(), name.end(), '-', ' ');
-      nominal += (nominal.empty() ? "" : ", ") + name + " " + Number(field * option.perBase) + " " +
-                 option.unit;
+      nominal += (nominal.empty() ? "" : ", ") + name + " " + Number(field * option.PerBase()) +
+                 " " + option.unit;
     }
   }
   return nominal;
@@ -333,7 +282,7 @@ void AddQuantityOptions(CLI::App& verb, ImportOptions& options) {
   for (std::size_t index = 0; index < std::size(quantityOptions); ++index) {
     const QuantityOption& option = quantityOptions[index];
     verb.add_option(option.name, options.quantities[index], option.what)
-        ->default_str(Number(nominal.*option.field * option.perBase))
+        ->default_str(Number(nominal.*option.field * option.PerBase()))
         ->check(Within(option.minimum, option.maximum))
         ->type_name(option.unit);
   }

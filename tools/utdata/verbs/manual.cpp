@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <sstream>
 #include <string>
 
@@ -8,6 +9,13 @@
 namespace utdata::program {
 namespace {
 
+struct Escape {
+  char character;
+  const char* text;
+};
+constexpr Escape escapes[] =
+    {{'\\', "\\e"}, {'-', "\\-"}, {'\'', "\\(aq"}, {'^', "\\(ha"}, {'~', "\\(ti"}, {'`', "\\(ga"}};
+
 /// A text that troff takes literally, on lines of its own.
 std::string Literal(const std::string& text) {
   std::string result;
@@ -15,28 +23,11 @@ std::string Literal(const std::string& text) {
   for (const char each : text) {
     if (isLineStart && (each == '.' || each == '\'')) result += "\\&";
     isLineStart = each == '\n';
-    switch (each) {
-      case '\\':
-        result += "\\e";
-        break;
-      case '-':
-        result += "\\-";
-        break;
-      case '\'':
-        result += "\\(aq";
-        break;
-      case '^':
-        result += "\\(ha";
-        break;
-      case '~':
-        result += "\\(ti";
-        break;
-      case '`':
-        result += "\\(ga";
-        break;
-      default:
-        result += each;
-    }
+    const auto* const known = std::ranges::find(escapes, each, &Escape::character);
+    if (known != std::end(escapes))
+      result += known->text;
+    else
+      result += each;
   }
   return result;
 }

@@ -22,14 +22,14 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* renderExample =
-    "SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly "
-    "one data group, as in\n"
-    "class=1,channel=0. The soft gain that is not given is as much as the strongest echo of the "
-    "picture allows.\n"
-    "\n"
-    "Example:\n"
-    "  utdata demo --force && utdata render utdata-demo/weld.fpd --data 0 --view b -o bscan.png\n"
-    "  utdata render utdata-demo/weld.fpd --data 0 --view a --row 5 --column 132 -o ascan.png\n";
+    R"(SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly
+one data group, as in class=1,channel=0. Without --gain, the soft gain is the largest with
+which the strongest echo of the picture stays within the scale.
+
+Example:
+  utdata demo --force && utdata render utdata-demo/weld.fpd --data 0 --view b -o bscan.png
+  utdata render utdata-demo/weld.fpd --data 0 --view a --row 5 --column 132 -o ascan.png
+)";
 
 struct RenderOptions {
   std::string file;

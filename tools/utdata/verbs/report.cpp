@@ -17,13 +17,12 @@ namespace utdata::program {
 namespace {
 
 constexpr const char* reportExample =
-    "The page needs no network: it carries the samples within itself, up to the limit. Of a data "
-    "group that does not "
-    "fit, it\n"
-    "has the largest amplitude of each A-scan only, and says so.\n"
-    "\n"
-    "Example:\n"
-    "  utdata demo --force && utdata report utdata-demo/weld.fpd -o report.html\n";
+    R"(The page needs no network: it carries the samples within itself, up to the limit. Of a data
+group that does not fit, it has the largest amplitude of each A-scan only, and says so.
+
+Example:
+  utdata demo --force && utdata report utdata-demo/weld.fpd -o report.html
+)";
 
 struct ReportVerbOptions {
   std::string file;

@@ -2,7 +2,6 @@
 // The views of an inspection under the cursor: units, read-outs and pictures.
 const facts = JSON.parse(document.getElementById('facts').textContent);
 const byId = id => document.getElementById(id);
-const millimetresPerInch = 25.4;
 
 // Values as the program packs them: differences modulo 2^16, all low bytes before all high bytes, as a zlib stream in base64.
 async function unpack(index, signed) {
@@ -41,7 +40,7 @@ function levelText(percent) {
 // An axis of the file in the chosen unit of length.
 function inChosenLengths(axis) {
   const isInch = axis.unit === 'mm' && choice('lengths') === 'in';
-  const scale = 1 / (isInch ? millimetresPerInch : 1);
+  const scale = 1 / (isInch ? facts.millimetresPerInch : 1);
   return {...axis, unit: isInch ? 'in' : axis.unit, first: axis.first * scale, step: axis.step * scale};
 }
 const at = (axis, index) => axis.first + index * axis.step;

@@ -1,15 +1,14 @@
-#include "acquisition/record_scan.h"
-
+// Records a scan into an acquisition file.
 #include <system_error>
 #include <vector>
 
 #include "interfaces/dorvex.h"
 #include "interfaces/os.h"
-#include "terminal/failure.h"
-#include "terminal/interrupt.h"
+#include "utdata/failure.h"
 #include "utdata/gdatamanager.h"
+#include "utdata/recording.h"
 
-namespace utdata::program {
+namespace utdata {
 namespace {
 
 constexpr const char* cannotBeRecorded = "cannot be recorded";
@@ -21,12 +20,14 @@ Aurelis::Patch PatchOf(const ScanGrid& grid) {
 }
 
 /// The A-scans as the instrument delivers them: 4 bytes a sample.
-MemoryAscanPatchBuffer AscansOf(const ScanGrid& grid, std::span<const std::int16_t> samples) {
+MemoryAscanPatchBuffer AscansOf(const ScanGrid& grid,
+                                std::span<const std::int16_t> samples,
+                                const Watch& watch) {
   const Aurelis::Axis time(static_cast<std::int32_t>(grid.samples), grid.sampleStep);
   MemoryAscanPatchBuffer buffer(Aurelis::Ultrasound::AscanDataDescriptor(storedBytes, time),
                                 PatchOf(grid));
   for (std::uint32_t row = 0; row < grid.rows; ++row) {
-    ThrowIfInterrupted();
+    if (watch) watch("recording", std::uint64_t{row} * grid.columns, samples.size() / grid.samples);
     for (std::uint32_t column = 0; column < grid.columns; ++column) {
       const auto ascan =
           samples.subspan((std::size_t{row} * grid.columns + column) * grid.samples, grid.samples);
@@ -47,7 +48,7 @@ MemoryCscanPatchBuffer ReadingsOf(const ScanGrid& grid, const InstrumentGate& ga
   return buffer;
 }
 
-std::string ReasonOf(std::uint32_t status) {
+std::string RecordingReason(std::uint32_t status) {
   if (status == GDataManager::status_TooLarge)
     return "the scan is larger than an acquisition file may be";
   if (status == GDataManager::status_DiskTooSmall) return "there is not enough room on the disk";
@@ -76,8 +77,9 @@ bool SaveBlocks(GDataManager& writer,
 RecordedBlocks RecordScan(const std::string& path,
                           const ScanGrid& grid,
                           std::span<const std::int16_t> samples,
-                          const InstrumentGate& gate) {
-  const MemoryAscanPatchBuffer ascans = AscansOf(grid, samples);
+                          const InstrumentGate& gate,
+                          const Watch& watch) {
+  const MemoryAscanPatchBuffer ascans = AscansOf(grid, samples, watch);
   const MemoryCscanPatchBuffer readings = ReadingsOf(grid, gate);
   Aurelis::MemoryData memory;
   memory.AddAscanBlocks(ascans.GetPatch(), ascans.GetDescriptor());
@@ -85,14 +87,15 @@ RecordedBlocks RecordScan(const std::string& path,
 
   GDataManager writer(ToWide(path));
   std::uint32_t status = writer.FileCreate(memory);
-  if (status != 0) throw Failure(path, cannotBeRecorded, ReasonOf(status));
+  if (status != 0) throw Error(path, cannotBeRecorded, RecordingReason(status));
   RecordedBlocks blocks;
   const bool saved = SaveBlocks(writer, ascans, readings, blocks);
   status = writer.FileClose();
   if (saved && status == 0) return blocks;
   // What cannot be used is not left behind; that it could not be recorded is the news.
   (void)os::CurrentFileSystem().Remove(ToWide(path));
-  throw Failure(path, cannotBeRecorded, saved ? ReasonOf(status) : "there is no room for a block");
+  throw Error(
+      path, cannotBeRecorded, saved ? RecordingReason(status) : "there is no room for a block");
 }
 
-}  // namespace utdata::program
+}  // namespace utdata

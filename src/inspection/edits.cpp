@@ -1,0 +1,332 @@
+#include "utdata/edits.h"
+
+#include <algorithm>
+#include <array>
+#include <type_traits>
+#include <utility>
+
+#include "src/foundation/dataclass.h"
+#include "src/inspection/fieldchange.h"
+#include "src/inspection/groupitems.h"
+
+namespace utdata {
+
+/// What is done with the items of a group type, whatever its descriptor's class is.
+struct GroupKind {
+  const SCFile::GroupTypeInfo* type;
+  std::vector<void*> (*list)(InspectionState& inspection);
+  const void* (*record)(const void* item);
+  std::string (*name)(InspectionState& inspection, const void* item);
+  std::vector<FieldChange> (*change)(InspectionState& inspection, void* item, FieldTexts values);
+};
+
+void AddChanges(const std::string& group,
+                const Fields& before,
+                const Fields& after,
+                std::vector<FieldChange>& changes) {
+  constexpr int everyDigit = 9;  // of what a file holds
+  for (const Field& is : after.All()) {
+    const Field was = before[is.Key()];
+    if (is.SameAs(was)) continue;
+    const int digits = was.Show() == is.Show() ? everyDigit : 6;
+    changes.push_back(
+        {group, &is.Info(), was.Value(), is.Value(), was.Show(digits), is.Show(digits)});
+  }
+}
+
+namespace {
+
+// ---- data groups, whose items take parameters, not a record
+
+idata_typeInspParams ParamsOf(const CIData& item, const CGDataTypeFDD& record) {
+  idata_typeInspParams params;
+  item.idata3_GetInspParam(&params);
+  params.probeAngle = record.probeAngle;
+  params.probeSkew = record.probeSkew;
+  params.probeThird = record.probeThird;
+  params.probeFourth = record.probeFourth;
+  params.partThickness = record.partThickness;
+  params.soundSpeed = record.soundSpeed;
+  params.columnResolution = record.columnResolution;
+  params.columnOffset = record.columnOffset;
+  params.rowResolution = record.rowResolution;
+  params.rowOffset = record.rowOffset;
+  // A C-scan's descriptor has a sample axis of its own, which stays when nobody changed it.
+  if (record.sampleOffset != item.idata1_GetGInfoRef()->sampleOffset)
+    params.sampleOffset = record.sampleOffset;
+  return params;
+}
+
+idata_typeTOFD GeometryOf(const CIData& item, const CGDataTypeFDD& record) {
+  idata_typeTOFD tofd;
+  item.idata3_GetTOFDParam(&tofd);
+  tofd.inspectionGeometry = record.inspectionGeometry;
+  tofd.geometryKind = record.geometryKind;
+  tofd.inspectionRadius = record.inspectionRadius;
+  tofd.partThickness = record.partThickness;
+  tofd.probeSeparation = record.probeSeparation;
+  tofd.tofdValue = record.tofdValue;
+  tofd.soundSpeed = record.soundSpeed;
+  tofd.sampleOffsetCorrection = 0;
+  return tofd;
+}
+
+/// Whether two records differ in what an item takes as the geometry of time-of-flight diffraction
+/// only.
+bool DifferInGeometry(const CGDataTypeFDD& a, const CGDataTypeFDD& b) {
+  return a.columnResolution != b.columnResolution || a.rowResolution != b.rowResolution ||
+         a.inspectionGeometry != b.inspectionGeometry || a.geometryKind != b.geometryKind ||
+         a.inspectionRadius != b.inspectionRadius || a.probeSeparation != b.probeSeparation ||
+         a.tofdValue != b.tofdValue;
+}
+
+}  // namespace
+
+template <>
+struct GroupItems<CGDataTypeFDD> {
+  static std::vector<CIData*> List(InspectionState& inspection, fset_enumFilters) {
+    std::vector<CIData*> items;
+    for (const DataRow& row : inspection.rows)
+      if (row.isListed) items.push_back(row.item);
+    return items;
+  }
+  static const CGDataTypeFDD* Record(const CIData& item) { return item.idata1_GetGInfoRef(); }
+  static void Change(CIData& item, const CGDataTypeFDD& record) {
+    idata_typeInspParams params = ParamsOf(item, record);
+    idata_typeTOFD tofd = GeometryOf(item, record);
+    if (DifferInGeometry(*Record(item), record))
+      item.idata3_ModifyTOFDParam(&tofd, &params);
+    else
+      item.idata1_ModifyInspParam(&params, 0);
+  }
+};
+
+namespace {
+
+template <class Item, class Descriptor>
+std::string NameOf(InspectionState& inspection, const Item& item, const Descriptor& record) {
+  if constexpr (std::is_same_v<Item, CIData>) {
+    const DataGroup group(inspection, *inspection.RowOf(&item));
+    return group.IdLabel() + group.ClassName();
+  } else {
+    return Fields(record).Name();
+  }
+}
+
+/// Gives an item a record, and notes what is then different. Masters are made anew at each loading:
+/// what they take is no change of the inspection.
+template <class Item, class Descriptor>
+void Take(InspectionState& inspection,
+          Item& item,
+          const Descriptor& record,
+          std::vector<FieldChange>& changes) {
+  const Descriptor before = *GroupItems<Descriptor>::Record(item);
+  const Fields was(before), wanted(record);
+  if (std::ranges::all_of(was.All(),
+                          [&](const Field& field) { return field.SameAs(wanted[field.Key()]); }))
+    return;
+  GroupItems<Descriptor>::Change(item, record);
+  if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
+    if (IsMaster(record.dataClass)) return;
+  const std::string name = NameOf(inspection, item, record);
+  AddChanges(name, was, Fields(*GroupItems<Descriptor>::Record(item)), changes);
+}
+
+// ---- what agrees with a change
+
+/// Calls `change(record)` with the records of data groups and masters, and gives their items what
+/// it made of them.
+template <class Change>
+void ChangeData(InspectionState& inspection, std::vector<FieldChange>& changes, Change&& change) {
+  std::vector<CIData*> items = GroupItems<CGDataTypeFDD>::List(inspection, fset_All);
+  for (CIData* master :
+       ItemsIn<CIDataLst>([&](CIDataLst* list) { inspection.set.fset_GetMSCIDataLst(list); }))
+    items.push_back(master);
+  for (CIData* item : items) {
+    CGDataTypeFDD record = *GroupItems<CGDataTypeFDD>::Record(*item);
+    change(record);
+    Take(inspection, *item, record, changes);
+  }
+}
+
+void SpreadSoundSpeed(InspectionState& inspection,
+                      std::uint32_t channelId,
+                      float speed,
+                      std::vector<FieldChange>& changes) {
+  if (CIChan* channel = inspection.set.fset_GetIChan(fset_All, channelId)) {
+    CGChanTypeDescr record = *GroupItems<CGChanTypeDescr>::Record(*channel);
+    record.soundSpeed = speed;
+    Take(inspection, *channel, record, changes);
+  }
+  ChangeData(inspection, changes, [=](CGDataTypeFDD& record) {
+    if (record.channelId == channelId) record.soundSpeed = speed;
+  });
+}
+
+/// A field of another group that data groups repeat.
+struct Repeated {
+  const char* field;
+  const char* dataField;
+};
+
+void Repeat(std::span<const Repeated> fields,
+            const Fields& was,
+            const Fields& is,
+            CGDataTypeFDD& record) {
+  const EditableFields data(record);
+  for (const Repeated& repeated : fields) {
+    const EditableField field = data[repeated.dataField];
+    const double value = is[repeated.field].Number();
+    const bool isRepeated = field.Number() == was[repeated.field].Number();
+    if (isRepeated && field.Takes(value)) field.Set(value);
+  }
+}
+
+template <class Descriptor>
+void Spread(InspectionState&, const Descriptor&, const Descriptor&, std::vector<FieldChange>&) {}
+
+template <>
+void Spread(InspectionState& inspection,
+            const CGChanTypeDescr& was,
+            const CGChanTypeDescr& is,
+            std::vector<FieldChange>& changes) {
+  constexpr Repeated repeated[] = {{"refractedAngle", "probeAngle"},
+                                   {"skew", "probeSkew"},
+                                   {"probeSeparation", "probeSeparation"}};
+  if (was.soundSpeed != is.soundSpeed)
+    SpreadSoundSpeed(inspection, is.channelId, is.soundSpeed, changes);
+  ChangeData(inspection, changes, [&](CGDataTypeFDD& record) {
+    if (record.channelId == is.channelId && record.subChannelId == 0)
+      Repeat(repeated, Fields(was), Fields(is), record);
+  });
+}
+
+template <>
+void Spread(InspectionState& inspection,
+            const CGSubchanTypeDescr& was,
+            const CGSubchanTypeDescr& is,
+            std::vector<FieldChange>& changes) {
+  constexpr Repeated repeated[] = {{"refractedAngle", "probeAngle"}, {"skew", "probeSkew"}};
+  ChangeData(inspection, changes, [&](CGDataTypeFDD& record) {
+    if (record.channelId == is.channelId && record.subChannelId == is.subChannelId)
+      Repeat(repeated, Fields(was), Fields(is), record);
+  });
+}
+
+template <>
+void Spread(InspectionState& inspection,
+            const CGDataTypeFDD& was,
+            const CGDataTypeFDD& is,
+            std::vector<FieldChange>& changes) {
+  if (was.soundSpeed != is.soundSpeed)
+    SpreadSoundSpeed(inspection, is.channelId, is.soundSpeed, changes);
+  if (was.partThickness != is.partThickness)
+    ChangeData(inspection, changes, [&](CGDataTypeFDD& record) {
+      if (record.partThickness == was.partThickness || record.partThickness == 0)
+        record.partThickness = is.partThickness;
+    });
+}
+
+// ---- the group types
+
+template <class Descriptor>
+void Check(const InspectionState&, const Descriptor&, const Descriptor&, const std::string&) {}
+
+template <>
+void Check(const InspectionState& inspection,
+           const CGDataTypeFDD& was,
+           const CGDataTypeFDD& wanted,
+           const std::string& name) {
+  if (ClassOfElements(was.dataClass) == gdata_CScanAmplitude &&
+      was.sampleOffset != wanted.sampleOffset)
+    throw Error(inspection.path,
+                name + " cannot be edited so",
+                "an amplitude C-scan has the sample axis of its position C-scan; change "
+                "sampleOffset there");
+}
+
+template <class Descriptor>
+GroupKind KindOf() {
+  using Items = GroupItems<Descriptor>;
+  using Item = std::remove_pointer_t<typename decltype(Items::List(std::declval<InspectionState&>(),
+                                                                   fset_All))::value_type>;
+  return {&SCFile::file_GroupTypeOf<Descriptor>(),
+          [](InspectionState& inspection) {
+            const auto items = Items::List(inspection, fset_All);
+            return std::vector<void*>(items.begin(), items.end());
+          },
+          [](const void* item) -> const void* {
+            return Items::Record(*static_cast<const Item*>(item));
+          },
+          [](InspectionState& inspection, const void* handle) {
+            const Item& item = *static_cast<const Item*>(handle);
+            return NameOf(inspection, item, *Items::Record(item));
+          },
+          [](InspectionState& inspection, void* handle, FieldTexts values) {
+            Item& item = *static_cast<Item*>(handle);
+            const Descriptor was = *Items::Record(item);
+            Descriptor wanted = was;
+            const EditableFields fields(wanted);
+            for (const auto& [key, text] : values) fields[key].Set(text);
+            Check(inspection, was, wanted, NameOf(inspection, item, was));
+            std::vector<FieldChange> changes;
+            Take(inspection, item, wanted, changes);
+            Spread(inspection, was, *Items::Record(item), changes);
+            return changes;
+          }};
+}
+
+const auto& Kinds() {
+  static const std::array kinds = {KindOf<CGChanTypeDescr>(),
+                                   KindOf<CGGateTypeDescr>(),
+                                   KindOf<CGProbeTypeDescr>(),
+                                   KindOf<CGPatchTypeDescr>(),
+                                   KindOf<CGSubchanTypeDescr>(),
+                                   KindOf<CGDataTypeFDD>(),
+                                   KindOf<CGInfoTypeDescr>(),
+                                   KindOf<CGSpecmatTypeDescr>()};
+  return kinds;
+}
+
+const GroupKind& KindOf(const SCFile::GroupTypeInfo& type) {
+  for (const GroupKind& kind : Kinds())
+    if (kind.type == &type) return kind;
+  throw Error("", std::string(type.name), "cannot be edited");
+}
+
+InspectionState& StateOf(Inspection& inspection) {
+  return static_cast<InspectionState&>(inspection.Supplier());
+}
+
+}  // namespace
+
+const SCFile::GroupTypeInfo& GroupHandle::Type() const { return *m_kind->type; }
+std::string GroupHandle::Name() const { return m_kind->name(*m_inspection, m_item); }
+Fields GroupHandle::Values() const { return {*m_kind->type, m_kind->record(m_item)}; }
+std::vector<FieldChange> GroupHandle::Change(FieldTexts values) const {
+  return m_kind->change(*m_inspection, m_item, values);
+}
+
+std::vector<const SCFile::GroupTypeInfo*> EditableTypes() {
+  std::vector<const SCFile::GroupTypeInfo*> types;
+  for (const GroupKind& kind : Kinds()) types.push_back(kind.type);
+  return types;
+}
+
+std::vector<GroupHandle> EditableGroups(Inspection& inspection, const SCFile::GroupTypeInfo& type) {
+  const GroupKind& kind = KindOf(type);
+  std::vector<GroupHandle> groups;
+  for (void* item : kind.list(StateOf(inspection)))
+    groups.emplace_back(StateOf(inspection), kind, item);
+  return groups;
+}
+
+GroupHandle EditableGroup(Inspection& inspection, const DataGroup& group) {
+  if (!group.IsListed())
+    throw Error(inspection.Path(),
+                "its data group " + std::to_string(group.Index()) + " cannot be edited",
+                "another data group has its ids");
+  return {StateOf(inspection), KindOf(SCFile::file_GroupTypeOf<CGDataTypeFDD>()), &group.Item()};
+}
+
+}  // namespace utdata

@@ -1,0 +1,132 @@
+// Groups changed by the names of their fields, and what agrees with the change.
+#include "utdata/edits.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "tests/support/scratch_directory.h"
+#include "utdata/idata.h"
+#include "utdata/newscan.h"
+#include "utdata/readout.h"
+
+namespace utdata {
+namespace {
+
+using test::ScratchDirectory;
+using Texts = std::vector<std::pair<std::string, std::string>>;
+
+/// Two channels with A-scans at 45 degrees in a wall of 20 mm; the first has a C-scan of positions
+/// too, of unknown thickness, and a beam at 50 degrees, over a wall of 12 mm.
+class EditsTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    Inspection made = Inspection::New(m_path);
+    const SampleType& type = *FindSampleType("i16");
+    for (std::uint32_t id = 0; id < 2; ++id) {
+      CGChanTypeDescr* channel = gchan_Allocate(1, L"");
+      channel->channelId = id;
+      channel->soundSpeed = 3240;
+      channel->refractedAngle = 45;
+      made.Descriptor().channels.AddTail(channel);
+      CGDataTypeFDD record = NominalRecord(type);
+      SetLayout(record, type, {3, 2, 50, true});
+      record.channelId = id;
+      record.probeAngle = 45;
+      record.soundSpeed = 3240;
+      record.partThickness = 0.02F;
+      Add(made, record, 300);
+      if (id != 0) continue;
+      record.subChannelId = 7;
+      record.probeAngle = 50;
+      record.soundSpeed = 5900;
+      record.partThickness = 0.012F;
+      Add(made, record, 300);
+      record.subChannelId = 0;
+      record.dataClass = gdata_CScanPosition;
+      record.gateId = 1;
+      record.partThickness = 0;
+      record.sampleQuantity = 1;
+      Add(made, record, 6);
+    }
+    made.SaveAs(m_path);
+  }
+
+  static void Add(Inspection& inspection, const CGDataTypeFDD& record, std::size_t samples) {
+    inspection.AddData(record, std::vector<std::byte>(2 * samples));
+  }
+
+  GroupHandle Channel(Inspection& inspection, std::size_t index) {
+    return EditableGroups(inspection, SCFile::file_GroupTypeOf<CGChanTypeDescr>())[index];
+  }
+
+  /// A field of all data groups, as a list that fits a line.
+  static std::string OfData(const Inspection& inspection, std::string_view key) {
+    std::string text;
+    for (const DataGroup& group : inspection.Data())
+      text += Fields(*group.Item().idata1_GetGInfoRef())[key].Show() + "; ";
+    return text;
+  }
+
+  const ScratchDirectory m_scratch;
+  const std::string m_path = m_scratch.Path().string() + "/edited.fpd";
+};
+
+TEST_F(EditsTest, AChannelsSoundSpeedIsThatOfEveryPathMeasuredWithIt) {
+  {
+    Inspection inspection = Inspection::Open(m_path);
+    const auto changes = Channel(inspection, 0).Change(Texts{{"soundSpeed", "3000"}});
+    ASSERT_EQ(changes.size(), 4U);
+    EXPECT_EQ(changes[0].group, "channel 0");
+    EXPECT_EQ(changes[0].shownBefore + " to " + changes[0].shownAfter, "3240 m/s to 3000 m/s");
+    EXPECT_EQ(changes[2].shownBefore, "5900 m/s") << "a channel has one sound speed";
+    inspection.SaveCompanion();
+  }
+  const Inspection again = Inspection::Open(m_path);
+  EXPECT_EQ(OfData(again, "soundSpeed"), "3000 m/s; 3000 m/s; 3000 m/s; 3240 m/s; ");
+  const ReadOut at = again.Data().front().ReadOut(0, 0, 40);
+  const double path = at.time.In(unit_Microsecond) / 2 * 3.0;
+  EXPECT_NEAR(at.halfPath.In(unit_Millimetre), path, 1e-5);
+  EXPECT_NEAR(at.depth.In(unit_Millimetre), path * std::sqrt(0.5), 1e-5);
+}
+
+TEST_F(EditsTest, WhatDataGroupsRepeatFollowsWhereItWasTheSame) {
+  Inspection inspection = Inspection::Open(m_path);
+  const auto data = [&](std::size_t index) {
+    return EditableGroup(inspection, inspection.Data()[index]);
+  };
+  EXPECT_EQ(data(3).Change(Texts{{"soundSpeed", "3100"}}).back().group, "channel 1");
+  EXPECT_EQ(Channel(inspection, 1).Values()["soundSpeed"].Number(), 3100);
+  EXPECT_EQ(data(0).Change(Texts{{"partThickness", "21"}}).size(), 3U);
+  EXPECT_EQ(OfData(inspection, "partThickness"), "21 mm; 12 mm; 21 mm; 21 mm; ");
+  EXPECT_EQ(data(1).Change(Texts{{"partThickness", "12.5"}}).size(), 1U);
+  Channel(inspection, 0).Change(Texts{{"refractedAngle", "46"}});
+  EXPECT_EQ(OfData(inspection, "probeAngle"), "46°; 50°; 50°; 45°; ");
+  Channel(inspection, 1).Change(Texts{{"refractedAngle", "90"}});
+  EXPECT_EQ(OfData(inspection, "probeAngle"), "46°; 50°; 50°; 45°; ") << "data have no such angle";
+}
+
+TEST_F(EditsTest, WhatIsRefusedChangesNothing) {
+  Inspection inspection = Inspection::Open(m_path);
+  const std::map<std::string, Texts> cases = {
+      {"begin", {{"gain", "1"}, {"begin", "1"}}},
+      {"channelId", {{"gain", "1"}, {"channelId", "4"}}},
+      {"soundSpeed", {{"gain", "1"}, {"soundSpeed", "0"}}},
+      {"name", {{"gain", "1"}, {"name", "\xFF"}}},
+  };
+  for (const auto& [named, values] : cases) {
+    try {
+      Channel(inspection, 0).Change(values);
+      FAIL() << named;
+    } catch (const Error& error) {
+      EXPECT_EQ(error.What(), named == "name" ? "cannot be used" : named) << error.what();
+    }
+  }
+  EXPECT_TRUE(Channel(inspection, 0).Change(Texts{{"soundSpeed", "3240"}}).empty());
+  const auto& welds = SCFile::file_GroupTypeOf<CGWeldTypeDescr>();
+  EXPECT_THROW(static_cast<void>(EditableGroups(inspection, welds)), Error);
+  EXPECT_FALSE(inspection.IsModified());
+}
+
+}  // namespace
+}  // namespace utdata
