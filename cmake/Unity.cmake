@@ -1,8 +1,7 @@
 # What CMAKE_UNITY_BUILD does here, which the presets of newcomers and of CI switch on: the sources
 # of a folder are compiled as one, since most of a source's time goes into the headers that its
-# neighbours read as well. A source still includes all that it uses: the preset strict-clang
-# compiles each by itself. UTDATA_CONFIGURE=-DCMAKE_UNITY_BUILD=OFF before scripts/build switches
-# it off.
+# neighbours read as well. A source still includes all that it uses: scripts/check-sources compiles
+# each by itself. UTDATA_CONFIGURE=-DCMAKE_UNITY_BUILD=OFF before scripts/build switches it off.
 
 # utdata_unity(TARGET) makes one batch of each folder of the target's sources.
 function(utdata_unity target)

@@ -14,7 +14,7 @@
 #include "utdata/tablefactory.h"
 #include "utdata/vset.h"
 
-// One opened inspection. What refers to something stands behind it, and so goes first.
+// One opened inspection. Members are declared after what they refer to, so that they go first.
 class Document final : public IGDataSupplier {
  public:
   explicit Document(CFContTypeFileDescr& groups) : m_groups(groups) {
@@ -58,7 +58,7 @@ static void List(CIData& item) {
               static_cast<unsigned>(item.idata3_GetColQty()),
               millimetres ? millimetres->ConvertFromBase(last) : last,
               static_cast<unsigned>(item.idata3_GetRowQty()),
-              item.Descriptor()->IsDataLoaded() ? "at hand" : "missing");
+              item.Descriptor()->IsDataLoaded() ? "attached" : "missing");
 }
 
 int main(int argc, char** argv) {

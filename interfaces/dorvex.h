@@ -1,5 +1,5 @@
 // The acquisition data model: what an acquisition hands to the writer of acquisition files, and how
-// much room it will need.
+// large its file becomes.
 //
 // Descriptions are plain values. No lock: one thread at a time, or several that only read.
 #pragma once

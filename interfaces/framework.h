@@ -54,7 +54,7 @@ class UTDATA_API CObject {
 
   virtual const CRuntimeClass* GetRuntimeClass() const;
   virtual ~CObject();
-  virtual void Serialize(CArchive& archive);  ///< nothing here and in no class of this library
+  virtual void Serialize(CArchive& archive);  ///< does nothing, in every class of this library
   virtual void AssertValid()
       const;  ///< reports an assertion for every invariant that is broken; the root has none
   virtual void Dump(CDumpContext& context)
@@ -116,10 +116,9 @@ enum class ReportAnswer {
 /// runs, by that same thread, goes to the default receiver, and so does a report whose sink throws.
 using ReportSink = std::function<ReportAnswer(const Report&)>;
 
-/// Replaces the receiver of reports and returns the one before, which no other thread is in any
-/// more: waits for those that are, unless it is called by a sink. An empty sink restores the
-/// default, which writes one line to the standard error stream in checked builds (UTDATA_CHECKED)
-/// and nothing otherwise.
+/// Replaces the receiver of reports and returns the one before, once no other thread is in it
+/// (without waiting when a sink calls this). An empty sink restores the default, which writes one
+/// line to the standard error stream in checked builds (UTDATA_CHECKED) and nothing otherwise.
 UTDATA_API ReportSink SetReportSink(ReportSink sink);
 
 /// Raises a plain assertion report. Never throws, never stops the program.

@@ -7,7 +7,7 @@
 // the groups under it may be used by one thread at a time; different file handles are independent.
 //
 // Every function that returns int returns 0 (status_Ok) or one of the statuses below and never
-// throws. What went wrong last is told in words by file_LastError.
+// throws. file_LastError says in words what went wrong last.
 #pragma once
 
 #include <cstddef>
@@ -52,12 +52,11 @@ enum Status : int {
 /// What went wrong in the last call of this thread that failed: the file, what failed and why, in
 /// one line of UTF-8.
 [[nodiscard]] UTDATA_API std::string file_LastError();
-/// For a layer above: notes why a call of its own failed, as file_LastError tells it, and returns
-/// the status.
+/// For a layer above: notes why a call of its own failed, "PATH: WHY", for file_LastError. Returns
+/// `status`.
 UTDATA_API int file_Fail(int status, const std::wstring& path, std::string_view why) noexcept;
 
-/// Makes `what`, a line of UTF-8, the last failure of this thread: for a layer above that fails on
-/// its own account. Returns `status`.
+/// The same of a failure without a file. @param what a line of UTF-8
 UTDATA_API int file_Fail(int status, const char* what) noexcept;
 
 /// Value types of items.
@@ -79,8 +78,8 @@ enum ValueType : std::uint8_t {
 /// Kinds of items.
 enum ItemKind : std::uint32_t { kind_Group = 0, kind_Value = 1 };
 
-/// Called once per process before anything else. This layer needs no callbacks: all must be null,
-/// else status_BadArgument.
+/// Called by CFCont once per process, and needed by nothing else. This layer calls nobody back: all
+/// callbacks must be null, else status_BadArgument.
 UTDATA_API int file_Init(LockCallback lock,
                          LockCallback unlock,
                          AllocCallback alloc,
@@ -241,7 +240,7 @@ UTDATA_API int file_BlockChunks(const Node* group, std::uint32_t index, BlockChu
 /// work, or was interrupted; readers ignore it.
 [[nodiscard]] UTDATA_API std::uint64_t file_CommittedSize(const Node* file);
 
-/// Told what file_Verify has read of the sample blocks: bytes done and in all. Returns false to
+/// Receives how far file_Verify has read the sample blocks: bytes done and in all. Returns false to
 /// stop.
 using VerifyProgress = bool (*)(void* context, std::uint64_t done, std::uint64_t total);
 

@@ -82,7 +82,7 @@ class UTDATA_API CGDataTypeFDD {
   gdata_enumInspGeometry inspectionGeometry = gdata_GeometryFlat;
   std::uint32_t geometryKind = 0;  ///< 16 to 19 select the circular formulas
   void* dataPointer = nullptr;   ///< samples in memory, not owned; null when they are on disk only
-  std::uint64_t dataSize = 0;    ///< bytes at dataPointer; 0: not stated, as LayoutSize says
+  std::uint64_t dataSize = 0;    ///< bytes at dataPointer; 0: not stated
   std::uint32_t cellSize = 0;    ///< bytes of one cell
   std::uint32_t sampleSize = 0;  ///< bytes per sample
   gdata_bitmapFileOptions fileFormat = gdata_OptionNone;

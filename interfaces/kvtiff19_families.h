@@ -433,13 +433,14 @@ UTDATA_API void gdata_Delete(CGDataTypeFDD*& descriptor, int whole);
 /// As for the other families. A group that holds samples sets the record's sample reference; the
 /// data pointer stays as it is.
 UTDATA_API int gdata_ReadGroupInfo(SCFile::GroupHandle group, CGDataTypeFDD* descriptor);
-/// As for the other families, and writes the samples. With a data pointer these are the bytes that
-/// it leads to, unless the base has the same ones: its block on disk holds them, as the checksums
-/// of its chunks tell, or it was never read from a file and has the same pointer. Without one, and
-/// without a base, they are copied from the block that the sample reference names; a record
-/// without either has none. The all-ones pointer counts as none. The size of what a pointer leads
-/// to is the record's data size, else that of the view that starts there, else the layout's.
-/// @param flag handed through by the caller; has no effect on what is written
+/// As for the other families, and writes the samples:
+/// - with a data pointer the bytes that it leads to, unless the base has the same ones: its block
+///   on disk holds them, by the checksums of its chunks, or it was never read from a file and has
+///   the same pointer. Their size is the record's data size, else that of the view that starts
+///   there, else the layout's. The all-ones pointer counts as none
+/// - without one, and without a base, a copy of the block that the sample reference names
+/// - else none
+/// @param flag no effect
 UTDATA_API int gdata_WriteGroupInfo(SCFile::GroupHandle group,
                                     const CGDataTypeFDD* base,
                                     const CGDataTypeFDD* descriptor,

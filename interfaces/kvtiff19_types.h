@@ -25,7 +25,7 @@ struct GroupIdentity {
   using Ids = std::array<std::uint32_t, 5>;
 
   Ids ids = {};            ///< places that a type does not use are 0
-  std::uint32_t kind = 0;  ///< tells groups of the same ids apart; 0 in one of them: it does not
+  std::uint32_t kind = 0;  ///< distinguishes groups of equal ids, unless it is 0 in one of them
   friend bool operator==(const GroupIdentity&, const GroupIdentity&) = default;
 };
 
@@ -33,15 +33,15 @@ struct GroupIdentity {
 
 namespace utdata {
 
-/// What the file of a loaded channel, sub-channel or data group says of it, where memory may say
-/// something else since. CFCont fills it on loading and keeps it true; copies of a record keep it;
-/// no file holds it.
+/// The ids of a loaded channel, sub-channel or data group as they are in its file; those in memory
+/// may differ. CFCont fills it on loading and keeps it true; copies of a record keep it; no file
+/// holds it.
 struct StoredIds {
   static constexpr std::uint32_t none = 0xFFFFFFFF;
 
   std::uint32_t subChannelId = none;  ///< in the file; none: not read from one
   std::uint32_t number = none;        ///< the id that numbering gave instead; none: not numbered
-  std::uint32_t fixedNumber = none;   ///< the number that the file itself tells; of a channel 0
+  std::uint32_t fixedNumber = none;   ///< the number that the file itself states; of a channel 0
   std::uint32_t bookmark = 0;         ///< of a data group, in the file
   bool isNamed = false;               ///< of a data group: for numbering it has a sub-channel name
 };

@@ -49,8 +49,8 @@ enum class OpenMode : std::uint8_t {
   Create          ///< new file for reading and writing; Exists when the name is taken
 };
 
-/// Tells files apart: equal for two names of one file. A file that is gone may leave its identity
-/// to another, so that only files that are open are compared, or open ones with names.
+/// Distinguishes files: equal for two names of one file. Another file may get the identity of one
+/// that is gone, so that only open files are compared, or open ones with names.
 struct FileIdentity {
   std::uint64_t device = 0;
   std::uint64_t number = 0;
@@ -88,7 +88,7 @@ class FileMapping {
   [[nodiscard]] virtual std::uint64_t Size() const noexcept = 0;
   /// Maps the first `size` bytes for reading and writing at a place of a range. What is stored
   /// there is in the file, though not yet on the medium, even when the process is killed; storing
-  /// where neither Allocate nor a write made room ends the process when the disk is full. After a
+  /// where neither Allocate nor a write was before ends the process when the disk is full. After a
   /// failure the place holds nothing. REQUIRES: the place is inside the range and free; offset is a
   /// multiple of 65536; 0 < size <= Size().
   [[nodiscard]] virtual Error MapAt(AddressRange& range, std::size_t offset, std::size_t size) = 0;
@@ -110,7 +110,7 @@ class File {
   [[nodiscard]] virtual Error Sync() = 0;
   [[nodiscard]] virtual Error Size(std::uint64_t& size) = 0;
   /// Whether at least `least` bytes of a part of the file are stored, not holes, which read as
-  /// zeros; true where the file system cannot tell. A few bytes can claim a file of any size.
+  /// zeros; true where the file system does not say. A few bytes can claim a file of any size.
   [[nodiscard]] virtual Error IsStored(std::uint64_t offset,
                                        std::uint64_t size,
                                        std::uint64_t least,
@@ -119,9 +119,8 @@ class File {
   [[nodiscard]] virtual Error Truncate(std::uint64_t size) = 0;
   /// Moves the file's own position, which no operation here reads or changes.
   [[nodiscard]] virtual Error Seek(std::uint64_t position) = 0;
-  /// Makes room on the medium for bytes that read as before, growing the file to hold them: storing
-  /// into them cannot meet a full disk any more. NotSupported where the file system cannot promise
-  /// that.
+  /// Allocates the medium for bytes that read as before, growing the file to hold them: storing
+  /// into them cannot fail for a full disk. NotSupported where the file system cannot promise that.
   [[nodiscard]] virtual Error Allocate(std::uint64_t offset, std::uint64_t size) = 0;
   /// REQUIRES: offset is a multiple of 4096, size > 0, offset + size within the file.
   [[nodiscard]] virtual Error Map(std::uint64_t offset,

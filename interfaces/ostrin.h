@@ -117,14 +117,13 @@ class UTDATA_SCOPED_CAPABILITY WriterScope {
 /// How a view is used; the third argument of MapViewForData.
 inline constexpr std::uint32_t view_ReadWrite = 2;
 
-/// Keeps one range of addresses for the process and maps views of files into it: a view lies where
-/// no other does, and its place is free for the next one as soon as it is given back. The range has
-/// room for eight views of the reserved size; it is taken with the first view, and costs addresses
-/// only. Any thread may call at any time.
+/// Keeps one range of addresses for the process and maps views of files into it. Views do not
+/// overlap, and the place of one that is given back is free at once. The range holds eight views of
+/// the reserved size; it is reserved with the first view, and costs addresses only. Any thread may
+/// call at any time.
 class UTDATA_API CViewMapManager {
  public:
-  static constexpr std::size_t viewQuantity =
-      8;  ///< views of the reserved size that the range has room for
+  static constexpr std::size_t viewQuantity = 8;  ///< views of the reserved size in the range
   static constexpr std::uint64_t granularity = 0x10000;  ///< reserved sizes are multiples of this
   /// Views start at multiples of this, as the system's large pages do: elsewhere it has to map
   /// small ones, at many times the cost.
@@ -139,8 +138,7 @@ class UTDATA_API CViewMapManager {
 
   /// Bytes of the largest view, and so of the largest acquisition file.
   [[nodiscard]] std::uint64_t GetReservedSize() const;
-  /// Chooses the reserved size. A host does so before it creates its first acquisition file; it may
-  /// again while no view is mapped.
+  /// Chooses the reserved size; while no view is mapped, as before the first acquisition file.
   /// @param bytes a multiple of 65536, from 65536 to largestSize
   /// @return false, and nothing changes, for another size or while a view is mapped
   bool SetReservedSize(std::uint64_t bytes);
@@ -151,7 +149,7 @@ class UTDATA_API CViewMapManager {
   /// @param size    bytes, at most the mapping's and the reserved size
   /// @param access  view_ReadWrite
   /// @return the view's first byte, given back with UnmapViewOfFileToReservedSpace; null when an
-  ///         argument is refused, the range is full or the system fails (os::LastErrorNumber tells
+  ///         argument is refused, the range is full or the system fails (os::LastErrorNumber says
   ///         why)
   [[nodiscard]] void* MapViewForData(utdata::os::FileMapping* mapping,
                                      std::uint64_t size,

@@ -73,12 +73,12 @@ UTDATA_API void PellamReadVariable(PellamServiceParam& request,
 
 }  // namespace PellamScandoraService
 
-/// Through what the library asks the host for parameters.
+/// What the library asks for parameters; implemented by the host.
 class UTDATA_API IPellamSupplier {
  public:
   /// Answers a request, or leaves its buffer alone. @param flag 0
   virtual void HandleParameterRequest(PellamServiceParam& request, std::int32_t flag) = 0;
-  /// Tells that parameters have changed; the library never calls it.
+  /// Parameters have changed. The library never calls it.
   virtual void OnParametersChanged() = 0;
   virtual ~IPellamSupplier() = default;
 };

@@ -1,7 +1,7 @@
 // One data group of an inspection: what it is, its axes, its samples, and what is read out of them.
 //
 // Everything here comes from the group's data item, its run-time descriptor, its units and its
-// look-up table; the record as the file has it stands beside them, for who shows what is stored.
+// look-up table; Stored() gives the record as the file has it.
 #pragma once
 
 #include <cstddef>
@@ -117,8 +117,8 @@ class UTDATA_API DataGroup {
   [[nodiscard]] CellRange CellsOfRow(std::uint32_t row) const;
   [[nodiscard]] CellRange CellsOfColumn(std::uint32_t column) const;
 
-  /// The scan axes in millimetres or degrees; in plain numbers where the stored record gives no
-  /// usable step. So do the others.
+  /// The scan axes in millimetres or degrees. An axis for which the stored record gives no usable
+  /// step counts indices, here and below.
   [[nodiscard]] AxisScale Columns() const;
   [[nodiscard]] AxisScale Rows() const;
   /// The axis of the samples, in a position C-scan that of its values: microseconds of two-way time
@@ -146,8 +146,9 @@ class UTDATA_API DataGroup {
   [[nodiscard]] std::vector<PlacedGate> Gates() const;
 
   /// One A-scan, or the one value of a C-scan's cell, as stored: in the mapped file, not copied.
-  /// Good while the inspection lives. Empty for a cell without samples. `Sample` is the stored
-  /// type, or Throws. Throws when its samples are damaged; where that is accepted, it is empty.
+  /// Good while the inspection lives. Empty for a cell without samples. REQUIRES: `Sample` is the
+  /// stored type; throws when it has another size. Throws when the samples are damaged; where that
+  /// is accepted, it is empty.
   template <class Sample>
   [[nodiscard]] std::span<const Sample> AScan(std::uint32_t row, std::uint32_t column) const {
     const std::span<const std::byte> bytes = Cell(row, column, sizeof(Sample));

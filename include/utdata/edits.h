@@ -35,7 +35,7 @@ struct FieldChange {
   const SCFile::FieldInfo* field = nullptr;
   FieldValue before;
   FieldValue after;
-  std::string shownBefore;  ///< with the unit, and as many digits as tell both apart
+  std::string shownBefore;  ///< with the unit, and as many digits as distinguish the two
   std::string shownAfter;
 };
 

@@ -15,8 +15,8 @@
 /// @param line       line of the check
 UTDATA_API void err_Assert(const void* expression, const void* file, std::uint32_t line);
 
-/// Sends a warning with its place to the receiver of debug traces, as "MESSAGE\nFILE - LINE";
-/// nothing is shown or raised.
+/// Sends a warning with its place to the receiver of reports as a trace, "MESSAGE\nFILE - LINE".
+/// The default receiver prints it in checked builds (UTDATA_CHECKED) only.
 /// @param message null-terminated; null counts as empty
 /// @param file    path of the caller's source file, narrow as in err_Assert
 UTDATA_API void err_Warning(const wchar_t* message, const char* file, std::uint32_t line);

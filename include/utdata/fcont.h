@@ -150,7 +150,7 @@ class UTDATA_API CFCont {
   ///   `loaded`, which is returned through `file` and stays that descriptor's.
   ///
   /// On success the descriptors of `loaded` that changes were written against take over their new
-  /// values, so that the next changes are told against what the files now say. A data group of
+  /// values, so that the next changes are written against what the files then hold. A data group of
   /// `descriptor` that is written against another gets its cell size.
   ///
   /// Changed weld scan plans and fills have no modifier code: they are written whole and never

@@ -11,8 +11,8 @@ class UTDATA_API CFileAdjuster {
   /// For each descriptor with a table, in order: its data pointer becomes the distance of the table
   /// from `base`, and with storage mode 1 the low 32 bits of `base` are subtracted from every
   /// cell's offset that is not 0, modulo 2^32. Descriptors without a table are left alone. Of the
-  /// all-ones pointer no offsets are read. A table that ends before its offsets do, going by the
-  /// size that it was attached with, is reported and only shifted as far as it goes.
+  /// all-ones pointer no offsets are read. A table whose size is too small for its offsets is
+  /// reported, and only the offsets that it holds are changed.
   void FileAdjust(CList<CRDataTypeDD*>& descriptors, void* base);
   /// The way back: the data pointer becomes the table's address, and the low 32 bits of `base` are
   /// added to every offset that is not 0.

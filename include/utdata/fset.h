@@ -3,22 +3,21 @@
 //
 // The set owns its items and lists; an item lives until it is removed or the set is destroyed.
 // Descriptors that are added with isNew 0 stay the caller's and have to outlive their items;
-// utdata/item.h tells what an item keeps of them.
+// utdata/item.h documents what an item keeps of them.
 //
 // Locks. One reader-writer lock guards all lists. Queries take the reader side, wait 500 ms for it
 // at most and then answer as if nothing matched; additions, removals, replacements and the clearing
 // of flags take the writer side and wait as long as it takes. Order of locks: the file set's before
-// an item's. A host called back from inside a change may query and change the set on the same
-// thread. Operations that take no lock say so.
+// an item's. What a host may do that is called back from inside fset_AddGData is documented on
+// IGDataSupplier::OnDataGroupAdded. Operations that take no lock say so.
 //
 // Status filters and ids are those of utdata/enum.h: fset_AnyId matches every id; gate ids are
-// compared exactly, those of data items by gate number. A lookup that names an id costs as much as
-// it finds, however many items there are. An unknown filter value is reported as an assertion and
-// passes every item (but not the single general-information item).
+// compared exactly, those of data items by gate number. The cost of a lookup that names an id grows
+// with what it finds, not with the items that there are. An unknown filter value is reported as an
+// assertion and passes every item (but not the single general-information item).
 //
-// Data groups become data items; those of one channel's sub-channels are gathered under
-// multi-channel masters, data items that the set makes and takes away itself. The data list holds
-// the one, the master list the other.
+// Data groups become data items in the data list. Those of one channel's sub-channels are gathered
+// under multi-channel masters: data items that the set itself makes and destroys, in a master list.
 #pragma once
 
 #include <cstdint>
@@ -94,7 +93,7 @@ class UTDATA_API CFSet final : public IFSet {
   /// The number of channels. Takes no lock.
   [[nodiscard]] std::uint32_t fset_GetIChanCount() const;
 
-  // One family of operations for each of six types, told on channels.
+  // One family of operations for each of five types, documented on channels.
 
   /// Makes an item of a descriptor and appends it. Null when the descriptor is null or an item with
   /// its ids is there already.
@@ -160,14 +159,14 @@ class UTDATA_API CFSet final : public IFSet {
   // others of the data list.
 
   /// Makes a data item of a data group and appends it, gathers it under its master when it is a
-  /// sub-channel of a class that is gathered (1, 2, 3, 10, 11), and tells the document through
-  /// OnDataGroupAdded. A master is found, or made, by bookmark type, patch and channel, for classes
-  /// 2 and 3 by gate number too; with bookmark type 10 it takes the group's gate name.
+  /// sub-channel of a class that is gathered (1, 2, 3, 10, 11), and calls the document's
+  /// OnDataGroupAdded. A master is found, or made, by class, bookmark type, patch and channel, for
+  /// classes 2 and 3 by gate number too; a master of these takes the gate name of a group with
+  /// bookmark type 10.
   ///
   /// The writer side is held throughout: the host's answers to the item's requests and
-  /// OnDataGroupAdded run inside. They may query the set, but must not change it, nor wait for
-  /// another thread that uses it. An id of the descriptor that is
-  /// fset_AnyId, and a bookmark type of 0, mean any when the descriptor's ids are looked for.
+  /// OnDataGroupAdded run inside, under the rule of IGDataSupplier::OnDataGroupAdded. An id of the
+  /// descriptor that is fset_AnyId, and a bookmark type of 0, match any when its ids are searched.
   /// @param descriptor normalised in place, and given a bookmark type when it has none; only its
   ///   content is taken
   /// @param context    kept in the item, the host's
@@ -183,8 +182,8 @@ class UTDATA_API CFSet final : public IFSet {
                         CVolumeSet* volumeSet,
                         int isNew,
                         bool* isAdded);
-  /// The same for a host that asks what the answer is in another way, as by comparing the item's
-  /// record (CIData::idata1_GetGInfoRef) with the descriptor.
+  /// The same without isAdded: the host compares the item's record (CIData::idata1_GetGInfoRef)
+  /// with the descriptor instead.
   CIData* fset_AddGData(CGDataTypeFDD* descriptor, void* context, CVolumeSet* volumeSet, int isNew);
   /// Destroys every match in the data list, and each master with its last sub-channel. 0, or 1 when
   /// there was no match.
@@ -196,7 +195,7 @@ class UTDATA_API CFSet final : public IFSet {
                                  std::uint32_t gateId,
                                  std::uint32_t dataClass);
 
-  /// The first match, or null; of the data list also when no master matches.
+  /// The first match, or null. Where no master matches, the data list is searched.
   [[nodiscard]] CIData* fset_GetIData(fset_enumFilters filter,
                                       std::uint32_t bookmarkType,
                                       std::uint32_t patchId,
@@ -271,6 +270,8 @@ class UTDATA_API CFSet final : public IFSet {
   /// Everything stored so far, in order. Does not take the set's lock.
   [[nodiscard]] std::vector<CGWeldFillDescr*> fset_GetGWeldFillList() const;
   [[nodiscard]] std::vector<CGWeldScanPlanDescr*> fset_GetGWeldScanPlanList() const;
+
+  // Masters do not count in these three.
 
   /// 1 when an item is modified or a data item is new, else 0. A new item of another type counts
   /// once it is modified too.

@@ -18,9 +18,10 @@ namespace utdata {
 struct GateSettings {
   std::uint32_t channel = 0;
   std::uint32_t gate = 0;
-  double start = 0;                 ///< s, on the sample axis
-  double width = 0;                 ///< s
-  std::optional<double> threshold;  ///< percent of full scale; none: the gate's level stays
+  double start = 0;  ///< s, on the sample axis
+  double width = 0;  ///< s
+  /// Percent of full scale. None: the gate's level stays, and every amplitude has a position.
+  std::optional<double> threshold;
 };
 
 /// The samples that a gate covers in A-scans.

@@ -34,10 +34,9 @@ class UTDATA_API GDataManager {
   /// FileClose.
   ~GDataManager();
 
-  /// Creates the file, after closing the one before: it must not exist yet. Room for the estimated
-  /// size is really made on the disk, and the advisory lock is taken, which tells others that a
-  /// writer is at work. Until FileClose the file is GetMaxAcqFileSize bytes long, most of them a
-  /// hole.
+  /// Creates the file, after closing the one before: it must not exist yet. Disk space for the
+  /// estimated size is allocated, and the advisory lock is taken, by which others see that a writer
+  /// is at work. Until FileClose the file is GetMaxAcqFileSize bytes long, most of them a hole.
   /// @param memory what will be saved; asked once for EstimateDataFileSize
   /// @return 0, or why there is no file. status_TooLarge and status_DiskTooSmall come before
   ///         anything is created. Of the platform's errors, one of creating the file leaves

@@ -50,17 +50,17 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   ///   column, row and sample; sample size below that of the sample type: the type's
   /// - one column or row: its step is 0.001 and its units are metres when they are neither metres
   ///   nor degrees
-  /// - a step that is 0 or not finite: 0.001 of columns and rows, 2e-8 s of samples and of position
-  ///   C-scans' values; a negative step of samples: its size (scan axes may run backwards)
+  /// - a step that is 0 or not finite: 0.001 of columns and rows, 2e-8 s of samples; a negative
+  ///   step of samples: its size (scan axes may run backwards). The step of position C-scans'
+  ///   values, not above 0 or not finite: 2e-8 s
   /// - data range that is reversed: turned; minimum not finite: 0; maximum not finite: the largest
   ///   value of the sample type
   /// - any other float not finite: 0, of the data resolution 1; texts without a terminator: cut
   ///   after 31 characters
   /// - sample types follow the rectification and the range: unrectified unsigned samples from 0 on
-  ///   become signed ones around 0, with gdata_OptionOffsetBinary set (not positions, not angle
-  ///   C-scans, not 16-bit scaled analog data); rectified signed samples from 0 on become unsigned
-  ///   ones when their range fits (not angle C-scans). A type that is not known is reported and
-  ///   stays
+  ///   become signed ones around 0, with gdata_OptionOffsetBinary set (not classes 3 and 17, not
+  ///   16-bit scaled analog data); rectified signed samples from 0 on become unsigned ones when
+  ///   their range fits (not class 17). A type that is not known is reported and stays
   /// @param record   normalised in place, and given a bookmark type when it has none; then copied.
   ///   Null is reported and makes a bare item
   /// @param data     kept, not interpreted
@@ -73,8 +73,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   CIData(void* data, CVolumeSet* volumes);
   CIData(const CIData&) = delete;
   CIData& operator=(const CIData&) = delete;
-  /// Detaches an external table, leaves its master and lets its elements go; no link follows the
-  /// item any more.
+  /// Detaches an external table, leaves its master and releases its elements; links to the item
+  /// answer null from then on.
   ~CIData() override;
 
   /// Destroys the item, which must have left its file set.
@@ -102,8 +102,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// Gives the descriptor a table as CRDataTypeDD::SetDiskTable does, and marks the data as loaded
   /// when there is one then. Null takes it away. Nothing for a bare item.
   void AttachTable(char* table, bool memoryMapped);
-  /// The same with the table's size in bytes; one that the item's layout does not fit is refused.
-  /// @return whether the item has the table
+  /// The same with the table's size in bytes, and marks the volume as loaded too. A table that the
+  /// layout does not fit is refused. @return whether the item has the table
   bool AttachTable(char* table, bool memoryMapped, std::uint64_t size);
 
   /// The modified and the new flag, under the lock. A bare item is not modified and is new.
@@ -201,11 +201,11 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// kinds 16 and 17, else on the inner.
   /// @param sagitta   m, of the surface above the chord; negative on the inner surface
   /// @param halfChord m
-  /// @return 1; 0 with nothing written for a flat part, a missing output, and a part without an
-  ///   inner surface
+  /// @return 1; 0 with nothing written for a flat part, a missing output, and a surface of
+  ///   diameter 0
   int GetCircularParameter(double* sagitta, double* halfChord) const;
 
-  // ---- units: none takes a lock unless told; a bare item has none
+  // ---- units: no lock unless stated; a bare item has none
 
   /// The item's units, made with it and destroyed with it. Each axis converts to the base of the
   /// volume set's axis: columns and rows to what the record has them in, samples to the one-way
@@ -230,8 +230,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
                           unit_enumDataUnit unit,
                           int alternative,
                           int notify);
-  /// Chooses for an element's master and all its elements; for any other item alone. Under the
-  /// master's lock.
+  /// Chooses for a master and all its elements, whichever of them is called; for any other item
+  /// alone. Under the master's lock.
   void SetMasterCurrentUnitType(kvt_enumAxis axis,
                                 unit_enumUnits family,
                                 unit_enumDataUnit unit,
@@ -247,8 +247,8 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// gathered with.
   void SetUnitPrecision(kvt_enumAxis axis, int alternative, long precision);
   void SetMasterUnitPrecision(kvt_enumAxis axis, int alternative, long precision);
-  /// Applies a saved choice with its precision to the item and what it is gathered with, and notes
-  /// that.
+  /// Applies a saved choice with its precision to the item and what it is gathered with;
+  /// IsUnitRestored then answers 1.
   void idata3_RestoreUnit(kvt_enumAxis axis,
                           unit_enumUnits family,
                           unit_enumDataUnit unit,
@@ -290,13 +290,13 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// The descriptor's data minimum and maximum, under the lock. A missing output is reported, and
   /// nothing is written.
   void idata3_GetAbsoluteMinMax(float* minimum, float* maximum) const;
-  /// Tells a master to load its elements, once; under its lock and each element's. An item that is
-  /// no master loads nothing: its host attaches the table.
+  /// Makes a master load its elements, once; under its lock and each element's. An item that is no
+  /// master loads nothing: its host attaches the table.
   /// @return 0; -1 for a bare item, when the volume is loaded, and when the data are loaded and
   ///   `volume` is not 0 or they are no volume
   int idata1_DataLoad(int volume);
-  /// Copies the record copy, with the table and its size in place of the data pointer and its (null
-  /// and 0 for a master); loads first. Null is reported.
+  /// Loads, then copies the record copy, whose data pointer and data size become the table and its
+  /// size (null and 0 for a master). Null is reported.
   void idata1_GetGInfoCopy(CGDataTypeFDD* out);
   /// The sample table, as soon as there is one: waits without limit, looking every 50 ms, until
   /// another thread attaches it. Takes no lock; the item has to outlive the call. A bare item is

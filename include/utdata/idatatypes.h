@@ -1,4 +1,4 @@
-// The records through which a data item tells its names and takes its parameters.
+// The records that a data item fills with its names and takes its parameters from.
 #pragma once
 
 #include <cstdint>

@@ -1,9 +1,9 @@
-// One inspection: opened with its companions, its data groups at hand, edited, gated, and saved.
+// One inspection: opened with its companions, its data groups listed, edited, gated, and saved.
 //
 // An inspection does what every host of the given classes has to do: it is the document that they
-// reach back into, gives its volume base units before the first data item is made, attaches the
-// sample tables, keeps what items refer to alive, and tells data groups that are added from those
-// that are there already. The given classes stay reachable underneath.
+// call back, gives its volume base units before the first data item is made, attaches the sample
+// tables, keeps alive what items refer to, and distinguishes data groups that are added from those
+// that are there already. The given classes stay reachable.
 //
 // Texts and paths are UTF-8. What cannot be done is thrown as utdata::Error; no operation here
 // answers a failure in another way. An inspection is used by one thread at a time, except that
@@ -144,7 +144,7 @@ class UTDATA_API Inspection {
   [[nodiscard]] bool IsModified() const;
   /// Writes the changes into the next numbered companion, which joins Files(). @return its path
   std::string SaveCompanion();
-  /// Writes the changes at the end of the file that was read last. @return its path
+  /// Writes the changes at the end of the last of Files(). @return its path
   std::string SaveAppended();
   /// Writes everything, changes included, as a new file; this inspection stays as it is.
   /// @param replace an existing file; else it stays and the save fails

@@ -18,8 +18,8 @@ class UTDATA_API CISpecMat : public utdata::Item<CGSpecmatTypeDescr> {
   [[nodiscard]] CGSpecmatTypeDescr* ismat1_GetGInfoRef() const;
   /// A new item leaves `copy` alone.
   void ismat1_GetGInfoCopy(CGSpecmatTypeDescr* copy) const;
-  /// Makes the caller's record itself the file side (it has to outlive the item, which is no longer
-  /// new) and the working copy equal to it. The modified flag stays as it is.
+  /// Makes the caller's record itself the file side, so that the item is not new, and the working
+  /// copy equal to it; the record has to outlive the item. The modified flag stays as it is.
   void ismat1_ReplaceGInfo(CGSpecmatTypeDescr* fileSide);
   /// Always 0. The file side is null for a new item.
   std::uint32_t ismat1_ModifGet(CGSpecmatTypeDescr** working, CGSpecmatTypeDescr** fileSide) const;

@@ -1,8 +1,8 @@
 // The item pattern, documented once: what a file set keeps of one descriptor group.
 //
 // An item refers to the descriptor it was made from (its file side, not owned), owns a working copy
-// that callers read and edit, and carries a modified flag. An item without a file side is new. The
-// pair of both shows what changed.
+// that callers read and edit, and carries a modified flag. An item without a file side is new. What
+// has changed is the difference between the working copy and the file side.
 //
 // Locks. Each item has a recursive lock of its own and takes no other: SetInfoCopy, ReplaceGInfo,
 // OnLineUpdate, setters and status operations exclude each other, whatever the file set is doing.

@@ -12,7 +12,7 @@
 
 #include "interfaces/export.h"
 
-class CIData;  // data items own what holds the links, a floor below them
+class CIData;  // of the layer above, whose items own what holds the links
 
 namespace utdata {
 
@@ -24,13 +24,13 @@ class UTDATA_API LiveDataItem {
   LiveDataItem& operator=(const LiveDataItem&) = delete;
   ~LiveDataItem() { End(); }
 
-  /// From here on the item does not live any more. @return whether it did
+  /// The item ceases to live. @return whether it lived until now
   bool End() noexcept;
   /// Whether a data item lives at an address, which is not read. Any thread.
   [[nodiscard]] static bool IsLive(const CIData* item);
 
  private:
-  const CIData* m_item;  ///< null: it does not live any more
+  const CIData* m_item;  ///< null once it has ceased to live
 };
 
 class UTDATA_API DataItemLink {

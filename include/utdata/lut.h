@@ -52,9 +52,8 @@ class UTDATA_API CLookUpTable : public CObject {
 
   /// Display code of one raw sample, by the overload of the table's sample type. A single read
   /// without checks. REQUIRES: the table has codes (8-bit: 256; 16-bit: 65536) and the sample,
-  /// taken as unsigned (int: its low 16 bits; unsigned int as given), is one of them. In checked
-  /// builds (UTDATA_CHECKED) anything else raises an assertion and gives 0; in others it must not
-  /// be.
+  /// taken as unsigned (int: its low 16 bits; unsigned int as given), is one of them. Anything else
+  /// raises an assertion and gives 0 in checked builds (UTDATA_CHECKED); in others it is undefined.
   [[nodiscard]] UTDATA_INLINE_API unsigned char Convert(const char sample) const {
     return CodeAt(static_cast<unsigned char>(sample));
   }

@@ -1,7 +1,7 @@
 // Which data groups arrived through modifier groups, and from which file each came.
 //
 // A record never owns its group, and is dead once the group is deleted. No lock: one thread at a
-// time. Nothing here throws but std::bad_alloc, before anything has changed.
+// time. Nothing here throws but std::bad_alloc; of a list, the groups before are then recorded.
 #pragma once
 
 #include <string>

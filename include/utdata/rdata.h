@@ -2,7 +2,7 @@
 // table, and what its data item keeps for viewers (links to the matching C-scans, point units,
 // sample limits).
 //
-// One descriptor per data item, made on the heap and ended with Destroy. It has no lock: the data
+// A data item's descriptor is made on the heap and ended with Destroy. It has no lock: the data
 // item holds its own while it changes fields, and nothing serialises Flush against readers of the
 // table. The table and the loaded flags are published: who sees a table that another thread
 // attached sees what that thread wrote before.
@@ -54,18 +54,17 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   /// that is not here.
   [[nodiscard]] bool HasTable() const;
   /// Attaches a table. Its first 36 bytes are cleared when they are a header of older writers
-  /// (gdata_OldHeaderSize). Any thread may read the table as soon as GetDiskTable answers it. What
-  /// the record says of a block elsewhere, in memory or on disk, does not count: this is a table of
-  /// its own, as large as its cells need, or as the record's data size states when it is the
-  /// record's data pointer. A view of a block on disk is as large as it is, and is attached as one
-  /// of stated size.
+  /// (gdata_OldHeaderSize). Any thread may read the table as soon as GetDiskTable answers it. Its
+  /// size: of a view of a block on disk that of the view, which is then attached as a table of
+  /// stated size; of the record's data pointer the record's data size, when that is not 0; else
+  /// what its cells need. What the record says of samples elsewhere does not count.
   /// @param table        null, the all-ones pointer, or samples; freed by Flush with delete[] of
   ///   std::byte, when owned and not mapped
   /// @param memoryMapped the table is a view of a file and is never freed here
   void SetDiskTable(char* table, bool memoryMapped);
-  /// The same of a table whose size the host states, which is how one is attached that may be
-  /// shorter than its layout. That is then reported and not attached: the descriptor is without a
-  /// table and not loaded, IsTableRefused says so, and the table stays the caller's.
+  /// The same with the table's size. A table that is shorter than its layout is reported and not
+  /// attached: the descriptor then has no table and is not loaded, IsTableRefused answers true, and
+  /// the table stays the caller's.
   /// @param size bytes of the table; one of storage by cells has to hold every cell, one with
   ///   offsets the offsets and each cell that they name. Other storage modes are not measured
   /// @return whether it is attached
@@ -160,7 +159,7 @@ class UTDATA_API CRDataTypeDD : public CGDataTypeFDD {
   /// @return released through the factory by the caller
   [[nodiscard]] CLookUpTable* GetLookUpTable(IGDataSupplier* document) const;
 
-  /// Bytes of the attached table; 0 without one, and where nothing tells.
+  /// Bytes of the attached table; 0 without one, and when its size is not known.
   [[nodiscard]] std::uint64_t KnownTableSize() const;
   /// Bytes that a table has at least: for storage by cells those of all cells, for storage with
   /// offsets the offsets alone. 0 without cells and for other storage modes; the largest value when

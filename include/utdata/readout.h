@@ -17,10 +17,10 @@ class UTDATA_API AxisValue {
   AxisValue(const CIData& item, kvt_enumAxis axis, unit_enumUnits family, double base)
       : m_item(&item), m_axis(axis), m_family(family), m_base(base) {}
 
-  /// Whether the data say it: there is no depth without a sound speed.
+  /// Whether the data give it: there is no depth without a sound speed.
   [[nodiscard]] bool IsKnown() const;
   /// In a unit of its kind: unit_Millimetre, unit_Microsecond, unit_Degree. NaN when it is not
-  /// known, or never has that unit.
+  /// known, or has no such unit.
   [[nodiscard]] double In(unit_enumDataUnit unit) const;
   /// With the unit's precision and symbol: "12.3 mm".
   [[nodiscard]] std::string Text(unit_enumDataUnit unit) const;
@@ -52,7 +52,7 @@ class UTDATA_API ReadOut {
 
   std::int32_t value = 0;  ///< of the sample, corrected
   double percent = 0;      ///< of full scale, negative for negative half waves; NaN for positions
-  double decibels = 0;     ///< of full scale; minus infinity for 0 percent
+  double decibels = 0;     ///< of full scale; minus infinity for 0 percent; NaN for positions
 };
 
 }  // namespace utdata

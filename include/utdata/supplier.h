@@ -1,6 +1,6 @@
-// What a host implements so that library objects reach back into its document. The library never
-// creates, owns or deletes an implementation: it stores and calls the pointers it is given. Calls
-// come from whichever thread drives the library.
+// What a host implements so that library objects can call its document. The library never creates,
+// owns or deletes an implementation: it stores and calls the pointers it is given. Calls come on
+// the thread that called the library.
 #pragma once
 
 #include <cstdint>
@@ -37,8 +37,10 @@ class UTDATA_API IGDataSupplier : public virtual IPellamSupplier {
   virtual CVolumeSet* GetVolumeSet() = 0;
   /// The document's loaded file, or null. The library never calls it.
   virtual CFContTypeFileDescr* GetFileDescriptor() = 0;
-  /// A data item was added to the file set. Called while that file set's writer side is held: the
-  /// call may query the set, but must not change it, nor wait for another thread that uses it.
+  /// A data item was added to the file set. Called while that file set's writer side is held; so
+  /// are GetFileSet and HandleParameterRequest while the file set makes an item. Such a call may
+  /// query the set and edit items, since its thread is granted both sides again. It must not change
+  /// the set (add, remove, replace, clear flags), nor wait for another thread that uses it.
   /// @param hasPatch 1 when the data group's patch id is not 0, else 0
   virtual void OnDataGroupAdded(std::int32_t hasPatch) = 0;
 };

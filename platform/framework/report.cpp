@@ -1,5 +1,5 @@
-// Where assertions and traces go. No lock is held while a sink runs: it may wait for whatever it
-// likes, another report included. A sink that is replaced is left by all threads first.
+// Where assertions and traces go. No lock is held while a sink runs: it may wait for another
+// report. SetReportSink, outside a sink, returns one once no thread runs it.
 #include <condition_variable>
 #include <cstdio>
 #include <memory>
@@ -19,7 +19,7 @@ struct Installed {
 
 struct Receiver {
   std::mutex lock;
-  std::condition_variable left;          // some sink is no longer running
+  std::condition_variable left;          // a call of a sink has ended
   std::shared_ptr<Installed> installed;  // guarded by lock; null for the default
 };
 

@@ -57,9 +57,9 @@ class TableReader {
 /// Makes of a block's first bytes what its readers take them for.
 using AsRead = void (*)(std::span<std::byte> start);
 
-/// Whether a block holds exactly these bytes. The checksums of its chunks tell; a chunk is read
-/// only where they do not match, since it may still be where the bytes come from: damaged on disk,
-/// or with a start that readers change.
+/// Whether a block holds exactly these bytes, by the checksums of its chunks. A chunk whose
+/// checksum does not match is read and compared: the bytes may come from it all the same, when it
+/// is damaged on disk or has a start that readers change.
 [[nodiscard]] bool BlockHolds(const OpenFile& file,
                               const BlockRef& block,
                               Bytes data,

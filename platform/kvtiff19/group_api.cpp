@@ -36,7 +36,7 @@ std::string_view NameOf(const Node& group) {
   return group.pending ? std::string_view(group.pending->name) : group.name;
 }
 
-/// What file_ItemInfo tells of one item.
+/// What file_ItemInfo gives of one item.
 struct ItemFacts {
   std::uint32_t code = 0;
   std::uint8_t type = 0;

@@ -61,7 +61,7 @@ int RemoveUnfinished(const OpenFile& file) {
   return error == Error::None ? SCFile::status_Ok : FailOs(file.path, error, "cannot be created");
 }
 
-/// Makes NAME.part, locks it and marks it; `isMade` tells whether its name is still this file's.
+/// Makes NAME.part, locks it and marks it; `isMade` says whether its name is still this file's.
 int MakePart(OpenFile& file, bool& isMade) {
   const Error locked = file.handle->TryLock();
   if (locked == Error::Busy)  // by one who takes it for what a killed writer left, and removes it

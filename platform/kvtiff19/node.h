@@ -25,7 +25,7 @@ enum class NodeState : std::uint8_t {
   File,
   Committed,
   Pending,  ///< made since the last commit
-  Dropped   ///< its commit failed; holds nothing any more
+  Dropped   ///< discarded, or its commit failed; holds nothing
 };
 
 /// A child group of a pending group.
@@ -110,8 +110,8 @@ void ViewBody(Node& node, Bytes body) noexcept;
 /// A failure of one file: its path, then `what`. Returns the status.
 int FailAt(const OpenFile& file, int status, std::string_view what);
 int FailAt(const std::wstring& path, int status, std::string_view what);
-/// A failure that the operating system told: "`what`: its words". Returns the status that answers
-/// to `error`.
+/// A failure that the operating system reported: "`what`: its words". Returns the status that
+/// corresponds to `error`.
 int FailOs(const std::wstring& path, os::Error error, std::string_view what);
 
 }  // namespace utdata::kvtiff19

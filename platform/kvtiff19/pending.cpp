@@ -1,4 +1,4 @@
-// Pending groups: made, filled, and forgotten again.
+// Pending groups: made, filled and dropped.
 #include <algorithm>
 #include <new>
 #include <utility>
@@ -9,7 +9,7 @@
 namespace utdata::kvtiff19 {
 namespace {
 
-/// Keeps the first failure for the commit to tell.
+/// Keeps the first failure, which the commit then reports.
 int Remember(OpenFile& file, int status) noexcept {
   if (file.failure != SCFile::status_Ok) return status;
   file.failure = status;

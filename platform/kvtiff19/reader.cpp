@@ -32,10 +32,9 @@ os::Error ReadFront(os::File& handle, Front& front) {
   return handle.Size(front.fileSize);
 }
 
-/// Settles which record counts; null, or what is wrong. A file that ends at its committed end is at
-/// rest, and then both slots must be whole and equal: anything else is damage, not the trace of a
-/// commit. A longer file was left by a writer, or has one at work: one slot may then be half
-/// written, or be one commit behind.
+/// Decides which record counts; null, or what is wrong. A file that ends at its committed end is at
+/// rest, and then both slots must be whole and equal: anything else is damage. A longer file was
+/// left by a writer, or has one at work: one slot may then be half written, or one commit behind.
 const char* Settle(const Front& front, SlotState& state) {
   std::optional<CommitRecord> slots[] = {DecodeSlot(front.Page(slotOffsets[0])),
                                          DecodeSlot(front.Page(slotOffsets[1]))};
@@ -132,9 +131,9 @@ class ChainReader {
     return AddTop(Bytes(segment).subspan(segmentHeaderSize), link.offset, ordinal);
   }
 
-  /// A few bytes may claim a segment of any size, most of it a hole: before memory is asked for,
-  /// its head is looked at, and that it is stored. Writers leave no holes in a segment; a file
-  /// system may make some of its zeros.
+  /// A few bytes may claim a segment of any size, most of it a hole: before memory is allocated,
+  /// its head is checked, and whether enough of it is stored. Writers leave no holes in a segment;
+  /// a file system may make some of its zeros.
   int CheckClaim(const Link& link, std::uint64_t ordinal) {
     constexpr std::uint64_t alwaysFine = 1u << 20;
     constexpr std::uint64_t mostPerStored = 64;

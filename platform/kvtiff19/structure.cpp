@@ -12,13 +12,13 @@ std::string_view AsText(Bytes bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-/// Holds the items of one group against the rules of its type. Items mostly follow each other as
-/// the rules do.
+/// Checks the items of one group against the rules of its type, which mostly come in the same
+/// order.
 class RuleCheck {
  public:
   explicit RuleCheck(std::uint32_t typeCode) : m_rules(RulesOfGroupType(typeCode)) {}
 
-  /// Whether there is anything to hold against.
+  /// Whether the type has rules.
   [[nodiscard]] bool Any() const { return !m_rules.empty(); }
 
   /// Runs once per item of the file when it is opened.

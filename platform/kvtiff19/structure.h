@@ -1,5 +1,5 @@
-// The rules of a group's bytes: checked once, when a file is opened, so that nothing read from it
-// later can fail or lead astray.
+// The rules of a group's bytes: checked once, when a file is opened, so that later reading needs no
+// checks.
 #pragma once
 
 #include <cstdint>

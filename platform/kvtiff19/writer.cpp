@@ -28,8 +28,8 @@ Error WriteSlotsAndSync(OpenFile& file,
   return file.handle->Sync();
 }
 
-/// Brings a file that a writer left behind to rest. While the slots are written its size tells that
-/// it is not.
+/// Brings a file that a writer left behind to rest. While the slots are written its size shows that
+/// it is not at rest.
 Error BringToRest(OpenFile& file) {
   Error error = WriteSlotsAndSync(file, {0, 1}, file.current);
   if (error == Error::None) error = file.handle->Truncate(file.current.end);
@@ -64,7 +64,7 @@ int LockUnmoved(OpenFile& file) {
                               : FailOs(file.path, error, "cannot be made ready for writing");
 }
 
-/// Opens a loaded file once more, for writing; what was loaded shows whether it is the same one.
+/// Opens a loaded file once more, for writing, and checks that it is the same one.
 int Reopen(const OpenFile& file, std::unique_ptr<os::File>& writable) {
   const Error error = file.fileSystem->Open(file.path, os::OpenMode::ReadWrite, writable);
   if (error == Error::AccessDenied)

@@ -1,6 +1,6 @@
 // Writing: pending groups gather their items in memory, blocks go to the file at once, and a commit
-// makes both visible in one step. docs/file-format.md tells the protocol. One thread at a time per
-// file.
+// makes both visible in one step. docs/file-format.md describes the protocol. One thread at a time
+// per file.
 #pragma once
 
 #include "platform/kvtiff19/node.h"

@@ -50,7 +50,7 @@ MemoryStatus QueryMemoryStatus() noexcept {
         status.totalVirtual -
         std::min(status.totalVirtual, ReadRows("/proc/self/status")["VmSize"]);
   } catch (...) {
-    // Short of memory, of all things: what is known so far is told.
+    // No memory for the rest: what is known so far is returned.
   }
   return status;
 }

@@ -26,8 +26,8 @@ FileIdentity IdentityOf(const struct stat& status) {
 
 constexpr int firstOfOurs = 3;  ///< descriptors below are the standard streams, open or not
 
-/// Takes the standard streams that are closed, so that no file opened meanwhile becomes one of
-/// them. Whoever writes to one of them fails as before.
+/// Occupies the standard streams that are closed, so that no file opened meanwhile becomes one of
+/// them. Writing to one of them fails, as to a closed stream.
 class ClosedStreamsTaken {
  public:
   ClosedStreamsTaken() {
@@ -150,8 +150,8 @@ class PosixFile final : public File {
     if (size == 0) return Error::None;
     if (!FitsOffset(offset) || !FitsOffset(size) || !FitsOffset(offset + size))
       return Fail(Error::DiskFull);
-    // The system call and not posix_fallocate, which where the file system cannot allocate touches
-    // each block and says nothing.
+    // Not posix_fallocate, which writes to each block where the file system cannot allocate, and
+    // does not say so.
     const auto allocate = [&] {
       return ::fallocate(m_descriptor, 0, static_cast<off_t>(offset), static_cast<off_t>(size));
     };

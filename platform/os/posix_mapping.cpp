@@ -60,7 +60,7 @@ class PosixFileMapping final : public FileMapping {
         MAP_FAILED)
       return Error::None;
     const Error error = LastError();
-    // The system may have taken away what was there before it failed; nobody else may move in.
+    // The failed call may have unmapped the place, which must stay reserved.
     MapNothing(place, size, MAP_FIXED);
     return error;
   }

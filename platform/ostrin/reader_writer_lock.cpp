@@ -1,8 +1,7 @@
-// The reader-writer lock: readers come and go on one atomic word while no writer is about;
-// everything else happens under a mutex.
+// The reader-writer lock: readers come and go on one atomic word while no writer holds the lock or
+// waits; everything else happens under a mutex.
 //
-// A grant is handed over, never raced for: who waits is made an owner by whoever made room, and
-// only then woken.
+// The thread that releases a side grants it to the threads that wait, and only then wakes them.
 #include <chrono>
 
 #include "interfaces/framework.h"
@@ -72,7 +71,7 @@ void CReaderWriterLock::UnlockBufferReader() {
     }
   } while (!m_state.compare_exchange_weak(
       state, state - 1, std::memory_order_acq_rel, std::memory_order_relaxed));
-  if (state == (closed | 1)) {  // the last reader, and a writer is about
+  if (state == (closed | 1)) {  // the last reader, and a writer waits
     const std::lock_guard lock(m_mutex);
     HandOver();
   }
@@ -85,7 +84,7 @@ int CReaderWriterLock::LockBufferWriter(std::uint32_t timeoutMs) {
     ++m_depth;
     return 1;
   }
-  // From here on no reader comes in uninvited, so that a lock found empty stays empty.
+  // From here on readers queue, so that a lock found without readers stays so.
   const bool hadReaders = (m_state.fetch_or(closed, std::memory_order_acq_rel) & ~closed) != 0;
   if (m_depth == 0 && !m_firstWriter && !hadReaders) {
     m_owner = self;
@@ -134,8 +133,8 @@ void CReaderWriterLock::AdmitReaders() {
   m_readersAdmitted.notify_all();
 }
 
-/// Passes the lock on as far as its present holders allow: to the next writer, or, when none waits,
-/// to whoever comes.
+/// Once no reader and no writer holds the lock, grants it to the next writer; without one, opens it
+/// to readers.
 void CReaderWriterLock::HandOver() {
   if (m_depth > 0) return;
   if (!m_firstWriter) {

@@ -81,7 +81,7 @@ void CViewMapManager::UnmapViewOfFileToReservedSpace(void* view, std::uint64_t) 
           : m_views.end();
   UTDATA_ASSERT(entry != m_views.end());
   if (entry == m_views.end()) return;
-  // A place that cannot be cleared is not handed out again.
+  // A place that cannot be cleared is not used again.
   if (m_range->Clear(entry->first, entry->second) == Error::None) m_views.erase(entry);
 }
 

@@ -24,7 +24,7 @@ static_assert(std::endian::native == std::endian::little);
 
 constexpr std::uint64_t entrySize = 4;  ///< of an A-scan block's table
 constexpr std::uint64_t valueSize = 2;  ///< of a C-scan block
-/// Room is made in steps of this many bytes once the estimate is used up.
+/// Disk space is allocated in steps of this many bytes once the estimate is used up.
 constexpr std::uint64_t growth = 16u << 20;
 
 constexpr std::uint64_t RoundUp(std::uint64_t bytes) { return (bytes + 3) / 4 * 4; }
@@ -97,7 +97,7 @@ void Trace(const wchar_t* format, Value value) {
 /// Why a creation may have failed: what was asked for, and what memory was left.
 void ReportMemory(std::uint64_t fileSize, std::uint32_t status) {
   const utdata::os::MemoryStatus memory = utdata::os::QueryMemoryStatus();
-  using Number = unsigned long long;  // sizes are told whole, however many bits they have
+  using Number = unsigned long long;  // sizes are printed whole, however many bits they have
   Trace<Number>(L"m_fileSize = %llu\n", fileSize);
   Trace<unsigned>(L"MemoryStatus.dwMemoryLoad: %u \n", memory.loadPercent);
   Trace<Number>(L"MemoryStatus.dwTotalPhys: %llu \n", memory.totalPhysical);
@@ -156,8 +156,8 @@ std::uint32_t GDataManager::OpenAndMap(std::uint64_t size, bool& isOpen) try {
   static constexpr std::byte header[headerSize] = {};
   if (m_file->WriteAt(0, header) != Error::None) return PlatformStatus();
   m_allocated = headerSize;
-  // Before room is made: a file that is longer than its header and not of full length is a finished
-  // one.
+  // Before disk space is allocated: a file that is longer than its header and not of full length is
+  // a finished one.
   if (m_file->CreateMapping(size, m_mapping) != Error::None) return PlatformStatus();
   if (Allocate(m_fileSize) != Error::None) return PlatformStatus();
   m_view = static_cast<std::byte*>(
@@ -185,12 +185,12 @@ std::uint32_t GDataManager::FileClose() {
   return status;
 }
 
-/// Makes room on the disk for the file up to `end`.
+/// Allocates disk space for the file up to `end`.
 Error GDataManager::Allocate(std::uint64_t end) {
   if (end <= m_allocated) return Error::None;
   Error error = m_file->Allocate(m_allocated, end - m_allocated);
   if (error == Error::NotSupported) {
-    // Nothing is there yet, so that zeros change nothing.
+    // This part of the file reads as zeros already.
     static constexpr std::byte zeros[1 << 16] = {};
     error = Error::None;
     for (std::uint64_t at = m_allocated; at < end && error == Error::None; at += sizeof zeros)
@@ -201,8 +201,8 @@ Error GDataManager::Allocate(std::uint64_t end) {
   return error;
 }
 
-/// Whether `bytes` more fit the mapping and the disk. Storing into a mapping where the disk has no
-/// room would end the process.
+/// Whether `bytes` more fit the mapping and the disk, which are then allocated. Storing into a
+/// mapping without disk space behind it would end the process.
 bool GDataManager::MakeRoom(std::uint64_t bytes) {
   if (!m_view || bytes > m_mappedSize - m_writePosition) return false;
   const std::uint64_t end = m_writePosition + bytes;

@@ -52,18 +52,18 @@ class Changes {
   }
 
   /// Once the changes are on the medium: the loaded descriptors take over what their modifications
-  /// say, so that the next changes are told against the file as it now is, and the copies stay.
-  /// Everything that needs memory has been done by then.
+  /// say, so that the next changes are written against what the file then holds, and the copies
+  /// stay. Allocates no memory.
   void Settle() noexcept;
 
  private:
-  /// The bases of one type as this write leaves them; a second modification is told against what
+  /// The bases of one type as this write leaves them; a second modification is written against what
   /// the first has made of its base.
   template <class Descriptor>
   using Bases = std::map<const Descriptor*, std::shared_ptr<Descriptor>>;
 
   /// The first descriptor that has the ids and the bookmark. Where numbering has given several
-  /// beams of a channel one number, that which the changed one was read from, as far as a
+  /// beams of a channel one number: the one that the changed descriptor was read from, if a
   /// modification can name it.
   template <class Descriptor>
   Descriptor* FindBase(const Matching<Descriptor>& matching, const Descriptor& descriptor) const {
@@ -86,7 +86,7 @@ class Changes {
     return first;
   }
 
-  /// What the file is to call a descriptor, told against its base, or new.
+  /// The ids that a descriptor is written with: those of its base, or new ones.
   template <class Descriptor>
   WrittenIds IdsFor(const Descriptor* base, const Descriptor& descriptor) {
     WrittenIds ids{};
@@ -95,7 +95,7 @@ class Changes {
       if (m_loaded.m_numbering && !base) ids.number = descriptor.subChannelId;
     }
     if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) {
-      // A beam that is named, or no longer, is numbered as it was.
+      // A beam keeps its number when it gets a name or loses it.
       if (m_loaded.m_numbering && base && IsNamed(descriptor) != base->stored.isNamed)
         ids.number = descriptor.subChannelId;
     }
@@ -142,8 +142,8 @@ class Changes {
   /// memory.
   static void TakeOver(SCFile::GroupHandle group, CGDataTypeFDD& base, bool withName) noexcept;
 
-  /// A listed group that has the ids that a modification is written with, but a bookmark that the
-  /// file does not know yet, would take the modification for its own. It gets its bookmark first.
+  /// A listed group with the ids that a modification is written with, but with a bookmark that the
+  /// file does not hold yet, would match the modification on loading. Writes its bookmark first.
   void KeepOthersApart(SCFile::GroupHandle top,
                        const Matching<CGDataTypeFDD>& matching,
                        const CGDataTypeFDD* base,

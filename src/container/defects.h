@@ -1,4 +1,4 @@
-// Defect records: how they stand in a file, and their ownership.
+// Defect records: read, written and deleted.
 #pragma once
 
 #include <string>
@@ -16,15 +16,15 @@ inline constexpr std::uint32_t codeDefect = 10044;
 /// std::bad_alloc when it is memory that is short.
 void ReadDefect(SCFile::GroupHandle group, stDefectExtern& record);
 
-/// Writes the defect table into a top group: a "Defect" group per record. Failures are the file's
-/// to remember.
+/// Writes the defect table into a top group: a "Defect" group per record. A failure makes the
+/// file's commit fail.
 void WriteDefectTable(SCFile::GroupHandle top, const CList<stDefectExtern*>& defects);
 
 /// Why a table may not be written: one of the records is shortened. Empty when all are whole.
 [[nodiscard]] std::string LossIn(const CList<stDefectExtern*>& defects);
 
-/// Why a table may not be appended to a file: a record of its last table is shortened, and what it
-/// still holds would be out of reach. Empty when all are whole.
+/// Why a table may not be appended to a file: a record of its last table is shortened, and the rest
+/// of that record would be lost behind the new table. Empty when all are whole.
 [[nodiscard]] std::string LossInLastTable(SCFile::FileHandle file);
 
 /// Deletes the records and empties the list.

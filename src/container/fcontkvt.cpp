@@ -98,7 +98,7 @@ int CFContKVTiff::fcontOpen(const wchar_t* path, fcontsec_typeFileDescriptor* wo
   try {
     if (utdata::container::ReadFile(path, *work)) return 0;
   } catch (const std::bad_alloc&) {
-    // Told as any other file that cannot be read.
+    // The same answer as for a file that cannot be read.
   }
   if (work->file) SCFile::file_Close(work->file);
   work->file = nullptr;

@@ -25,6 +25,5 @@ class CFContKVTiff : public CObject {
   int fcontOpen(const wchar_t* path, fcontsec_typeFileDescriptor* work);
   void fcontFree(fcontsec_typeFileDescriptor* work) noexcept;
 
-  std::mutex m_lock;  // held for the whole of one load; guards the record being filled, which is
-                      // the caller's
+  std::mutex m_lock;  // held during one load; guards the record being filled, which is the caller's
 };

@@ -104,8 +104,8 @@ using WrittenBeforeDefects = Order<CGDataTypeFDD,
                                    CGDacTypeDescr>;
 using WrittenAfterDefects = Order<CGWeldScanPlanDescr, CGWeldFillDescr>;
 
-/// The types whose modifications loading applies, in that order, in which they are also written
-/// before the defect table; what follows it is the same as of whole groups.
+/// The types whose modifications loading applies, in the order in which it does so and in which
+/// changes are written before the defect table. WrittenAfterDefects follow it.
 using Modified = Order<CGDataTypeFDD,
                        CGChanTypeDescr,
                        CGSubchanTypeDescr,
@@ -118,7 +118,7 @@ using Modified = Order<CGDataTypeFDD,
                        CGContourTypeDescr,
                        CGRefadjTypeDescr,
                        CGDacTypeDescr>;
-/// Those that are read and dropped.
+/// The types whose modifications are read and dropped.
 using Dropped = Order<CGInfoTypeDescr, CGSpecdimTypeDescr, CGMeshTypeDescr, CGSpecdefTypeDescr>;
 
 template <class... Descriptor>

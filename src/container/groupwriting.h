@@ -1,5 +1,4 @@
-// Making groups. Nothing here answers with a status: a file remembers a failed write, and its
-// commit then fails.
+// Making groups. Without a status: a file remembers a failed write, and its commit then fails.
 #pragma once
 
 #include <cstdint>

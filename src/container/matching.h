@@ -12,8 +12,7 @@
 
 namespace utdata::container {
 
-/// The descriptors of a list by identity, so that a file of many modifications is read in little
-/// more than one pass.
+/// The descriptors of a list by identity: a match is found without a walk over the list.
 template <class Descriptor>
 class Matching {
  public:
@@ -21,7 +20,7 @@ class Matching {
     for (Descriptor* descriptor : list) Add(descriptor);
   }
 
-  /// Tells of a descriptor that was appended to the list.
+  /// Adds a descriptor that was appended to the list.
   void Add(Descriptor* descriptor) { m_entries.insert(EntryOf(descriptor, m_count++)); }
 
   /// The first descriptor in list order whose ids are the modification's and whose kind is the same

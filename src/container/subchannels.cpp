@@ -54,7 +54,7 @@ Beams BeamsOf(const CFContTypeFileDescr& descriptor) {
   return beams;
 }
 
-/// Whether the data groups say that there are sub-channels: one has a name, or none has id 0.
+/// Whether data groups show that sub-channels are in use: one has a name, or none has id 0.
 struct NamesOfBeams {
   bool areSeen = false;
   bool areInUse = false;
@@ -90,7 +90,7 @@ std::size_t CountLinks(const std::vector<Beam>& data, const Ids& ids) {
   return links;
 }
 
-/// Whether a data group is one beam of its channel; else it is the channel's own, of id 0 for ever.
+/// Whether a data group is one beam of its channel; else it is the whole channel's, and keeps id 0.
 bool IsBeam(const Beam& data, const Ids& ids, bool namesSeen) {
   const auto channel = ids.find(data.channelId);
   if (channel == ids.end() || data.fixedNumber) return false;
@@ -185,7 +185,7 @@ void TakeBack(const CList<Descriptor*>& list) noexcept {
   }
 }
 
-/// The number that a group tells, if any.
+/// The number that a group states, or StoredIds::none.
 std::uint32_t FixedNumberIn(SCFile::GroupHandle group) {
   std::uint32_t code = 0, number = 0, count = 1;
   if (SCFile::file_ItemNbrGet(group) == 0) return StoredIds::none;
@@ -330,7 +330,7 @@ WholeIds::WholeIds(const CFContTypeFileDescr& descriptor) {
     numbers.push_back(areNumbered ? each.subChannelId : beam.number);
     beam.isNamed = IsNamed(each);
   });
-  // Where the new file, of what it then holds, would be numbered in another way, every group tells.
+  // Where numbering the new file would give other numbers, every group states its own.
   Number(beams);
   auto number = numbers.begin();
   bool isSame = true;

@@ -8,7 +8,7 @@
 //      with numbering before, after or between its files, gives the same one.
 //   2. A modification is written under the id that its base has in the file.
 //   3. What is added to a numbered inspection is written with its number beside its id: numbering
-//      gives it that number, and leaves it out of account for all others.
+//      gives it that number, and does not count it for all others.
 //   4. A new id is one that no other beam of the channel has in the file.
 #pragma once
 
@@ -36,7 +36,7 @@ template <class Descriptor>
 inline constexpr bool hasNumber =
     hasSubChannelId<Descriptor> || std::is_same_v<Descriptor, CGChanTypeDescr>;
 
-/// The ids that tell groups of one type apart.
+/// The ids that distinguish groups of one type.
 using Key = SCFile::GroupIdentity::Ids;
 
 /// Whether a group names a sub-channel, as numbering looks for it: data groups alone.
@@ -60,8 +60,7 @@ template <class Descriptor>
                                                        : loaded.subChannelId;
 }
 
-/// Whether `stored` speaks of the id that the descriptor has now, not of one that it had before its
-/// host gave it another.
+/// Whether `stored` is about the id that the descriptor has: its host has not given it another.
 template <class Descriptor>
 [[nodiscard]] bool IsAsLoaded(const Descriptor& descriptor) {
   const StoredIds& stored = descriptor.stored;
@@ -76,7 +75,7 @@ template <class Descriptor>
 ///   has a number
 void NumberSubChannels(CFContTypeFileDescr& descriptor, bool again);
 
-/// Takes the numbers back: the ids are those of the files again.
+/// Gives loaded descriptors the ids of their files again.
 void UnnumberSubChannels(CFContTypeFileDescr& descriptor) noexcept;
 
 /// What ids and numbers a group is written with.
@@ -125,9 +124,9 @@ class IdFinder {
   /// @param given grows; outlives the finder
   IdFinder(const CFContTypeFileDescr& descriptor, GivenIds& givenIds);
 
-  /// The id for a new beam, the same at each call: that of a listed beam of the same number where
-  /// there is one; else the number as the other beams of the channel are counted; where another
-  /// beam is meant by that, an id that none has.
+  /// The id for a new beam, the same at each call: that of a listed beam of the same number; else
+  /// the number itself, less 1 where the channel's numbers are ids plus 1; else, where another beam
+  /// has that id, one that none has.
   std::uint32_t Find(const CGSubchanTypeDescr& subChannel);
   std::uint32_t Find(const CGDataTypeFDD& data);
 

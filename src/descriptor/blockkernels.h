@@ -38,9 +38,9 @@ struct WordPlan {
   std::uint8_t shift = 1;  ///< 1 to 15 for Narrow, 1 to 24 for Wide
 };
 
-/// Codes of whole blocks of 32 samples. @return the samples done: the largest multiple of 32 not
-/// above `count`; 0 for Method::Table REQUIRES: the path is available; codes do not overlap the
-/// samples
+/// Codes of whole blocks of 32 samples. REQUIRES: the path is available; codes do not overlap the
+/// samples.
+/// @return the samples done: the largest multiple of 32 not above `count`; 0 for Method::Table
 [[nodiscard]] std::size_t CodeWords(VectorPath path,
                                     const WordPlan& plan,
                                     const std::uint16_t* samples,

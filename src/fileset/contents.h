@@ -68,7 +68,8 @@ struct UTDATA_LOCAL CFSet::Contents {
 namespace utdata {
 
 /// Holds the reader side for a query of one list; ask whether it was obtained before touching
-/// anything. What edits have left unfiled there is filed first, when nobody else is inside.
+/// anything. The list files the items that edits have changed first, when no other thread holds the
+/// lock.
 class UTDATA_SCOPED_CAPABILITY QueryScope {
  public:
   template <class Contents, class Items>

@@ -1,4 +1,4 @@
-// The file set: its life, its six types of descriptor items, and their status as a whole.
+// The file set: its construction and destruction, and five types of descriptor items.
 #include "utdata/fset.h"
 
 #include <type_traits>
@@ -63,7 +63,7 @@ CFSet::CFSet(IGDataSupplier* supplier)
   FillGateOrdering();
 }
 
-// Nobody else uses the set any more, so no lock is needed.
+// No other thread uses the set, so that no lock is needed.
 CFSet::~CFSet() UTDATA_NO_THREAD_SAFETY_ANALYSIS {
   Contents& c = *m_contents;
   RemoveFrom(c.probes, fset_All, std::array{fset_AnyId});

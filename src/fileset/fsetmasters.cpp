@@ -132,7 +132,7 @@ std::uint32_t CFSet::fset_RemoveGData(fset_enumFilters filter,
   return removed.IsEmpty() ? 1 : 0;
 }
 
-/// A master goes with its last element. One that is not in the master list is another's to destroy.
+/// A master is destroyed with its last element, if it is in the master list.
 void CFSet::Contents::DestroyDataItem(CIData* item) {
   CIData* const master = utdata::TakeFromMaster(item);
   item->idata9_DeferDelete();

@@ -1,5 +1,5 @@
-// The file set: its general-information item, its weld descriptors, and the status of everything in
-// it.
+// The file set: its general-information item, its weld descriptors, and the modified and new flags
+// of all items.
 #include <utility>
 
 #include "src/fileset/contents.h"

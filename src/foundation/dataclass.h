@@ -35,7 +35,7 @@ namespace utdata {
 [[nodiscard]] bool IsEddyCurrent(gdata_enumDataClass dataClass);
 /// Whether viewers show such data apart from A-scans and C-scans.
 [[nodiscard]] bool IsSpecial(gdata_enumDataClass dataClass);
-/// Whether the item of these ids that is there already is as good as a new one.
+/// Whether adding a group whose ids are taken is answered with the item that has them.
 [[nodiscard]] bool IsShared(gdata_enumDataClass dataClass);
 /// Whether samples are in the machine's byte order, whatever the record says.
 [[nodiscard]] bool IsInNativeOrder(gdata_enumDataClass dataClass);

@@ -27,7 +27,7 @@ void err_Assert(const void* expression, const void* file, std::uint32_t line) {
                    L", ligne ",
                    line);
   } catch (const std::bad_alloc&) {
-    // The report still tells that a condition broke.
+    // The report without its text still says that a condition does not hold.
   }
   utdata::ReportAssertion(__FILE__, __LINE__, text);
 }

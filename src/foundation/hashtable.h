@@ -1,8 +1,7 @@
 // A hash table for look-ups that are made millions of times.
 //
-// Open addressing in one array of a power of two, at most half full, so that a look-up reads one
-// place of it as a rule. Deletion shifts back what was pushed past the hole, so that there are no
-// tombstones. No locking.
+// Open addressing with linear probing in one array of a power of two, at most half full, so that a
+// look-up mostly reads one place. Backward-shift deletion: there are no tombstones. No lock.
 #pragma once
 
 #include <cstddef>

@@ -75,8 +75,7 @@ std::string Microseconds(double seconds) {
   return text.data();
 }
 
-/// Holds what the file says of the A-scans against what gating needs; an item's record has had
-/// unusable values replaced.
+/// Checks the stored record of the A-scans, not the item's, in which unusable values are replaced.
 void CheckAScans(const DataGroup& ascans, const std::string& name) {
   const CGDataTypeFDD& stored = ascans.Stored();
   const auto fail = [&](const std::string& why) { throw Error(name, cannotBeGated, why); };

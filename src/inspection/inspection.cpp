@@ -38,7 +38,7 @@ std::size_t Count(InspectionState& state, const CList<Descriptor*>& list) {
   return static_cast<std::size_t>(list.GetCount());
 }
 
-/// Why a file that did not load cannot be opened; loading itself says no status.
+/// Why a file that did not load cannot be opened: FileLoad has no status.
 int StatusOfOpening(const std::wstring& path) {
   SCFile::FileHandle file = nullptr;
   const int status = SCFile::file_OpenReadOnly(path.c_str(), &file);
@@ -73,7 +73,7 @@ void WarnOfGap(InspectionState& state) {
                              " is missing; those behind it were not read");
 }
 
-/// What is behind the item that could not be read is lost, and stays so where the table is written.
+/// What follows an item that could not be read is not in memory; FileWrite refuses such a table.
 void WarnOfLostDefects(InspectionState& state) {
   for (const ShortenedDefect& defect : ShortenedDefects(*state.descriptor))
     state.warnings.push_back(state.path + ": defect record " + std::to_string(defect.place) +

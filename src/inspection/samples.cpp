@@ -218,7 +218,7 @@ std::vector<std::uint8_t> Samples::Codes(const CellRange& cells, std::uint32_t g
 std::vector<std::uint8_t> Samples::CodesOf(std::span<const std::int32_t> values,
                                            std::uint32_t gain) {
   const CLookUpTable& table = m_reader->Table(gain);
-  // The code of each value that a sample can have, by way of the first raw sample that has it.
+  // The code of each value that a sample can have: that of the first raw sample with this value.
   constexpr std::int32_t lowest = -0x8000;
   std::vector<std::uint8_t> codeOf(0x18000);
   for (std::size_t raw = m_reader->values.size(); raw-- > 0;)

@@ -9,8 +9,8 @@
 namespace utdata {
 namespace {
 
-/// While one exists, nobody hears what the library reports to its developers of a record that it
-/// had to mend.
+/// While one exists, reports are dropped: those of a record that its item has normalised are for
+/// developers, not for hosts.
 class QuietReports {
  public:
   QuietReports() : m_before(SetReportSink([](const Report&) { return ReportAnswer::Continue; })) {}

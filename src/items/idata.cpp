@@ -1,4 +1,4 @@
-// The data item: its life, identity and status.
+// The data item: its construction and destruction, identity and status.
 #include "utdata/idata.h"
 
 #include <algorithm>

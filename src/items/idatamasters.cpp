@@ -79,7 +79,7 @@ bool CIData::idata1_SubChannelAdd(CIData* element) {
   }
 }
 
-/// Whether an element was in this item's list, which it then is no longer.
+/// Takes an element out of this item's list. Whether it was there.
 bool CIData::TakeOut(CIData& element) {
   const LockScope lock(*this);
   const LockScope elementLock(element);

@@ -98,7 +98,7 @@ void GiveSingleAxisStep(std::uint32_t quantity, float& resolution, kvt_enumUnits
 }
 
 /// Samples written around half their range become signed ones around 0. The bits in the table stay:
-/// the flag tells how to read them.
+/// the flag says how to read them.
 void TakeForSigned(CGDataTypeFDD& record, kvt_enumDataType type, float zero) {
   record.SetDataType(type);
   record.dataMinimum -= zero;
@@ -107,7 +107,7 @@ void TakeForSigned(CGDataTypeFDD& record, kvt_enumDataType type, float zero) {
       static_cast<gdata_bitmapFileOptions>(record.fileFormat | gdata_OptionOffsetBinary);
 }
 
-/// Unrectified amplitudes swing around 0, which only signed types tell.
+/// Unrectified amplitudes swing around 0, which only signed types can hold.
 void NormaliseUnrectified(CGDataTypeFDD& record) {
   const bool isOffset = record.dataMinimum >= 0;
   switch (record.GetDataType()) {

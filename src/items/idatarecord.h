@@ -1,4 +1,4 @@
-// What a data group's record is held to before an item is made of it.
+// Normalisation of a data group's record before an item is made of it.
 #pragma once
 
 #include "interfaces/kvtiff19.h"

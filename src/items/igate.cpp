@@ -45,7 +45,7 @@ void CIGate::igate9_OnLineUpdate(const CGGateTypeDescr* source, std::uint32_t) {
   SetModified(true);
 }
 
-// A viewer reads a gate while the inspector drags it, hence the atomic access.
+// A viewer reads a gate on one thread while another moves it, hence the atomic access.
 
 float CIGate::Read(float CGGateTypeDescr::*field) const {
   return std::atomic_ref(ItemAccess::StateOf(*this).working.*field).load(std::memory_order_relaxed);

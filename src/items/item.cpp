@@ -51,8 +51,8 @@ PlacedItem::PlacedItem() : m_place(std::make_unique<ItemPlace>()) {}
 
 PlacedItem::~PlacedItem() = default;
 
-// The home is told before the pointer is out, also to a thread that finds the first call of another
-// under way. A home that the item comes to meanwhile sees the flag, or is seen here.
+// The list is notified before any call returns the pointer, also one on a second thread while the
+// first is under way. A list that the item is added to meanwhile sees the flag, or is seen here.
 void PlacedItem::HandOut() const {
   ItemPlace& place = *m_place;
   if (place.isHomeTold.load(std::memory_order_acquire)) return;

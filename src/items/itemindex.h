@@ -193,7 +193,7 @@ class IndexedItemList final : private ItemHome {
     for (const OrderedItem& entry : found) out.AddTail(static_cast<Item*>(entry.item));
   }
 
-  /// The items that are moved belong to no file set any more.
+  /// The items that are moved then belong to no file set.
   void Move(fset_enumFilters filter, List& out, const Ids& ids) {
     CatchUp();
     List moved;
@@ -204,7 +204,7 @@ class IndexedItemList final : private ItemHome {
     }
   }
 
-  /// Takes out one item, which belongs to no file set any more. False when it is not in this list.
+  /// Takes out one item, which then belongs to no file set. False when it is not in this list.
   bool Remove(Item* item) {
     if (ItemAccess::PlaceOf(*item).home.load() != this) return false;
     CatchUp();
@@ -217,7 +217,7 @@ class IndexedItemList final : private ItemHome {
   /// The number of items; may be asked without the lock.
   [[nodiscard]] std::ptrdiff_t Count() const { return m_count.load(std::memory_order_relaxed); }
 
-  /// Whether so many items wait that filing them pays; may be asked without the lock.
+  /// Whether enough items wait to file them before a query; may be asked without the lock.
   [[nodiscard]] bool IsBehind() const {
     return m_waitingCount.load(std::memory_order_relaxed) > fewWaiting;
   }
@@ -259,8 +259,8 @@ class IndexedItemList final : private ItemHome {
     return given;
   }
 
-  /// Of the given ids; what a lookup takes for equal has one hash. The seed differs from list to
-  /// list, so that no file can aim at one place.
+  /// Of the given ids; ids that a lookup takes for equal have one hash. The seed differs from list
+  /// to list, so that no file can be made of ids with one hash.
   template <class AnyIds>
   std::uint64_t HashOf(unsigned given, const AnyIds& ids) const {
     std::uint64_t hash = reinterpret_cast<std::uintptr_t>(this);

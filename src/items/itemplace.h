@@ -50,7 +50,7 @@ class PublishedIds {
   std::array<std::atomic<std::uint32_t>, mostIds> m_ids{};
 };
 
-/// The list of a file set that an item is in.
+/// The list of a file set that an item is in: its home.
 class ItemHome {
  public:
   /// From here on the item's ids may differ from those that it is filed under. Any thread, with the
@@ -66,7 +66,7 @@ struct ItemPlace {
   /// copy was handed out. Written under the item's lock.
   PublishedIds ids;
   std::atomic<bool> isHandedOut{false};  ///< the working copy; stays so
-  std::atomic<bool> isHomeTold{false};   ///< of that
+  std::atomic<bool> isHomeTold{false};   ///< whether the home was notified of that
   std::atomic<ItemHome*> home{nullptr};  ///< null: in no file set
 
   /// Where its home looks for it.
@@ -85,7 +85,7 @@ struct ItemPlace {
   PlacedItem* nextWaiting = nullptr;
 };
 
-/// The way to what items hide from hosts.
+/// Access to what items hide from hosts.
 struct ItemAccess {
   [[nodiscard]] static ItemPlace& PlaceOf(const PlacedItem& item) { return *item.m_place; }
 

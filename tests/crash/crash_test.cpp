@@ -33,7 +33,7 @@ const std::wstring companionPath = L"/weld.A01";
 /// What may stand at a path: the snapshots of its content, nothing for "no file".
 using Outcomes = std::set<std::optional<std::string>>;
 
-/// A group told by a few numbers.
+/// A group given by a few numbers.
 struct Content {
   std::uint32_t mark;
   std::size_t blockSize;  ///< 0 for none

@@ -1,5 +1,5 @@
 // Runs a fuzz target over stored inputs, for builds without a fuzzing engine:
-//   container_fuzz FILE-OR-FOLDER...
+//   open_fuzz FILE-OR-FOLDER...
 // Each file below the folders is one input. Ends with status 1 when an argument holds no input, so
 // that a lost corpus is noticed.
 #include <algorithm>

@@ -37,7 +37,7 @@ class DataHost : public IGDataSupplier {
 
   std::map<std::uint32_t, Scanning> scanning;  ///< by channel id; about others nobody answers
   std::vector<PellamServiceParam> requests;    ///< as they came
-  std::vector<std::int32_t> additions;         ///< what the file set told of each
+  std::vector<std::int32_t> additions;         ///< arguments of OnDataGroupAdded
   bool hasFileSet = true;
   CVolumeSet volumes;  ///< outlives the items
   CFSet set;

@@ -59,7 +59,7 @@ class FailingFileSystem final : public PassingFileSystem {
 
   /// From now on these calls do nothing and answer `error`; None lets them work again.
   void Let(Call call, os::Error error) { m_errors[call] = error; }
-  /// What FreeSpace tells from now on.
+  /// What FreeSpace answers from now on.
   void SetFreeSpace(std::uint64_t bytes) { m_freeSpace = bytes; }
 
   os::Error Open(const std::wstring& path,

@@ -2,7 +2,7 @@
 // losing power.
 //
 // It keeps what was synced apart from what was only written. When the power is cut, each unsynced
-// write, cut and rename survives or not by a throw of the dice, writes also in part; Restart brings
+// write, cut and rename survives or not at random, writes also in part; Restart brings
 // the machine back up. It has no mappings that are shared and no addresses to reserve. One thread
 // at a time.
 #pragma once
@@ -39,7 +39,7 @@ class FaultyFileSystem final : public os::FileSystem {
   void FailAt(std::uint64_t call, os::Error error);
   /// After `calls` more calls the power is off: every further call fails.
   void CutPowerAfter(std::uint64_t calls);
-  /// Room for all files together, in bytes. None: endless.
+  /// Capacity for all files together, in bytes. None: endless.
   void SetCapacity(std::optional<std::uint64_t> bytes) { m_capacity = bytes; }
   /// Files of this path can be read but not written.
   void Protect(const std::wstring& path) { m_protected.push_back(path); }
@@ -92,7 +92,7 @@ class FaultyFileSystem final : public os::FileSystem {
   std::uint64_t m_life = 0;  ///< counts restarts; a handle lives in one
 };
 
-/// Puts a file system in place for as long as it stands.
+/// Puts a file system in place while it lives.
 class FileSystemInPlace {
  public:
   explicit FileSystemInPlace(os::FileSystem& fileSystem)

@@ -33,7 +33,7 @@ class ByteText {
 class FileForge {
  public:
   FileForge();
-  /// Appends a segment. The item's count is the body's size unless told otherwise.
+  /// Appends a segment. The item's count is the body's size plus `countMore`.
   void AddTop(kvtiff19::Bytes body, std::int64_t countMore = 0);
   /// Appends bytes to the data, page-aligned; returns where.
   std::uint64_t AddPages(kvtiff19::Bytes bytes);

@@ -1,4 +1,4 @@
-// An inspection file told as a text, so that tests compare whole files in one line.
+// An inspection file as a text, so that tests compare whole files in one line.
 #pragma once
 
 #include <optional>

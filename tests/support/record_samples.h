@@ -1,12 +1,11 @@
 // Group descriptors filled with values for tests.
 //
-//   MakeRecord<CGChanTypeDescr>(7)   every field stored in files has a value other than the
-// default, texts beyond ASCII; ids and counts
-//                                    differ between seeds; numbers are finite, enumerations have
-// named values
-//   ChangeFields(record, engine)     about half of the fields that are not keys get another value,
-// hard ones included: NaNs with a
-//                                    payload, -0, infinities, emptied texts and lists
+//   MakeRecord<CGChanTypeDescr>(7)
+//     every field stored in files has a value other than the default, texts beyond ASCII; ids and
+//     counts differ between seeds; numbers are finite, enumerations have named values
+//   ChangeFields(record, engine)
+//     about half of the fields that are not keys get another value, hard ones included: NaNs with a
+//     payload, -0, infinities, emptied texts and lists
 #pragma once
 
 #include <array>
@@ -92,7 +91,7 @@ Record MakeRecord(unsigned seed) {
   return record;
 }
 
-/// @return how many fields have another value now
+/// @return how many fields were changed
 template <class Record>
 std::uint32_t ChangeFields(Record& record, RandomEngine& engine) {
   std::uint32_t changed = 0;

@@ -1,5 +1,5 @@
-// A real file system with little room, for tests of a full disk: memory of the machine, mounted
-// where only this process sees it.
+// A small real file system, for tests of a full disk: memory of the machine, mounted where only
+// this process sees it.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ namespace utdata::test {
 
 class SmallDisk {
  public:
-  /// @param bytes room for the content of all files, a multiple of the machine's page
+  /// @param bytes capacity for the content of all files, a multiple of the machine's page
   explicit SmallDisk(std::uint64_t bytes);
   SmallDisk(const SmallDisk&) = delete;
   SmallDisk& operator=(const SmallDisk&) = delete;

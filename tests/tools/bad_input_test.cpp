@@ -148,7 +148,7 @@ TEST_F(BadInputTest, ImportRefusesWithoutLeavingAFile) {
   EXPECT_TRUE(std::filesystem::is_empty(At("folder")));
 }
 
-TEST_F(BadInputTest, WrongUsageIsToldApartFromFailure) {
+TEST_F(BadInputTest, WrongUsageIsDistinguishedFromFailure) {
   const auto before = Names();
   for (const std::string arguments :
        {"",

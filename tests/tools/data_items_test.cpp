@@ -15,7 +15,7 @@ using Json = nlohmann::json;
 
 constexpr std::uint32_t rowCount = 2, columnCount = 3, sampleCount = 50;
 
-/// What tells one data group from another.
+/// What distinguishes data groups.
 struct Group {
   gdata_enumDataClass dataClass;
   std::uint32_t channel;
@@ -85,7 +85,7 @@ TEST_F(DataItemsTest, GatedCScansMatchEachOther) {
     EXPECT_NE(text.find(wanted), std::string::npos) << text;
 }
 
-TEST_F(DataItemsTest, InfoTellsMastersAndTheOrderOfAChannel) {
+TEST_F(DataItemsTest, InfoShowsMastersAndTheOrderOfAChannel) {
   WriteInspection(At("weld.fpd"),
                   {{gdata_CScanAmplitude, 4, 2, 2010},
                    {gdata_CScanAmplitude, 4, 1, 140},

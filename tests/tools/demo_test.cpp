@@ -9,7 +9,7 @@ namespace {
 
 using DemoTest = ProgramTest;
 
-/// The value of a field of the first group of a type, as `tree --json` tells it.
+/// The value of a field of the first group of a type, as `tree --json` shows it.
 nlohmann::json Field(const nlohmann::json& tree, int typeCode, const std::string& name) {
   for (const auto& group : tree["groups"][0]["items"]) {
     if (group["code"] != typeCode) continue;
@@ -30,7 +30,7 @@ std::string BlockOf(const nlohmann::json& tree, int typeCode, const std::string&
   return {};
 }
 
-TEST_F(DemoTest, TakesAScanTheWholeRoad) {
+TEST_F(DemoTest, TakesAScanFromRecordingToVerification) {
   const ProgramResult demo = Run("demo --out out");
   ASSERT_EQ(demo.status, 0) << demo.error;
   EXPECT_EQ(demo.error, "");

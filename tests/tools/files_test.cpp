@@ -154,7 +154,7 @@ TEST_F(FilesTest, AFileThatIsReplacedHandsItsPermissionsOn) {
 }
 
 /// Samples whose memory is gone when they are read, as those of a file that was cut: holes of a
-/// file on a disk that has no room for what fills them.
+/// file on a disk that is too full to fill them.
 TEST_F(FilesTest, AFileThatIsCutWhileItIsReadEndsTheProgramInOrder) {
   const SmallDisk disk(1 << 20);
   if (!disk.IsMounted()) GTEST_SKIP() << "this machine mounts no file systems for a test";

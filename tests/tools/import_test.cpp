@@ -126,7 +126,7 @@ TEST_F(ImportTest, GathersMatricesLargerThanTheReadBuffer) {
   EXPECT_TRUE(SamplesOf(At("scan.fpd")) == ascans);
 }
 
-TEST_F(ImportTest, InfoTellsWhatTheCommandLineSaid) {
+TEST_F(ImportTest, InfoShowsWhatTheCommandLineSaid) {
   WriteFile(At("scan.raw"), std::string(2 * 3 * 4 * 2, 'x'));
   ASSERT_EQ(Run("import scan.raw -o scan.fpd --shape 2,3,4 --axes row,column,sample --dtype i16 "
                 "--rectified --column-step 1 "

@@ -11,7 +11,7 @@ namespace {
 
 TEST_F(RenderTest, ShowsTheCrackOfTheSimulatedScanWhereItIs) {
   ASSERT_EQ(Run("demo --out .").status, 0);
-  constexpr double halfWavelength = 0.6;  // mm: as near as the middle of a pulse can be told
+  constexpr double halfWavelength = 0.6;  // mm: as near as the middle of a pulse can be located
   const Drawing path = Render("weld.fpd", "--row 5 --samples path --gain 3");
   const Drawing::Spot tip = path.BrightestWithin(50, 85, 3, 18);
   EXPECT_NEAR(tip.across, 66, 1);
@@ -220,7 +220,7 @@ TEST_F(RenderTest, RefusesWhatItCannotDraw) {
   EXPECT_EQ(ReadFile(At("file.png")), "kept");
 }
 
-TEST_F(RenderTest, InfoTellsRangesInEverydayUnits) {
+TEST_F(RenderTest, InfoShowsRangesInEverydayUnits) {
   ASSERT_EQ(Run("demo --out .").status, 0);
   const std::string info = Run("info weld.fpd").out;
   for (const std::string wanted : {"256 × 0.5 mm",

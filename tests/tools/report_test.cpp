@@ -98,7 +98,7 @@ TEST_F(ReportTest, KeepsToItsLimitAndSaysSo) {
   EXPECT_GT(*std::min_element(peaks.begin(), peaks.end()), 60000);
 }
 
-TEST_F(ReportTest, TellsSpecimenSetUpAndHistory) {
+TEST_F(ReportTest, ShowsSpecimenSetUpAndHistory) {
   ASSERT_EQ(Run("demo --out . --force").status, 0);
   ASSERT_EQ(Run("edit weld.fpd channel channel=0 gain=40 name='</script>' --as append").status, 0);
   ASSERT_EQ(Run("report weld.fpd -o page.html").status, 0);

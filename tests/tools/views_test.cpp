@@ -133,7 +133,7 @@ TEST_F(ViewsTest, DrawsGatesWhereTheySee) {
   EXPECT_GT(colorAt(0.12)[0], colorAt(0.12)[2] + 80);  // red
   EXPECT_LT(colorAt(0.35)[0], colorAt(0.35)[2] + 80);
 
-  // A position is time of flight: the data offset and resolution of the C-scan tell it, not its
+  // A position is time of flight: the data offset and resolution of the C-scan give it, not its
   // 16-bit values.
   const Drawing positions = View("scan.fpd", "--data class=3 --view c");
   EXPECT_EQ(positions.facts["values"]["unit"], "µs");

@@ -69,7 +69,7 @@ int Run(int argc, char** argv) {
 }
 
 /// Opens the standard streams that are closed, so that no other file becomes one of them; reading
-/// and writing them fails as before.
+/// and writing them fails, as on a closed stream.
 void TakeClosedStreams() {
   for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
     if (fcntl(stream, F_GETFD) >= 0) continue;

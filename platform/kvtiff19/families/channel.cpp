@@ -25,5 +25,5 @@ int ggate_ReadGroupInfo(SCFile::GroupHandle group, CGGateTypeDescr* descriptor, 
 UTDATA_DEFINE_FAMILY(gdac, CGDacTypeDescr)
 UTDATA_DEFINE_FAMILY_READ(gdac, CGDacTypeDescr)
 
-// Modifications find their partner by these ids, which stand first in their records.
+// The place of this id in the record is part of the boundary.
 static_assert(offsetof(CGDacTypeDescr, dacId) == sizeof(SCFile::GroupHandle));

@@ -1,5 +1,5 @@
-// The field table of data groups. Where the samples are is told by the group's block item, which is
-// not a field; the data pointer, its size and the group handle are of this process only and are not
+// The field table of data groups. The group's block item, which is not a field, says where the
+// samples are; the data pointer, its size and the group handle are of this process only and are not
 // stored.
 #pragma once
 

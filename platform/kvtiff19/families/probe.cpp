@@ -13,7 +13,7 @@ UTDATA_DEFINE_FAMILY_DUPLICATE(gpatch, CGPatchTypeDescr)
 UTDATA_DEFINE_FAMILY(grefadj, CGRefadjTypeDescr)
 UTDATA_DEFINE_FAMILY_READ(grefadj, CGRefadjTypeDescr)
 
-// Modifications find their partner by these ids, which stand first in their records.
+// The places of these ids in the records are part of the boundary.
 static_assert(offsetof(CGProbeTypeDescr, probeId) == sizeof(SCFile::GroupHandle));
 static_assert(offsetof(CGPatchTypeDescr, patchId) == sizeof(SCFile::GroupHandle));
 static_assert(offsetof(CGRefadjTypeDescr, adjustmentId) == sizeof(SCFile::GroupHandle));

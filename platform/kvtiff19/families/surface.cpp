@@ -8,7 +8,8 @@ UTDATA_DEFINE_FAMILY_READ(gcontour, CGContourTypeDescr)
 UTDATA_DEFINE_FAMILY(gmesh, CGMeshTypeDescr)
 UTDATA_DEFINE_FAMILY_READ(gmesh, CGMeshTypeDescr)
 
-// A contour is identified by its third 32-bit field and the one 22 places after it.
+// The places of a contour's ids are part of the boundary: its third 32-bit field and the one 22
+// places after it.
 static_assert(offsetof(CGContourTypeDescr, contourId) ==
               sizeof(SCFile::GroupHandle) + 2 * sizeof(std::uint32_t));
 static_assert(offsetof(CGContourTypeDescr, channelId) ==

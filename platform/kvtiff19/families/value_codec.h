@@ -96,12 +96,12 @@ inline std::optional<EncodedValue> EncodeText(std::wstring_view text, std::strin
 
 /// For each kind of member:
 ///   shape                    what its item looks like
-///   Encode(member, scratch)  its stored form; nothing when a text holds something that is not a
-/// character
-///   Decode(item, member)     REQUIRES: the item has that shape. False when the value is not one of
-/// the member's; may throw bad_alloc
+///   Encode(member, scratch)  its stored form; nothing for a text with something that is no
+///                            character
+///   Decode(item, member)     REQUIRES: the item has that shape. False when the member cannot hold
+///                            the value; may throw bad_alloc
 ///   Same(a, b)               whether both have the same stored form
-///   Empty(member)            removes what has a length of its own
+///   Empty(member)            empties texts and lists
 template <class Member>
 struct ValueCodec;
 

@@ -11,8 +11,8 @@ UTDATA_DEFINE_FAMILY_READ(gweldsp, CGWeldScanPlanDescr)
 UTDATA_DEFINE_FAMILY(gweldFill, CGWeldFillDescr)
 UTDATA_DEFINE_FAMILY_READ(gweldFill, CGWeldFillDescr)
 
-// The weld's id stands first in all three; a fill's second id follows it, a scan plan's leaves one
-// place between.
+// The places of these ids in the records are part of the boundary: the weld's id stands first in
+// all three; a fill's second id follows it, a scan plan's leaves one place between.
 static_assert(offsetof(CGWeldTypeDescr, weldId) == sizeof(SCFile::GroupHandle));
 static_assert(offsetof(CGWeldScanPlanDescr, weldId) == sizeof(SCFile::GroupHandle));
 static_assert(offsetof(CGWeldScanPlanDescr, planId) ==

@@ -26,7 +26,7 @@ class CCircle : public CShape {
 IMPLEMENT_DYNAMIC(CShape, CObject)
 IMPLEMENT_DYNCREATE(CCircle, CShape)
 
-TEST(RuntimeClass, TellsKindAndCreates) {
+TEST(RuntimeClass, KnowsItsKindAndCreates) {
   const std::unique_ptr<CObject> circle(RUNTIME_CLASS(CCircle)->CreateObject());
   ASSERT_NE(circle, nullptr);
   EXPECT_EQ(circle->GetRuntimeClass(), RUNTIME_CLASS(CCircle));

@@ -1,5 +1,5 @@
-// Files that are not inspection files, damaged ones, and hostile ones: told, and never a wrong
-// value.
+// Files that are not inspection files, damaged ones, and hostile ones: reported, and never
+// read as a wrong value.
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
@@ -71,7 +71,7 @@ TEST(Damage, EveryTruncationIsRefused) {
   EXPECT_EQ(file_LastError().rfind("/weld.fpd: ", 0), 0u) << file_LastError();
 }
 
-TEST(Damage, EveryFlippedByteIsToldOnOpeningOrByVerifying) {
+TEST(Damage, EveryFlippedByteIsFoundOnOpeningOrByVerifying) {
   FaultyFileSystem disk;
   const FileSystemInPlace inPlace(disk);
   const auto whole = MakeFile(disk);
@@ -85,7 +85,7 @@ TEST(Damage, EveryFlippedByteIsToldOnOpeningOrByVerifying) {
       bytes[at] ^= static_cast<std::byte>(pattern);
       disk.Put(path, std::move(bytes));
       ASSERT_EQ(OpenStatus() != status_Ok, isMetadata(at)) << "byte " << at << " xor " << pattern;
-      // Each byte of the block costs a whole verification; a few tell as much.
+      // Each byte of the block costs a whole verification; a few suffice.
       if (isMetadata(at) || at % 16 < 13 || pattern == 1) continue;
       std::string problem;
       ASSERT_EQ(file_Verify(path.c_str(), &problem), status_Damaged) << "byte " << at;
@@ -354,7 +354,7 @@ TEST(Damage, AChunkIsHeldAgainstItsChecksumWhereverItsBytesAre) {
   EXPECT_EQ(file_Close(file), status_Ok);
 }
 
-TEST(Damage, VerifyTellsBlocksThatOverlapAndBytesWithoutOwner) {
+TEST(Damage, VerifyReportsBlocksThatOverlapAndBytesWithoutOwner) {
   FaultyFileSystem disk;
   const FileSystemInPlace inPlace(disk);
   const std::vector<std::byte> samples(4096, std::byte{9});
@@ -426,7 +426,7 @@ TEST(Damage, GroupsThatDoNotFitTheirTypeAreRefusedAndTheOthersOpen) {
                 std::to_string(known) + " does not fit that type");
 }
 
-TEST(Damage, VerifyTellsItsProgressAndStops) {
+TEST(Damage, VerifyReportsItsProgressAndStops) {
   FaultyFileSystem disk;
   const FileSystemInPlace inPlace(disk);
   MakeFile(disk);

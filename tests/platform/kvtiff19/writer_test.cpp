@@ -127,7 +127,7 @@ TEST(Writer, NewFilesTakeTheirNameWithTheFirstCommit) {
   EXPECT_EQ(folder.Names(), Names{L"weld.fpd"});
 }
 
-TEST(Writer, ClosingCommitsOrTellsWhyNot) {
+TEST(Writer, ClosingCommitsOrSaysWhyNot) {
   const FileFolder folder;
   const std::wstring path = folder / L"weld.fpd";
   FileHandle file = nullptr;
@@ -320,7 +320,7 @@ TEST(Writer, ReplacesAFileWithItsPermissions) {
 }
 
 /// A new file whose directory cannot be synced stands whole under its name.
-TEST(Writer, TellsANameThatMayNotLastFromAFailure) {
+TEST(Writer, DistinguishesANameThatMayNotLastFromAFailure) {
   utdata::test::FaultyFileSystem disk;
   const utdata::test::FileSystemInPlace inPlace(disk);
   for (std::uint64_t call = 1; disk.FailedCall() != "sync directory"; ++call) {

@@ -82,7 +82,7 @@ TEST(FileSystem, OpensNoFileAsAStandardStream) {
   }
 }
 
-TEST(FileSystem, TellsFilesApartAndWhoMayReadThem) {
+TEST(FileSystem, IdentifiesFilesAndCopiesPermissions) {
   const FileFolder folder;
   FileSystem& system = CurrentFileSystem();
   const auto one = Open(folder / L"one", OpenMode::Create);
@@ -158,7 +158,7 @@ TEST(FileSystem, MapsAFileSharedIntoReservedAddresses) {
   EXPECT_EQ(size, unit + 100) << "never cut";
 }
 
-TEST(FileSystem, MakesRoomThatAFullDiskCannotTakeBack) {
+TEST(FileSystem, AllocatesSpaceThatAFullDiskCannotTakeBack) {
   const utdata::test::SmallDisk disk(1 << 20);
   if (!disk.IsMounted()) GTEST_SKIP() << "this machine mounts no file systems for a test";
   const std::wstring path = disk / L"f";
@@ -192,7 +192,7 @@ TEST(FileSystem, NumbersFailuresAsThePlatformDoes) {
   EXPECT_EQ(CurrentFileSystem().Reserve(std::size_t{1} << 60, range), Error::NoMemory);
 }
 
-TEST(Memory, IsToldInProportions) {
+TEST(Memory, StatusIsInProportion) {
   const MemoryStatus status = QueryMemoryStatus();
   EXPECT_GT(status.totalPhysical, 1u << 20);
   EXPECT_LE(status.availablePhysical, status.totalPhysical);

@@ -49,7 +49,7 @@ std::byte* Map(CViewMapManager& manager, Mappable& file, std::uint64_t size) {
   std::exit(0);
 }
 
-TEST(ViewMapManager, HasOneOfThemWithRoomForTheLargestFile) {
+TEST(ViewMapManager, IsOneForTheProcessAndHoldsTheLargestFile) {
   EXPECT_EQ(&GetMapViewManager(), &GetMapViewManager());
   EXPECT_EQ(GetMapViewManager().GetReservedSize(), 0xFFFF0000u);
 }

@@ -1,4 +1,4 @@
-// What acquisition tests record: patches, buffers filled with numbers that tell where they come
+// What acquisition tests record: patches, buffers filled with numbers that show where they come
 // from, and estimates.
 #pragma once
 

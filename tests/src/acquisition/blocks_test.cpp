@@ -61,7 +61,7 @@ TEST(AcquisitionFile, IsAHeaderOfZerosWhenNothingIsSaved) {
   EXPECT_EQ(writer.GetMaxAcqFileSize(), 0xFFFF0000u);
   ASSERT_EQ(writer.FileCreate(Aurelis::MemoryData()), 0u);
   EXPECT_EQ(AcquisitionReader(path).Size(), writer.GetMaxAcqFileSize())
-      << "an open file can be told by its length";
+      << "an open file shows by its length";
   EXPECT_EQ(writer.GetWrittenSize(), 2048u);
   EXPECT_EQ(writer.FileClose(), 0u);
   EXPECT_EQ(writer.GetMapViewOfFile(), nullptr);

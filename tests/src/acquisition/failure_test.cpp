@@ -132,10 +132,10 @@ TEST(FailedCreation, MeetsTheLimitsOfTheSystem) {
     rlim_t limit;
     int status;
   } cases[] = {
-    {RLIMIT_FSIZE, 1000, EFBIG},     // the header
-    {RLIMIT_FSIZE, 1 << 20, EFBIG},  // the mapping
+      {RLIMIT_FSIZE, 1000, EFBIG},     // the header
+      {RLIMIT_FSIZE, 1 << 20, EFBIG},  // the mapping
 #ifndef UTDATA_SANITIZED
-    {RLIMIT_AS, rlim_t{1} << 30, ENOMEM}  // the reserved addresses
+      {RLIMIT_AS, rlim_t{1} << 30, ENOMEM}  // the reserved addresses
 #endif
   };
   for (const auto& each : cases) {
@@ -238,8 +238,8 @@ TEST(RefusedBlock, HasAStorageThatIsUnknown) {
   EXPECT_EQ(file.Size(), 2048u + 96 + 8);
 }
 
-/// Room that the estimate did not ask for is made when a block needs it, or the block is refused;
-/// the process lives on.
+/// Disk space beyond the estimate is allocated when a block needs it, or the block is refused; the
+/// process lives on.
 TEST(FullDisk, RefusesTheBlockAndKeepsTheFile) {
   const SmallDisk disk(1 << 20);
   if (!disk.IsMounted()) GTEST_SKIP() << "this machine mounts no file systems for a test";
@@ -295,7 +295,7 @@ TEST(FullDisk, IsMetInTimeWithoutAllocation) {
   EXPECT_EQ(AcquisitionReader(disk / L"f").Size(), 2048u + 10 * 100040);
 }
 
-TEST(FailedClosing, TellsWhatFailedAndClosesAllTheSame) {
+TEST(FailedClosing, ReportsWhatFailedAndClosesAllTheSame) {
   const struct {
     Call call;
     os::Error error;

@@ -1,5 +1,5 @@
-// A process that is killed while it saves leaves every block that it had told about, and a file
-// that is seen to be unfinished.
+// A process that is killed while it saves leaves every block that it had reported, and a file that
+// is seen to be unfinished.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,7 +17,7 @@ namespace {
 using namespace utdata::test;
 namespace os = utdata::os;
 
-/// What the writing process tells after each block, as a host would note it in its journal.
+/// What the writing process reports after each block, as a host would note it in its journal.
 struct Note {
   std::uint32_t offset;
   std::uint32_t writtenSize;
@@ -92,7 +92,7 @@ TEST(KilledWriter, LeavesWhatItHadSaved) {
   }
 }
 
-TEST(KilledWriter, CanBeToldFromOneAtWork) {
+TEST(KilledWriter, IsDistinguishedFromOneAtWork) {
   const FileFolder folder;
   const std::wstring path = folder / L"f";
   GDataManager writer(path);

@@ -1,4 +1,4 @@
-// Defect records that cannot be read whole: told, and never written over.
+// Defect records that cannot be read whole: reported, and never written over.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -34,7 +34,7 @@ Inspection LoadAll(const std::wstring& path) {
   return Inspection(descriptor);
 }
 
-TEST(Defects, OneThatIsCutShortIsTold) {
+TEST(Defects, OneThatIsCutShortIsReported) {
   const ScratchDirectory scratch;
   WriteShortened(scratch.File(L"weld.fpd"));
   const Inspection loaded = Load(scratch.File(L"weld.fpd"));

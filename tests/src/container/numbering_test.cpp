@@ -18,7 +18,7 @@
 namespace utdata::test {
 namespace {
 
-/// A sub-channel or data group as a host sees it. `mark` tells it from all others for ever.
+/// A sub-channel or data group as a host sees it. `mark` distinguishes it from all others.
 struct Beam {
   bool isData = false;
   std::uint32_t mark = 0;
@@ -174,7 +174,7 @@ class Course {
     Compare();
   }
 
-  /// Holds what was loaded against what the host left. Ids of either kind are known once they were
+  /// Compares what was loaded with what the host left. Ids of either kind are known once they were
   /// seen; a host that does not number may change how the next one counts.
   void Compare() {
     std::map<std::uint32_t, Beam> found = BeamsOf(*m_loaded);

@@ -176,7 +176,7 @@ TEST(Write, TakingAChangeBackIsAChange) {
   EXPECT_EQ(again->channels.GetHead()->gain, gain);
 }
 
-TEST(Write, ANewDataGroupLeavesACopyUnlessTold) {
+TEST(Write, ANewDataGroupLeavesACopyUnderFlagZero) {
   for (const int writeFlag : {0, 1}) {
     const ScratchDirectory scratch;
     const std::wstring path = scratch.File(L"weld.fpd");
@@ -193,7 +193,7 @@ TEST(Write, ANewDataGroupLeavesACopyUnlessTold) {
     EXPECT_EQ(SamplesOf(copy).size(),
               SamplesOf(*base->data.GetHead()).size() ? copy.samples.size / 2 : 0);
 
-    // The next write of the group, without its samples, is told against the copy.
+    // The next write of the group, without its samples, is written against the copy.
     added->dataPointer = nullptr;
     added->dataOffset += 1;
     ASSERT_EQ(Append(*base, *changed), 0);
@@ -392,7 +392,7 @@ TEST(FailedWrite, LeavesNoFileAndNoCopy) {
   Add(changed->channels, *base->channels.GetHead())->gain += 1;
   CGDataTypeFDD* const added = Add(changed->data, MakeRecord<CGDataTypeFDD>(5));
   GiveSamples(*added, 5);
-  added->storageMode = kvt_StorIndexed;  // the size of such samples is not told by the layout
+  added->storageMode = kvt_StorIndexed;  // their size does not follow from the layout
 
   EXPECT_NE(WriteCompanion(*base, *changed), 0);
   ExpectUntouched(*base, *before, scratch, 1);

@@ -1,5 +1,5 @@
-// Look-up tables told a second time, on whole numbers and without the library's steps: what a
-// display code must be.
+// A second implementation of look-up tables, on whole numbers and without the library's steps: what
+// a display code must be.
 #pragma once
 
 #include <cmath>

@@ -163,7 +163,7 @@ TEST(Descriptor, DuplicatesShareTheTableWithoutOwningIt) {
   source.AssociateProcessDD_From(source);
   EXPECT_EQ(reports.Assertions(), 1u);
   EXPECT_EQ(source.IsDataOwned(), 1);
-  source.Flush(0);  // the address sanitizer tells when the table is not freed, or twice
+  source.Flush(0);  // the address sanitizer reports a table that is not freed, or twice
   EXPECT_EQ(source.GetDiskTable(), nullptr);
 }
 
@@ -194,7 +194,7 @@ TEST(Descriptor, StaleHeadersAreClearedAndNothingElse) {
   EXPECT_EQ(cleared(0x3345, 0x5553), 0);
   EXPECT_EQ(cleared(0x3344, 0x5554), 0);
 
-  // One cell of one sample: two bytes, which the record tells although the sample axis is derived.
+  // One cell of one sample: two bytes, which the record states although the sample axis is derived.
   CGDataTypeFDD record = Record(gdata_CScanPosition, 0, 511);
   record.columnQuantity = record.rowQuantity = 1;
   CRDataTypeDD small(&record, nullptr, nullptr);
@@ -311,7 +311,7 @@ TEST(Descriptor, TablesWithOffsetsEndWithTheirLastCell) {
     record.columnQuantity = static_cast<std::uint32_t>(c.offsets.size());
     record.rowQuantity = 1;
     CRDataTypeDD descriptor(&record, nullptr, nullptr);
-    // The address sanitizer tells when more is read than the table has.
+    // The address sanitizer reports reads beyond the table.
     std::vector<char> table(c.size, 'x');
     const auto fill = [&] { std::memcpy(table.data(), c.offsets.data(), c.offsets.size() * 4); };
     ReportCapture reports;

@@ -106,7 +106,7 @@ TEST_F(DataGroups, ANewOneTakesTheHostsTable) {
   EXPECT_EQ(bookmark_Single, record.GetDataBookmarkType()) << "the host's record is completed";
 }
 
-TEST_F(DataGroups, TheHostIsToldOfEachOnceItHasItsPlace) {
+TEST_F(DataGroups, TheHostIsCalledForEachOnceItHasItsPlace) {
   struct Host : DataHost {
     std::function<void()> told;
     void OnDataGroupAdded(std::int32_t hasPatch) override {
@@ -156,7 +156,7 @@ TEST_F(DataGroups, ThoseOfTheSubChannelsAreGatheredUnderAMaster) {
 }
 
 /// Which groups share a master.
-TEST_F(DataGroups, MastersAreToldApartByWhatTheirClassAsks) {
+TEST_F(DataGroups, MastersAreDistinguishedAsTheirClassAsks) {
   const auto with =
       [](gdata_enumDataClass dataClass, std::uint32_t subChannelId, std::uint32_t gateId) {
         return SoundRecord(Id(dataClass, subChannelId, gateId));

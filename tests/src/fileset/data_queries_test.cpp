@@ -1,4 +1,4 @@
-// Queries of a file set's data items: each against what it is told to find, and all look-ups by ids
+// Queries of a file set's data items: each against what it has to find, and all look-ups by ids
 // against a walk of the list.
 #include <gmock/gmock.h>
 

@@ -150,7 +150,7 @@ TEST_F(DataThreads, MastersAreLockedBeforeTheirElements) {
 }
 
 /// OnDataGroupAdded runs inside the writer side: its own thread may query, others have to wait.
-TEST(DataThreadsHost, IsToldInsideTheWriterSide) {
+TEST(DataThreadsHost, IsCalledInsideTheWriterSide) {
   struct Host : DataHost {
     void OnDataGroupAdded(std::int32_t) override {
       own = set.fset_HasEddyCurrentData();

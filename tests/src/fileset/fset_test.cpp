@@ -199,11 +199,11 @@ TEST_F(FileSet, StoresCopiesOfWeldDescriptorsByTheirTwoIds) {
   otherSide.side = 2;
   EXPECT_EQ(&plan, set.fset_AddGWeldScanPlan(&plan));
   EXPECT_NE(&otherSide, set.fset_AddGWeldScanPlan(&otherSide))
-      << "the side does not tell plans apart";
+      << "the side does not distinguish plans";
   EXPECT_THAT(set.fset_GetGWeldScanPlanList(), ElementsAre(set.fset_GetGWeldScanPlan(0, 3)));
 }
 
-TEST_F(FileSet, TellsWhetherAnythingIsModified) {
+TEST_F(FileSet, SaysWhetherAnythingIsModified) {
   CGChanTypeDescr channel;
   CGGateTypeDescr gate;
   CGPatchTypeDescr patch;

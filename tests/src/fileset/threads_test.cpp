@@ -1,5 +1,5 @@
 // The file set under several threads: readers beside a writer that does everything, a writer that
-// is slow, edits of items beside both, and a host called back.
+// is slow, edits of items beside both, and nested grants of the lock.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -302,7 +302,7 @@ TEST(FileSetThreads, IdsThatChangeTogetherAreNeverSeenApart) {
     }
 }
 
-TEST(FileSetThreads, AHostCalledBackFromAChangeMayQueryAndChange) {
+TEST(FileSetThreads, TheThreadOfAChangeIsGrantedBothSidesAgain) {
   Inspection inspection;
   CFSet& set = inspection.set;
   bool called = false;

@@ -111,7 +111,7 @@ TEST(DataAccess, LoadingAnswersByWhatIsLoaded) {
   EXPECT_EQ(master->idata1_DataLoad(0), 0) << "a master that has begun is done";
 }
 
-TEST(DataAccess, ACopyOfTheRecordTellsTheTableAndItsSize) {
+TEST(DataAccess, ACopyOfTheRecordHasTheTableAndItsSize) {
   DataHost host;
   std::vector<char> block(10 * 5 * 100 + 7), table(block.size());
   CGDataTypeFDD record = SoundRecord();

@@ -187,7 +187,7 @@ TEST(DataRecord, NoFloatMakesAnItemUnusable) {
       for (const float value : {floatNan, floatInf, -floatInf, -1.0f}) {
         CGDataTypeFDD record = SoundRecord({.dataClass = c});
         record.*field = value;
-        const ReportCapture reports;  // keeps what is told of it off the screen
+        const ReportCapture reports;  // keeps reports off the screen
         NormaliseDataRecord(record);
         for (const Field each : fields) EXPECT_TRUE(std::isfinite(record.*each));
         for (const Field step : steps) EXPECT_NE(record.*step, 0);

@@ -17,7 +17,7 @@ namespace {
 
 using utdata::test::ReportCapture;
 
-// The exported names of each class under one name, and a field that tells two records apart.
+// The exported names of each class under one name, and a field that distinguishes records.
 #define PATTERN(Class, prefix, Descriptor, field)                   \
   struct Class##Pattern : Class {                                   \
     using Record = Descriptor;                                      \

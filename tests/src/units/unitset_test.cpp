@@ -67,20 +67,19 @@ TEST_F(UnitSets, AreSharedByIdentityAndCountedToDestruction) {
   volume.vol_DeleteUnitSet(nullptr);
 }
 
-// A set that is given back to the wrong volume set is reported there, and the right one still has
-// it.
-TEST_F(UnitSets, StrangersAreReportedOnceAndStayWhereTheyAre) {
+// A set that is given back to the wrong volume set loses a reference and is not destroyed.
+TEST_F(UnitSets, OfAnotherVolumeSetAreReportedOnceAndNotDestroyed) {
   CVolumeSet other(&document, unit_Generic, L"", unit_Generic, L"");
   CUnitSet* const set = Private();
   CUnitSet nobodys(vset_groupId(), &volume, nullptr);
   ReportCapture reports;
-  for (CUnitSet* const stranger : {set, &nobodys}) {
+  for (CUnitSet* const foreign : {set, &nobodys}) {
     const std::size_t before = reports.Assertions();
-    CUnitSet* given = stranger;
+    CUnitSet* given = foreign;
     other.vol_DeleteUnitSet(&given);
     EXPECT_EQ(given, nullptr);
     EXPECT_EQ(reports.Assertions(), before + 1);
-    EXPECT_EQ(stranger->GetReferenceCount(), 0);
+    EXPECT_EQ(foreign->GetReferenceCount(), 0);
   }
 }
 

@@ -25,7 +25,7 @@
 namespace utdata::program {
 namespace {
 
-/// What the child tells its parent; all zeros before it starts.
+/// What the child reports to its parent; all zeros before it starts.
 struct Report {
   std::atomic<std::uint64_t> done;
   std::atomic<std::uint64_t> total;
@@ -43,7 +43,7 @@ void PrepareChild(pid_t parent) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
 #endif
   if (getppid() != parent) _exit(jobFailed);
-  // What asks the parent to stop ends the child, which has nothing to put in order.
+  // A signal that asks the parent to stop ends the child at once, which has nothing to clean up.
   for (const int stop : {SIGINT, SIGTERM, SIGHUP, SIGBUS}) signal(stop, SIG_DFL);
   const rlimit none = {0, 0};
   setrlimit(RLIMIT_CORE, &none);
@@ -100,8 +100,8 @@ class Child {
   bool m_running = true;
 };
 
-/// Tells when a child has worked for too long without a sign of progress. A slow disk makes it
-/// wait, which is no work.
+/// Finds out when a child has worked for too long without a sign of progress. Waiting for a slow
+/// disk does not count as work.
 class Watch {
  public:
   Watch(const Child& child, double patience) : m_child(child), m_patience(patience) {}

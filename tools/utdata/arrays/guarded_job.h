@@ -41,8 +41,8 @@ struct GuardedJob {
 /// files. A Failure of the job is thrown here, and so is one of a library that crashes or that goes
 /// on for ever. The child ends with this process. What it writes to the standard error stream is
 /// lost. Throws Interrupted when the user has asked to stop. REQUIRES: one thread.
-/// @param job      told where to tell its own progress
-/// @param progress told here what the job told there; may throw to stop it
+/// @param job      called with the function to which it reports its progress
+/// @param progress called here with what the job has reported; may throw to stop it
 void RunGuarded(const GuardedJob& name,
                 const std::function<void(const GatherProgress& told)>& job,
                 const GatherProgress& progress);

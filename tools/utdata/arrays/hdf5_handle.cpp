@@ -11,7 +11,7 @@ std::string Hdf5Reason() {
     return 0;
   };
   H5Ewalk2(H5E_DEFAULT, H5E_WALK_DOWNWARD, keep, &reason);
-  // A failure of the operating system is told among addresses and times.
+  // The message of a failure of the operating system stands among addresses and times.
   constexpr std::string_view opening = "error message = '";
   const std::size_t at = reason.find(opening);
   if (at == std::string::npos) return reason;

@@ -31,7 +31,7 @@ class Hdf5Handle {
   }
 
   operator hid_t() const { return m_id; }
-  /// Closes it now and tells whether that succeeded.
+  /// Closes it. @return whether that succeeded
   [[nodiscard]] bool CloseNow() { return m_close(std::exchange(m_id, H5I_INVALID_HID)) >= 0; }
   /// Leaves it open for as long as the process runs.
   void Forget() { m_id = H5I_INVALID_HID; }

@@ -86,7 +86,7 @@ bool ParseEntry(Literal& literal, std::string_view key, NpyHeader& header, std::
   return described.has_value();
 }
 
-/// Reads the three entries in any order; the kind of element is told as its text. False when the
+/// Reads the three entries in any order; the kind of element is given as its text. False when the
 /// literal is not a header's.
 bool ParseLiteral(std::string_view text, NpyHeader& header, std::string& kind) {
   Literal literal(text);

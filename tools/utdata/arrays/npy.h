@@ -9,7 +9,7 @@
 
 namespace utdata::program {
 
-/// What the header of a .npy file tells.
+/// What the header of a .npy file says.
 struct NpyHeader {
   const SampleType* type = nullptr;
   bool bigEndian = false;

@@ -129,7 +129,7 @@ class LineLayout {
                 style);
   }
 
-  /// A triangle at the curve's marked cell, its point downwards on the value.
+  /// A triangle whose point is at the value of the marked cell.
   void DrawPointer(Canvas& canvas, std::size_t cell) const {
     const int x = m_across.Place(m_area, m_plot.across.At(static_cast<double>(cell)));
     const int y = m_values.Place(m_area, m_plot.values[cell]);

@@ -35,7 +35,7 @@ struct LinePlot {
       marks;  ///< at the right side: their place as a value, their text in another unit
   std::string marksTitle;  ///< "dB"
   std::vector<GateBar> gates;
-  std::optional<std::size_t> marked;  ///< a cell that a small triangle above the picture points at
+  std::optional<std::size_t> marked;  ///< a cell at whose value a small triangle points
 };
 
 /// The curve joins the values; where several fall on one pixel it spans all of them. What lies

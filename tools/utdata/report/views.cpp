@@ -76,8 +76,7 @@ class ViewMaker {
     return "data group " + std::to_string(index) + " (" + m_groups[index].Caption() + ")";
   }
 
-  /// A group that cannot be shown is named in the page, which shows the others; damage ends the
-  /// report.
+  /// The page names a group that cannot be shown, and shows the others. Damage ends the report.
   template <class Job>
   void Try(Job&& job) {
     try {
@@ -137,7 +136,7 @@ class ViewMaker {
     return layer;
   }
 
-  /// The largest amplitudes and, if there is room, the samples; then the C-scans of the same cells.
+  /// The largest amplitudes and, within the limit, the samples; then the C-scans of the same cells.
   void AddAScans(std::size_t number, std::vector<bool>& isLayer) {
     const DataGroup& group = m_groups[number];
     const Samples samples = group.Samples();

@@ -19,8 +19,8 @@ struct ReportViews {
   std::vector<std::string> missing;  ///< what a page does not show, and why, one line each
 };
 
-/// @param sampleLimit bytes of A-scans, two a sample, that a page may carry; of a group that has no
-///                    room in it only the largest amplitude of each cell is carried
+/// @param sampleLimit bytes of A-scans, two a sample, that a page may carry; of a group beyond it
+///                    only the largest amplitude of each cell is carried
 [[nodiscard]] ReportViews MakeViews(const Inspection& inspection,
                                     std::uint64_t sampleLimit,
                                     bool quiet);

@@ -9,7 +9,7 @@
 namespace utdata::program {
 
 /// While one exists, an interrupt or a termination request only sets a flag, which
-/// ThrowIfInterrupted answers to. The former behaviour comes back with its end. One at a time.
+/// ThrowIfInterrupted checks. Its end restores the handlers before it. One at a time.
 class InterruptScope {
  public:
   InterruptScope();

@@ -35,8 +35,8 @@ class NewFile {
 
   void Append(std::span<const std::byte> bytes);
 
-  /// Brings everything to the medium and gives the file its name; a file that is replaced hands its
-  /// permissions on. Throws Interrupted when the user has asked to stop.
+  /// Brings everything to the medium and gives the file its name, and the permissions of a file
+  /// that it replaces. Throws Interrupted when the user has asked to stop.
   void Commit();
   /// Takes the file away again.
   void Withdraw();

@@ -20,7 +20,7 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  /// Tells how far the work is, in bytes. Throws Interrupted when the user has asked to stop.
+  /// Shows how far the work is, in bytes. Throws Interrupted when the user has asked to stop.
   void At(std::uint64_t done, std::uint64_t total);
 
  private:

@@ -36,7 +36,7 @@ struct DemoOptions {
   bool quiet = false;
 };
 
-/// Tells each step with the time it took.
+/// Prints each step with the time it took.
 class Steps {
  public:
   explicit Steps(bool quiet) : m_quiet(quiet) {}
@@ -72,7 +72,7 @@ void Remove(const std::string& path) {
     throw Failure(path, "cannot be removed", std::string(os::ErrorText(removed)));
 }
 
-/// Takes away the companions of a former demonstration, those that came by editing it included.
+/// Removes the companions of an earlier demonstration, those of later edits included.
 void RemoveCompanions(const std::string& folder) {
   for (int number = 1; number <= 99; ++number) {
     const std::string path =
@@ -82,7 +82,8 @@ void RemoveCompanions(const std::string& folder) {
   }
 }
 
-/// Makes the folder, and makes room in it: with force, the files of a former demonstration go.
+/// Makes the folder. With force, the companions of an earlier demonstration are removed, and its
+/// other files may be replaced.
 DemoPaths Prepare(const DemoOptions& options) {
   std::error_code error;
   std::filesystem::create_directories(options.folder, error);
@@ -151,7 +152,7 @@ CGGateTypeDescr WriteGated(const DemoPaths& paths, Steps& steps, bool quiet) {
   return gate;
 }
 
-/// Loads everything back, holds it against what was written, and draws it.
+/// Loads everything back, compares it with what was written, and draws it.
 void Show(const DemoPaths& paths,
           const WeldScan& scan,
           const CGGateTypeDescr& changed,
@@ -205,13 +206,12 @@ void Demo(const DemoOptions& options) {
 
 void AddDemoVerb(CLI::App& program) {
   CLI::App& verb = *program.add_subcommand(
-      "demo",
-      "Takes a simulated weld scan the whole road: acquire, inspect, gate, picture, verify");
+      "demo", "Shows a simulated weld scan from its acquisition on: inspect, gate, draw, verify");
   const auto options = std::make_shared<DemoOptions>();
   verb.add_option("--out", options->folder, "Folder for the files")
       ->capture_default_str()
       ->type_name("DIR");
-  verb.add_flag("--force", options->force, "Replace the files of a former demonstration");
+  verb.add_flag("--force", options->force, "Replace the files of an earlier demonstration");
   verb.add_flag("--quiet", options->quiet, "Print no messages and no progress");
   verb.footer(demoExample);
   verb.callback([options] { Demo(*options); });

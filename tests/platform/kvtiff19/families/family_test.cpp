@@ -120,7 +120,7 @@ TYPED_TEST(FamilyTest, ModificationCarriesKeysAndWhatDiffers) {
   }
 }
 
-TYPED_TEST(FamilyTest, EqualityTellsEveryStoredFieldAndOnlyThose) {
+TYPED_TEST(FamilyTest, EqualityComparesEveryStoredFieldAndOnlyThose) {
   const auto record = MakeRecord<TypeParam>(3);
   ForEachField<TypeParam>([&](const auto& field) {
     using Codec = typename std::remove_cvref_t<decltype(field)>::Codec;
@@ -292,8 +292,7 @@ TEST(FamilyRules, AreEmptyForCodesWithoutAFamily) {
     EXPECT_TRUE(RulesOfGroupType(code).empty()) << code;
 }
 
-// A record with a member that its table misses must not compile: the count of its members is what
-// tells.
+// A record with a member that its table misses must not compile, by the count of its members.
 struct FourMembers {
   void* handle;
   std::wstring text;

@@ -1,4 +1,4 @@
-// docs/group-types.md is written from the catalogue, so that it cannot drift from it. After a
+// docs/group-types.md is written from the catalogue, so that both say the same. After a
 // change of a field table, run this test with UTDATA_WRITE_PAGES=1 in the environment to write the
 // page anew.
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ constexpr const char* introduction = R"(# Group types
 
 What the groups of an inspection file hold, type by type: the codes of the group, and for each item
 its code, its value type, how many elements it has, its unit and what it means.
-[file-format.md](file-format.md) tells how groups, items and values are laid out in bytes.
+[file-format.md](file-format.md) says how groups, items and values are laid out in bytes.
 
 - A group whose code is the *primary* one holds a record whole: every item of the table, in the
   table's order.

@@ -130,7 +130,7 @@ function showTables() {
     const body = element('tbody', null, ...rows.map(([name, value]) => element('tr', null, element('th', name), element('td', value))));
     byId('tables').append(element('article', null, element('h3', title), element('table', null, body)));
   }
-  if (facts.tables.length === 0) byId('tables').append(element('p', 'The inspection tells nothing of its specimen and set-up.'));
+  if (facts.tables.length === 0) byId('tables').append(element('p', 'The inspection says nothing of its specimen and set-up.'));
   const {columns, rows} = facts.defects;
   byId('defects').append(rows.length ? table(columns, rows) : element('p', 'No defect is recorded.'));
   const lines = facts.history.flatMap(event => {
