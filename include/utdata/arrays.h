@@ -66,7 +66,8 @@ struct DescribedArray {
   [[nodiscard]] UTDATA_API std::vector<std::uint64_t> Shape() const;
 };
 
-/// Throws Error when the group's samples are of no kind that an array has, or cannot be read.
+/// Throws Error when the group has no samples, or they are not whole numbers of 8 or 16 bits or
+/// cannot be read.
 [[nodiscard]] UTDATA_API DescribedArray DescribeArray(const DataGroup& group);
 
 /// Hands over the samples of a described array in its order, little-endian, a few megabytes at a

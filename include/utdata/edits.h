@@ -10,9 +10,9 @@
 // taken by the data groups that had the same one, or none (0). The specimen's dimensions stay: a
 // modification of them is not read back.
 //
-// The refracted angle, skew and probe separation of a channel, and the angle and skew of a
-// sub-channel, are taken by the data groups of that channel or sub-channel that had the same value
-// and can hold the new one.
+// The refracted angle, skew and probe separation of a channel are taken by its data groups without
+// a sub-channel, the angle and skew of a sub-channel by its data groups, where they had the same
+// value and can hold the new one.
 //
 // One thread at a time. Nothing here saves.
 #pragma once
@@ -31,7 +31,7 @@ struct GroupKind;
 
 /// A field that a change has given another value.
 struct FieldChange {
-  std::string group;  ///< as GroupHandle::Name calls it
+  std::string group;  ///< its name: GroupHandle::Name, in a history HistoryEvent::group
   const SCFile::FieldInfo* field = nullptr;
   FieldValue before;
   FieldValue after;
@@ -56,8 +56,9 @@ class UTDATA_API GroupHandle {
   [[nodiscard]] Fields Values() const;
 
   /// Gives several fields other values, and the fields of other groups that agree with them.
-  /// Throws Error, and changes nothing, when there is no such field or it does not take its value;
-  /// `What` is then the field's name.
+  /// Throws Error, and changes nothing, when there is no such field or it does not take its value
+  /// (`What` is then the field's key), or for the sample offset of an amplitude C-scan, which
+  /// follows that of its position C-scan.
   /// @return what has changed, this group's fields first; empty when all values were there already
   std::vector<FieldChange> Change(FieldTexts values) const;
 

@@ -138,7 +138,8 @@ class UTDATA_API Inspection {
   /// A gate of a channel. Throws when there is none.
   [[nodiscard]] class GateHandle Gate(std::uint32_t channel, std::uint32_t gate) const;
 
-  // ---- saving: what was changed and added since the inspection was opened or last saved
+  // ---- saving: what was changed and added since the inspection was opened or last saved. Changed
+  // general information is written by SaveAs only; the other two throw.
 
   /// Whether there is anything to save.
   [[nodiscard]] bool IsModified() const;

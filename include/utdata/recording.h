@@ -66,7 +66,7 @@ struct ScanGrid {
   double sampleStep = 0;  ///< s, two-way
 };
 
-/// What a gate of the instrument saw in each cell, in row-major order.
+/// What a gate of the instrument measured in each cell, in row-major order.
 struct InstrumentGate {
   std::uint32_t gateId = 0;
   std::span<const std::uint16_t> amplitudes;
@@ -83,6 +83,7 @@ struct RecordedBlocks {
 
 /// Writes an acquisition file as the host of an instrument does: a block of A-scans, and two C-scan
 /// blocks of a gate. Throws Error, and leaves no file, when one cannot be made.
+/// REQUIRES: no quantity of the grid is 0, and all spans have the elements that it says.
 /// @param path    of a file that does not exist yet
 /// @param samples one A-scan after the other, cells in row-major order
 [[nodiscard]] UTDATA_API RecordedBlocks RecordScan(const std::string& path,

@@ -63,18 +63,20 @@ class History {
     Require(SCFile::Family<Descriptor>::Read(group, read.get(), isModification));
     Descriptor* const before = known.matching.Find(*read);
     const bool isOriginal = !before && !isModification && m_isFirstFile && m_write == 1;
-    HistoryEvent event = {m_file, m_write, Fields(*read).Name(), {}};
+    std::vector<FieldChange> changes;
+    const std::string name = isOriginal ? "" : Fields(*read).Name();
     if (before) {
       const Descriptor was = *before;
       known.matching.ChangeMatch(*read, [&](Descriptor* changed) {
         Require(container::ReadModification(group, changed));
       });
-      AddChanges(event.group, Fields(was), Fields(*before), event.changes);
+      AddChanges(name, Fields(was), Fields(*before), changes);
     } else {
       known.matching.Add(read.get());
       known.held.push_back(std::move(read));
     }
-    if (!isOriginal && (!before || !event.changes.empty())) events.push_back(std::move(event));
+    if (!isOriginal && (!before || !changes.empty()))
+      events.push_back({m_file, m_write, name, std::move(changes)});
   }
 
   void Require(int status) const {

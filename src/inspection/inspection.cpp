@@ -126,6 +126,16 @@ void CheckSomething(const InspectionState& state, const Changes& changes) {
   if (changes.isEmpty) throw Error(state.path, cannotBeWritten, "nothing has changed");
 }
 
+/// Loading drops modifications of general information.
+void CheckInPlace(InspectionState& state) {
+  const CIInfo* info = state.set.fset_GetIInfo(fset_Modified);
+  if (info && !info->iinfo1_NewGetStatus())
+    throw Error(state.path,
+                cannotBeWritten,
+                "changed general information is part of a whole file only",
+                "write everything as a new file");
+}
+
 }  // namespace
 
 Inspection::Inspection(std::unique_ptr<InspectionState> state) : m_state(std::move(state)) {}
@@ -257,6 +267,7 @@ std::string Inspection::SaveCompanion() {
   constexpr std::size_t listed = 98;  // the next one would never be read
   Changes changes(*m_state);
   CheckSomething(*m_state, changes);
+  CheckInPlace(*m_state);
   CFContTypeFileDescr& loaded = *m_state->descriptor;
   constexpr const char* what = "its companion cannot be written";
   if (container::ListCompanions(loaded.path).names.size() >= listed)
@@ -281,6 +292,7 @@ std::string Inspection::SaveCompanion() {
 std::string Inspection::SaveAppended() {
   Changes changes(*m_state);
   CheckSomething(*m_state, changes);
+  CheckInPlace(*m_state);
   CFContTypeFileDescr& loaded = *m_state->descriptor;
   const int status = CFCont().FileWrite(&loaded, &changes.groups, 0, nullptr, nullptr, 0);
   if (status != SCFile::status_Ok)

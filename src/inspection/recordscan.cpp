@@ -92,7 +92,7 @@ RecordedBlocks RecordScan(const std::string& path,
   const bool saved = SaveBlocks(writer, ascans, readings, blocks);
   status = writer.FileClose();
   if (saved && status == 0) return blocks;
-  // What cannot be used is not left behind; that it could not be recorded is the news.
+  // An unusable file is not left behind; if removing it fails too, the first failure is reported.
   (void)os::CurrentFileSystem().Remove(ToWide(path));
   throw Error(
       path, cannotBeRecorded, saved ? RecordingReason(status) : "there is no room for a block");

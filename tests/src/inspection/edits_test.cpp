@@ -128,5 +128,56 @@ TEST_F(EditsTest, WhatIsRefusedChangesNothing) {
   EXPECT_FALSE(inspection.IsModified());
 }
 
+// The file counts its beams from 0; in memory they count from 1.
+TEST_F(EditsTest, ABeamsAngleGoesToItsOwnDataGroup) {
+  const std::string path = m_scratch.Path().string() + "/beams.fpd";
+  {
+    Inspection made = Inspection::New(path);
+    for (std::uint32_t beam = 0; beam < 3; ++beam) {
+      CGSubchanTypeDescr* subChannel = gsubchan_Allocate(1, L"");
+      subChannel->subChannelId = beam;
+      subChannel->refractedAngle = 40;
+      made.Descriptor().subChannels.AddTail(subChannel);
+      CGDataTypeFDD record = NominalRecord(*FindSampleType("i16"));
+      SetLayout(record, *FindSampleType("i16"), {3, 2, 50, true});
+      record.subChannelId = beam;
+      record.SetDataBookmarkType(bookmark_MultiChannel);
+      record.probeAngle = 40;
+      Add(made, record, 300);
+    }
+    made.SaveAs(path);
+  }
+  const auto& type = SCFile::file_GroupTypeOf<CGSubchanTypeDescr>();
+  {
+    Inspection inspection = Inspection::Open(path);
+    const auto changes =
+        EditableGroups(inspection, type)[1].Change(Texts{{"refractedAngle", "55"}});
+    ASSERT_EQ(changes.size(), 2U) << "a master's change is none of the inspection";
+    EXPECT_EQ(inspection.Masters()[0].Elements().size(), 3U);
+    inspection.SaveCompanion();
+  }
+  Inspection again = Inspection::Open(path);
+  EXPECT_EQ(OfData(again, "probeAngle"), "40°; 55°; 40°; ");
+  EXPECT_EQ(EditableGroups(again, type)[1].Values()["refractedAngle"].Number(), 55);
+}
+
+TEST_F(EditsTest, ChangedGeneralInformationIsWrittenWholeOnly) {
+  const std::string copy = m_scratch.Path().string() + "/copy.fpd";
+  {
+    Inspection made = Inspection::New(copy);
+    made.Descriptor().infos.AddTail(ginfo_Allocate(1, L""));
+    made.SaveAs(copy);
+  }
+  const std::string whole = m_scratch.Path().string() + "/whole.fpd";
+  const auto& type = SCFile::file_GroupTypeOf<CGInfoTypeDescr>();
+  Inspection inspection = Inspection::Open(copy);
+  EditableGroups(inspection, type)[0].Change(Texts{{"title", "Seam"}});
+  EXPECT_THROW(inspection.SaveCompanion(), Error);
+  EXPECT_THROW(inspection.SaveAppended(), Error);
+  inspection.SaveAs(whole);
+  Inspection again = Inspection::Open(whole);
+  EXPECT_EQ(EditableGroups(again, type)[0].Values()["title"].Text(), "Seam");
+}
+
 }  // namespace
 }  // namespace utdata

@@ -28,7 +28,7 @@ class SharedMemory {
   std::size_t m_size;
 };
 
-/// What a guarded job is to be called when the library does not survive it.
+/// What the Failure says when the library does not survive the job.
 struct GuardedJob {
   std::string file;     ///< as the user named it
   std::string what;     ///< "cannot be read"

@@ -133,8 +133,7 @@ class Hdf5Reader final : public ArraySource {
     }
   }
 
-  /// A few bytes may claim an array of any size: no compression makes samples a thousandth as
-  /// large.
+  /// A few bytes may claim an array of any size; deflate makes samples at most 1032 times smaller.
   void CheckExtent() const {
     constexpr std::uint64_t mostCompressed = 1100;
     std::uint64_t size = H5Tget_size(m_type);

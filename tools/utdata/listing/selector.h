@@ -15,7 +15,7 @@ namespace utdata::program {
 /// groups is printed and Failure is thrown.
 /// @param selector an index, or name=value pairs joined by commas (class=2,channel=0,gate=1), which
 ///                 `rows` are searched for; a hyphen in a name counts as an underscore
-/// @param what     the groups are: "gate"
+/// @param what     what one of the groups is called: "gate"
 /// @param list     the list that is printed
 [[nodiscard]] std::size_t SelectRow(const std::vector<nlohmann::ordered_json>& rows,
                                     const std::string& selector,

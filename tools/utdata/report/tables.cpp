@@ -36,8 +36,8 @@ std::string Plain(const FieldValue& value, const std::string& shown) {
   return text ? *text : shown;
 }
 
-/// Adds the fields of a group that say something: texts that are not empty, and numbers that are
-/// not 0.
+/// Adds the fields of a group that say something: choices, texts that are not empty, and numbers
+/// that are finite and not 0; no list of numbers, and none that identify the group.
 void AddRows(Rows& rows, const Fields& group) {
   for (const Field& field : group.All()) {
     const SCFile::FieldInfo& info = field.Info();

@@ -22,6 +22,7 @@ class Progress {
 
   /// Shows how far the work is, in bytes. Throws Interrupted when the user has asked to stop.
   void At(std::uint64_t done, std::uint64_t total);
+  void operator()(std::uint64_t done, std::uint64_t total) { At(done, total); }
 
  private:
   using Clock = std::chrono::steady_clock;

@@ -25,7 +25,7 @@ namespace utdata::program {
 
 /// A value on an axis of a data group, by its index: "12.5 mm".
 [[nodiscard]] std::string AxisText(const AxisScale& axis, double index);
-/// "256 × 1 mm"; "1" alone where there is no axis to speak of.
+/// "256 × 1 mm"; "1" for one index at 0.
 [[nodiscard]] std::string SpacingText(const AxisScale& axis);
 /// "0 to 255 mm"
 [[nodiscard]] std::string RangeText(const AxisScale& axis);

@@ -20,6 +20,7 @@
 #include "terminal/text.h"
 #include "utdata/igate.h"
 #include "utdata/samples.h"
+#include "verbs/options.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -128,10 +129,7 @@ void WriteInspection(const DemoPaths& paths,
   Recording recorded(paths.acquisition);
   Inspection inspection = Inspection::New(paths.inspection);
   FillInspection(inspection, scan, recorded, blocks);
-  {
-    const UnfinishedFileScope unfinished(paths.inspection);
-    inspection.SaveAs(paths.inspection, replace);
-  }
+  SaveNew(inspection, paths.inspection, replace);
   steps.Done("write", paths.inspection + ": the inspection, built from the recorded blocks");
 }
 

@@ -29,8 +29,8 @@ What repeats a value follows it: a channel has one sound speed, which its data g
 a part thickness, and angles of a channel or sub-channel, go to the data groups that had the
 same.
 
-A change is written behind what is there (append), or beside it as the next numbered
-companion. General information is changed in a whole new file only (new).
+A change is appended to the last file (append), or written as the next numbered companion
+(companion). General information is changed in a whole new file only (new).
 
 Keys and their units:
 )";

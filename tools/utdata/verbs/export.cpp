@@ -73,8 +73,7 @@ void ExportNpy(const ExportOptions& options, const Export& exported, Progress& p
 
 void ExportHdf5(const ExportOptions& options, const Export& exported, Progress& progress) {
   NewFile file(options.output, options.force);
-  const auto watch = [&](std::uint64_t done, std::uint64_t total) { progress.At(done, total); };
-  WriteHdf5(file, exported.array, exported.group, exported.description.dump(), watch);
+  WriteHdf5(file, exported.array, exported.group, exported.description.dump(), std::ref(progress));
   file.Commit();
 }
 

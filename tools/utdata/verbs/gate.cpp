@@ -153,7 +153,7 @@ void AddGateVerb(CLI::App& program) {
   constexpr double farthest = 1e6, shortest = 1e-6;  // µs
   constexpr std::uint32_t lastGate = 1999, lastChannel = 0xFFFFFFFE;
   CLI::App& verb = *program.add_subcommand(
-      "gate", "Gates the A-scans of a channel and adds C-scans of what it sees");
+      "gate", "Gates the A-scans of a channel and adds amplitude and position C-scans");
   const auto options = std::make_shared<GateOptions>();
   verb.add_option("FILE", options->file, "Inspection file")->required();
   verb.add_option("--channel", options->gate.channel, "Channel, from 0")

@@ -154,8 +154,7 @@ ForeignArray Describe(const ImportOptions& options, const ArrayName& name) {
   return array;
 }
 
-/// The axes as given, else as described; without both those of the one arrangement that an array of
-/// three axes has by itself.
+/// The axes as given, else as described, else, of an array of three axes, row, column, sample.
 std::vector<ArrayAxis> ChooseAxes(const ImportOptions& options,
                                   const ForeignArray& array,
                                   std::vector<ArrayAxis> described) {
@@ -233,8 +232,7 @@ void Import(ImportOptions options, const CLI::App& verb) {
   SampleMemory samples;
   {
     Progress progress("importing " + options.array, options.quiet);
-    samples = GatherArray(
-        name, layout, [&](std::uint64_t done, std::uint64_t total) { progress.At(done, total); });
+    samples = GatherArray(name, layout, std::ref(progress));
   }
   std::uint64_t size = 0;
   static_cast<void>(layout.Size(size));  // it fits: the samples are in memory
@@ -246,10 +244,7 @@ void Import(ImportOptions options, const CLI::App& verb) {
               {options.title,
                "utdata " UTDATA_VERSION,
                options.nominal.empty() ? "" : "nominal, not measured: " + options.nominal});
-  {
-    const UnfinishedFileScope unfinished(options.output);
-    inspection.SaveAs(options.output, options.force);
-  }
+  SaveNew(inspection, options.output, options.force);
   ReportImport(options, data);
 }
 

@@ -65,11 +65,15 @@ Inspection OpenInspection(const std::string& path,
   return inspection;
 }
 
+void SaveNew(Inspection& inspection, const std::string& path, bool replace) {
+  const UnfinishedFileScope unfinished(path);
+  inspection.SaveAs(path, replace);
+}
+
 std::string Save(Inspection& inspection, const ChangeOutput& output) {
   if (output.as == "append") return inspection.SaveAppended();
   if (output.as == "companion") return inspection.SaveCompanion();
-  const UnfinishedFileScope unfinished(output.path);
-  inspection.SaveAs(output.path, output.force);
+  SaveNew(inspection, output.path, output.force);
   return output.path;
 }
 

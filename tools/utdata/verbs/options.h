@@ -38,6 +38,9 @@ void CheckChangeOutput(const ChangeOutput& output);
                                         bool quiet = false,
                                         bool acceptDamage = false);
 
+/// Saves everything as a new file, of which an interrupt leaves nothing.
+void SaveNew(Inspection& inspection, const std::string& path, bool replace);
+
 /// Saves what has changed where the user wants it. @return the path of the file written
 std::string Save(Inspection& inspection, const ChangeOutput& output);
 
