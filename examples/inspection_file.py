@@ -15,6 +15,7 @@ from xxh3 import xxh3_64
 PAGE = 4096
 DATA_START = 3 * PAGE
 MAGIC = bytes.fromhex("D55554440D0A1A0A")
+VERSION = (0, 9)
 SLOT_MAGIC = b"utcommit"
 SEGMENT_MAGIC = b"utgroup\n"
 MAX_DEPTH = 16
@@ -46,6 +47,18 @@ class Link:
     offset: int
     size: int
     checksum: int
+
+
+@dataclass(frozen=True)
+class Origin:
+    """Which file it is, and of a companion (number not 0) what it belongs to."""
+
+    identity: bytes
+    number: int = 0
+    base: bytes = bytes(16)
+    before: bytes = bytes(16)  # the predecessor, and the commit that counted in it
+    before_commit: int = 0
+    before_checksum: int = 0
 
 
 @dataclass(frozen=True)
@@ -106,13 +119,20 @@ class Group:
 # ---- which state counts
 
 
-def check_header(page):
+def read_header(page):
     require(page[:8] == MAGIC, "not an inspection file")
     require(len(page) == PAGE, "cut short in its header")
-    major, _minor, zero, checksum = struct.unpack_from("<HHIQ", page, 8)
-    require(major <= 1, f"of format version {major}, which this reader does not know")
-    require(xxh3_64(page[:16]) == checksum, "header: checksum")
-    require(major == 1 and zero == 0 and not any(page[24:]), "header: content")
+    major, minor, number, identity, base, before, commit, record, checksum = struct.unpack_from(
+        "<HHI16s16s16sQQQ", page, 8
+    )
+    require((major, minor) == VERSION, f"of format version {major}.{minor}, not of 0.9")
+    require(xxh3_64(page[:80]) == checksum and not any(page[88:]), "header: checksum")
+    require(any(identity) and number <= 99, "header: identity")
+    if number == 0:
+        require(not any(page[32:80]), "header: content")
+        return Origin(identity)
+    require(any(base) and any(before) and commit > 0, "header: companion")
+    return Origin(identity, number, base, before, commit, record)
 
 
 def read_slot(page):
@@ -263,7 +283,7 @@ class InspectionFile:
             pages = [self._read(PAGE * page, PAGE) for page in range(3)]
             size = os.fstat(self._file.fileno()).st_size
             try:
-                check_header(pages[0])
+                self.origin = read_header(pages[0])
                 return which_slot_counts(pages[1:], size)
             except DamagedFile:
                 if before == (pages, size) or attempt == 15:

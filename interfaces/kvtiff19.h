@@ -10,6 +10,7 @@
 // throws. file_LastError says in words what went wrong last.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -31,7 +32,7 @@ enum Status : int {
   status_DiskFull,        ///< no room for what was written
   status_InputOutput,     ///< the operating system reported an error
   status_NotInspection,   ///< not an inspection file, or an empty one
-  status_NewerVersion,    ///< written by a newer format than this reader knows
+  status_NewerVersion,    ///< written in a version of the format that this reader does not know
   status_Damaged,         ///< a checksum or a structural rule does not hold
   status_Locked,          ///< another writer has the file
   status_MovedOn,         ///< the file was changed by another writer since it was opened
@@ -239,6 +240,45 @@ UTDATA_API int file_BlockChunks(const Node* group, std::uint32_t index, BlockChu
 /// Where the committed bytes of the file end. What stands behind is the tail of a writer that is at
 /// work, or was interrupted; readers ignore it.
 [[nodiscard]] UTDATA_API std::uint64_t file_CommittedSize(const Node* file);
+
+/// Sixteen random bytes that a file gets when it is made. Copies of a file keep them.
+using FileIdentity = std::array<std::uint8_t, 16>;
+
+/// What a file was at one time: its identity, and the commit that counted.
+struct FileState {
+  FileIdentity identity{};
+  std::uint64_t commitNumber = 0;
+  std::uint64_t commitChecksum = 0;  ///< of the commit record
+  friend bool operator==(const FileState&, const FileState&) = default;
+};
+
+/// What a file says of itself for as long as it exists: which one it is, and of a companion, the
+/// numbered file of later changes beside another file, what it belongs to.
+struct FileOrigin {
+  FileIdentity identity{};
+  std::uint32_t number = 0;  ///< of a companion, 1 to 99; 0: no companion, and zeros from here on
+  FileIdentity base{};       ///< the file that it stands beside
+  FileState predecessor;     ///< the companion before it, or the base, as it was written on
+
+  [[nodiscard]] bool IsCompanion() const { return number != 0; }
+  friend bool operator==(const FileOrigin&, const FileOrigin&) = default;
+};
+
+/// REQUIRES: a file.
+[[nodiscard]] UTDATA_API FileOrigin file_Origin(const Node* file);
+/// As it was committed last through this handle, or loaded. REQUIRES: a file.
+[[nodiscard]] UTDATA_API FileState file_State(const Node* file);
+/// Whether a file as it was opened is the one that was once in `state`: that state counts, or what
+/// was committed by then is where it was.
+[[nodiscard]] UTDATA_API bool file_Contains(const Node* file, const FileState& state);
+/// The origin and, where `state` is not null, the state of the file at `path`, without reading its
+/// groups.
+UTDATA_API int file_ReadOrigin(const wchar_t* path, FileOrigin* origin, FileState* state);
+/// Makes a new file a companion; status_BadArgument once it was committed.
+UTDATA_API int file_MakeCompanion(FileHandle file,
+                                  std::uint32_t number,
+                                  const FileIdentity& base,
+                                  const FileState& predecessor);
 
 /// Receives how far file_Verify has read the sample blocks: bytes done and in all. Returns false to
 /// stop.

@@ -171,6 +171,21 @@ class FileSystem {
 /// opens files.
 UTDATA_API FileSystem* SetFileSystem(FileSystem* fileSystem) noexcept;
 
+/// What differs each time it is asked for.
+class Surroundings {
+ public:
+  virtual ~Surroundings() = default;
+  /// Fills `bytes` with random ones that nobody can foretell.
+  [[nodiscard]] virtual Error FillRandom(std::span<std::byte> bytes) noexcept = 0;
+  /// Microseconds since the start of 1970 in UTC, as the machine's clock has it.
+  [[nodiscard]] virtual std::int64_t Now() noexcept = 0;
+};
+
+/// The machine's own unless a test put others in their place.
+[[nodiscard]] UTDATA_API Surroundings& CurrentSurroundings() noexcept;
+/// As SetFileSystem.
+UTDATA_API Surroundings* SetSurroundings(Surroundings* surroundings) noexcept;
+
 /// A path split as drive ("C:" where the system has drives, else empty), directory with its closing
 /// separator, name without extension, extension with its dot.
 struct PathParts {

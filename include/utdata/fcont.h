@@ -43,6 +43,18 @@ struct stDefectExtern {
   std::string loss;
 };
 
+namespace utdata {
+
+/// A numbered file beside an inspection file that is not the companion that its name promises.
+struct CompanionFault {
+  std::wstring path;  ///< of the file; of the first missing one where there is a gap
+  std::string what;   ///< a line of UTF-8 that goes on behind its name
+  bool isRead = false;
+  bool isForeign = false;  ///< it belongs to another inspection
+};
+
+}  // namespace utdata
+
 /// One opened inspection: its path, its open files and one list of group descriptors per group
 /// type. The lists own nothing: descriptors belong to the file descriptor until the host hands them
 /// to a file set, and are deleted with their family's `_Delete` (defect records with `delete`) by
@@ -125,8 +137,9 @@ class UTDATA_API CFCont {
   /// @param options eight integers; entry 4 non-zero reads ".A01", entry 5 non-zero reads ".A02",
   ///                the others have no effect ("A" is a capital letter, as the container writes it)
   /// @param newGroups as for FileLoad, with each companion's own path
-  /// @return 0, or 1 when a companion cannot be read: the descriptor is then closed and deleted
-  ///         with everything in it, and what newGroups recorded of it is dead
+  /// @return 0, or 1 when a companion cannot be read or belongs to another inspection: the
+  ///         descriptor is then closed and deleted with everything in it, and what newGroups
+  ///         recorded of it is dead
   ///
   /// A descriptor whose sub-channels are numbered stays so: the companions' groups are numbered
   /// with those that are there.
@@ -136,13 +149,26 @@ class UTDATA_API CFCont {
                                IGDataSupplier* supplier,
                                CDataNewGroup* newGroups);
 
+  /// Reads the companions that belong to a loaded descriptor: as FileUpdate with entries 4 and 5
+  /// set, but where FileUpdate goes by the names, this goes by what the files say of themselves.
+  /// One is read when it belongs to the descriptor's first file, has the number of its name, and
+  /// was written on the file read before it. A descriptor of a companion alone gets none.
+  /// @param faults receives what is wrong, in the order of the numbers: files that were not read,
+  ///   numbers that are missing, and files that were written on an earlier state of the one before
+  ///   them, which are read all the same
+  /// @return as FileUpdate; 1 also when memory runs out
+  [[nodiscard]] int UpdateFromCompanions(CFContTypeFileDescr* descriptor,
+                                         CDataNewGroup* newGroups,
+                                         std::vector<utdata::CompanionFault>& faults);
+
   /// Writes a descriptor and commits it.
   /// - `loaded` null: a new file at the path of `descriptor`; `newFile` non-zero refuses an
   ///   existing file, zero replaces one. The file's handle is returned through `file` and belongs
   ///   to the caller, who closes it.
   /// - `loaded` given, `newFile` non-zero: the changes against `loaded`, into the next numbered
-  ///   companion of its path, which joins the files of `loaded`. A gap in the numbering writes
-  ///   nothing and returns 0; the files of `loaded` are then no more than before. Number 99 is
+  ///   companion of its path, which joins the files of `loaded`. A gap in the numbering, any
+  ///   higher number that exists, writes nothing and returns 0; the files of `loaded` are then no
+  ///   more than before. Number 99 is
   ///   written after 98 listed ones, but FileUpdate lists no more than 98: what it holds does not
   ///   come back. A host stops at 98 and saves the whole under a new name. A path whose companion's
   ///   name does not fit 260 wide characters answers status_TooLarge.
@@ -201,6 +227,10 @@ class UTDATA_API CFCont {
                 CFContKVTiff* reader,
                 fcontsec_typeFileDescriptor* work,
                 CDataNewGroup* newGroups);
+  bool Merge(CFContTypeFileDescr* descriptor,
+             const wchar_t* path,
+             fcontsec_typeFileDescriptor* work,
+             CDataNewGroup* newGroups);
   bool ReadCompanions(CFContTypeFileDescr* descriptor,
                       const wchar_t* path,
                       const int options[8],

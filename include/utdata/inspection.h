@@ -83,7 +83,9 @@ struct DataQuery {
 /// Moved, never copied. Handles to its parts (DataGroup, GateHandle) are good while it lives.
 class UTDATA_API Inspection {
  public:
-  /// An inspection file with the numbered companions beside it. Sub-channels that the file
+  /// An inspection file with the numbered companions beside it that belong to it (CheckCompanions);
+  /// what is odd about others is among Warnings(). A companion opened by its own name comes alone,
+  /// and can be saved as a new file only. Sub-channels that the file
   /// describes count from 1, whatever it calls them (CFCont::UpdateSubChannelList); what is saved
   /// keeps the file's own ids.
   [[nodiscard]] static Inspection Open(const std::string& path, const OpenOptions& options = {});
@@ -143,9 +145,11 @@ class UTDATA_API Inspection {
 
   /// Whether there is anything to save.
   [[nodiscard]] bool IsModified() const;
-  /// Writes the changes into the next numbered companion, which joins Files(). @return its path
+  /// Writes the changes into the next numbered companion, which joins Files(). Throws when a
+  /// companion is missing or was not read. @return its path
   std::string SaveCompanion();
-  /// Writes the changes at the end of the last of Files(). @return its path
+  /// Writes the changes at the end of the last of Files(). Throws when a companion of this
+  /// inspection is missing or was not read. @return its path
   std::string SaveAppended();
   /// Writes everything, changes included, as a new file; this inspection stays as it is.
   /// @param replace an existing file; else it stays and the save fails
@@ -184,7 +188,7 @@ class UTDATA_API GateHandle {
 };
 
 /// Fails when a new inspection file cannot stand at `path`: a file of that name unless `replace` is
-/// true, a companion of another inspection that would be read with it, or a folder that is missing.
+/// true, a companion of another inspection that would stand beside it, or a folder that is missing.
 /// Cheap, for a check before long work.
 UTDATA_API void CheckNewInspection(const std::string& path, bool replace);
 

@@ -66,10 +66,29 @@ class View final : public os::Mapping {
   std::byte m_place{};
 };
 
-/// Writes one chunk unless it is all zeros, and returns its checksum.
-Error WriteChunk(OpenFile& file, std::uint64_t offset, Bytes chunk, std::uint64_t& checksum) {
-  checksum = Checksum(chunk);
-  return AllZero(chunk) ? Error::None : file.handle->WriteAt(offset, chunk);
+/// Writes bytes in chunks, all but those that are all zeros, and tells the chunks' checksums.
+Error WriteChunks(OpenFile& file,
+                  std::uint64_t offset,
+                  Bytes data,
+                  std::vector<std::uint64_t>& checksums) {
+  constexpr std::size_t atOnce = std::size_t{1} << 20;
+  std::size_t from = 0;  // of what is still to be written
+  const auto writeTo = [&](std::size_t to) {
+    const Bytes gathered = data.subspan(from, to - from);
+    const Error error =
+        gathered.empty() ? Error::None : file.handle->WriteAt(offset + from, gathered);
+    from = to;
+    return error;
+  };
+  for (std::size_t at = 0; at < data.size(); at += chunkSize) {
+    const Bytes chunk = data.subspan(at, std::min<std::size_t>(chunkSize, data.size() - at));
+    checksums.push_back(Checksum(chunk));
+    const bool isHole = AllZero(chunk);
+    if (isHole || at - from >= atOnce)
+      if (const Error error = writeTo(at); error != Error::None) return error;
+    if (isHole) from = at + chunk.size();
+  }
+  return writeTo(data.size());
 }
 
 std::string NameOf(const BlockRef& block) {
@@ -126,14 +145,10 @@ int WriteBlock(OpenFile& file, Bytes data, BlockRef& block) {
   block.size = data.size();
   if (block.size > std::uint64_t{std::numeric_limits<std::int64_t>::max()} - block.offset)
     return FailWrite(file, SCFile::status_TooLarge, "a block is larger than a file can be");
-  std::vector<std::uint64_t> checksums(static_cast<std::size_t>(block.ChunkCount()));
-  for (std::size_t index = 0; index < checksums.size(); ++index) {
-    const std::size_t from = index * static_cast<std::size_t>(chunkSize);
-    const Bytes chunk = data.subspan(from, std::min<std::size_t>(chunkSize, data.size() - from));
-    if (const Error error = WriteChunk(file, block.offset + from, chunk, checksums[index]);
-        error != Error::None)
-      return FailWrite(file, error, "a block cannot be written");
-  }
+  std::vector<std::uint64_t> checksums;
+  checksums.reserve(static_cast<std::size_t>(block.ChunkCount()));
+  if (const Error error = WriteChunks(file, block.offset, data, checksums); error != Error::None)
+    return FailWrite(file, error, "a block cannot be written");
   const std::vector<std::byte> table = EncodeTable(checksums);
   block.tableOffset = RoundUp(block.offset + block.size, 8);
   block.tableChecksum = Checksum(table);

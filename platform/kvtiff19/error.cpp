@@ -76,26 +76,26 @@ namespace SCFile {
 
 const char* file_StatusText(int status) noexcept {
   static constexpr const char* texts[] = {
-      "done",                          // status_Ok
-      "wrong argument",                // status_BadArgument
-      "no such file",                  // status_NotFound
-      "the name is taken",             // status_Exists
-      "permission denied",             // status_AccessDenied
-      "not a file",                    // status_NotAFile
-      "the disk is full",              // status_DiskFull
-      "input/output error",            // status_InputOutput
-      "not an inspection file",        // status_NotInspection
-      "a newer format",                // status_NewerVersion
-      "damaged",                       // status_Damaged
-      "another writer has it",         // status_Locked
-      "changed since it was opened",   // status_MovedOn
-      "opened for reading only",       // status_ReadOnly
-      "a text that is not text",       // status_BadText
-      "the buffer is too small",       // status_BufferTooSmall
-      "too large for the format",      // status_TooLarge
-      "stopped",                       // status_Stopped
-      "another's file is in the way",  // status_InTheWay
-      "may not outlive a power cut",   // status_NotDurable
+      "done",                           // status_Ok
+      "wrong argument",                 // status_BadArgument
+      "no such file",                   // status_NotFound
+      "the name is taken",              // status_Exists
+      "permission denied",              // status_AccessDenied
+      "not a file",                     // status_NotAFile
+      "the disk is full",               // status_DiskFull
+      "input/output error",             // status_InputOutput
+      "not an inspection file",         // status_NotInspection
+      "another version of the format",  // status_NewerVersion
+      "damaged",                        // status_Damaged
+      "another writer has it",          // status_Locked
+      "changed since it was opened",    // status_MovedOn
+      "opened for reading only",        // status_ReadOnly
+      "a text that is not text",        // status_BadText
+      "the buffer is too small",        // status_BufferTooSmall
+      "too large for the format",       // status_TooLarge
+      "stopped",                        // status_Stopped
+      "another's file is in the way",   // status_InTheWay
+      "may not outlive a power cut",    // status_NotDurable
   };
   const auto index = static_cast<std::size_t>(status);
   return index < std::size(texts) ? texts[index] : "unknown status";

@@ -1,9 +1,15 @@
 // Files: opened, created, committed and closed.
+#include <algorithm>
+
 #include "platform/kvtiff19/guard.h"
 #include "platform/kvtiff19/reader.h"
 
 namespace utdata::kvtiff19 {
 namespace {
+
+SCFile::FileState StateOf(const SCFile::FileOrigin& origin, const CommitRecord& record) {
+  return {origin.identity, record.number, ChecksumOf(record)};
+}
 
 int StartFile(const wchar_t* path, Node** file, std::unique_ptr<OpenFile>& opened) {
   if (!file) return BadCall("no place for the file handle");
@@ -50,10 +56,46 @@ int CreateNew(const wchar_t* path, Node** file, bool replace) {
   std::unique_ptr<OpenFile> created;
   if (const int status = StartFile(path, file, created)) return status;
   created->replace = replace;
+  const auto identity = std::as_writable_bytes(std::span(created->origin.identity));
+  if (const os::Error error = os::CurrentSurroundings().FillRandom(identity);
+      error != os::Error::None)
+    return FailOs(created->path, error, "cannot be created without random numbers");
   if (const int status = CheckPlace(*created)) return status;
   if (const int status = BeginNewFile(*created)) return status;
   *file = created.release();
   return SCFile::status_Ok;
+}
+
+int ReadOrigin(const wchar_t* path, SCFile::FileOrigin* origin, SCFile::FileState* state) {
+  Node* none = nullptr;
+  std::unique_ptr<OpenFile> file;
+  if (const int status = StartFile(path, &none, file)) return status;
+  if (const os::Error error = file->fileSystem->Open(file->path, os::OpenMode::Read, file->handle);
+      error != os::Error::None)
+    return FailOs(file->path, error, "cannot be opened");
+  SlotState slots;
+  if (const int status = ReadSlots(*file, slots)) return status;
+  Give(origin, slots.origin);
+  Give(state, StateOf(slots.origin, slots.record));
+  return SCFile::status_Ok;
+}
+
+/// Whether a state's record names the groups of a file up to one of them, or none of them.
+bool Contains(const OpenFile& file, const SCFile::FileState& state) {
+  if (state.identity != file.origin.identity || state.commitNumber > file.current.number)
+    return false;
+  if (StateOf(file.origin, file.current) == state) return true;
+  CommitRecord past;
+  past.number = state.commitNumber;
+  if (ChecksumOf(past) == state.commitChecksum) return true;
+  // Every commit ends with a segment, but that of a new file without groups.
+  return std::any_of(
+      file.segmentsRead.rbegin(), file.segmentsRead.rend(), [&](const Link& segment) {
+        ++past.segmentCount;
+        past.newest = segment;
+        past.end = segment.offset + segment.size;
+        return ChecksumOf(past) == state.commitChecksum;
+      });
 }
 
 }  // namespace
@@ -117,6 +159,29 @@ int file_SetCharacterFormat(FileHandle file, int format) {
 FileHandle file_OfGroup(Node* group) { return group ? group->file : nullptr; }
 
 const wchar_t* file_Path(const Node* file) { return file ? file->file->path.c_str() : nullptr; }
+
+FileOrigin file_Origin(const Node* file) { return file->file->origin; }
+
+FileState file_State(const Node* file) { return StateOf(file->file->origin, file->file->current); }
+
+bool file_Contains(const Node* file, const FileState& state) {
+  return file && Contains(*file->file, state);
+}
+
+int file_ReadOrigin(const wchar_t* path, FileOrigin* origin, FileState* state) {
+  return Guarded([&] { return ReadOrigin(path, origin, state); });
+}
+
+int file_MakeCompanion(FileHandle file,
+                       std::uint32_t number,
+                       const FileIdentity& base,
+                       const FileState& predecessor) {
+  if (!IsFile(file) || !file->file->isNew) return BadCall("not a new file");
+  FileOrigin origin{file->file->origin.identity, number, base, predecessor};
+  if (!origin.IsCompanion() || !IsOriginSound(origin)) return BadCall("no companion is like that");
+  file->file->origin = origin;
+  return status_Ok;
+}
 
 std::uint64_t file_CommitNumber(const Node* file) { return file ? file->file->current.number : 0; }
 

@@ -4,6 +4,11 @@
 #include <xxhash.h>
 
 namespace utdata::kvtiff19 {
+
+using SCFile::FileIdentity;
+using SCFile::FileOrigin;
+using SCFile::FileState;
+
 namespace {
 
 // A byte past 127, a line end of each kind: a transfer that treats the file as text shows in its
@@ -26,6 +31,18 @@ void StoreLink(std::byte* at, const Link& link) {
 
 Link LoadLink(const std::byte* at) {
   return {Load<std::uint64_t>(at), Load<std::uint64_t>(at + 8), Load<std::uint64_t>(at + 16)};
+}
+
+constexpr std::size_t checksumOfHeader = 80;
+
+void StoreIdentity(std::byte* at, const FileIdentity& identity) {
+  std::memcpy(at, identity.data(), identity.size());
+}
+
+FileIdentity LoadIdentity(const std::byte* at) {
+  FileIdentity identity;
+  std::memcpy(identity.data(), at, identity.size());
+  return identity;
 }
 
 }  // namespace
@@ -61,31 +78,56 @@ bool AllZero(Bytes bytes) noexcept {
                            std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
 }
 
-std::array<std::byte, pageSize> EncodeHeader() noexcept {
+std::array<std::byte, pageSize> EncodeHeader(const FileOrigin& origin) noexcept {
   std::array<std::byte, pageSize> page{};
   std::memcpy(page.data(), fileMagic.data(), fileMagic.size());
   Store(page.data() + 8, majorVersion);
   Store(page.data() + 10, minorVersion);
-  Store(page.data() + 16, Checksum(Bytes(page).first(16)));
+  Store(page.data() + 12, origin.number);
+  StoreIdentity(page.data() + 16, origin.identity);
+  StoreIdentity(page.data() + 32, origin.base);
+  StoreIdentity(page.data() + 48, origin.predecessor.identity);
+  Store(page.data() + 64, origin.predecessor.commitNumber);
+  Store(page.data() + 72, origin.predecessor.commitChecksum);
+  Store(page.data() + checksumOfHeader, Checksum(Bytes(page).first(checksumOfHeader)));
   return page;
 }
 
-int CheckHeader(Bytes page) noexcept {
-  if (page.size() < headerSize || !StartsWith(page, fileMagic)) return SCFile::status_NotInspection;
-  // A newer major version may lay out everything behind it in another way, its checksum included.
-  const auto major = Load<std::uint16_t>(page.data() + 8);
-  if (major > majorVersion) return SCFile::status_NewerVersion;
-  const bool sound = major == majorVersion && page.size() == pageSize &&
-                     AllZero(page.subspan(12, 4)) &&
-                     Load<std::uint64_t>(page.data() + 16) == Checksum(page.first(16)) &&
-                     AllZero(page.subspan(headerSize));
-  return sound ? SCFile::status_Ok : SCFile::status_Damaged;
+int DecodeHeader(Bytes page, FileOrigin& origin) noexcept {
+  constexpr std::size_t versionEnd = 12;
+  if (page.size() < versionEnd || !StartsWith(page, fileMagic)) return SCFile::status_NotInspection;
+  // Another version may lay out everything behind it in another way, its checksum included.
+  if (Load<std::uint16_t>(page.data() + 8) != majorVersion ||
+      Load<std::uint16_t>(page.data() + 10) != minorVersion)
+    return SCFile::status_NewerVersion;
+  if (page.size() != pageSize || !AllZero(page.subspan(headerSize)) ||
+      Load<std::uint64_t>(page.data() + checksumOfHeader) != Checksum(page.first(checksumOfHeader)))
+    return SCFile::status_Damaged;
+  origin.number = Load<std::uint32_t>(page.data() + 12);
+  origin.identity = LoadIdentity(page.data() + 16);
+  origin.base = LoadIdentity(page.data() + 32);
+  origin.predecessor = {LoadIdentity(page.data() + 48),
+                        Load<std::uint64_t>(page.data() + 64),
+                        Load<std::uint64_t>(page.data() + 72)};
+  return IsOriginSound(origin) ? SCFile::status_Ok : SCFile::status_Damaged;
+}
+
+bool IsOriginSound(const FileOrigin& origin) noexcept {
+  constexpr FileIdentity none{};
+  if (origin.identity == none || origin.number > maxCompanionNumber) return false;
+  const FileState& before = origin.predecessor;
+  if (!origin.IsCompanion()) return origin.base == none && before == FileState{};
+  return origin.base != none && before.identity != none && before.commitNumber > 0;
 }
 
 std::array<std::byte, pageSize> EncodeUnfinishedMark() noexcept {
   std::array<std::byte, pageSize> page{};
   std::memcpy(page.data(), unfinishedMark.data(), unfinishedMark.size());
   return page;
+}
+
+std::uint64_t ChecksumOf(const CommitRecord& record) noexcept {
+  return Load<std::uint64_t>(EncodeSlot(record).data() + 56);
 }
 
 std::array<std::byte, slotSize> EncodeSlot(const CommitRecord& record) noexcept {

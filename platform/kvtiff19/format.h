@@ -26,18 +26,20 @@ inline constexpr std::uint64_t headerOffset = 0;
 inline constexpr std::array<std::uint64_t, 2> slotOffsets = {pageSize, 2 * pageSize};
 inline constexpr std::uint64_t dataStart = 3 * pageSize;
 
-inline constexpr std::uint16_t majorVersion = 1;
-inline constexpr std::uint16_t minorVersion = 0;
+// Before 1.0 a reader takes its own version only.
+inline constexpr std::uint16_t majorVersion = 0;
+inline constexpr std::uint16_t minorVersion = 9;
 
 inline constexpr unsigned maxDepth = 16;  ///< groups inside each other, the top group counted
 inline constexpr std::size_t maxNameLength = 32767;            ///< characters of a group's name
 inline constexpr std::size_t maxNameSize = 4 * maxNameLength;  ///< its UTF-8 bytes
 inline constexpr std::uint64_t maxBodySize = 0xFFFFFFF0;
 inline constexpr std::uint64_t chunkSize =
-    1u << 20;  ///< bytes of a block under one checksum, as written
+    1u << 16;  ///< bytes of a block under one checksum, as written
 inline constexpr std::uint64_t maxChunkSize = 1u << 26;
 
-inline constexpr std::size_t headerSize = 24;
+inline constexpr std::size_t headerSize = 88;
+inline constexpr std::uint32_t maxCompanionNumber = 99;
 inline constexpr std::size_t slotSize = 64;
 inline constexpr std::size_t segmentHeaderSize = 40;
 inline constexpr std::size_t itemHeaderSize = 8;
@@ -100,10 +102,15 @@ class ChecksumStream {
 }
 
 /// The first page of a file.
-[[nodiscard]] std::array<std::byte, pageSize> EncodeHeader() noexcept;
+[[nodiscard]] std::array<std::byte, pageSize> EncodeHeader(
+    const SCFile::FileOrigin& origin) noexcept;
 /// status_Ok, status_NotInspection, status_NewerVersion or status_Damaged. `page` may be shorter
 /// when the file is.
-[[nodiscard]] int CheckHeader(Bytes page) noexcept;
+[[nodiscard]] int DecodeHeader(Bytes page, SCFile::FileOrigin& origin) noexcept;
+
+/// Whether a file can say this of itself: a companion names its base and its predecessor, another
+/// file names none.
+[[nodiscard]] bool IsOriginSound(const SCFile::FileOrigin& origin) noexcept;
 
 /// The page that a new file begins with until everything in it is written, and ends with until it
 /// has its name.
@@ -127,6 +134,8 @@ struct CommitRecord {
 };
 
 [[nodiscard]] std::array<std::byte, slotSize> EncodeSlot(const CommitRecord& record) noexcept;
+/// The checksum that a slot of this record carries.
+[[nodiscard]] std::uint64_t ChecksumOf(const CommitRecord& record) noexcept;
 /// The record of a slot's page; nothing unless every byte of the page is right.
 [[nodiscard]] std::optional<CommitRecord> DecodeSlot(Bytes page) noexcept;
 /// Whether a page that is no valid slot can be one whose writing was cut short.

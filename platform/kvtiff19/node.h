@@ -77,7 +77,8 @@ struct OpenFile : Node {
   bool isWanted = false;    ///< of a new file: it is to exist once it is closed
   bool replace = false;     ///< a new file that may take the place of another
   bool writing = false;     ///< holds the writer's lock
-  CommitRecord current;     ///< what is committed
+  SCFile::FileOrigin origin;
+  CommitRecord current;  ///< what is committed
   std::size_t committedTops = 0;
   std::uint64_t writeEnd = dataStart;  ///< where the next bytes are written while `writing`
   int failure = 0;  ///< status of the first write that failed since the last commit
@@ -86,7 +87,8 @@ struct OpenFile : Node {
   std::vector<std::unique_ptr<std::byte[]>> metadata;  ///< segments, each whole
   std::vector<const std::byte*>
       misfits;  ///< first items of groups read at opening that do not fit their type, in order
-  std::vector<Link> segmentsRead;  ///< where the top groups found at opening stand, in any order
+  std::vector<Link>
+      segmentsRead;  ///< where the top groups found at opening stand, the last one first
   std::vector<std::unique_ptr<os::Mapping>> mappings;
 
   [[nodiscard]] std::wstring PartPath() const { return path + L".part"; }

@@ -68,7 +68,7 @@ const char* CheckRecord(const CommitRecord& record) {
 int RefuseHeader(const OpenFile& file, int status, std::uint64_t fileSize) {
   switch (status) {
     case SCFile::status_NewerVersion:
-      return FailAt(file, status, "written by a newer version of the format");
+      return FailAt(file, status, "written in another version of the format");
     case SCFile::status_Damaged:
       return FailAt(file, status, "the file header is damaged");
     default:
@@ -191,7 +191,7 @@ int ReadSlots(const OpenFile& file, SlotState& state) {
     Front front;
     if (const os::Error error = ReadFront(*file.handle, front); error != os::Error::None)
       return FailOs(file.path, error, "cannot be read");
-    if (const int status = CheckHeader(front.Page(headerOffset)))
+    if (const int status = DecodeHeader(front.Page(headerOffset), state.origin))
       return RefuseHeader(file, status, front.fileSize);
     problem = Settle(front, state);
     if (!problem) problem = CheckRecord(state.record);
@@ -205,6 +205,7 @@ int ReadSlots(const OpenFile& file, SlotState& state) {
 int ReadCommitted(OpenFile& file) {
   SlotState state;
   if (const int status = ReadSlots(file, state)) return status;
+  file.origin = state.origin;
   file.current = state.record;
   ChainReader chain(file);
   if (const int status = chain.Read()) return status;

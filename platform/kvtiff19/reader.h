@@ -5,8 +5,9 @@
 
 namespace utdata::kvtiff19 {
 
-/// What the two commit slots say.
+/// What the header and the two commit slots say.
 struct SlotState {
+  SCFile::FileOrigin origin;
   CommitRecord record;  ///< the newest one
   bool atRest = false;  ///< the file ends where the record says, and both slots say the same; else
                         ///< a writer is or was at work

@@ -96,20 +96,29 @@ class Verifier {
       TellLast(status);
       return Advance(block.size);
     }
-    std::vector<std::byte> chunk;
+    constexpr std::uint64_t atOnce = std::uint64_t{1} << 20;
+    const std::uint64_t step = std::max(block.chunk, atOnce);  // a multiple of a chunk
+    std::vector<std::byte> bytes;
     std::uint64_t badChunks = 0;
     std::uint64_t firstBad = 0;
-    for (std::uint64_t from = 0; from < block.size; from += block.chunk) {
-      chunk.resize(static_cast<std::size_t>(std::min(block.chunk, block.size - from)));
-      std::uint64_t checksum = 0;
-      int status = table.Next(checksum);
-      if (status == SCFile::status_Ok) status = ReadWhole(m_file, block.offset + from, chunk);
-      if (status != SCFile::status_Ok) {
+    for (std::uint64_t from = 0; from < block.size; from += step) {
+      bytes.resize(static_cast<std::size_t>(std::min(step, block.size - from)));
+      if (const int status = ReadWhole(m_file, block.offset + from, bytes)) {
         TellLast(status);
         return Advance(block.size - from);
       }
-      if (Checksum(chunk) != checksum && badChunks++ == 0) firstBad = block.offset + from;
-      if (!Advance(chunk.size())) return false;
+      for (std::uint64_t at = 0; at < bytes.size(); at += block.chunk) {
+        const Bytes chunk = Bytes(bytes).subspan(
+            static_cast<std::size_t>(at),
+            static_cast<std::size_t>(std::min(block.chunk, bytes.size() - at)));
+        std::uint64_t checksum = 0;
+        if (const int status = table.Next(checksum)) {
+          TellLast(status);
+          return Advance(block.size - from);
+        }
+        if (Checksum(chunk) != checksum && badChunks++ == 0) firstBad = block.offset + from + at;
+      }
+      if (!Advance(bytes.size())) return false;
     }
     if (badChunks > 0)
       Tell(SCFile::status_Damaged,

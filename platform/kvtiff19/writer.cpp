@@ -54,7 +54,7 @@ int LockUnmoved(OpenFile& file) {
     return status;
   SlotState state;
   if (const int status = ReadSlots(file, state)) return status;
-  if (state.record != file.current)
+  if (state.record != file.current || state.origin != file.origin)
     return FailAt(file, SCFile::status_MovedOn, "it was changed since it was opened");
   if (state.atRest) return SCFile::status_Ok;
   std::uint64_t size = 0;
@@ -100,7 +100,7 @@ int TakeName(OpenFile& file) {
 /// its ends says that it is unfinished.
 int CommitNew(OpenFile& file, const CommitRecord& record) {
   Error error = file.handle->WriteAt(record.end, EncodeUnfinishedMark());
-  if (error == Error::None) error = file.handle->WriteAt(headerOffset, EncodeHeader());
+  if (error == Error::None) error = file.handle->WriteAt(headerOffset, EncodeHeader(file.origin));
   for (const std::size_t slot : {0u, 1u})
     if (error == Error::None) error = WriteSlot(file, slot, record);
   if (error != Error::None) return FailOs(file.path, error, "cannot be written");

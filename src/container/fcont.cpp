@@ -46,11 +46,26 @@ void MoveAll(CList<Element>& from, CList<Element>& to) {
   }
 }
 
+/// Takes back what was read of a file.
+void Drop(fcontsec_typeFileDescriptor& work) noexcept {
+  if (work.file) SCFile::file_Close(work.file);
+  work.file = nullptr;
+  ReleaseAll(work);
+}
+
 /// The first two companions are read on request only. Their names are those built here, with a
 /// capital letter.
 bool IsLeftOut(const std::wstring& name, const int options[8]) {
   const std::wstring extension = utdata::os::SplitPath(name).extension;
   return (extension == L".A01" && options[4] == 0) || (extension == L".A02" && options[5] == 0);
+}
+
+/// Whether a companion belongs to the inspection of a descriptor, as far as that is known.
+bool IsOwn(const CFContTypeFileDescr& descriptor, SCFile::FileHandle companion) {
+  if (descriptor.files.IsEmpty()) return true;
+  const SCFile::FileOrigin origin = SCFile::file_Origin(companion);
+  return origin.IsCompanion() &&
+         origin.base == InspectionOf(SCFile::file_Origin(descriptor.files.GetHead()));
 }
 
 }  // namespace
@@ -99,7 +114,13 @@ bool CFCont::ReadInto(CFContTypeFileDescr* descriptor,
                       CFContKVTiff* reader,
                       fcontsec_typeFileDescriptor* work,
                       CDataNewGroup* newGroups) {
-  if (reader->FileLoad(path, work) == -1) return false;
+  return reader->FileLoad(path, work) != -1 && Merge(descriptor, path, work, newGroups);
+}
+
+bool CFCont::Merge(CFContTypeFileDescr* descriptor,
+                   const wchar_t* path,
+                   fcontsec_typeFileDescriptor* work,
+                   CDataNewGroup* newGroups) {
   try {
     // Modifications name what they change by the ids in the files.
     const bool isNumbered = descriptor->m_numbering != nullptr;
@@ -113,9 +134,7 @@ bool CFCont::ReadInto(CFContTypeFileDescr* descriptor,
   } catch (const std::bad_alloc&) {
     SCFile::file_Fail(SCFile::status_TooLarge, "not enough memory to load an inspection");
   }
-  if (work->file) SCFile::file_Close(work->file);
-  work->file = nullptr;
-  ReleaseAll(*work);
+  Drop(*work);
   return false;
 }
 
@@ -153,14 +172,47 @@ bool CFCont::ReadCompanions(CFContTypeFileDescr* descriptor,
   try {
     CFContKVTiff reader;
     fcontsec_typeFileDescriptor work;
-    const Companions companions = ListCompanions(path);
-    return std::ranges::all_of(companions.names, [&](const std::wstring& name) {
-      return IsLeftOut(name, options) ||
-             ReadInto(descriptor, name.c_str(), &reader, &work, newGroups);
+    const std::vector<std::wstring> companions = ListCompanions(path);
+    return std::ranges::all_of(companions, [&](const std::wstring& name) {
+      if (IsLeftOut(name, options)) return true;
+      if (reader.FileLoad(name.c_str(), &work) == -1) return false;
+      if (IsOwn(*descriptor, work.file)) return Merge(descriptor, name.c_str(), &work, newGroups);
+      SCFile::file_Fail(SCFile::status_InTheWay, name, "it belongs to another inspection");
+      Drop(work);
+      return false;
     });
   } catch (const std::bad_alloc&) {
     return false;
   }
+}
+
+int CFCont::UpdateFromCompanions(CFContTypeFileDescr* descriptor,
+                                 CDataNewGroup* newGroups,
+                                 std::vector<utdata::CompanionFault>& faults) {
+  if (!descriptor || descriptor->files.IsEmpty()) return 1;
+  const SCFile::FileHandle base = descriptor->files.GetHead();
+  try {
+    faults.clear();
+    if (SCFile::file_Origin(base).IsCompanion()) return 0;
+    Judgement judgement =
+        JudgeCompanions(descriptor->path, SCFile::file_Origin(base), SCFile::file_State(base));
+    CFContKVTiff reader;
+    fcontsec_typeFileDescriptor work;
+    const bool isRead = std::ranges::all_of(judgement.own, [&](const OwnCompanion& own) {
+      if (reader.FileLoad(own.path.c_str(), &work) == -1) return false;
+      if (SCFile::file_Origin(work.file).identity == own.identity)
+        return Merge(descriptor, own.path.c_str(), &work, newGroups);
+      SCFile::file_Fail(SCFile::status_MovedOn, own.path, "another file has taken its name");
+      Drop(work);
+      return false;
+    });
+    faults = std::move(judgement.faults);
+    if (isRead) return 0;
+  } catch (const std::bad_alloc&) {
+    SCFile::file_Fail(SCFile::status_TooLarge, "not enough memory to load an inspection");
+  }
+  FcontClose(descriptor);
+  return 1;
 }
 
 void CFCont::FileClose(CFContTypeFileDescr* descriptor) {

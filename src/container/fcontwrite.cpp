@@ -132,13 +132,20 @@ int CFCont::WriteCompanion(CFContTypeFileDescr* loaded,
   if (!CompanionNameFits(path))
     return SCFile::file_Fail(
         SCFile::status_TooLarge, path, "the path is too long for the name of a companion");
-  const Companions companions = ListCompanions(path);
-  if (companions.gap) return SCFile::status_Ok;
-  const std::wstring name = CompanionName(path, static_cast<int>(companions.names.size()) + 1);
+  if (loaded->files.IsEmpty())
+    return SCFile::file_Fail(SCFile::status_BadArgument, path, "it was not loaded from a file");
+  const int number = static_cast<int>(ListCompanions(path).size()) + 1;
+  if (!CompanionsBehind(path, number).empty()) return SCFile::status_Ok;
+  const std::wstring name = CompanionName(path, number);
   SCFile::FileHandle created = nullptr;
   int status = SCFile::file_Create(name.c_str(), &created);
   if (status != SCFile::status_Ok) return status;
   NewFile owned(created);
+  status = SCFile::file_MakeCompanion(created,
+                                      static_cast<std::uint32_t>(number),
+                                      InspectionOf(SCFile::file_Origin(loaded->files.GetHead())),
+                                      PredecessorOf(*loaded, number));
+  if (status != SCFile::status_Ok) return status;
   Changes changes(*loaded, writeFlag);
   status = WriteExistingFileDescriptor(created, descriptor, &changes);
   if (status != SCFile::status_Ok) return status;

@@ -6,6 +6,7 @@
 
 #include "interfaces/os.h"
 #include "src/container/companions.h"
+#include "src/inspection/companionwarnings.h"
 #include "src/inspection/groupitems.h"
 #include "utdata/grouplists.h"
 
@@ -51,26 +52,44 @@ std::unique_ptr<InspectionState> Load(const std::string& path, const OpenOptions
   const std::wstring widePath = ToWide(path);
   CFContTypeFileDescr* loaded = container.FileLoad(widePath.c_str(), nullptr, nullptr);
   if (!loaded) throw Error::OfFileLayer(StatusOfOpening(widePath), path, "cannot be loaded");
-  constexpr int readAllCompanions[8] = {0, 0, 0, 0, 1, 1, 0, 0};
+  std::vector<CompanionFault> faults;
   // A failed update deletes the descriptor.
-  if (container.FileUpdate(widePath.c_str(), loaded, readAllCompanions, nullptr, nullptr) != 0)
+  if (container.UpdateFromCompanions(loaded, nullptr, faults) != 0)
     throw Error::OfFileLayer(SCFile::status_Ok, path, "a companion cannot be read");
   // Without sub-channels' descriptors, numbering would take each data group for a whole channel's.
   if (!loaded->subChannels.IsEmpty()) container.UpdateSubChannelList(loaded);
-  return std::make_unique<InspectionState>(path, loaded, options);
+  auto state = std::make_unique<InspectionState>(path, loaded, options);
+  for (const CompanionFault& fault : faults) state->companionProblems.push_back(ProblemOf(fault));
+  return state;
 }
 
 std::string LastFile(const InspectionState& state) {
   return ToUtf8(SCFile::file_Path(state.descriptor->files.GetTail()));
 }
 
-/// Companions are found one number after the other: those behind a gap are not read.
-void WarnOfGap(InspectionState& state) {
-  const container::Companions companions = container::ListCompanions(ToWide(state.path));
-  if (companions.gap)
-    state.warnings.push_back(state.path + ": companion " +
-                             std::to_string(companions.names.size() + 1) +
-                             " is missing; those behind it were not read");
+void WarnOfCompanions(InspectionState& state) {
+  const CFContTypeFileDescr& groups = *state.descriptor;
+  const SCFile::FileOrigin origin = SCFile::file_Origin(groups.files.GetHead());
+  if (!origin.IsCompanion())
+    for (CompanionProblem& lost : FindLostCompanions(
+             groups.path, origin.identity, static_cast<std::size_t>(groups.files.GetCount()) - 1))
+      state.companionProblems.push_back(std::move(lost));
+  for (const CompanionProblem& problem : state.companionProblems)
+    state.warnings.push_back(problem.Line());
+}
+
+/// Changes go behind everything that was changed before: what was not read would stand between, or
+/// behind them.
+void CheckNothingIsLeftOut(const InspectionState& state, const char* what, bool isAppended) {
+  const CFContTypeFileDescr& groups = *state.descriptor;
+  if (!groups.files.IsEmpty() && SCFile::file_Origin(groups.files.GetHead()).IsCompanion())
+    throw Error(state.path,
+                what,
+                "it is " + DescribeCompanion(state.path) + ", opened alone",
+                "open its base");
+  for (const CompanionProblem& problem : state.companionProblems)
+    if (!problem.isRead && !(isAppended && problem.isForeign))
+      throw Error(state.path, what, problem.Line(), "bring it in order, or move it away");
 }
 
 /// What follows an item that could not be read is not in memory; FileWrite refuses such a table.
@@ -145,7 +164,7 @@ Inspection::~Inspection() = default;
 
 Inspection Inspection::Open(const std::string& path, const OpenOptions& options) {
   Inspection inspection(Load(path, options));
-  WarnOfGap(*inspection.m_state);
+  WarnOfCompanions(*inspection.m_state);
   WarnOfLostDefects(*inspection.m_state);
   inspection.m_state->WarnOfRepairs();
   return inspection;
@@ -270,7 +289,8 @@ std::string Inspection::SaveCompanion() {
   CheckInPlace(*m_state);
   CFContTypeFileDescr& loaded = *m_state->descriptor;
   constexpr const char* what = "its companion cannot be written";
-  if (container::ListCompanions(loaded.path).names.size() >= listed)
+  CheckNothingIsLeftOut(*m_state, what, false);
+  if (container::ListCompanions(loaded.path).size() >= listed)
     throw Error(Path(),
                 what,
                 "it has 98 companions, and no more are read",
@@ -283,8 +303,8 @@ std::string Inspection::SaveCompanion() {
   if (loaded.files.GetCount() == filesBefore)
     throw Error(Path(),
                 what,
-                "the companions are not numbered without a gap",
-                "bring the missing one back, or move away those behind the gap");
+                "one before the last companion is missing",
+                "bring it back, or move away those behind it");
   Settle(*m_state, changes);
   return LastFile(*m_state);
 }
@@ -293,6 +313,7 @@ std::string Inspection::SaveAppended() {
   Changes changes(*m_state);
   CheckSomething(*m_state, changes);
   CheckInPlace(*m_state);
+  CheckNothingIsLeftOut(*m_state, cannotBeWritten, true);
   CFContTypeFileDescr& loaded = *m_state->descriptor;
   const int status = CFCont().FileWrite(&loaded, &changes.groups, 0, nullptr, nullptr, 0);
   if (status != SCFile::status_Ok)
@@ -360,10 +381,10 @@ void CheckNewInspection(const std::string& path, bool replace) {
   std::error_code ignored;
   if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
     throw Error(path, cannotBeWritten, "its folder does not exist", "make the folder first");
-  if (const std::wstring companion = container::CompanionName(widePath, 1); Exists(companion))
+  if (const auto companions = container::CompanionsBehind(widePath, 0); !companions.empty())
     throw Error(path,
                 cannotBeWritten,
-                ToUtf8(companion) + " would be read as its companion",
+                ToUtf8(companions.front()) + " would stand beside it as a companion",
                 "move that file away or choose another name");
 }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "src/inspection/celltable.h"
+#include "utdata/companions.h"
 #include "utdata/fset.h"
 #include "utdata/inspection.h"
 #include "utdata/spec.h"
@@ -87,6 +88,7 @@ struct InspectionState final : IGDataSupplier {
   std::string path;
   OpenOptions options;
   std::vector<std::string> warnings;
+  std::vector<CompanionProblem> companionProblems;
   std::unique_ptr<CFContTypeFileDescr, Release> descriptor;
   CTableFactory tables;
   CVolumeSet volume{this, unit_Length, L"", unit_Length, L""};

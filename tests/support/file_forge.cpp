@@ -23,7 +23,9 @@ ByteText& ByteText::Append(kvtiff19::Bytes bytes) {
 
 FileForge::FileForge() {
   record.number = 1;
-  const auto header = EncodeHeader();
+  SCFile::FileOrigin origin;
+  origin.identity.fill(1);
+  const auto header = EncodeHeader(origin);
   m_file.assign(header.begin(), header.end());
   m_file.resize(dataStart);
 }

@@ -29,6 +29,7 @@ void DescribeProgram(CLI::App& program) {
   program.footer(
       "'utdata VERB --help' explains a verb. Exit status: 0 done, 1 the job failed, 2 wrong "
       "usage.");
+  AddAdoptVerb(program);
   AddCompletionVerb(program);
   AddDemoVerb(program);
   AddEditVerb(program);

@@ -123,9 +123,11 @@ TEST(Damage, OtherThingsThanInspectionFiles) {
   utdata::test::WriteBytes(folder / L"empty", {});
   utdata::test::WriteBytes(folder / L"text", std::vector<std::byte>(20000, std::byte{'a'}));
   ASSERT_EQ(::mkfifo(utdata::os::NarrowPath(folder / L"pipe").c_str(), 0600), 0);
-  const auto header = EncodeHeader();
+  SCFile::FileOrigin origin;
+  origin.identity.fill(1);
+  const auto header = EncodeHeader(origin);
   std::vector<std::byte> newer(header.begin(), header.end());
-  newer[8] = std::byte{2};
+  newer[10] = std::byte{10};
   utdata::test::WriteBytes(folder / L"newer", newer);
   const std::tuple<std::wstring, int, const char*> cases[] = {
       {L"missing", status_NotFound, "cannot be opened: no such file"},
@@ -134,7 +136,7 @@ TEST(Damage, OtherThingsThanInspectionFiles) {
       {L"pipe", status_NotAFile, "cannot be opened: not a file"},
       {L"empty", status_NotInspection, "the file is empty"},
       {L"text", status_NotInspection, "not an inspection file"},
-      {L"newer", status_NewerVersion, "written by a newer version of the format"},
+      {L"newer", status_NewerVersion, "written in another version of the format"},
       {std::wstring(300, L'x'), status_BadArgument, "cannot be opened: path too long"},
   };
   for (const auto& [name, status, words] : cases) {

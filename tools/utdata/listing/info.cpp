@@ -12,6 +12,7 @@
 #include "terminal/output.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/companions.h"
 #include "utdata/rdata.h"
 
 namespace utdata::program {
@@ -134,10 +135,12 @@ nlohmann::ordered_json InfoJson(const Inspection& inspection, const InfoContent&
   for (const std::string& line : DamageLines(inspection)) warnings.push_back(line);
   nlohmann::ordered_json result = {{"path", inspection.Path()},
                                    {"files", inspection.Files()},
+                                   {"role", DescribeCompanion(inspection.Path())},
                                    {"warnings", warnings},
                                    {"groups", groups},
                                    {"data", data},
                                    {"masters", MastersJson(inspection)}};
+  if (result["role"].get<std::string>().empty()) result.erase("role");
   if (!content.sorted) return result;
   result["sorted"] = nlohmann::ordered_json::array();
   for (const auto& [channel, ofChannel] : inspection.DataByChannel()) {
@@ -152,6 +155,8 @@ std::string InfoText(const Inspection& inspection, const InfoContent& content) {
   std::string text;
   for (const std::string& file : inspection.Files())
     text += (text.empty() ? "file     " : "with     ") + Printable(file) + "\n";
+  if (const std::string role = DescribeCompanion(inspection.Path()); !role.empty())
+    text += "it is    " + Printable(role) + ", shown without the rest\n";
   text += "groups   " + GroupsText(inspection) + "\n";
   AddTitles(inspection, text);
   if (inspection.Data().empty()) return text;

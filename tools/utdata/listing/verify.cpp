@@ -10,6 +10,7 @@
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/companions.h"
 #include "utdata/fcont.h"
 
 namespace utdata::program {
@@ -68,9 +69,8 @@ bool ReportProgress(void* progress, std::uint64_t done, std::uint64_t total) {
   }
 }
 
-}  // namespace
-
-Verdict Verify(const std::string& path, bool quiet) {
+/// Every byte of one file.
+Verdict VerifyBytes(const std::string& path, bool quiet) {
   Verdict verdict;
   verdict.path = path;
   std::string problem;
@@ -92,8 +92,44 @@ Verdict Verify(const std::string& path, bool quiet) {
   return verdict;
 }
 
+void Add(std::vector<Verdict>& verdicts, const CompanionProblem& problem) {
+  auto verdict = std::find_if(verdicts.begin(), verdicts.end(), [&](const Verdict& known) {
+    return known.path == problem.path;
+  });
+  if (verdict == verdicts.end()) {
+    verdicts.push_back({});
+    verdict = std::prev(verdicts.end());
+    verdict->path = problem.path;
+  }
+  const bool isMissing = !os::CurrentFileSystem().Exists(ToWide(problem.path));
+  verdict->problems.push_back(problem.what);
+  if (!verdict->IsClean()) return;
+  verdict->misplaced = isMissing ? "missing" : problem.isRead ? "out of order" : "misplaced";
+  verdict->status = SCFile::status_MovedOn;
+}
+
+}  // namespace
+
+std::vector<Verdict> Verify(const std::string& path, bool quiet) {
+  std::vector<Verdict> verdicts = {VerifyBytes(path, quiet)};
+  CompanionCheck check;
+  try {
+    check = CheckCompanions(path);
+  } catch (const Error&) {
+    return verdicts;  // the file's own verdict says why it cannot be read
+  }
+  verdicts.front().role = DescribeCompanion(path);
+  for (const std::string& file : check.files) {
+    verdicts.push_back(VerifyBytes(file, quiet));
+    verdicts.back().role = DescribeCompanion(file);
+  }
+  for (const CompanionProblem& problem : check.problems) Add(verdicts, problem);
+  return verdicts;
+}
+
 std::string Verdict::Word() const {
   if (IsClean()) return "clean";
+  if (!misplaced.empty()) return misplaced;
   return status == SCFile::status_Damaged ? "damaged" : SCFile::file_StatusText(status);
 }
 
@@ -101,8 +137,9 @@ std::string Verdict::Line() const {
   std::string line = path + ": ";
   if (IsClean())
     line += "clean, " + std::to_string(commits) + (commits == 1 ? " commit, " : " commits, ") +
-            Bytes(size);
-  else if (status != SCFile::status_Damaged && problems.front().ends_with(Word()))
+            Bytes(size) + (role.empty() ? "" : ", ") + role;
+  else if (misplaced == "missing" ||
+           (status != SCFile::status_Damaged && problems.front().ends_with(Word())))
     line += problems.front();
   else
     line += Word() + ": " + problems.front();
@@ -115,6 +152,7 @@ std::string Verdict::Line() const {
 
 nlohmann::ordered_json Verdict::Json() const {
   nlohmann::ordered_json result = {{"path", path}, {"clean", IsClean()}};
+  if (!role.empty()) result["role"] = role;
   if (IsClean()) {
     result["commits"] = commits;
     result["bytes"] = size;

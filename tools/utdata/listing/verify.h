@@ -16,6 +16,8 @@ struct Verdict {
   std::uint64_t commits = 0;
   std::uint64_t size = 0;  ///< bytes
   std::uint64_t tail = 0;  ///< of these, behind the last commit
+  std::string role;        ///< "companion 1 of weld.fpd"; empty for a file that is none
+  std::string misplaced;   ///< the word for a companion whose bytes may be right; else empty
 
   [[nodiscard]] bool IsClean() const { return status == 0; }
   /// One or two words for the status: "clean", "damaged", ...
@@ -25,8 +27,9 @@ struct Verdict {
   [[nodiscard]] nlohmann::ordered_json Json() const;
 };
 
-/// Checks every byte of a file, sample blocks included; companions are files of their own.
+/// Checks every byte of a file, sample blocks included, and then those of its companions, also of
+/// such as it is not read with; one that is missing gets a verdict too.
 /// @param quiet shows no progress
-[[nodiscard]] Verdict Verify(const std::string& path, bool quiet);
+[[nodiscard]] std::vector<Verdict> Verify(const std::string& path, bool quiet);
 
 }  // namespace utdata::program

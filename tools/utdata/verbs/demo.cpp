@@ -169,9 +169,8 @@ void Show(const DemoPaths& paths,
              paths.crack + ": " + DrawCrack(inspection, scan, paths.crack, options.force));
   steps.Done("picture",
              paths.flaws + ": " + DrawFlaws(inspection, scan, paths.flaws, options.force));
-  for (const std::string& path : {paths.inspection, paths.companion}) {
-    const Verdict verdict = Verify(path, options.quiet);
-    if (!verdict.IsClean()) throw Failure(path, verdict.Word(), verdict.problems.front());
+  for (const Verdict& verdict : Verify(paths.inspection, options.quiet)) {
+    if (!verdict.IsClean()) throw Failure(verdict.path, verdict.Word(), verdict.problems.front());
     steps.Done("verify", verdict.Line());
   }
   if (!options.quiet) PrintResult("\n" + InfoText(inspection, {}));

@@ -1,5 +1,6 @@
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@ namespace {
 
 constexpr const char* verifyExample =
     "Example:\n"
-    "  utdata demo --force && utdata verify utdata-demo/weld.fpd utdata-demo/weld.A01\n";
+    "  utdata demo --force && utdata verify utdata-demo/weld.fpd\n";
 
 struct VerifyOptions {
   std::vector<std::string> files;
@@ -25,13 +26,17 @@ struct VerifyOptions {
 void VerifyAll(const VerifyOptions& options) {
   nlohmann::ordered_json results = nlohmann::ordered_json::array();
   std::vector<Verdict> bad;
+  std::set<std::string> done;
   for (const std::string& path : options.files) {
-    const Verdict verdict = Verify(path, options.quiet);
-    if (!verdict.IsClean()) bad.push_back(verdict);
-    if (options.json)
-      results.push_back(verdict.Json());
-    else if (!options.quiet || !verdict.IsClean())
-      PrintResult(verdict.Line() + "\n");
+    if (done.contains(path)) continue;
+    for (const Verdict& verdict : Verify(path, options.quiet)) {
+      if (!done.insert(verdict.path).second) continue;
+      if (!verdict.IsClean()) bad.push_back(verdict);
+      if (options.json)
+        results.push_back(verdict.Json());
+      else if (!options.quiet || !verdict.IsClean())
+        PrintResult(verdict.Line() + "\n");
+    }
   }
   if (options.json)
     PrintResult(results.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
@@ -46,10 +51,11 @@ void VerifyAll(const VerifyOptions& options) {
 
 void AddVerifyVerb(CLI::App& program) {
   CLI::App& verb = *program.add_subcommand(
-      "verify", "Checks every byte of inspection files, sample blocks included");
+      "verify",
+      "Checks every byte of inspection files and of their companions, sample blocks included");
   const auto options = std::make_shared<VerifyOptions>();
   verb.add_option(
-          "FILE", options->files, "Inspection files; companions are checked when they are named")
+          "FILE", options->files, "Inspection files; the companions of each are checked with it")
       ->required();
   verb.add_flag("--json", options->json, "Print the results as JSON");
   verb.add_flag("--quiet", options->quiet, "Print only files that are not clean, and no progress");
