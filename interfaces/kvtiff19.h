@@ -293,6 +293,27 @@ UTDATA_API int file_Verify(const wchar_t* path,
                            VerifyProgress progress = nullptr,
                            void* context = nullptr);
 
+/// What file_Rescue found, each a line of UTF-8.
+struct RescueFindings {
+  std::vector<std::string> mended;  ///< damage that cost nothing
+  std::vector<std::string>
+      unchecked;                  ///< what is taken, though no checksum is left to say it is whole
+  std::vector<std::string> lost;  ///< what the file held, and the new one does not
+};
+
+/// Writes what is whole of a damaged inspection file as a new one: the top groups that match the
+/// checksum they are named with, in their order, with their blocks. One wrong byte of a small group
+/// is mended. A group that nothing names any more is taken when its structure is right, and said
+/// to be unchecked. A modification whose group is lost is left out, since it would be read as a
+/// group of its own. Samples that are damaged are left out cell by
+/// cell: their data group is then stored with an offset for each cell. Other blocks hold zeros
+/// where they are damaged. status_Damaged, and no new file, when nothing is left.
+/// @param replace an existing file at `to`
+UTDATA_API int file_Rescue(const wchar_t* from,
+                           const wchar_t* to,
+                           bool replace,
+                           RescueFindings* findings);
+
 }  // namespace SCFile
 
 #include "kvtiff19_families.h"

@@ -100,5 +100,19 @@ TEST_F(DamagedSampleTest, AcceptedItIsMarkedInPicturesAndListed) {
   EXPECT_NE(ReadFile(At("report.html")).find("\"damaged\":[["), std::string::npos);
 }
 
+TEST_F(DamagedSampleTest, RescueWritesWhatIsWholeAndListsTheRest) {
+  const ProgramResult result = Run("rescue scan.fpd -o rescued.fpd --json");
+  ExpectOneLine(result, 1, "scan.fpd: not all of it is rescued: ");
+  const nlohmann::json listed = nlohmann::json::parse(result.out, nullptr, false);
+  EXPECT_EQ(listed["complete"], false);
+  ASSERT_EQ(listed["lost"].size(), 1U);
+  EXPECT_EQ(Run("verify rescued.fpd").status, 0);
+  EXPECT_EQ(Run("render rescued.fpd --data 0 --view c --quiet -o c.png").status, 0);
+  ExpectOneLine(Run("rescue scan.fpd -o rescued.fpd"), 1, "rescued.fpd: ");
+  const ProgramResult again = Run("rescue rescued.fpd -o again.fpd");
+  EXPECT_EQ(again.status, 0) << again.error;
+  EXPECT_EQ(again.out, "written to again.fpd: nothing is lost\n");
+}
+
 }  // namespace
 }  // namespace utdata::test
