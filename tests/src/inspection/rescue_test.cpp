@@ -1,4 +1,4 @@
-// What a rescue makes of inspections with damaged samples, and of modifications without their group.
+// What a rescue makes of damaged samples, and of modifications whose group is lost.
 #include "utdata/rescue.h"
 
 #include <gtest/gtest.h>
