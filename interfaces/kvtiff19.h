@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "export.h"
 #include "kvtiff19_types.h"
@@ -215,12 +216,30 @@ UTDATA_API int file_BlockUnmap(FileHandle file, void* data);
 /// alone, for an address at which no view starts; it is not read. Any thread.
 [[nodiscard]] UTDATA_API bool file_ViewSize(const void* data, std::uint64_t* size) noexcept;
 
+/// The checksums of a block's chunks, to hold the block's bytes against wherever they are by now.
+struct BlockChunks {
+  std::uint64_t size = 0;   ///< bytes of the block
+  std::uint64_t chunk = 0;  ///< bytes under one checksum, a power of two; the last may have fewer
+  std::vector<std::uint64_t> checksums;
+};
+/// Reads the checksums of a block's chunks. Those of a damaged table are read too: a chunk that
+/// matches its checksum is whole, whatever became of the others.
+UTDATA_API int file_BlockChunks(const Node* group, std::uint32_t index, BlockChunks* chunks);
+/// Whether one chunk of a block is as it was written. Any thread.
+/// @param block the first byte of the block, mapped or in memory
+[[nodiscard]] UTDATA_API bool file_IsChunkWhole(const BlockChunks& chunks,
+                                                std::uint64_t index,
+                                                const void* block) noexcept;
+
 /// The file that a group belongs to; a file itself for a file. Null for null.
 [[nodiscard]] UTDATA_API FileHandle file_OfGroup(Node* group);
 /// The path that the file was opened or created with.
 [[nodiscard]] UTDATA_API const wchar_t* file_Path(const Node* file);
 /// The number of commits that the file holds.
 [[nodiscard]] UTDATA_API std::uint64_t file_CommitNumber(const Node* file);
+/// Where the committed bytes of the file end. What stands behind is the tail of a writer that is at
+/// work, or was interrupted; readers ignore it.
+[[nodiscard]] UTDATA_API std::uint64_t file_CommittedSize(const Node* file);
 
 /// Sixteen random bytes that a file gets when it is made. Copies of a file keep them.
 using FileIdentity = std::array<std::uint8_t, 16>;
@@ -273,6 +292,27 @@ UTDATA_API int file_Verify(const wchar_t* path,
                            std::string* problem,
                            VerifyProgress progress = nullptr,
                            void* context = nullptr);
+
+/// What file_Rescue found, each a line of UTF-8.
+struct RescueFindings {
+  std::vector<std::string> mended;  ///< damage that cost nothing
+  std::vector<std::string>
+      unchecked;                  ///< what is taken, though no checksum is left to say it is whole
+  std::vector<std::string> lost;  ///< what the file held, and the new one does not
+};
+
+/// Writes what is whole of a damaged inspection file as a new one: the top groups that match the
+/// checksum they are named with, in their order, with their blocks. One wrong byte of a small group
+/// is mended. A group that nothing names any more is taken when its structure is right, and said
+/// to be unchecked. A modification whose group is lost is left out, since it would be read as a
+/// group of its own. Samples that are damaged are left out cell by
+/// cell: their data group is then stored with an offset for each cell. Other blocks hold zeros
+/// where they are damaged. status_Damaged, and no new file, when nothing is left.
+/// @param replace an existing file at `to`
+UTDATA_API int file_Rescue(const wchar_t* from,
+                           const wchar_t* to,
+                           bool replace,
+                           RescueFindings* findings);
 
 }  // namespace SCFile
 

@@ -147,15 +147,18 @@ class UTDATA_API DataGroup {
 
   /// One A-scan, or the one value of a C-scan's cell, as stored: in the mapped file, not copied.
   /// Good while the inspection lives. Empty for a cell without samples. REQUIRES: `Sample` is the
-  /// stored type; throws when it has another size.
+  /// stored type; throws when it has another size. Throws when the samples are damaged; where that
+  /// is accepted, it is empty.
   template <class Sample>
   [[nodiscard]] std::span<const Sample> AScan(std::uint32_t row, std::uint32_t column) const {
     const std::span<const std::byte> bytes = Cell(row, column, sizeof(Sample));
     return {reinterpret_cast<const Sample*>(bytes.data()), bytes.size() / sizeof(Sample)};
   }
   /// The whole table as it is stored, attached to the item when first asked for. Throws when the
-  /// group has no samples.
+  /// group has no samples, or any are damaged; where that is accepted, they are as they are.
   [[nodiscard]] std::span<const std::byte> Table() const;
+  /// Part of the table, of which nothing else is checked. Throws as above, or when it is not there.
+  [[nodiscard]] std::span<const std::byte> Table(std::uint64_t from, std::uint64_t size) const;
   /// Whether there is a table: on disk, or in memory.
   [[nodiscard]] bool HasTable() const;
   /// The bits of a sample without amplitude, as the table has them: what stands for a cell without
@@ -172,6 +175,7 @@ class UTDATA_API DataGroup {
 
  private:
   friend class utdata::Samples;
+  friend struct DataGroupInside;
 
   [[nodiscard]] std::span<const std::byte> Cell(std::uint32_t row,
                                                 std::uint32_t column,

@@ -35,6 +35,7 @@ struct GateWindow {
 struct GateReadings {
   std::vector<std::uint16_t> amplitudes;  ///< sample values on the positive scale
   std::vector<std::uint16_t> positions;   ///< sample indices
+  std::vector<std::uint64_t> damaged;     ///< the cells with damaged samples, where accepted
 };
 
 /// What a gate saw in one data group of A-scans.
@@ -44,6 +45,9 @@ struct GatedData {
   DataGroup positions;
   GateWindow window;
   std::uint64_t strongest = 0;  ///< the first of several cells
+  /// Cells of the A-scans whose samples are damaged, where that is accepted. They have no value in
+  /// the C-scans, which are then stored with an offset for each cell.
+  std::uint64_t damaged = 0;
 };
 
 struct GateResult {
@@ -54,8 +58,8 @@ struct GateResult {
 
 /// Gates every data group with A-scans of the channel. Adds the gate, or changes the one that is
 /// there, and adds the C-scans; nothing is saved. Throws, and changes nothing, when the channel has
-/// no A-scans, the gate covers no sample, has C-scans already, or two groups of A-scans differ in
-/// neither patch nor sub-channel.
+/// no A-scans, the gate covers no sample, has C-scans already, two groups of A-scans differ in
+/// neither patch nor sub-channel, or samples are damaged and that is not accepted.
 UTDATA_API GateResult Gate(Inspection& inspection,
                            const GateSettings& settings,
                            const Watch& watch = {});

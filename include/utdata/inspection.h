@@ -9,6 +9,10 @@
 // answers a failure in another way. An inspection is used by one thread at a time, except that
 // reading samples (DataGroup, Samples) may run in several threads as long as no other thread
 // changes the inspection.
+//
+// Samples from a file are held against their checksums when they are first read, a chunk at a time
+// and each chunk once, and reading damaged ones throws (OpenOptions::acceptDamage). A host that
+// changes samples in a table of its own accord reads them here first.
 #pragma once
 
 #include <chrono>
@@ -50,6 +54,21 @@ struct OpenOptions {
   std::chrono::milliseconds tableTimeout = std::chrono::minutes(5);
   /// Called while tables are brought into memory.
   Watch watch = {};
+  /// Cells whose samples are damaged count as cells without samples; else reading them throws.
+  bool acceptDamage = false;
+};
+
+/// Samples of a data group that are not as they were written: bytes of its file that do not match
+/// their checksum.
+struct DamagedSamples {
+  std::size_t group = 0;        ///< DataGroup::Index
+  std::string file;             ///< that holds them
+  std::uint64_t offset = 0;     ///< in bytes from the start of the file
+  std::uint64_t size = 0;       ///< bytes
+  std::uint64_t cells = 0;      ///< how many of the cells have samples there
+  std::uint64_t firstCell = 0;  ///< of these
+  std::uint64_t lastCell = 0;
+  std::string why;  ///< all that as a failure says it
 };
 
 /// Chooses data groups; what is not given matches any.
@@ -85,6 +104,9 @@ class UTDATA_API Inspection {
   [[nodiscard]] std::vector<std::string> Files() const;
   /// What is odd about the inspection but did not keep it from being opened, a line each.
   [[nodiscard]] const std::vector<std::string>& Warnings() const;
+  /// The damaged samples that were found so far, by data group and place. Samples are checked when
+  /// they are first read: through a DataGroup, Samples or a gate, or when a save copies them.
+  [[nodiscard]] std::vector<DamagedSamples> Damage() const;
 
   // ---- data groups
 

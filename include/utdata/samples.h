@@ -1,7 +1,8 @@
 // The samples of one data group: as values, as display codes, and by their largest amplitudes.
 //
 // Values are corrected for byte order, compression and offset, as the item's descriptor calls for.
-// A cell without samples counts as one without amplitude.
+// A cell without samples counts as one without amplitude. Reading a cell with damaged samples
+// throws, unless the inspection was opened to accept that.
 #pragma once
 
 #include <array>
@@ -56,6 +57,8 @@ class UTDATA_API Samples {
   [[nodiscard]] Peaks FindPeaks(const CellRange& cells, const Watch& watch = {}) const;
   /// The values of one cell.
   [[nodiscard]] std::vector<std::int32_t> Values(std::uint64_t cell) const;
+  /// Whether a cell counts as one without samples because they are damaged. Reads them.
+  [[nodiscard]] bool IsDamaged(std::uint64_t cell) const;
 
   /// Display codes of the samples of some cells, one cell after the other.
   /// @param gain amplification by a whole number, 1 or more; without effect unless CanAmplify

@@ -91,11 +91,51 @@ Error WriteChunks(OpenFile& file,
   return writeTo(data.size());
 }
 
+std::string NameOf(const BlockRef& block) {
+  return "block at byte " + std::to_string(block.offset);
+}
+
+int RefuseTable(const OpenFile& file, const BlockRef& block) {
+  return FailAt(
+      file, SCFile::status_Damaged, NameOf(block) + ": the checksum of its table does not match");
+}
+
+/// @param from of the chunk in the block
+int RefuseChunk(const OpenFile& file, const BlockRef& block, std::uint64_t from) {
+  return FailAt(file,
+                SCFile::status_Damaged,
+                NameOf(block) + ": the checksum of the chunk at byte " +
+                    std::to_string(block.offset + from) + " does not match");
+}
+
+/// A table has a checksum for each chunk, hole or not, and writers leave no holes in it; a file
+/// system may make some of its zeros.
+int CheckTableClaim(const OpenFile& file, const BlockRef& block) {
+  constexpr std::uint64_t alwaysFine = 1u << 20;
+  const std::uint64_t size = block.TableSize();
+  if (size <= alwaysFine) return SCFile::status_Ok;
+  bool isStored = true;
+  if (const Error error = file.handle->IsStored(block.tableOffset, size, size / 2, isStored);
+      error != Error::None)
+    return FailOs(file.path, error, "cannot be read");
+  if (isStored) return SCFile::status_Ok;
+  return FailAt(file,
+                SCFile::status_Damaged,
+                NameOf(block) + ": its table is larger than what is stored of it");
+}
+
 std::vector<std::byte> EncodeTable(const std::vector<std::uint64_t>& checksums) {
   std::vector<std::byte> table(checksums.size() * sizeof(std::uint64_t));
   for (std::size_t index = 0; index < checksums.size(); ++index)
     Store(table.data() + index * sizeof(std::uint64_t), checksums[index]);
   return table;
+}
+
+std::uint64_t ChecksumOfTable(const std::vector<std::uint64_t>& checksums) {
+  if constexpr (std::endian::native == std::endian::little)
+    return Checksum(std::as_bytes(std::span(checksums)));
+  else
+    return Checksum(EncodeTable(checksums));
 }
 
 }  // namespace
@@ -129,19 +169,66 @@ int FindBlock(const Node* group, std::uint32_t index, BlockRef& block) {
   return SCFile::status_Ok;
 }
 
+int ReadChecksums(const OpenFile& file,
+                  const BlockRef& block,
+                  std::vector<std::uint64_t>& checksums) {
+  if (const int status = CheckTableClaim(file, block)) return status;
+  checksums.resize(static_cast<std::size_t>(block.ChunkCount()));
+  if (const int status =
+          ReadWhole(file, block.tableOffset, std::as_writable_bytes(std::span(checksums))))
+    return status;
+  for (std::uint64_t& checksum : checksums)
+    checksum = Load<std::uint64_t>(reinterpret_cast<const std::byte*>(&checksum));
+  return SCFile::status_Ok;
+}
+
 int ReadBlockTable(const OpenFile& file,
                    const BlockRef& block,
                    std::vector<std::uint64_t>& checksums) {
-  std::vector<std::byte> table(static_cast<std::size_t>(block.TableSize()));
-  if (const int status = ReadWhole(file, block.tableOffset, table)) return status;
-  if (Checksum(table) != block.tableChecksum) {
-    const std::string what = "block at byte " + std::to_string(block.offset) +
-                             ": the checksum of its table does not match";
-    return FailAt(file, SCFile::status_Damaged, what);
+  if (const int status = ReadChecksums(file, block, checksums)) return status;
+  return ChecksumOfTable(checksums) == block.tableChecksum ? static_cast<int>(SCFile::status_Ok)
+                                                           : RefuseTable(file, block);
+}
+
+int TableReader::ReadPiece() {
+  constexpr std::uint64_t pieceSize = 1u << 16;
+  m_offset = m_at;
+  m_piece.resize(static_cast<std::size_t>(std::min(pieceSize, m_block.TableSize() - m_offset)));
+  return ReadWhole(m_file, m_block.tableOffset + m_offset, m_piece);
+}
+
+int TableReader::Check() {
+  if (const int status = CheckTableClaim(m_file, m_block)) return status;
+  ChecksumStream checksum;
+  for (m_at = 0; m_at < m_block.TableSize(); m_at += m_piece.size()) {
+    if (const int status = ReadPiece()) return status;
+    checksum.Add(m_piece);
   }
-  checksums.resize(table.size() / sizeof(std::uint64_t));
-  for (std::size_t index = 0; index < checksums.size(); ++index)
-    checksums[index] = Load<std::uint64_t>(table.data() + index * sizeof(std::uint64_t));
+  m_at = 0;
+  m_piece.clear();
+  return checksum.Value() == m_block.tableChecksum ? static_cast<int>(SCFile::status_Ok)
+                                                   : RefuseTable(m_file, m_block);
+}
+
+int TableReader::Next(std::uint64_t& checksum) {
+  if (m_at >= m_offset + m_piece.size())
+    if (const int status = ReadPiece()) return status;
+  checksum = Load<std::uint64_t>(m_piece.data() + (m_at - m_offset));
+  m_at += sizeof checksum;
+  return SCFile::status_Ok;
+}
+
+int CheckView(const OpenFile& file, const BlockRef& block, const void* view) {
+  TableReader table(file, block);
+  if (const int status = table.Check()) return status;
+  const Bytes bytes(static_cast<const std::byte*>(view), static_cast<std::size_t>(block.size));
+  for (std::uint64_t from = 0; from < block.size; from += block.chunk) {
+    std::uint64_t checksum = 0;
+    if (const int status = table.Next(checksum)) return status;
+    const auto size = static_cast<std::size_t>(std::min(block.chunk, block.size - from));
+    if (Checksum(bytes.subspan(static_cast<std::size_t>(from), size)) != checksum)
+      return RefuseChunk(file, block, from);
+  }
   return SCFile::status_Ok;
 }
 
@@ -161,11 +248,8 @@ int ReadBlock(const OpenFile& file,
     const Bytes bytes =
         Bytes(buffer).subspan(static_cast<std::size_t>(start - from),
                               static_cast<std::size_t>(std::min(block.chunk, block.size - start)));
-    if (Checksum(bytes) == checksums[static_cast<std::size_t>(chunk)]) continue;
-    const std::string what = "block at byte " + std::to_string(block.offset) +
-                             ": the checksum of the chunk at byte " +
-                             std::to_string(block.offset + start) + " does not match";
-    return FailAt(file, SCFile::status_Damaged, what);
+    if (Checksum(bytes) != checksums[static_cast<std::size_t>(chunk)])
+      return RefuseChunk(file, block, start);
   }
   return SCFile::status_Ok;
 }

@@ -15,10 +15,37 @@ namespace utdata::kvtiff19 {
 /// The block at an index of a committed group.
 [[nodiscard]] int FindBlock(const Node* group, std::uint32_t index, BlockRef& block);
 
-/// Reads and checks the checksums of a block's chunks.
+/// Reads the checksums of a block's chunks, and does not check them. A few bytes can claim a table
+/// of any size: one that is not stored is refused before memory is asked for.
+[[nodiscard]] int ReadChecksums(const OpenFile& file,
+                                const BlockRef& block,
+                                std::vector<std::uint64_t>& checksums);
+/// The same, and checks them.
 [[nodiscard]] int ReadBlockTable(const OpenFile& file,
                                  const BlockRef& block,
                                  std::vector<std::uint64_t>& checksums);
+
+/// A block's checksums in order, a piece of them in memory at a time.
+class TableReader {
+ public:
+  TableReader(const OpenFile& file, const BlockRef& block) : m_file(file), m_block(block) {}
+  /// Checks the whole table.
+  [[nodiscard]] int Check();
+  /// Reads the checksum of the next chunk. REQUIRES: there is one.
+  [[nodiscard]] int Next(std::uint64_t& checksum);
+
+ private:
+  [[nodiscard]] int ReadPiece();
+
+  const OpenFile& m_file;
+  const BlockRef& m_block;
+  std::vector<std::byte> m_piece;
+  std::uint64_t m_offset = 0;  ///< of the piece in the table
+  std::uint64_t m_at = 0;      ///< of the next checksum in the table
+};
+
+/// Checks every chunk of a block against the bytes of a view of it.
+[[nodiscard]] int CheckView(const OpenFile& file, const BlockRef& block, const void* view);
 
 /// Reads part of a block. Chunks that are read whole are verified. REQUIRES: the part lies within
 /// the block.

@@ -185,4 +185,6 @@ int file_MakeCompanion(FileHandle file,
 
 std::uint64_t file_CommitNumber(const Node* file) { return file ? file->file->current.number : 0; }
 
+std::uint64_t file_CommittedSize(const Node* file) { return file ? file->file->current.end : 0; }
+
 }  // namespace SCFile

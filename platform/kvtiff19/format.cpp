@@ -60,6 +60,18 @@ void CopyNumbers(std::byte* target,
 
 std::uint64_t Checksum(Bytes bytes) noexcept { return XXH3_64bits(bytes.data(), bytes.size()); }
 
+struct ChecksumStream::State {
+  XXH3_state_t hash;
+};
+ChecksumStream::ChecksumStream() : m_state(std::make_unique<State>()) {
+  XXH3_64bits_reset(&m_state->hash);
+}
+ChecksumStream::~ChecksumStream() = default;
+void ChecksumStream::Add(Bytes bytes) noexcept {
+  XXH3_64bits_update(&m_state->hash, bytes.data(), bytes.size());
+}
+std::uint64_t ChecksumStream::Value() const noexcept { return XXH3_64bits_digest(&m_state->hash); }
+
 bool AllZero(Bytes bytes) noexcept {
   // Every byte equals the one before it, and the first is zero.
   return bytes.empty() || (bytes.front() == std::byte{0} &&

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -69,6 +70,21 @@ void CopyNumbers(std::byte* target,
 
 /// XXH3 of 64 bits with seed 0.
 [[nodiscard]] std::uint64_t Checksum(Bytes bytes) noexcept;
+
+/// The checksum of bytes that come in pieces.
+class ChecksumStream {
+ public:
+  ChecksumStream();
+  ChecksumStream(const ChecksumStream&) = delete;
+  ChecksumStream& operator=(const ChecksumStream&) = delete;
+  ~ChecksumStream();
+  void Add(Bytes bytes) noexcept;
+  [[nodiscard]] std::uint64_t Value() const noexcept;  ///< of what was added so far
+
+ private:
+  struct State;
+  std::unique_ptr<State> m_state;
+};
 
 /// Whether every byte is zero.
 [[nodiscard]] bool AllZero(Bytes bytes) noexcept;

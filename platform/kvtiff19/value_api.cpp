@@ -1,4 +1,5 @@
 // Values and blocks of groups: read and written.
+#include <algorithm>
 #include <limits>
 
 #include "platform/kvtiff19/block.h"
@@ -177,6 +178,23 @@ bool file_ViewSize(const void* data, std::uint64_t* size) noexcept {
   if (!FindView(data, found)) return false;
   Give(size, found);
   return true;
+}
+
+int file_BlockChunks(const Node* group, std::uint32_t index, BlockChunks* chunks) {
+  if (!chunks) return BadCall("no place for the checksums");
+  return Guarded([&] {
+    BlockRef block;
+    if (const int status = FindBlock(group, index, block)) return status;
+    *chunks = {block.size, block.chunk, {}};
+    return ReadChecksums(*group->file, block, chunks->checksums);
+  });
+}
+
+bool file_IsChunkWhole(const BlockChunks& chunks, std::uint64_t index, const void* block) noexcept {
+  const std::uint64_t from = index * chunks.chunk;
+  const std::uint64_t size = std::min(chunks.chunk, chunks.size - from);
+  const Bytes chunk(static_cast<const std::byte*>(block) + from, static_cast<std::size_t>(size));
+  return Checksum(chunk) == chunks.checksums[static_cast<std::size_t>(index)];
 }
 
 }  // namespace SCFile

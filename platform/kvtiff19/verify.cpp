@@ -91,8 +91,8 @@ class Verifier {
 
   /// False when the caller asks to stop.
   bool CheckBlock(const BlockRef& block) {
-    std::vector<std::uint64_t> checksums;
-    if (const int status = ReadBlockTable(m_file, block, checksums)) {
+    TableReader table(m_file, block);
+    if (const int status = table.Check()) {
       TellLast(status);
       return Advance(block.size);
     }
@@ -111,9 +111,12 @@ class Verifier {
         const Bytes chunk = Bytes(bytes).subspan(
             static_cast<std::size_t>(at),
             static_cast<std::size_t>(std::min(block.chunk, bytes.size() - at)));
-        if (Checksum(chunk) != checksums[static_cast<std::size_t>((from + at) / block.chunk)] &&
-            badChunks++ == 0)
-          firstBad = block.offset + from + at;
+        std::uint64_t checksum = 0;
+        if (const int status = table.Next(checksum)) {
+          TellLast(status);
+          return Advance(block.size - from);
+        }
+        if (Checksum(chunk) != checksum && badChunks++ == 0) firstBad = block.offset + from + at;
       }
       if (!Advance(bytes.size())) return false;
     }

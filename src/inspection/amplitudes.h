@@ -33,24 +33,28 @@ Extremes ExtremesOf(std::span<const Sample> samples) {
   constexpr std::size_t lanes = sizeof(Lanes) / sizeof(Sample);
   Extremes found;
   std::size_t at = 0;
+  const auto load = [&](std::size_t from) {
+    Lanes values;
+    std::memcpy(&values, samples.data() + from, sizeof values);
+    return values;
+  };
+  // No arrays of lanes: a compiler that does not unroll loops over them keeps them in memory.
   if (samples.size() >= 2 * lanes) {
-    Lanes highest[2], lowest[2];
-    for (std::size_t half = 0; half < 2; ++half) {
-      std::memcpy(&highest[half], samples.data() + half * lanes, sizeof(Lanes));
-      lowest[half] = highest[half];
+    Lanes highest = load(0), lowest = highest;
+    Lanes otherHighest = load(lanes), otherLowest = otherHighest;
+    for (at = 2 * lanes; at + 2 * lanes <= samples.size(); at += 2 * lanes) {
+      const Lanes values = load(at), otherValues = load(at + lanes);
+      highest = highest < values ? values : highest;
+      lowest = values < lowest ? values : lowest;
+      otherHighest = otherHighest < otherValues ? otherValues : otherHighest;
+      otherLowest = otherValues < otherLowest ? otherValues : otherLowest;
     }
-    for (at = 2 * lanes; at + 2 * lanes <= samples.size(); at += 2 * lanes)
-      for (std::size_t half = 0; half < 2; ++half) {
-        Lanes values;
-        std::memcpy(&values, samples.data() + at + half * lanes, sizeof(values));
-        highest[half] = highest[half] < values ? values : highest[half];
-        lowest[half] = values < lowest[half] ? values : lowest[half];
-      }
-    for (std::size_t half = 0; half < 2; ++half)
-      for (std::size_t lane = 0; lane < lanes; ++lane) {
-        found.highest = std::max(found.highest, std::int32_t{highest[half][lane]});
-        found.lowest = std::min(found.lowest, std::int32_t{lowest[half][lane]});
-      }
+    highest = highest < otherHighest ? otherHighest : highest;
+    lowest = otherLowest < lowest ? otherLowest : lowest;
+    for (std::size_t lane = 0; lane < lanes; ++lane) {
+      found.highest = std::max(found.highest, std::int32_t{highest[lane]});
+      found.lowest = std::min(found.lowest, std::int32_t{lowest[lane]});
+    }
   }
   for (; at < samples.size(); ++at) {
     found.highest = std::max(found.highest, std::int32_t{samples[at]});
@@ -84,6 +88,23 @@ class AmplitudeRule {
   double m_above;
   double m_below;
 };
+
+/// The first of some samples that has the larger amplitude of their extremes. Amplitudes grow with
+/// values on either side of zero, so that no sample but an extreme one has it.
+template <class Values, class Raw>
+std::size_t FirstLargest(const AmplitudeRule& rule,
+                         const Values& values,
+                         std::span<const Raw> samples,
+                         const Extremes& extremes) {
+  const std::int32_t largest = rule.Larger(extremes);
+  const bool areEqual = rule.Rank(extremes.highest) == rule.Rank(extremes.lowest);
+  const std::int32_t alsoLargest = areEqual ? extremes.lowest : largest;
+  const auto found = std::find_if(samples.begin(), samples.end(), [&](Raw sample) {
+    const std::int32_t value = values.ValueOf(sample);
+    return value == largest || value == alsoLargest;
+  });
+  return static_cast<std::size_t>(found - samples.begin());
+}
 
 /// Samples whose value is what is stored.
 template <class Sample>

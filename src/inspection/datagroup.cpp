@@ -103,7 +103,18 @@ CellRange DataGroup::CellsOfColumn(std::uint32_t column) const {
 
 bool DataGroup::HasTable() const { return Stored().samples.group || m_row->added; }
 
-std::span<const std::byte> DataGroup::Table() const { return m_inspection->TableOf(*m_row); }
+std::span<const std::byte> DataGroup::Table() const {
+  return Table(0, m_inspection->TableOf(*m_row).size());
+}
+
+std::span<const std::byte> DataGroup::Table(std::uint64_t from, std::uint64_t size) const {
+  const std::span<const std::byte> table = m_inspection->TableOf(*m_row);
+  if (from > table.size() || size > table.size() - from)
+    throw Error(
+        Name(), "cannot be read", "its samples have " + std::to_string(table.size()) + " bytes");
+  m_inspection->CheckTable(*m_row, from, size);
+  return table.subspan(static_cast<std::size_t>(from), static_cast<std::size_t>(size));
+}
 
 std::span<const std::byte> DataGroup::Cell(std::uint32_t row,
                                            std::uint32_t column,

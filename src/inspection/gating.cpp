@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <limits>
 #include <string>
 
 #include "src/inspection/amplitudes.h"
@@ -43,25 +45,25 @@ GateReadings ReadGate(const CRDataTypeDD& ascans,
     const std::size_t quantity = cells.Cells();
     const std::size_t cellBytes = cells.VectorBytes();
     const std::size_t cellsPerCall = 1 + (std::size_t{1} << 20U) / (cellBytes + 1);
-    GateReadings gated = {std::vector<std::uint16_t>(quantity),
-                          std::vector<std::uint16_t>(quantity)};
+    GateReadings gated = {
+        std::vector<std::uint16_t>(quantity), std::vector<std::uint16_t>(quantity), {}};
     for (std::size_t cell = 0; cell < quantity; ++cell) {
       if (watch && cell % cellsPerCall == 0)
         watch("gating", cell * cellBytes, quantity * cellBytes);
       const auto* begin = reinterpret_cast<const Raw*>(cells.Cell(cell));
-      if (!begin) continue;
+      if (!begin) {
+        if (cells.IsDamaged(cell)) gated.damaged.push_back(cell);
+        continue;
+      }
       const std::span<const Raw> seen(begin + window.first, window.quantity);
-      const std::int32_t largest = rule.Larger(values.Of(seen));
-      const double amplitude = rule.Positive(largest);
+      const Extremes extremes = values.Of(seen);
+      const double amplitude = rule.Positive(rule.Larger(extremes));
       gated.amplitudes[cell] =
           static_cast<std::uint16_t>(std::clamp(std::round(amplitude), 0.0, 65535.0));
       // A hundred times the amplitude: whole percents of whole values stay exact.
       if (100 * amplitude < threshold * rule.FullScale()) continue;
-      const double rank = rule.Rank(largest);
-      const auto found = std::find_if(seen.begin(), seen.end(), [&](Raw sample) {
-        return rule.Rank(values.ValueOf(sample)) == rank;
-      });
-      gated.positions[cell] = static_cast<std::uint16_t>(window.first + (found - seen.begin()));
+      gated.positions[cell] =
+          static_cast<std::uint16_t>(window.first + FirstLargest(rule, values, seen, extremes));
     }
     return gated;
   });
@@ -214,6 +216,35 @@ CGDataTypeFDD CScanRecord(const CGDataTypeFDD& ascans,
   return cscan;
 }
 
+/// A table with an offset for each cell, 0 for those that have no value.
+std::vector<std::byte> IndexedBytesOf(const std::vector<std::uint16_t>& values,
+                                      const std::vector<std::uint64_t>& without) {
+  const std::size_t start = values.size() * sizeof(std::uint32_t);
+  std::vector<std::uint32_t> offsets(values.size());
+  for (std::size_t cell = 0; cell < values.size(); ++cell)
+    offsets[cell] = static_cast<std::uint32_t>(start + cell * sizeof(std::uint16_t));
+  for (const std::uint64_t cell : without) offsets[static_cast<std::size_t>(cell)] = 0;
+  std::vector<std::byte> bytes(start);
+  std::memcpy(bytes.data(), offsets.data(), start);
+  const auto samples = std::as_bytes(std::span(values));
+  bytes.insert(bytes.end(), samples.begin(), samples.end());
+  return bytes;
+}
+
+DataGroup AddCScan(Inspection& inspection,
+                   CGDataTypeFDD record,
+                   const std::vector<std::uint16_t>& values,
+                   const std::vector<std::uint64_t>& damaged) {
+  if (damaged.empty()) return inspection.AddData(record, BytesOf(values));
+  constexpr std::size_t bytesOfCell = sizeof(std::uint32_t) + sizeof(std::uint16_t);
+  if (values.size() > std::numeric_limits<std::uint32_t>::max() / bytesOfCell)
+    throw Error(inspection.Path(),
+                cannotBeGated,
+                "cells with damaged samples cannot be left out of so many cells");
+  record.storageMode = kvt_StorIndexed;
+  return inspection.AddData(record, IndexedBytesOf(values, damaged));
+}
+
 struct DestroyDescriptor {
   void operator()(CRDataTypeDD* descriptor) const { descriptor->Destroy(); }
 };
@@ -258,7 +289,7 @@ GateResult Gate(Inspection& inspection, const GateSettings& settings, const Watc
     CheckAScans(group, name);
     const CRDataTypeDD& ascans = group.Descriptor();
     const GateWindow window = CheckedWindow(ascans, settings, name);
-    const CellTable cells(ascans, group.Table(), name);
+    const CellTable& cells = DataGroupInside::Cells(group);
     seen.push_back(
         {window, ReadGate(ascans, cells, window, settings.threshold.value_or(0), watch)});
   }
@@ -272,10 +303,11 @@ GateResult Gate(Inspection& inspection, const GateSettings& settings, const Watc
     const auto strongest = std::max_element(readings.amplitudes.begin(), readings.amplitudes.end());
     result.data.push_back(
         {groups[index],
-         inspection.AddData(AmplitudeRecord(ascans, gate), BytesOf(readings.amplitudes)),
-         inspection.AddData(PositionRecord(ascans, gate), BytesOf(readings.positions)),
+         AddCScan(inspection, AmplitudeRecord(ascans, gate), readings.amplitudes, readings.damaged),
+         AddCScan(inspection, PositionRecord(ascans, gate), readings.positions, readings.damaged),
          seen[index].window,
-         static_cast<std::uint64_t>(strongest - readings.amplitudes.begin())});
+         static_cast<std::uint64_t>(strongest - readings.amplitudes.begin()),
+         readings.damaged.size()});
   }
   return result;
 }

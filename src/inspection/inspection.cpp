@@ -127,6 +127,20 @@ void Settle(InspectionState& state, const Changes& changes) {
     material->ismat1_ModifClear();
 }
 
+/// A save that copies samples has met damaged ones: in a file that was read, not in the new one.
+[[noreturn]] void ThrowOfDamagedInput(InspectionState& state) {
+  constexpr const char* what = "cannot be copied";
+  const Error failure = Error::OfFileLayer(SCFile::status_Damaged, state.path, what);
+  for (DataRow& row : state.rows)
+    if (const auto damage = state.FirstDamage(row))
+      throw Error(state.NameOf(row),
+                  what,
+                  damage->why,
+                  "restore the file from a copy",
+                  SCFile::status_Damaged);
+  throw failure;
+}
+
 void CheckSomething(const InspectionState& state, const Changes& changes) {
   if (changes.isEmpty) throw Error(state.path, cannotBeWritten, "nothing has changed");
 }
@@ -152,6 +166,7 @@ Inspection Inspection::Open(const std::string& path, const OpenOptions& options)
   Inspection inspection(Load(path, options));
   WarnOfCompanions(*inspection.m_state);
   WarnOfLostDefects(*inspection.m_state);
+  inspection.m_state->WarnOfRepairs();
   return inspection;
 }
 
@@ -171,6 +186,8 @@ std::vector<std::string> Inspection::Files() const {
 }
 
 const std::vector<std::string>& Inspection::Warnings() const { return m_state->warnings; }
+
+std::vector<DamagedSamples> Inspection::Damage() const { return m_state->FoundDamage(); }
 
 const std::vector<DataGroup>& Inspection::Data() const { return m_state->data; }
 
@@ -321,6 +338,7 @@ void Inspection::SaveAs(const std::string& path, bool replace) {
   const int status = CFCont().FileWrite(nullptr, &copy, replace ? 0 : 1, &top, &file, 0);
   const Error failure = Error::OfFileLayer(status, path, cannotBeWritten);
   if (file) SCFile::file_Close(file);  // everything is committed, or nothing is to be
+  if (status == SCFile::status_Damaged) ThrowOfDamagedInput(*m_state);
   if (status != SCFile::status_Ok) throw failure;
 }
 

@@ -171,16 +171,15 @@ Peaks Samples::FindPeaks(const CellRange& cells, const Watch& watch) const {
         watch("looking for the strongest echo", index * cellBytes, cells.count * cellBytes);
       const auto* begin = reinterpret_cast<const Raw*>(reader.cells->Cell(cells.At(index)));
       const std::span<const Raw> samples(begin, begin ? vector : 0);
-      const std::int32_t value = begin ? reader.rule.Larger(values.Of(samples)) : silence;
+      const Extremes extremes = begin ? values.Of(samples) : Extremes{silence, silence};
+      const std::int32_t value = reader.rule.Larger(extremes);
       peaks.values[index] = value;
       if (reader.rule.Rank(value) <= largest) continue;
       largest = reader.rule.Rank(value);
-      const auto found = std::find_if(samples.begin(), samples.end(), [&](Raw sample) {
-        return reader.rule.Rank(values.ValueOf(sample)) == largest;
-      });
-      const auto sample = begin ? static_cast<std::uint32_t>(found - samples.begin()) : 0;
-      const std::int32_t first = begin ? values.ValueOf(*found) : silence;
-      peaks.strongest = {cells.At(index), sample, static_cast<double>(first)};
+      const std::size_t sample = begin ? FirstLargest(reader.rule, values, samples, extremes) : 0;
+      const std::int32_t first = begin ? values.ValueOf(samples[sample]) : silence;
+      peaks.strongest = {
+          cells.At(index), static_cast<std::uint32_t>(sample), static_cast<double>(first)};
     }
     return peaks;
   });
@@ -200,6 +199,8 @@ std::vector<std::int32_t> Samples::Values(std::uint64_t cell) const {
   }
   return values;
 }
+
+bool Samples::IsDamaged(std::uint64_t cell) const { return m_reader->cells->IsDamaged(cell); }
 
 std::vector<std::uint8_t> Samples::Codes(const CellRange& cells, std::uint32_t gain) {
   std::vector<std::uint8_t> codes(cells.count * m_reader->cells->SamplesPerCell());

@@ -1,11 +1,13 @@
 // What an inspection holds: its descriptor, the items made of it, and the tables attached to them.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <span>
 #include <string>
@@ -34,10 +36,11 @@ struct DataRow {
   std::vector<std::byte> samples;        ///< of one that was added with its samples
 
   std::timed_mutex tableLock;
-  std::span<const std::byte> table;        ///< empty until attached
-  std::unique_ptr<std::byte[]> copy;       ///< of a table that is in memory
-  void* mapped = nullptr;                  ///< of one that is mapped
-  std::unique_ptr<const CellTable> cells;  ///< of the table
+  std::span<const std::byte> table;                    ///< empty until attached
+  std::unique_ptr<std::byte[]> copy;                   ///< of a table that is in memory
+  std::unique_ptr<ChunkCheck> chunks;                  ///< of a table from a file
+  std::unique_ptr<const CellTable> cells;              ///< of the table
+  std::atomic<const CellTable*> readyCells = nullptr;  ///< these, once they are there
 };
 
 struct InspectionState final : IGDataSupplier {
@@ -67,6 +70,14 @@ struct InspectionState final : IGDataSupplier {
   /// The table of a row, attached to its item when first asked for.
   std::span<const std::byte> TableOf(DataRow& row);
   const CellTable& CellsOf(DataRow& row);
+  /// Checks part of a row's table. Throws when it is damaged, unless that is accepted.
+  void CheckTable(DataRow& row, std::uint64_t from, std::uint64_t size);
+  /// The damage that was found so far.
+  [[nodiscard]] std::vector<DamagedSamples> FoundDamage();
+  /// Checks the whole table of a row from a file, if it can be had. @return its first damage
+  [[nodiscard]] std::optional<DamagedSamples> FirstDamage(DataRow& row);
+  /// Adds a warning for each data group with values that loading has replaced.
+  void WarnOfRepairs();
   /// "FILE: data group 3", for failures.
   [[nodiscard]] std::string NameOf(const DataRow& row) const;
 
@@ -93,6 +104,20 @@ struct InspectionState final : IGDataSupplier {
   void FillBaseUnits();
   void FillSet();
   void Attach(DataRow& row);
+  void Load(DataRow& row, const std::byte* mapped);
+  /// Throws about the first damaged chunk of a range, unless damage is accepted.
+  void Refuse(DataRow& row, std::uint64_t from, std::uint64_t size);
+  /// The damaged chunks from `chunk` on that were found one behind the other.
+  [[nodiscard]] DamagedSamples DamageAt(DataRow& row, std::uint64_t chunk);
+
+  std::mutex m_fileLock;  ///< a file is used by one thread at a time; taken after a row's
+};
+
+/// What this layer sees of a data group beyond its public operations.
+struct DataGroupInside {
+  [[nodiscard]] static const CellTable& Cells(const DataGroup& group) {
+    return group.m_inspection->CellsOf(*group.m_row);
+  }
 };
 
 /// The changes of an inspection's items since it was opened or last saved, as groups to be written

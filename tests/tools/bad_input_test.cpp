@@ -64,6 +64,37 @@ TEST_F(BadInputTest, VerifyFindsAFlippedSampleThatInfoDoesNotRead) {
   EXPECT_TRUE(result.out.starts_with("sample.fpd: damaged: ")) << result.out;
 }
 
+TEST_F(BadInputTest, VerifyMentionsTheTailOfAnInterruptedCommit) {
+  WriteFile(At("tail.fpd"), ReadFile(At("good.fpd")) + std::string(5000, 't'));
+  const ProgramResult result = Run("verify tail.fpd");
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_TRUE(result.out.starts_with("tail.fpd: clean, 1 commit, ")) << result.out;
+  EXPECT_NE(result.out.find("the 5000 bytes of its tail do not count"), std::string::npos);
+  EXPECT_EQ(RunJson("verify --json tail.fpd")[0]["tail_bytes"], 5000);
+  EXPECT_EQ(RunJson("verify --json good.fpd")[0]["tail_bytes"], 0);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// Eight bytes an item in the file; all of them as a document in memory would take gigabytes.
+TEST_F(BadInputTest, AMillionEmptyItemsAreListedInLittleMemory) {
+  SCFile::FileHandle file = nullptr;
+  SCFile::GroupHandle top = nullptr;
+  ASSERT_EQ(SCFile::file_Create(At("many.fpd").wstring().c_str(), &file), 0);
+  ASSERT_EQ(SCFile::file_GroupCreate(file, &top, 60000, L"FC"), 0);
+  constexpr int quantity = 1'000'000;
+  for (int item = 0; item < quantity; ++item)
+    ASSERT_EQ(SCFile::file_ItemValueWrite(top, 7, SCFile::value_UInt8, 0, nullptr), 0);
+  ASSERT_EQ(SCFile::file_Close(file), 0);
+  const ProgramResult text = RunShell("sh", "ulimit -v 400000; utdata tree many.fpd | wc -l");
+  EXPECT_EQ(text.error, "");
+  EXPECT_EQ(std::stoi("0" + text.out), quantity + 2);
+  const ProgramResult json =
+      RunShell("sh", "ulimit -v 400000; utdata tree --json many.fpd | grep -c '\"value\"'");
+  EXPECT_EQ(json.error, "");
+  EXPECT_EQ(std::stoi("0" + json.out), quantity);
+}
+#endif
+
 TEST_F(BadInputTest, VerifyFindsADefectRecordThatComesBackShortened) {
   SCFile::FileHandle file = nullptr;
   SCFile::GroupHandle top = nullptr, table = nullptr, record = nullptr;

@@ -42,6 +42,7 @@ void DescribeProgram(CLI::App& program) {
   AddReportVerb(program);
   AddTreeVerb(program);
   AddVerifyVerb(program);
+  AddRescueVerb(program);
 }
 
 /// One line that says what is wrong with the command line and where help is.

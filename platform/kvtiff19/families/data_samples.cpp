@@ -13,8 +13,6 @@
 namespace utdata::kvtiff19 {
 namespace {
 
-constexpr std::uint64_t pieceSize = std::uint64_t{1} << 20;
-
 bool HasBlock(const CGDataTypeFDD& record) {
   return record.samples.group && record.samples.offset != gdata_typeSampleRef::none;
 }
@@ -24,28 +22,23 @@ int FailWrite(SCFile::Node& group, int status) {
   return status;
 }
 
-/// Reads a whole block piece by piece, so that every checksum is verified, in constant memory.
-int VerifyBlock(const gdata_typeSampleRef& block) {
-  const std::unique_ptr<std::byte[]> piece(new (std::nothrow) std::byte[pieceSize]);
-  if (!piece) return Fail(SCFile::status_TooLarge, "not enough memory to copy samples");
-  for (std::uint64_t from = 0; from < block.size; from += pieceSize) {
-    const std::uint64_t size = std::min(pieceSize, block.size - from);
-    const int status = SCFile::file_BlockRead(block.group, block.item, from, size, piece.get());
-    if (status != SCFile::status_Ok) return status;
-  }
-  return SCFile::status_Ok;
+/// Checks and writes what is mapped, so that what is written is what was checked.
+int CheckAndWrite(SCFile::Node& group, const gdata_typeSampleRef& samples, const void* data) {
+  BlockRef block;
+  int status = FindBlock(samples.group, samples.item, block);
+  if (status == SCFile::status_Ok) status = CheckView(*samples.group->file, block, data);
+  if (status != SCFile::status_Ok) return FailWrite(group, status);
+  return SCFile::file_BlockWrite(&group, sampleBlockCode, samples.size, data);
 }
 
 /// Copies a block from its file into `group`. Samples that are damaged where they lie are refused:
 /// a copy would get good checksums.
 int CopyBlock(SCFile::Node& group, const gdata_typeSampleRef& block) {
-  if (const int status = VerifyBlock(block); status != SCFile::status_Ok)
-    return FailWrite(group, status);
   void* data = nullptr;
   if (const int status = SCFile::file_BlockMap(block.group, block.item, &data);
       status != SCFile::status_Ok)
     return FailWrite(group, status);
-  const int status = SCFile::file_BlockWrite(&group, sampleBlockCode, block.size, data);
+  const int status = CheckAndWrite(group, block, data);
   const int unmapped = SCFile::file_BlockUnmap(SCFile::file_OfGroup(block.group), data);
   return status != SCFile::status_Ok ? status : unmapped;
 }

@@ -251,8 +251,9 @@ TEST(Damage, HostileChainsAndRecords) {
   }));
 }
 
-/// What opening a file answers in a process that may take 256 MiB more.
-int OpenStatusWithLittleMemory(const std::wstring& name) {
+/// What a job answers in a process that may take 256 MiB more.
+template <class Job>
+int StatusWithLittleMemory(Job job) {
   const pid_t child = ::fork();
   if (child == 0) {
     std::ifstream statm("/proc/self/statm");
@@ -260,8 +261,7 @@ int OpenStatusWithLittleMemory(const std::wstring& name) {
     statm >> pages;
     const rlimit limit = {pages * 4096 + (256u << 20), RLIM_INFINITY};
     if (::setrlimit(RLIMIT_AS, &limit) != 0) ::_exit(99);
-    FileHandle file = nullptr;
-    ::_exit(file_Open(name.c_str(), &file));
+    ::_exit(job());
   }
   int status = -1;
   EXPECT_EQ(::waitpid(child, &status, 0), child);
@@ -287,8 +287,73 @@ TEST(Damage, AFewBytesThatClaimGibibytesCostLittle) {
     forge.record.end = dataStart + claimed;
     utdata::test::WriteBytes(name, forge.Finish());
     std::filesystem::resize_file(utdata::os::NarrowPath(name), forge.record.end);
-    EXPECT_EQ(OpenStatusWithLittleMemory(name), status_Damaged) << hasHead;
+    const auto open = [&] {
+      FileHandle file = nullptr;
+      return file_Open(name.c_str(), &file);
+    };
+    EXPECT_EQ(StatusWithLittleMemory(open), status_Damaged) << hasHead;
   }
+}
+
+// A block of 2^40 bytes in chunks of 4096 has a table of 2 GiB: the file claims all of it and
+// stores a few pages.
+TEST(Damage, ATableOfChecksumsThatIsNotStoredCostsLittle) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers need more addresses than the limit leaves";
+#endif
+  constexpr std::uint64_t blockBytes = std::uint64_t{1} << 40;
+  const utdata::test::FileFolder folder;
+  const std::wstring name = folder / L"table.fpd";
+  const BlockRef block{dataStart, blockBytes, 4096, dataStart + blockBytes, 1};
+  FileForge forge;
+  ByteText body = Body(1);
+  body.Item(1, value_Block, 1).Append(EncodeBlockRef(block));
+  forge.AddTop(body.Bytes());
+  const std::vector<std::byte> front = forge.Finish();
+  const Bytes segment = Bytes(front).subspan(dataStart);
+  forge.record.newest.offset = block.tableOffset + block.TableSize();
+  forge.record.end = forge.record.newest.offset + segment.size();
+  utdata::test::WriteBytes(name, forge.Finish());
+  std::fstream file(utdata::os::NarrowPath(name), std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(static_cast<std::streamoff>(forge.record.newest.offset));
+  file.write(reinterpret_cast<const char*>(segment.data()),
+             static_cast<std::streamsize>(segment.size()));
+  file.close();
+  EXPECT_EQ(StatusWithLittleMemory([&] { return file_Verify(name.c_str(), nullptr); }),
+            status_Damaged);
+  const auto readChecksums = [&] {
+    FileHandle opened = nullptr;
+    GroupHandle top = nullptr;
+    BlockChunks chunks;
+    if (file_Open(name.c_str(), &opened) != status_Ok) return 98;
+    if (file_GroupOpen(opened, &top, 0) != status_Ok) return 97;
+    return file_BlockChunks(top, 0, &chunks);
+  };
+  EXPECT_EQ(StatusWithLittleMemory(readChecksums), status_Damaged);
+}
+
+TEST(Damage, AChunkIsHeldAgainstItsChecksumWhereverItsBytesAre) {
+  FaultyFileSystem disk;
+  const FileSystemInPlace inPlace(disk);
+  MakeFile(disk);
+  FileHandle file = nullptr;
+  GroupHandle top = nullptr, inner = nullptr;
+  void* view = nullptr;
+  ASSERT_EQ(file_Open(path.c_str(), &file), status_Ok);
+  ASSERT_EQ(file_GroupOpen(file, &top, 0), status_Ok);
+  ASSERT_EQ(file_GroupOpen(top, &inner, 0), status_Ok);
+  BlockChunks chunks;
+  ASSERT_EQ(file_BlockChunks(inner, 0, &chunks), status_Ok);
+  EXPECT_EQ(chunks.size, blockSize);
+  ASSERT_EQ(chunks.checksums.size(), 1u);
+  ASSERT_EQ(file_BlockMap(inner, 0, &view), status_Ok);
+  EXPECT_TRUE(file_IsChunkWhole(chunks, 0, view));
+  std::vector<std::byte> copy(static_cast<std::byte*>(view),
+                              static_cast<std::byte*>(view) + blockSize);
+  copy.back() ^= std::byte{1};
+  EXPECT_FALSE(file_IsChunkWhole(chunks, 0, copy.data()));
+  EXPECT_EQ(file_BlockChunks(inner, 1, &chunks), status_BadArgument) << "a text";
+  EXPECT_EQ(file_Close(file), status_Ok);
 }
 
 TEST(Damage, VerifyReportsBlocksThatOverlapAndBytesWithoutOwner) {

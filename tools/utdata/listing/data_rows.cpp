@@ -124,17 +124,19 @@ std::string MatchText(const DataGroup& group) {
 
 std::string SamplesHash(const DataGroup& group, bool quiet) {
   if (!group.HasTable()) return {};
-  const std::span<const std::byte> samples = group.Table();
+  const std::uint64_t quantity = group.Stored().samples.size;
   const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(),
                                                                         EVP_MD_CTX_free);
   if (!context || EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) != 1)
     throw std::bad_alloc();
   Progress progress("hashing " + group.Label(), quiet);
-  constexpr std::size_t piece = std::size_t{4} << 20U;
-  for (std::size_t at = 0; at < samples.size(); at += piece) {
-    const std::size_t size = std::min(piece, samples.size() - at);
-    if (EVP_DigestUpdate(context.get(), samples.data() + at, size) != 1) throw std::bad_alloc();
-    progress.At(at + size, samples.size());
+  constexpr std::uint64_t piece = std::uint64_t{4} << 20U;
+  for (std::uint64_t at = 0; at < quantity; at += piece) {
+    const std::uint64_t size = std::min(piece, quantity - at);
+    const std::span<const std::byte> samples = group.Table(at, size);
+    if (EVP_DigestUpdate(context.get(), samples.data(), samples.size()) != 1)
+      throw std::bad_alloc();
+    progress.At(at + size, quantity);
   }
   std::array<unsigned char, 32> digest{};
   if (EVP_DigestFinal_ex(context.get(), digest.data(), nullptr) != 1) throw std::bad_alloc();

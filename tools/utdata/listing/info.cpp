@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "listing/damage.h"
 #include "listing/data_rows.h"
 #include "terminal/output.h"
 #include "terminal/quantity.h"
@@ -98,11 +99,16 @@ std::string KindTable(const Groups& groups) {
       KindRow);
 }
 
-std::string HashLines(const Groups& groups, bool quiet) {
+std::string HashLines(const Inspection& inspection, const Groups& groups, bool quiet) {
   std::string text;
   for (const DataGroup& group : groups) {
     const std::string hash = SamplesHash(group, quiet);
-    text += std::to_string(group.Index()) + "  sha256 " + (hash.empty() ? "none" : hash) + "\n";
+    const std::vector<DamagedSamples> found = inspection.Damage();
+    const bool isDamaged = std::any_of(found.begin(), found.end(), [&](const auto& damage) {
+      return damage.group == group.Index();
+    });
+    text += std::to_string(group.Index()) + "  sha256 " + (hash.empty() ? "none" : hash) +
+            (isDamaged ? "  damaged" : "") + "\n";
   }
   return text;
 }
@@ -125,10 +131,12 @@ nlohmann::ordered_json InfoJson(const Inspection& inspection, const InfoContent&
     if (content.hash && group.HasTable())
       data.back()["table_sha256"] = SamplesHash(group, content.quiet);
   }
+  std::vector<std::string> warnings = inspection.Warnings();
+  for (const std::string& line : DamageLines(inspection)) warnings.push_back(line);
   nlohmann::ordered_json result = {{"path", inspection.Path()},
                                    {"files", inspection.Files()},
                                    {"role", DescribeCompanion(inspection.Path())},
-                                   {"warnings", inspection.Warnings()},
+                                   {"warnings", warnings},
                                    {"groups", groups},
                                    {"data", data},
                                    {"masters", MastersJson(inspection)}};
@@ -158,7 +166,7 @@ std::string InfoText(const Inspection& inspection, const InfoContent& content) {
       groups, {"#", "columns", "rows", "samples", "half path", "values", "amplitude"}, RangeRow);
   const std::string masters = MastersText(inspection);
   if (!masters.empty()) text += "\n" + masters;
-  if (content.hash) text += "\n" + HashLines(groups, content.quiet);
+  if (content.hash) text += "\n" + HashLines(inspection, groups, content.quiet);
   return text;
 }
 

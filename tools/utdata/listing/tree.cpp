@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
-#include <utility>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "interfaces/kvtiff19_catalogue.h"
@@ -36,7 +38,7 @@ struct Item {
 
 Item ReadItem(const SCFile::Node* parent, std::uint32_t index) {
   Item item;
-  std::vector<wchar_t> name(65536);
+  thread_local std::vector<wchar_t> name(65536);
   Require(SCFile::file_ItemInfo(parent,
                                 index,
                                 &item.code,
@@ -136,26 +138,6 @@ Json ValueJson(const SCFile::Node* group,
   return value;
 }
 
-/// The format bounds the depth of groups, and the file was checked when it was opened.
-Json ItemsJson(SCFile::Node* parent, const SCFile::GroupTypeInfo* type, bool full) {
-  Json items = Json::array();
-  for (std::uint32_t index = 0; index < SCFile::file_ItemNbrGet(parent); ++index) {
-    const Item item = ReadItem(parent, index);
-    if (item.kind == SCFile::kind_Value) {
-      items.push_back(ValueJson(parent, type, index, item, full));
-      continue;
-    }
-    SCFile::GroupHandle group = nullptr;
-    Require(SCFile::file_GroupOpen(parent, &group, item.key), parent);
-    items.push_back({{"code", item.code},
-                     {"name", item.name},
-                     {"type", "group"},
-                     {"group_type", TypeName(item.code)}});
-    items.back()["items"] = ItemsJson(group, SCFile::file_GroupType(item.code), full);
-  }
-  return items;
-}
-
 std::string ValueText(const Json& item) {
   if (item.contains("bytes"))
     return std::to_string(item["bytes"].get<std::uint64_t>()) + " bytes at " +
@@ -168,39 +150,144 @@ std::string ValueText(const Json& item) {
   return std::to_string(count) + " values " + text;
 }
 
-void AppendText(const Json& items, std::size_t depth, std::string& text) {
-  for (const Json& item : items) {
-    const std::string code = std::to_string(item["code"].get<std::uint32_t>());
-    const std::string name = Printable(item["name"].get<std::string>());
-    text += std::string(2 * depth, ' ');
-    if (item["type"] == "group") {
-      text += code + " \"" + name + "\"";
-      if (const auto type = item["group_type"].get<std::string>(); !type.empty())
-        text += "  " + type;
-      text += "\n";
-      AppendText(item["items"], depth + 1, text);
-      continue;
+/// Gathers what is printed, a piece at a time.
+class Printer {
+ public:
+  void Print(std::string_view text) {
+    constexpr std::size_t pieceSize = std::size_t{1} << 16U;
+    m_piece += text;
+    if (m_piece.size() >= pieceSize) Flush();
+  }
+  void Flush() {
+    PrintResult(m_piece);
+    m_piece.clear();
+  }
+
+ private:
+  std::string m_piece;
+};
+
+/// Prints items as elements of arrays.
+class JsonItems {
+ public:
+  explicit JsonItems(Printer& printer) : m_printer(printer) {}
+
+  void Value(const Json& value, std::size_t depth) {
+    Separate(depth);
+    m_printer.Print(Indented(value, depth));
+  }
+  void Begin(const Json& group, std::size_t depth) {
+    Separate(depth);
+    std::string text = Indented(group, depth);
+    text.resize(text.find_last_not_of("}\n ") + 1);
+    m_printer.Print(text + ",\n" + Margin(depth) + "  \"items\": [");
+    m_isFirst = true;
+  }
+  void End(std::size_t depth) {
+    m_printer.Print(m_isFirst ? "]" : "\n" + Margin(depth) + "  ]");
+    m_printer.Print("\n" + Margin(depth) + "}");
+    m_isFirst = false;
+  }
+  [[nodiscard]] bool IsEmpty() const { return m_isFirst; }
+
+ private:
+  /// Each group is an object in an array.
+  static std::string Margin(std::size_t depth) { return std::string(4 * depth, ' '); }
+
+  /// Texts in JSON have no line ends.
+  static std::string Indented(const Json& json, std::size_t depth) {
+    std::string text;
+    for (const char character : json.dump(2)) {
+      text += character;
+      if (character == '\n') text += Margin(depth);
     }
+    return text;
+  }
+  void Separate(std::size_t depth) {
+    m_printer.Print((m_isFirst ? "\n" : ",\n") + Margin(depth));
+    m_isFirst = false;
+  }
+
+  Printer& m_printer;
+  bool m_isFirst = true;
+};
+
+/// Prints items as lines, indented by depth.
+class TextItems {
+ public:
+  explicit TextItems(Printer& printer) : m_printer(printer) {}
+
+  void Value(const Json& item, std::size_t depth) {
     const auto pad = [](const std::string& cell, std::size_t width) {
       return cell + std::string(width - std::min(width, cell.size()), ' ');
     };
-    text += pad(code, 5) + pad(name, 22) + pad(item["type"].get<std::string>(), 7) +
-            ValueText(item) + "\n";
+    m_printer.Print(Start(item, depth, 5) + pad(Printable(item["name"].get<std::string>()), 22) +
+                    pad(item["type"].get<std::string>(), 7) + ValueText(item) + "\n");
+  }
+  void Begin(const Json& group, std::size_t depth) {
+    std::string text =
+        Start(group, depth, 0) + " \"" + Printable(group["name"].get<std::string>()) + "\"";
+    if (const auto type = group["group_type"].get<std::string>(); !type.empty())
+      text += "  " + type;
+    m_printer.Print(text + "\n");
+  }
+  void End(std::size_t) {}
+
+ private:
+  static std::string Start(const Json& item, std::size_t depth, std::size_t width) {
+    const std::string code = std::to_string(item["code"].get<std::uint32_t>());
+    return std::string(2 * depth, ' ') + code +
+           std::string(width - std::min(width, code.size()), ' ');
+  }
+
+  Printer& m_printer;
+};
+
+/// Hands over every item below `parent`. The format bounds the depth of groups, and the file was
+/// checked when it was opened.
+template <class Items>
+void Walk(SCFile::Node* parent,
+          const SCFile::GroupTypeInfo* type,
+          bool full,
+          std::size_t depth,
+          Items& items) {
+  for (std::uint32_t index = 0; index < SCFile::file_ItemNbrGet(parent); ++index) {
+    const Item item = ReadItem(parent, index);
+    if (item.kind == SCFile::kind_Value) {
+      items.Value(ValueJson(parent, type, index, item, full), depth);
+      continue;
+    }
+    SCFile::GroupHandle group = nullptr;
+    Require(SCFile::file_GroupOpen(parent, &group, item.key), parent);
+    items.Begin({{"code", item.code},
+                 {"name", item.name},
+                 {"type", "group"},
+                 {"group_type", TypeName(item.code)}},
+                depth);
+    Walk(group, SCFile::file_GroupType(item.code), full, depth + 1, items);
+    items.End(depth);
   }
 }
 
 }  // namespace
 
-Json TreeJson(SCFile::FileHandle file, bool full) {
-  return {{"path", ToUtf8(SCFile::file_Path(file))},
-          {"commits", SCFile::file_CommitNumber(file)},
-          {"groups", ItemsJson(file, nullptr, full)}};
+void PrintTreeJson(SCFile::FileHandle file, bool full) {
+  const Json path = ToUtf8(SCFile::file_Path(file));
+  Printer printer;
+  printer.Print("{\n  \"path\": " + path.dump() + ",\n  \"commits\": " +
+                std::to_string(SCFile::file_CommitNumber(file)) + ",\n  \"groups\": [");
+  JsonItems items(printer);
+  Walk(file, nullptr, full, 1, items);
+  printer.Print(items.IsEmpty() ? "]\n}\n" : "\n  ]\n}\n");
+  printer.Flush();
 }
 
-std::string TreeText(const Json& tree) {
-  std::string text = Printable(tree["path"].get<std::string>()) + "\n";
-  AppendText(tree["groups"], 1, text);
-  return text;
+void PrintTreeText(SCFile::FileHandle file, bool full) {
+  Printer printer;
+  printer.Print(Printable(ToUtf8(SCFile::file_Path(file))) + "\n");
+  TextItems items(printer);
+  Walk(file, nullptr, full, 1, items);
+  printer.Flush();
 }
 
 }  // namespace utdata::program

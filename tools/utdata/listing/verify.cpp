@@ -36,11 +36,13 @@ void Measure(Verdict& verdict) {
     return;
   }
   verdict.commits = SCFile::file_CommitNumber(file);
+  const std::uint64_t committed = SCFile::file_CommittedSize(file);
   SCFile::file_Close(file);
   std::unique_ptr<os::File> bytes;
   os::Error error = os::CurrentFileSystem().Open(path, os::OpenMode::Read, bytes);
   if (error == os::Error::None) error = bytes->Size(verdict.size);
   if (error != os::Error::None) throw Failure(verdict.path, "cannot be read", os::ErrorText(error));
+  verdict.tail = verdict.size - std::min(verdict.size, committed);
 }
 
 /// A defect record whose items do not fit it has sound bytes, and yet comes back shortened.
@@ -141,6 +143,9 @@ std::string Verdict::Line() const {
     line += problems.front();
   else
     line += Word() + ": " + problems.front();
+  if (tail > 0)
+    line += "; a commit was interrupted or is being made, and the " + std::to_string(tail) +
+            " bytes of its tail do not count";
   if (problems.size() > 1) line += " (and " + std::to_string(problems.size() - 1) + " more)";
   return Printable(line);
 }
@@ -151,6 +156,7 @@ nlohmann::ordered_json Verdict::Json() const {
   if (IsClean()) {
     result["commits"] = commits;
     result["bytes"] = size;
+    result["tail_bytes"] = tail;
   } else {
     result["status"] = Word();
     result["problems"] = problems;

@@ -15,6 +15,7 @@ struct Verdict {
   std::vector<std::string> problems;  ///< one line each; empty when the file is clean
   std::uint64_t commits = 0;
   std::uint64_t size = 0;  ///< bytes
+  std::uint64_t tail = 0;  ///< of these, behind the last commit
   std::string role;        ///< "companion 1 of weld.fpd"; empty for a file that is none
   std::string misplaced;   ///< the word for a companion whose bytes may be right; else empty
 

@@ -101,6 +101,10 @@ AScan MakeAScan(const DataGroup& group, const AScanOptions& options) {
   plot.notes = {"Strongest echo " + AmplitudeText(group, scan.percent) + " at " +
                 SamplePlace(group, scan.sample)};
   const CodeMeaning meaning = MeaningOf(group, samples.Span());
+  if (samples.IsDamaged(strongest.cell)) {
+    scan.damagedCells = 1;
+    plot.notes.push_back("The samples of this cell are damaged: shown without them");
+  }
   AddGates(plot, group, meaning.hasSign);
   scan.gain = options.gain.value_or(GainFor(scan));
   plot.notes.front() += GainText(scan.gain);

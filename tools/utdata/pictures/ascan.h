@@ -30,6 +30,8 @@ struct AScan {
   std::uint32_t sample = 0;  ///< of the strongest echo
   double percent = 0;        ///< of full scale, of that echo, negative below zero
   std::uint32_t gain = 1;
+  std::uint64_t damagedCells =
+      0;  ///< 1 when the A-scan itself is damaged, and shown without samples
 };
 
 /// REQUIRES: the group is of class 1. Throws Error or Failure when its samples

@@ -93,6 +93,11 @@ std::string GainText(std::uint32_t gain) {
   return gain > 1 ? " · soft gain × " + std::to_string(gain) : "";
 }
 
+std::string DamageNote(std::uint64_t cells) {
+  return (cells == 1 ? "1 cell is" : std::to_string(cells) + " cells are") +
+         " damaged: striped, without samples";
+}
+
 void CheckRow(const DataGroup& group, std::optional<std::uint32_t> row) {
   CheckIndex("row", row, group.RowQuantity(), group.Name());
 }

@@ -42,6 +42,9 @@ struct SampleAxes {
 /// " · soft gain × 3"; nothing for 1
 [[nodiscard]] std::string GainText(std::uint32_t gain);
 
+/// "12 cells are damaged: striped, without samples"
+[[nodiscard]] std::string DamageNote(std::uint64_t cells);
+
 /// Throws Failure unless the row or column that is wanted is one of the group's.
 void CheckRow(const DataGroup& group, std::optional<std::uint32_t> row);
 void CheckColumn(const DataGroup& group, std::optional<std::uint32_t> column);

@@ -1,6 +1,7 @@
 #include "pictures/cscan.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "pictures/amplitude_scale.h"
 #include "pictures/captions.h"
@@ -76,6 +77,17 @@ void ShowAmplitudes(CScan& scan, const DataGroup& group, const CodeSpan& span) {
   scan.plot.notes = {EchoNote(scan, group) + GainText(scan.gain)};
 }
 
+void MarkDamage(CScan& scan, const Samples& samples) {
+  std::vector<std::uint8_t> striped(samples.CellQuantity());
+  for (std::uint64_t cell = 0; cell < striped.size(); ++cell) {
+    striped[cell] = samples.IsDamaged(cell) ? 1 : 0;
+    scan.damagedCells += striped[cell];
+  }
+  if (scan.damagedCells == 0) return;
+  scan.plot.striped = std::move(striped);
+  scan.plot.notes.push_back(DamageNote(scan.damagedCells));
+}
+
 }  // namespace
 
 CScan MakeCScan(const DataGroup& group, const CScanOptions& options) {
@@ -104,6 +116,7 @@ CScan MakeCScan(const DataGroup& group, const CScanOptions& options) {
     plot.marked = ImagePlot::Cell{scan.column, scan.row};
     ShowAmplitudes(scan, group, samples.Span());
   }
+  MarkDamage(scan, samples);
   return scan;
 }
 

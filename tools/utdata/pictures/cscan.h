@@ -24,6 +24,7 @@ struct CScan {
   std::uint32_t sample = 0;  ///< of the strongest echo in A-scans
   double value = 0;  ///< percent of full scale, or the position in the unit of the colour bar
   std::uint32_t gain = 1;
+  std::uint64_t damagedCells = 0;  ///< striped in the picture
 };
 
 /// REQUIRES: the group is of class 1, of which the largest amplitude of each cell is shown, or 2 or

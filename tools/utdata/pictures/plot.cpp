@@ -78,11 +78,27 @@ class Layout {
     for (int y = m_image.top; y < m_image.Bottom(); ++y)
       for (int x = m_image.left; x < m_image.Right(); ++x)
         canvas.Set({x, y}, (*m_plot.scale.colors)[codes[index++]]);
+    if (!m_plot.striped.empty()) DrawStripes(canvas);
     canvas.Outline(m_image, ink);
     m_across.Draw(canvas, m_image);
     m_down.Draw(canvas, m_image);
     if (m_downAgain) m_downAgain->Draw(canvas, m_image);
     if (m_plot.marked) DrawPointers(canvas, *m_plot.marked);
+  }
+
+  /// Slanting stripes of a colour that no code has; between them the image is seen.
+  void DrawStripes(Canvas& canvas) const {
+    constexpr Color stripe = {0, 150, 255};
+    constexpr int stripeWidth = 3;
+    const std::vector<std::uint8_t> striped = Resample(m_plot.striped,
+                                                       m_plot.across.quantity,
+                                                       static_cast<std::size_t>(m_image.width),
+                                                       static_cast<std::size_t>(m_image.height),
+                                                       false);
+    std::size_t index = 0;
+    for (int y = m_image.top; y < m_image.Bottom(); ++y)
+      for (int x = m_image.left; x < m_image.Right(); ++x)
+        if (striped[index++] != 0 && (x + y) / stripeWidth % 2 == 0) canvas.Set({x, y}, stripe);
   }
 
   /// Triangles above and left of the image, their points towards the marked cell.

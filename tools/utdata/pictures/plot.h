@@ -36,6 +36,7 @@ struct ImagePlot {
   std::optional<PlotAxis> downAgain;  ///< the same cells in another unit, at the right side
   bool sameScale = false;             ///< a length is as long across as down
   std::vector<std::uint8_t> codes;    ///< down.quantity rows of across.quantity codes
+  std::vector<std::uint8_t> striped;  ///< 1 for cells that are drawn striped, else 0; may be empty
   ColorScale scale;
   struct Cell {
     std::size_t across;

@@ -35,6 +35,18 @@ void SetTexts(Section& section, const DataGroup& group, const SectionOptions& op
       SamplePlace(group, section.sample) + GainText(section.gain)};
 }
 
+void MarkDamage(Section& section, const Samples& samples, const CellRange& shown) {
+  std::vector<std::uint8_t> striped(section.plot.codes.size());
+  for (std::uint64_t index = 0; index < shown.count; ++index) {
+    if (!samples.IsDamaged(shown.At(index))) continue;
+    ++section.damagedCells;
+    for (std::uint64_t at = index; at < striped.size(); at += shown.count) striped[at] = 1;
+  }
+  if (section.damagedCells == 0) return;
+  section.plot.striped = std::move(striped);
+  section.plot.notes.push_back(DamageNote(section.damagedCells));
+}
+
 }  // namespace
 
 Section MakeSection(const DataGroup& group, const SectionOptions& options) {
@@ -64,6 +76,7 @@ Section MakeSection(const DataGroup& group, const SectionOptions& options) {
   plot.codes = Upright(samples.Codes(shown, section.gain), group.SampleQuantity(), meaning);
   plot.marked = ImagePlot::Cell{alongRow ? section.column : section.row, section.sample};
   SetTexts(section, group, options);
+  MarkDamage(section, samples, shown);
   return section;
 }
 

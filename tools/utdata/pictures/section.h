@@ -33,6 +33,7 @@ struct Section {
   std::uint32_t sample = 0;  ///< of the section's strongest echo
   double percent = 0;        ///< of full scale, of that echo, negative below zero
   std::uint32_t gain = 1;
+  std::uint64_t damagedCells = 0;  ///< striped in the picture
 };
 
 /// REQUIRES: the group is of class 1. Throws Error or Failure when its samples

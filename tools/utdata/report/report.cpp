@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "listing/damage.h"
 #include "report/page.h"
 #include "report/tables.h"
 #include "report/views.h"
@@ -56,6 +57,7 @@ void Replace(std::string& page, std::string_view mark, std::string_view text) {
 
 Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
   ReportViews views = MakeViews(inspection, options.sampleLimit, options.quiet);
+  for (std::string& line : DamageLines(inspection)) views.missing.push_back(std::move(line));
   Json files = Json::array();
   for (const std::string& file : inspection.Files()) files.push_back(FileName(file));
   const Json facts = {

@@ -76,12 +76,13 @@ class ViewMaker {
     return "data group " + std::to_string(index) + " (" + m_groups[index].Caption() + ")";
   }
 
-  /// The page names a group that cannot be shown, and shows the others.
+  /// The page names a group that cannot be shown, and shows the others. Damage ends the report.
   template <class Job>
   void Try(Job&& job) {
     try {
       job();
     } catch (const Failure& failure) {
+      if (failure.Status() == SCFile::status_Damaged) throw;
       m_made.missing.push_back(LineOf(failure));
     }
   }
@@ -99,6 +100,21 @@ class ViewMaker {
             {"layers", Json::array()}};
   }
 
+  /// The cells with damaged samples, as runs: the first, and how many.
+  static Json DamagedJson(const Samples& samples) {
+    Json runs = Json::array();
+    std::uint64_t last = 0;
+    for (std::uint64_t cell = 0; cell < samples.CellQuantity(); ++cell) {
+      if (!samples.IsDamaged(cell)) continue;
+      if (!runs.empty() && last + 1 == cell)
+        runs.back()[1] = runs.back()[1].get<std::uint64_t>() + 1;
+      else
+        runs.push_back({cell, 1});
+      last = cell;
+    }
+    return runs;
+  }
+
   Json Layer(const DataGroup& group) {
     const Samples samples = group.Samples();
     const Peaks peaks = samples.FindPeaks(group.AllCells(), Watching(m_quiet));
@@ -110,6 +126,8 @@ class ViewMaker {
         {"values", Pack(values)},
         {"signed", samples.IsSigned()},
         {"strongest", peaks.strongest.cell}};
+    if (Json damaged = DamagedJson(samples); !damaged.empty())
+      layer["damaged"] = std::move(damaged);
     if (!group.HasAScans()) layer["gate"] = group.Stored().gateId;
     if (!hasPositions) layer["amplitude"] = AmplitudeJson(group);
     if (hasPositions) layer["position"] = AxisJson(group.Times(), "value");
@@ -132,6 +150,7 @@ class ViewMaker {
     view["wave"] = group.IsTofd();
     view["signed"] = samples.IsSigned();
     view["gates"] = GatesJson(group);
+    if (Json damaged = DamagedJson(samples); !damaged.empty()) view["damaged"] = std::move(damaged);
     view["layers"].push_back(Layer(group));
     view["ascans"] = PackAScans(samples, group);
     for (std::size_t index = 0; index < m_groups.size(); ++index) {

@@ -14,7 +14,7 @@ namespace {
 constexpr std::array<std::pair<int, std::string_view>, 7> remedies = {{
     {SCFile::status_Exists, "--force replaces it"},
     {SCFile::status_NewerVersion, "a newer version of this program reads it"},
-    {SCFile::status_Damaged, "restore it from a copy"},
+    {SCFile::status_Damaged, "restore it from a copy, or save what is whole with 'utdata rescue'"},
     {SCFile::status_NotInspection, "'utdata import' makes an inspection file from raw samples"},
     {SCFile::status_Locked, "end the other program that writes it, then try again"},
     {SCFile::status_DiskFull, "free some space, then try again"},

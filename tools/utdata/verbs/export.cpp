@@ -9,6 +9,7 @@
 #include "arrays/foreign_array.h"
 #include "arrays/hdf5_file.h"
 #include "arrays/npy.h"
+#include "listing/damage.h"
 #include "listing/selector.h"
 #include "terminal/interrupt.h"
 #include "terminal/new_file.h"
@@ -39,6 +40,7 @@ struct ExportOptions {
   bool force = false;
   bool quiet = false;
   bool json = false;
+  bool acceptDamage = false;
 };
 
 /// Exactly one data group, ready to be written.
@@ -96,21 +98,38 @@ void ReportExport(const ExportOptions& options, const Export& exported) {
               (isNpy ? ", described in " + Printable(DescriptionPath(options.output)) : "") + "\n");
 }
 
+/// Reads all samples once, so that the description names the cells that are written without them.
+void DescribeDamage(const Inspection& inspection,
+                    const DataGroup& group,
+                    nlohmann::ordered_json& description) {
+  static_cast<void>(group.Table());
+  nlohmann::ordered_json places = nlohmann::ordered_json::array();
+  for (const DamagedSamples& damage : inspection.Damage())
+    if (damage.group == group.Index())
+      places.push_back({{"cells", damage.cells},
+                        {"first_cell", damage.firstCell},
+                        {"last_cell", damage.lastCell}});
+  if (!places.empty()) description["damaged"] = std::move(places);
+}
+
 void ExportGroup(const ExportOptions& options) {
   const InterruptScope interrupts;
   const bool isNpy = ArrayName(options.output).format == ArrayFormat::Npy;
   if (!isNpy) CheckHasHdf5(options.output);
   CheckNewFile(options.output, options.force);
-  const Inspection inspection = OpenInspection(options.file, SampleTables::Mapped, options.quiet);
+  const Inspection inspection =
+      OpenInspection(options.file, SampleTables::Mapped, options.quiet, options.acceptDamage);
   CheckNotInput(inspection, options.output);
   const DataGroup group = SelectGroup(inspection, options.selector);
   Export exported = {group, DescribeArray(group), {}};
   const std::string holder = options.output.substr(options.output.find_last_of('/') + 1);
   exported.description = DescriptionJson(exported.array, group, isNpy ? holder : exportedDataSet);
+  if (options.acceptDamage) DescribeDamage(inspection, group, exported.description);
   {
     Progress progress("exporting " + options.output, options.quiet);
     isNpy ? ExportNpy(options, exported, progress) : ExportHdf5(options, exported, progress);
   }
+  WarnOfDamage(inspection);
   ReportExport(options, exported);
 }
 
@@ -138,6 +157,7 @@ void AddExportVerb(CLI::App& program) {
       ->check(CLI::Validator(CheckFormat, ""))
       ->type_name("OUT.npy|OUT.h5");
   verb.add_flag("--force", options->force, "Replace existing files");
+  AddAcceptDamage(verb, options->acceptDamage);
   verb.add_flag("--json", options->json, "Print what was written as JSON");
   verb.add_flag("--quiet", options->quiet, "Print no progress and no result");
   verb.footer(exportExample);

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "listing/damage.h"
 #include "listing/data_rows.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
@@ -45,6 +46,7 @@ struct GateOptions {
   double width = 0;  // µs
   ChangeOutput output;
   SampleTables tables = SampleTables::Mapped;
+  bool acceptDamage = false;
   bool json = false;
   bool quiet = false;
 };
@@ -72,6 +74,8 @@ std::string GroupText(const GatedData& gated) {
                      " columns, samples " + std::to_string(window.first) + " to " +
                      std::to_string(window.first + window.quantity - 1);
   if (window.isCut) text += " (the gate reaches beyond the A-scans)";
+  if (gated.damaged > 0)
+    text += "; " + std::to_string(gated.damaged) + " cells are damaged and have no value";
   const Strongest strongest(gated);
   if (strongest.amplitude.value == 0) return text + "; no echo";
   text += "; strongest echo " + Percent(Rounded(strongest.amplitude.percent)) + " (" +
@@ -103,6 +107,7 @@ Json GroupJson(const GatedData& gated) {
           {"sample_quantity", gated.window.quantity},
           {"rows", gated.ascans.RowQuantity()},
           {"columns", gated.ascans.ColumnQuantity()},
+          {"damaged_cells", gated.damaged},
           {"full_scale", gated.amplitudes.Descriptor().GetDataMax()},
           {"strongest",
            {{"row", strongest.row},
@@ -131,8 +136,10 @@ Json ResultJson(const GateOptions& options, const GateResult& gated, const std::
 void RunGate(const GateOptions& options) {
   const InterruptScope interrupts;
   if (options.output.IsNewFile()) CheckNewInspection(options.output.path, options.output.force);
-  Inspection inspection = OpenInspection(options.file, options.tables, options.quiet);
+  Inspection inspection =
+      OpenInspection(options.file, options.tables, options.quiet, options.acceptDamage);
   const GateResult gated = Gate(inspection, options.gate, Watching(options.quiet));
+  WarnOfDamage(inspection);
   const std::string written = Save(inspection, options.output);
   if (options.json)
     PrintResult(ResultJson(options, gated, written).dump(2) + "\n");
@@ -172,6 +179,7 @@ void AddGateVerb(CLI::App& program) {
       ->type_name("PCT");
   AddChangeOutput(verb, options->output);
   AddTables(verb, options->tables);
+  AddAcceptDamage(verb, options->acceptDamage);
   verb.add_flag("--json", options->json, "Print the result as JSON, quantities in base units");
   verb.add_flag("--quiet", options->quiet, "Print no progress and no result");
   verb.footer(std::string(gateExplanation) + gateExample);

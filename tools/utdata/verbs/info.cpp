@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "listing/damage.h"
 #include "listing/info.h"
 #include "terminal/output.h"
 #include "verbs/options.h"
@@ -22,13 +23,16 @@ void AddInfoVerb(CLI::App& program) {
     bool json = false;
     bool hash = false;
     bool sorted = false;
+    bool acceptDamage = false;
     bool quiet = false;
   };
   CLI::App& verb =
       *program.add_subcommand("info", "Shows the loaded inspection, its companions read");
   const auto options = std::make_shared<Options>();
   verb.add_option("FILE", options->file, "Inspection file")->required();
-  verb.add_flag("--hash", options->hash, "Add the SHA-256 of each data group's samples");
+  CLI::Option* hash =
+      verb.add_flag("--hash", options->hash, "Add the SHA-256 of each data group's samples");
+  AddAcceptDamage(verb, options->acceptDamage)->needs(hash);
   verb.add_flag("--sorted",
                 options->sorted,
                 "Data groups by channel, sub-channel and the display order of their gates");
@@ -36,11 +40,14 @@ void AddInfoVerb(CLI::App& program) {
   verb.add_flag("--quiet", options->quiet, "Print no progress");
   verb.footer(infoExample);
   verb.callback([options] {
-    const Inspection inspection = OpenInspection(options->file);
+    const Inspection inspection =
+        OpenInspection(options->file, SampleTables::Mapped, options->quiet, options->acceptDamage);
     const InfoContent content{
         .hash = options->hash, .sorted = options->sorted, .quiet = options->quiet};
-    PrintResult(options->json ? InfoJson(inspection, content).dump(2) + "\n"
-                              : InfoText(inspection, content));
+    const std::string result = options->json ? InfoJson(inspection, content).dump(2) + "\n"
+                                             : InfoText(inspection, content);
+    WarnOfDamage(inspection);
+    PrintResult(result);
   });
 }
 

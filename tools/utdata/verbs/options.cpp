@@ -29,6 +29,14 @@ void AddTables(CLI::App& verb, SampleTables& tables) {
       "Read samples into memory instead of mapping the file");
 }
 
+CLI::Option* AddAcceptDamage(CLI::App& verb, bool& acceptDamage) {
+  return verb.add_flag(
+      "--accept-damage",
+      acceptDamage,
+      "Go on when samples are damaged: their cells count as cells without samples, "
+      "and are listed as warnings");
+}
+
 void AddChangeOutput(CLI::App& verb, ChangeOutput& output) {
   verb.add_option("-o,--output", output.path, "Inspection file to make, with --as new");
   verb.add_option("--as", output.as, "Where the change goes: append, companion, or new with -o")
@@ -43,9 +51,13 @@ void CheckChangeOutput(const ChangeOutput& output) {
     throw CLI::ValidationError("--as new", "goes with -o OUT, and no other way does");
 }
 
-Inspection OpenInspection(const std::string& path, SampleTables tables, bool quiet) {
+Inspection OpenInspection(const std::string& path,
+                          SampleTables tables,
+                          bool quiet,
+                          bool acceptDamage) {
   OpenOptions options;
   options.tables = tables;
+  options.acceptDamage = acceptDamage;
   options.watch = Watching(quiet);
   Inspection inspection = Inspection::Open(path, options);
   for (const std::string& warning : inspection.Warnings())

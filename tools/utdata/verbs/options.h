@@ -14,6 +14,9 @@ namespace utdata::program {
 /// Adds --in-memory.
 void AddTables(CLI::App& verb, SampleTables& tables);
 
+/// Adds --accept-damage.
+CLI::Option* AddAcceptDamage(CLI::App& verb, bool& acceptDamage);
+
 /// Where the changes of a loaded inspection go.
 struct ChangeOutput {
   std::string as = "append";  ///< append, companion or new
@@ -32,7 +35,8 @@ void CheckChangeOutput(const ChangeOutput& output);
 /// Opens an inspection; its warnings go to the standard error stream, a line each.
 [[nodiscard]] Inspection OpenInspection(const std::string& path,
                                         SampleTables tables = SampleTables::Mapped,
-                                        bool quiet = false);
+                                        bool quiet = false,
+                                        bool acceptDamage = false);
 
 /// Saves everything as a new file, of which an interrupt leaves nothing.
 void SaveNew(Inspection& inspection, const std::string& path, bool replace);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "listing/damage.h"
 #include "listing/selector.h"
 #include "pictures/ascan.h"
 #include "pictures/cscan.h"
@@ -44,6 +45,7 @@ struct RenderOptions {
   bool quiet = false;
   bool json = false;
   SampleTables tables = SampleTables::Mapped;
+  bool acceptDamage = false;
 
   [[nodiscard]] SampleAxis Samples() const {
     return samples == "path" ? SampleAxis::Path : SampleAxis::Time;
@@ -75,6 +77,7 @@ Rendering RenderAScan(const DataGroup& group, const RenderOptions& options) {
       {"column", scan.column},
       {"strongest", {{"sample", scan.sample}, {"percent", scan.percent}}},
       {"gain", scan.gain},
+      {"damaged_cells", scan.damagedCells},
       {"across", AxisFacts(scan.plot.across)},
       {"values", {{"unit", "%"}, {"low", scan.plot.low}, {"high", scan.plot.high}}},
       {"gates", std::move(gates)}};
@@ -95,6 +98,7 @@ Rendering RenderSection(const DataGroup& group, const RenderOptions& options, Cu
                         {"sample", section.sample},
                         {"percent", section.percent}};
   facts["gain"] = section.gain;
+  facts["damaged_cells"] = section.damagedCells;
   facts["across"] = AxisFacts(section.plot.across);
   facts["down"] = AxisFacts(section.plot.down);
   return {Draw(section.plot, Font()), section.plot.title, section.plot.notes, std::move(facts)};
@@ -118,6 +122,7 @@ Rendering RenderCScan(const DataGroup& group, const RenderOptions& options) {
   nlohmann::ordered_json facts = {
       {hasPositions ? "farthest" : "strongest", std::move(cell)},
       {"gain", scan.gain},
+      {"damaged_cells", scan.damagedCells},
       {"across", AxisFacts(scan.plot.across)},
       {"down", AxisFacts(scan.plot.down)},
       {"values", {{"unit", scale.unit}, {"low", scale.low}, {"high", scale.high}}}};
@@ -193,7 +198,8 @@ void Render(const RenderOptions& options) {
   CheckOptions(options);
   const InterruptScope interrupts;
   CheckNewFile(options.output, options.force);
-  const Inspection inspection = OpenInspection(options.file, options.tables, options.quiet);
+  const Inspection inspection =
+      OpenInspection(options.file, options.tables, options.quiet, options.acceptDamage);
   CheckNotInput(inspection, options.output);
   const DataGroup group = SelectGroup(inspection, options.selector);
   const View& view = FindView(options.view);
@@ -203,6 +209,7 @@ void Render(const RenderOptions& options) {
                   std::string("it is ") + group.ClassName() + ", and a " + view.spoken + " needs " +
                       view.needs);
   const Rendering rendering = view.render(group, options);
+  WarnOfDamage(inspection);
   WriteNewFile(options.output, rendering.picture.canvas.Png(), options.force);
   if (options.json)
     PrintResult(Facts(options, rendering).dump(2) + "\n");
@@ -249,6 +256,7 @@ void AddRenderVerb(CLI::App& program) {
       ->type_name("PNG");
   verb.add_flag("--force", options->force, "Replace an existing file");
   AddTables(verb, options->tables);
+  AddAcceptDamage(verb, options->acceptDamage);
   verb.add_flag("--json", options->json, "Print what was drawn and where as JSON");
   verb.add_flag("--quiet", options->quiet, "Print no progress and no result");
   verb.footer(renderExample);

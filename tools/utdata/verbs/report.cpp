@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 
+#include "listing/damage.h"
 #include "terminal/interrupt.h"
 #include "terminal/new_file.h"
 #include "terminal/output.h"
@@ -29,14 +30,17 @@ struct ReportVerbOptions {
   std::uint64_t megabytes = 64;
   bool force = false;
   bool quiet = false;
+  bool acceptDamage = false;
 };
 
 void MakeReportFile(const ReportVerbOptions& options) {
   const InterruptScope interrupts;
   CheckNewFile(options.output, options.force);
-  const Inspection inspection = OpenInspection(options.file);
+  const Inspection inspection =
+      OpenInspection(options.file, SampleTables::Mapped, options.quiet, options.acceptDamage);
   CheckNotInput(inspection, options.output);
   const Report report = MakeReport(inspection, {options.megabytes * 1'000'000, options.quiet});
+  WarnOfDamage(inspection);
   WriteNewFile(options.output, std::as_bytes(std::span(report.html)), options.force);
   if (options.quiet) return;
   PrintResult(Printable(options.output) + ": " + std::to_string(report.views) +
@@ -61,6 +65,7 @@ void AddReportVerb(CLI::App& program) {
       ->capture_default_str()
       ->type_name("MB");
   verb.add_flag("--force", options->force, "Replace an existing file");
+  AddAcceptDamage(verb, options->acceptDamage);
   verb.add_flag("--quiet", options->quiet, "Print no progress and no result");
   verb.footer(reportExample);
   verb.callback([options] { MakeReportFile(*options); });

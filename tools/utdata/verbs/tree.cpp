@@ -3,7 +3,6 @@
 
 #include "listing/tree.h"
 #include "terminal/failure.h"
-#include "terminal/output.h"
 #include "terminal/text.h"
 #include "verbs/verbs.h"
 
@@ -41,8 +40,7 @@ void AddTreeVerb(CLI::App& program) {
     if (status != SCFile::status_Ok)
       throw Failure::OfFileLayer(status, options->file, "cannot be read");
     const std::unique_ptr<SCFile::Node, CloseFile> file(opened);
-    const auto tree = TreeJson(file.get(), options->full);
-    PrintResult(options->json ? tree.dump(2) + "\n" : TreeText(tree));
+    (options->json ? PrintTreeJson : PrintTreeText)(file.get(), options->full);
   });
 }
 

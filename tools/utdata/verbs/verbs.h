@@ -17,6 +17,7 @@ void AddInfoVerb(CLI::App& program);
 void AddManualVerb(CLI::App& program);
 void AddRenderVerb(CLI::App& program);
 void AddReportVerb(CLI::App& program);
+void AddRescueVerb(CLI::App& program);
 void AddTreeVerb(CLI::App& program);
 void AddVerifyVerb(CLI::App& program);
 

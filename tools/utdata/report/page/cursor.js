@@ -89,6 +89,8 @@ function fitColors() {
 async function showView(index) {
   const view = facts.views[index];
   for (const layer of view.layers) layer.data ??= await unpack(layer.values, layer.signed);
+  const cells = view.columns.quantity * view.rows.quantity;
+  for (const shown of [view, ...view.layers]) shown.isDamaged ??= spread(shown.damaged, cells);
   if (typeof view.ascans === 'number') view.data ??= await unpack(view.ascans, view.signed);
   state.view = view;
   const first = Math.max(0, view.layers.findIndex(layer => layer.gate !== undefined && layer.amplitude));

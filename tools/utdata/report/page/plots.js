@@ -135,7 +135,8 @@ const Plots = (() => {
 
   // An image of cells whose places on the colour scale are 0 to 1. Where several fall on one pixel, the strongest is shown: an echo
   // never vanishes. `signed`: the strongest is the one farthest from the middle.
-  function image(frame, columns, rows, place, colors, signed) {
+  // `damaged`: whether a cell is; null where none is. Such cells are striped.
+  function image(frame, columns, rows, place, colors, signed, damaged) {
     const width = Math.round(frame.width * frame.sharpness), height = Math.round(frame.height * frame.sharpness);
     const picture = document.createElement('canvas');
     picture.width = width;
@@ -143,7 +144,7 @@ const Plots = (() => {
     const context = picture.getContext('2d'), pixels = context.createImageData(width, height);
     const stronger = signed ? (a, b) => Math.abs(a - 0.5) < Math.abs(b - 0.5) ? b : a : (a, b) => a < b ? b : a;
     const spans = Array.from({length: width}, (_, x) => cellsOfPixel(x, width, columns));
-    const line = new Float32Array(columns);
+    const line = new Float32Array(columns), striped = new Uint8Array(columns);
     let lineBegin = -1, lineEnd = -1;
     for (let y = 0, at = 0; y < height; ++y) {
       const [begin, end] = cellsOfPixel(y, height, rows);
@@ -152,12 +153,23 @@ const Plots = (() => {
           let strongest = place(column, begin);
           for (let row = begin + 1; row < end; ++row) strongest = stronger(strongest, place(column, row));
           line[column] = strongest;
+          if (!damaged) continue;
+          striped[column] = 0;
+          for (let row = begin; row < end; ++row) if (damaged(column, row)) striped[column] = 1;
         }
         [lineBegin, lineEnd] = [begin, end];
       }
       for (let x = 0; x < width; ++x, at += 4) {
         let strongest = line[spans[x][0]];
         for (let column = spans[x][0] + 1; column < spans[x][1]; ++column) strongest = stronger(strongest, line[column]);
+        if (damaged && (x + y) % 8 < 4) {
+          let isStriped = 0;
+          for (let column = spans[x][0]; column < spans[x][1]; ++column) isStriped |= striped[column];
+          if (isStriped) {
+            pixels.data.set([0, 150, 255, 255], at);
+            continue;
+          }
+        }
         const code = 3 * Math.round(255 * Math.min(1, Math.max(0, strongest)));
         pixels.data[at] = colors[code];
         pixels.data[at + 1] = colors[code + 1];

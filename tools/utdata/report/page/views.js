@@ -14,6 +14,14 @@ async function unpack(index, signed) {
   return values;
 }
 
+// Runs of cells as one number a cell; null without any.
+function spread(runs, cells) {
+  if (!runs) return null;
+  const spread = new Uint8Array(cells);
+  for (const [first, quantity] of runs) spread.fill(1, first, first + quantity);
+  return spread;
+}
+
 const state = {view: null, layer: null, row: 0, column: 0, sample: 0, isHeld: false};
 const choice = id => byId(id).value;
 const number = value => Number.isFinite(value) ? String(Number(value.toPrecision(6))) : '–';
@@ -88,7 +96,7 @@ function showReadout() {
   byId('read-column').textContent = placeText(inChosenLengths(view.columns), column);
   byId('read-layer-name').textContent = layer.label;
   const value = layer.data[cellOf(row, column)];
-  byId('read-layer').textContent = layer.amplitude
+  byId('read-layer').textContent = layer.isDamaged?.[cellOf(row, column)] ? 'damaged' : layer.amplitude
       ? levelText(percentOf(layer.amplitude, value))
       : textAt(layer.position, value) + (layer.path ? `, ${textAt(inChosenLengths(layer.path), value)}` : '');
   if (!hasAScans()) return;
@@ -97,8 +105,9 @@ function showReadout() {
   byId('read-time').textContent = view.samples.plain ? '–' : textAt(view.samples, sample);
   byId('read-path').textContent = axes.path ? textAt(axes.path.axis, sample) : '–';
   byId('read-depth').textContent = depthText(view, sample);
-  byId('read-amplitude').textContent = levelText(percentAt(row, column, sample));
-  byId('read-value').textContent = valueAt(row, column, sample);
+  const isDamaged = view.isDamaged?.[cellOf(row, column)];
+  byId('read-amplitude').textContent = isDamaged ? 'damaged' : levelText(percentAt(row, column, sample));
+  byId('read-value').textContent = isDamaged ? 'damaged' : valueAt(row, column, sample);
 }
 
 // ---- pictures
@@ -122,7 +131,8 @@ function drawCScan() {
   if (layer.pictureKey !== key) {
     const {quantity: columns} = view.columns;
     layer.picture = Plots.image(frame, columns, view.rows.quantity,
-                                (column, row) => scale.place(layer.data[row * columns + column]), Plots.heat, false);
+                                (column, row) => scale.place(layer.data[row * columns + column]), Plots.heat, false,
+                                layer.isDamaged && ((column, row) => layer.isDamaged[row * columns + column]));
     layer.pictureKey = key;
   }
   Plots.paint(frame, layer.picture);
@@ -139,7 +149,8 @@ function drawBScan() {
                           : (column, sample) => Math.abs(percentAt(row, column, sample)) / range;
   const key = [frame.width, frame.height, range, row].join();
   if (view.pictureKey !== key) {
-    view.picture = Plots.image(frame, columns, samples, place, view.wave ? Plots.grey : Plots.heat, view.wave);
+    view.picture = Plots.image(frame, columns, samples, place, view.wave ? Plots.grey : Plots.heat, view.wave,
+                                view.isDamaged && (column => view.isDamaged[cellOf(row, column)]));
     view.pictureKey = key;
   }
   Plots.paint(frame, view.picture);
@@ -178,7 +189,8 @@ function drawAScan() {
   for (const gate of view.gates) drawGate(frame, gate, low, high);
   frame.outline();
   frame.cross((state.sample + 0.5) / samples, null);
-  byId('ascan-caption').textContent = `A-scan at row ${row}, column ${column}`;
+  byId('ascan-caption').textContent =
+      `A-scan at row ${row}, column ${column}` + (view.isDamaged?.[cellOf(row, column)] ? ': damaged, shown without samples' : '');
 }
 
 function draw() {
