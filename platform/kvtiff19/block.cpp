@@ -204,7 +204,7 @@ int TableReader::Check() {
     if (const int status = ReadPiece()) return status;
     checksum.Add(m_piece);
   }
-  m_at = 0;
+  m_at = m_offset = 0;
   m_piece.clear();
   return checksum.Value() == m_block.tableChecksum ? static_cast<int>(SCFile::status_Ok)
                                                    : RefuseTable(m_file, m_block);

@@ -100,10 +100,15 @@ CFContTypeFileDescr* CFCont::FileLoad(const wchar_t* path,
                                       IGDataSupplier*,
                                       CDataNewGroup* newGroups) {
   auto* const descriptor = new (std::nothrow) CFContTypeFileDescr;
-  if (!descriptor) return nullptr;
+  if (!descriptor) {
+    FailToLoad();
+    return nullptr;
+  }
   CFContKVTiff reader;
   fcontsec_typeFileDescriptor work;
-  if (path && descriptor->SetPath(path) && ReadInto(descriptor, path, &reader, &work, newGroups))
+  if (!path || !descriptor->SetPath(path))
+    SCFile::file_Fail(SCFile::status_BadArgument, "no path, or too long a one");
+  else if (ReadInto(descriptor, path, &reader, &work, newGroups))
     return descriptor;
   FcontClose(descriptor);
   return nullptr;
@@ -132,7 +137,7 @@ bool CFCont::Merge(CFContTypeFileDescr* descriptor,
       return true;
     }
   } catch (const std::bad_alloc&) {
-    SCFile::file_Fail(SCFile::status_TooLarge, "not enough memory to load an inspection");
+    FailToLoad();
   }
   Drop(*work);
   return false;
@@ -182,6 +187,7 @@ bool CFCont::ReadCompanions(CFContTypeFileDescr* descriptor,
       return false;
     });
   } catch (const std::bad_alloc&) {
+    FailToLoad();
     return false;
   }
 }
@@ -209,7 +215,7 @@ int CFCont::UpdateFromCompanions(CFContTypeFileDescr* descriptor,
     faults = std::move(judgement.faults);
     if (isRead) return 0;
   } catch (const std::bad_alloc&) {
-    SCFile::file_Fail(SCFile::status_TooLarge, "not enough memory to load an inspection");
+    FailToLoad();
   }
   FcontClose(descriptor);
   return 1;

@@ -85,6 +85,11 @@ bool ReadFile(const wchar_t* path, fcontsec_typeFileDescriptor& work) {
 }
 
 }  // namespace
+
+void FailToLoad() noexcept {
+  SCFile::file_Fail(SCFile::status_TooLarge, "not enough memory to load an inspection");
+}
+
 }  // namespace utdata::container
 
 CFContKVTiff::~CFContKVTiff() = default;
@@ -98,7 +103,7 @@ int CFContKVTiff::fcontOpen(const wchar_t* path, fcontsec_typeFileDescriptor* wo
   try {
     if (utdata::container::ReadFile(path, *work)) return 0;
   } catch (const std::bad_alloc&) {
-    // The same answer as for a file that cannot be read.
+    utdata::container::FailToLoad();
   }
   if (work->file) SCFile::file_Close(work->file);
   work->file = nullptr;

@@ -7,6 +7,11 @@
 
 struct fcontsec_typeFileDescriptor;
 
+namespace utdata::container {
+/// Lets SCFile::file_LastError say that a load ran out of memory.
+void FailToLoad() noexcept;
+}  // namespace utdata::container
+
 /// One load at a time goes through a reader; readers do not exclude each other.
 class CFContKVTiff : public CObject {
   DECLARE_DYNAMIC(CFContKVTiff)

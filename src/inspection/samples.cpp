@@ -10,18 +10,13 @@
 #include "src/foundation/dataclass.h"
 #include "src/inspection/amplitudes.h"
 #include "src/inspection/state.h"
+#include "src/items/idatarecord.h"
 #include "utdata/lut.h"
 
 namespace utdata {
 namespace {
 
 constexpr const char* cannotBeShown = "cannot be shown";
-
-/// Bytes of one sample; 0 for a type that has no display codes.
-std::uint32_t SizeOfType(kvt_enumDataType type) {
-  if (type == kvt_Int8 || type == kvt_UInt8) return 1;
-  return type == kvt_Int16 || type == kvt_UInt16 ? 2 : 0;
-}
 
 /// The value of every raw sample.
 std::vector<std::int32_t> ValuesOfRaw(const CRDataTypeDD& descriptor) {
@@ -68,7 +63,7 @@ struct Samples::Reader {
     if (!row.added && (!stored.samples.group || stored.samples.size == 0))
       throw Error(name, cannotBeShown, "the data group has no samples");
     const DataGroup group(state, row);
-    const std::uint32_t size = SizeOfType(descriptor.GetDataType());
+    const std::uint32_t size = SampleSizeOf(descriptor.GetDataType());
     if (size == 0 || size != descriptor.GetSampleSize())
       throw Error(name, cannotBeShown, "samples of " + group.TypeName() + " have no display codes");
     const double range = double{stored.dataMaximum} - double{stored.dataMinimum};

@@ -332,6 +332,43 @@ TEST(Damage, ATableOfChecksumsThatIsNotStoredCostsLittle) {
   EXPECT_EQ(StatusWithLittleMemory(readChecksums), status_Damaged);
 }
 
+// Tables are read in pieces; each checksum is that of its own chunk all the same.
+TEST(Damage, EveryChunkOfALongTableIsHeldAgainstItsOwnChecksum) {
+  FaultyFileSystem disk;
+  const FileSystemInPlace inPlace(disk);
+  constexpr std::uint64_t chunk = 4096, quantity = 20000;
+  std::vector<std::byte> pages(static_cast<std::size_t>(chunk * quantity));
+  std::vector<std::byte> table;
+  for (std::uint64_t index = 0; index < quantity; ++index) {
+    Store(pages.data() + index * chunk, index);
+    ByteText entry;
+    entry.Put(Checksum(Bytes(pages).subspan(static_cast<std::size_t>(index * chunk), chunk)));
+    table.insert(table.end(), entry.Bytes().begin(), entry.Bytes().end());
+  }
+  const BlockRef ref{
+      dataStart, pages.size(), chunk, dataStart + pages.size(), Checksum(Bytes(table))};
+  pages.insert(pages.end(), table.begin(), table.end());
+  FileForge forge;
+  forge.AddPages(pages);
+  ByteText body = Body(1);
+  body.Item(1, value_Block, 1).Append(EncodeBlockRef(ref));
+  forge.AddTop(body.Bytes());
+  const std::vector<std::byte> whole = forge.Finish();
+  disk.Put(path, whole);
+  std::string problem;
+  EXPECT_EQ(file_Verify(path.c_str(), &problem), status_Ok) << problem;
+  for (const std::uint64_t index : {std::uint64_t{0}, quantity - 1}) {
+    std::vector<std::byte> damaged = whole;
+    damaged[static_cast<std::size_t>(dataStart + index * chunk + 9)] ^= std::byte{1};
+    disk.Put(path, std::move(damaged));
+    EXPECT_EQ(file_Verify(path.c_str(), &problem), status_Damaged);
+    EXPECT_NE(problem.find("1 of 20000 chunks do not match, the first at byte " +
+                           std::to_string(dataStart + index * chunk)),
+              std::string::npos)
+        << problem;
+  }
+}
+
 TEST(Damage, AChunkIsHeldAgainstItsChecksumWhereverItsBytesAre) {
   FaultyFileSystem disk;
   const FileSystemInPlace inPlace(disk);

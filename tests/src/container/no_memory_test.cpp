@@ -111,11 +111,18 @@ TEST(NoMemory, ALoadIsWholeOrFails) {
   open(whole);
   ASSERT_TRUE(whole);
   Inspection loaded;
-  WithEachFailure([&] { loaded.reset(); },
-                  [&] { open(loaded); },
-                  [&] {
-                    if (loaded) ExpectSame(*whole, *loaded);
-                  });
+  WithEachFailure(
+      [&] {
+        loaded.reset();
+        SCFile::file_Fail(SCFile::status_Locked, "of an earlier call");
+      },
+      [&] { open(loaded); },
+      [&] {
+        if (loaded)
+          ExpectSame(*whole, *loaded);
+        else
+          EXPECT_EQ(SCFile::file_LastError().find("of an earlier call"), std::string::npos);
+      });
   EXPECT_TRUE(loaded);
 }
 
