@@ -66,7 +66,7 @@ class View final : public os::Mapping {
   std::byte m_place{};
 };
 
-/// Writes bytes in chunks, all but those that are all zeros, and tells the chunks' checksums.
+/// Writes bytes in chunks, all but those of zeros only, and gives back their checksums.
 Error WriteChunks(OpenFile& file,
                   std::uint64_t offset,
                   Bytes data,

@@ -233,7 +233,7 @@ void InspectionState::Attach(DataRow& row) {
   row.table = {bytes, size};
 }
 
-/// Brings a mapped table into memory, and checks what is there then, a piece while it is at hand.
+/// Brings a mapped table into memory, and checks each piece as it arrives.
 void InspectionState::Load(DataRow& row, const std::byte* mapped) {
   const std::uint64_t size = row.chunks->Size();
   const std::uint64_t piece = std::max(row.chunks->ChunkSize(), std::uint64_t{1} << 20U);

@@ -250,11 +250,7 @@ class TextItems {
 /// Hands over every item below `parent`. The format bounds the depth of groups, and the file was
 /// checked when it was opened.
 template <class Items>
-void Walk(SCFile::Node* parent,
-          std::uint32_t code,
-          bool full,
-          std::size_t depth,
-          Items& items) {
+void Walk(SCFile::Node* parent, std::uint32_t code, bool full, std::size_t depth, Items& items) {
   for (std::uint32_t index = 0; index < SCFile::file_ItemNbrGet(parent); ++index) {
     const Item item = ReadItem(parent, index);
     if (item.kind == SCFile::kind_Value) {
