@@ -16,6 +16,7 @@ PAGE = 4096
 DATA_START = 3 * PAGE
 MAGIC = bytes.fromhex("D55554440D0A1A0A")
 VERSION = (0, 9)
+OLD_HEADER = 36  # bytes
 SLOT_MAGIC = b"utcommit"
 SEGMENT_MAGIC = b"utgroup\n"
 MAX_DEPTH = 16
@@ -275,6 +276,11 @@ class InspectionFile:
         self._file.seek(offset)
         return self._file.read(size)
 
+    def _stores(self, size):
+        """Whether the medium holds so much of the file: a hole claims any size at no cost."""
+        blocks = getattr(os.fstat(self._file.fileno()), "st_blocks", None)
+        return size <= 1 << 20 or blocks is None or blocks * 512 >= size // 2
+
     def _read_state(self):
         """The record that counts. A commit between two reads looks like damage: read again until it
         looks the same twice."""
@@ -297,6 +303,7 @@ class InspectionFile:
         for number in range(self.slot.tops - 1, -1, -1):
             require(link.offset % 4 == 0 and link.offset >= DATA_START, "segment: offset")
             require(link.offset + link.size <= limit, "segment: beyond what was committed")
+            require(self._stores(link.size), "segment: larger than what is stored of the file")
             data = self._read(link.offset, link.size)
             require(len(data) == link.size and xxh3_64(data) == link.checksum, "segment: checksum")
             segments.append((link.offset, link.size))
@@ -314,6 +321,14 @@ class InspectionFile:
     def read_block(self, block):
         """The bytes of a block, checked."""
         return b"".join(self.read_chunks(block))
+
+    def read_samples(self, block):
+        """The samples of a data group: a block without the header that older writers left."""
+        content = self.read_block(block)
+        has_header = (
+            len(content) >= OLD_HEADER and content[:2] == b"D3" and content[4:6] == b"SU"
+        )
+        return bytes(OLD_HEADER) + content[OLD_HEADER:] if has_header else content
 
     def read_chunks(self, block):
         """The chunks of a block one after the other, each checked."""

@@ -44,7 +44,7 @@ class SampleTable:
         self._cell = struct.Struct((">" if group.value(SWAP) else "<") + str(self.samples) + letter)
         if block.size < self._cell.size * self.columns * self.rows:
             raise ValueError("the data group has fewer samples than it says")
-        self.bytes = file.read_block(block)
+        self.bytes = file.read_samples(block)
 
     def cell(self, row, column):
         """The samples of one cell, in time order."""
