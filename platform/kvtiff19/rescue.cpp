@@ -223,6 +223,11 @@ class Rescuer {
     WholeBytes bytes;
     if (const int status = ReadChunks(item, bytes)) return FailWrite(copy, status);
     if (bytes.lostBytes == 0) return AppendWhole(copy, item.code, bytes.block);
+    // Nothing is left that memory would be worth: a hole claims any size at no cost.
+    if (bytes.lostBytes == bytes.block.size) {
+      m_findings.lost.push_back("the block of " + place);
+      return SCFile::status_Ok;
+    }
     m_findings.lost.push_back(std::to_string(bytes.lostBytes) + " bytes of the block of " + place +
                               ", which are zero now");
     std::vector<std::byte> read;

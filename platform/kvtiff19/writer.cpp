@@ -75,8 +75,8 @@ int Reopen(const OpenFile& file, std::unique_ptr<os::File>& writable) {
   if (error != Error::None) return FailOs(file.path, error, "cannot be opened for writing");
   os::FileIdentity loaded;
   os::FileIdentity opened;
-  for (const Error told : {file.handle->Identify(loaded), writable->Identify(opened)})
-    if (told != Error::None) return FailOs(file.path, told, "cannot be looked at");
+  for (const Error failure : {file.handle->Identify(loaded), writable->Identify(opened)})
+    if (failure != Error::None) return FailOs(file.path, failure, "cannot be looked at");
   return loaded == opened ? SCFile::status_Ok
                           : FailAt(file, SCFile::status_MovedOn, "another file has taken its name");
 }

@@ -72,7 +72,7 @@ int WriteMemory(SCFile::Node& group, const CGDataTypeFDD* base, const CGDataType
   if (!SizeInMemory(record, size)) {
     MarkFailed(group, SCFile::status_BadArgument);
     return Fail(SCFile::status_BadArgument,
-                "the size of a data group's samples is neither given nor told by its layout");
+                "the size of a data group's samples is neither given nor known from its layout");
   }
   if (base && HoldsBlock(*base, record.dataPointer, size)) return SCFile::status_Ok;
   return SCFile::file_BlockWrite(&group, sampleBlockCode, size, record.dataPointer);
