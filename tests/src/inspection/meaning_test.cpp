@@ -8,6 +8,7 @@
 
 #include "tests/support/file_forge.h"
 #include "tests/support/scratch_directory.h"
+#include "utdata/arrays.h"
 #include "utdata/fset.h"
 #include "utdata/igate.h"
 #include "utdata/inspection.h"
@@ -135,6 +136,31 @@ TEST(Meaning, SamplesLieAsTheirRecordSays) {
   EXPECT_DOUBLE_EQ(inspection.Data()[1].ReadOut(0, 0, 0).percent, 25.6);
   EXPECT_EQ(valuesOf(1, 1), (Values{1000}));
   EXPECT_EQ(valuesOf(2, 0), (Values{0, 127, -128}));
+}
+
+// The numbers of an array are those that are stored, the scale and offset beside it make them what
+// they mean.
+TEST(Meaning, ArraysSayTheSame) {
+  const Forged forged;
+  test::FileForge forge;
+  GroupBody top;
+  GroupBody eddy = AScans(0, 1, 1, 2).Put(1, 5U).Put(19, 2U).Put(26, 65535.0F);
+  eddy.Put(27, 0.5F).Put(28, 2.0F).Put(50, 6U).Samples(forge, BytesOf({0, 0x80, 4, 0x80}));
+  GroupBody analog = AScans(0, 1, 1, 2).Put(1, 8U).Put(19, 1U).Put(26, 1000.0F);
+  analog.Put(27, 0.5F).Put(28, 2.0F).Put(50, 6U).Samples(forge, BytesOf({0xF4, 1}));
+  for (const GroupBody& group : {eddy, analog}) top.Group(10004, group);
+  forge.AddTop(top.Whole());
+  forged.Write(forge);
+
+  const Inspection inspection = Inspection::Open(forged.path);
+  const auto volts = [&](std::size_t group, int stored) {
+    const DescribedValues values = DescribeArray(inspection.Data().at(group)).values;
+    EXPECT_EQ(values.unit, "V");
+    return values.scale * stored + values.offset;
+  };
+  EXPECT_DOUBLE_EQ(volts(0, 0x8000), 2);
+  EXPECT_DOUBLE_EQ(volts(0, 0x8004), 4);
+  EXPECT_DOUBLE_EQ(volts(1, 500), 0.5 * 50 + 2);
 }
 
 TEST(Meaning, ModificationsFindTheirRecords) {
