@@ -360,6 +360,7 @@ ANALOG_SCALED, ANGLE = 8, 17
 MASTER = 0x8000
 SECOND, METRE, DEGREE = 1, 2, 3
 OFFSET_BINARY = 1
+LOGARITHMIC = 1
 LARGEST_QUANTITY = (1 << 31) - 1
 LARGEST_TABLE = (1 << 63) - 1
 
@@ -524,6 +525,9 @@ class DataGroup:
         """Of full scale; NaN where the range has no extent."""
         if not self.has_range:
             return math.nan
+        if self.dataScale == LOGARITHMIC:
+            decades = (self.dataOffset + value * self.dataResolution) / 20
+            return 100 * 10**decades if decades < 300 else math.inf
         below = -self.dataMinimum if self.dataMinimum < 0 else self.dataMaximum
         full_scale = self.dataMaximum if value >= 0 else below
         return 100 * value / full_scale if full_scale else math.nan

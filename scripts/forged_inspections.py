@@ -170,6 +170,7 @@ def data_group(file, dice, is_change):
         i32(45, dice.choice([0, 0, 1, -1])),
         u32(47, data_type if dice.random() < 0.98 else 6),
         u32(48, dice.choice([0, 0, 0, 1, 2, 3])),
+        u32(49, dice.random() < 0.05),
         u32(51, dice.choice([0, 0, 1, 2, 3, 10, 17])),
         u32(52, dice.choice([0, 0, 0, 1])),
     ]
