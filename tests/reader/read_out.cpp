@@ -98,6 +98,7 @@ json ReadOutsOf(const DataGroup& group) {
 
 json DescribeData(const DataGroup& group, bool withReadOuts) {
   json data = {{"class", group.Class()},
+               {"bookmark", group.Descriptor().GetDataBookmarkType()},
                {"minimum", group.Descriptor().GetDataMin()},
                {"maximum", group.Descriptor().GetDataMax()},
                {"columns", AxisOf(group.Columns())},
