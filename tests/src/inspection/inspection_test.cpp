@@ -243,6 +243,9 @@ TEST(InspectionSaving, ChangesComeBackWhicheverWayTheyWereSaved) {
     EXPECT_EQ(inspection.SaveCompanion(), path.substr(0, path.size() - 4) + ".A01");
     inspection.Gate(0, 1).SetWidth(0.4e-6);
     Gate(inspection, {0, 2, 1.1e-6, 0.2e-6, {}});
+    CGGateTypeDescr third;
+    third.gateId = 3;
+    inspection.FileSet().fset_AddGGate(&third, 1);
     inspection.SaveAppended();
     inspection.Gate(0, 2).SetLevel(33);
     inspection.SaveAs(copy);
@@ -260,6 +263,7 @@ TEST(InspectionSaving, ChangesComeBackWhicheverWayTheyWereSaved) {
   const Inspection copied = Inspection::Open(copy);
   EXPECT_EQ(copied.Data().size(), 3U);
   EXPECT_NEAR(copied.Gate(0, 2).Level(), 33, 1e-9);
+  EXPECT_NO_THROW(static_cast<void>(copied.Gate(0, 3))) << "added, saved, and not changed since";
   EXPECT_NEAR(copied.Gate(0, 1).Width(), 0.4e-6, 1e-12);
 }
 
