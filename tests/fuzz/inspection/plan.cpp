@@ -409,8 +409,8 @@ class Parser {
     PlannedItem item;
     const bool isNumber = is.a % 2 == 0;
     item.code = static_cast<std::uint16_t>(isNumber ? 200 : 300 + is.a);
-    item.type = isNumber ? std::uint8_t{SCFile::value_UInt32}
-                         : static_cast<std::uint8_t>(2 + is.b % 11);
+    item.type =
+        isNumber ? std::uint8_t{SCFile::value_UInt32} : static_cast<std::uint8_t>(2 + is.b % 11);
     item.count = isNumber ? 1 : is.c % 9;
     item.data = isNumber ? Stored(item.type, is.value % 8)
                          : std::string(item.count * kvtiff19::ElementSize(item.type), '\1');
