@@ -207,7 +207,8 @@ class Session {
     try {
       Save(inspection, save, path);
     } catch (const Error& error) {
-      const bool isRefused = !isNew && (!isModified || m_isInfoChanged);
+      const bool isRefused =
+          !isNew && (!isModified || m_isInfoChanged || m_plan.hasTwins || m_plan.hasDataTwins);
       Require(isRefused || !m_plan.isSound, "what is sound can be saved", error.what());
       RequireSame(items, SeeItems(inspection), "a save that is refused changes nothing");
       RequireSame(history, SeeHistory(inspection), "a save that is refused leaves no write");

@@ -296,7 +296,8 @@ class Parser {
         Put(RightItem(field, 12, is.value * field.code));
       }
     }
-    if (!isModification && !m_known.insert(std::move(keys)).second) m_plan.hasTwins = true;
+    if (!m_known.insert(std::move(keys)).second && !isModification)
+      (IsData() ? m_plan.hasDataTwins : m_plan.hasTwins) = true;
   }
 
   /// All ones is no id: it stands for any.
@@ -388,7 +389,7 @@ class Parser {
     if (!m_type || m_open.size() != 2) return;
     const FieldInfo& field = m_type->fields[is.a % m_type->fields.size()];
     if (field.kind == FieldKind::Block) return;
-    if (field.IsKey()) m_plan.hasTwins = true;
+    if (field.IsKey()) (IsData() ? m_plan.hasDataTwins : m_plan.hasTwins) = true;
     PlannedItem item = field.IsKey() ? NumberItem(field, KeyOf(field, is.value & 0xF))
                                      : RightItem(field, is.c, is.value);
     const std::uint8_t form = is.b % 32;

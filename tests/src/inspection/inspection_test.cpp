@@ -326,6 +326,44 @@ TEST(InspectionSaving, AnEditOfABeamComesBackOnThatBeam) {
   EXPECT_EQ(again.Data({.subChannel = 3}).Item().idata3_GetProbeAngle(), 72);
 }
 
+// Beam 0 of a channel and the whole channel have the same ids in a file that numbers beams from 0
+// and knows no bookmark types.
+TEST(InspectionSaving, AnEditOfAChannelsGroupDoesNotGoToABeamOfItsIds) {
+  const ScratchDirectory scratch;
+  const std::string path = Path(scratch), copy = Path(scratch, "copy.fpd");
+  std::vector<std::uint16_t> samples(60, 7);
+  {
+    Inspection inspection = Inspection::New(path);
+    CFContTypeFileDescr& groups = inspection.Descriptor();
+    groups.subChannels.AddTail(gsubchan_Allocate(1, L""));
+    for (const wchar_t* beam : {L"beam", L""}) {
+      CGDataTypeFDD* data = gdata_Allocate(1, nullptr);
+      *data = Record(kvt_UInt16, 10);
+      SetName(data->subChannelName, beam);
+      data->tofd = *beam ? 0 : 1;
+      data->dataPointer = samples.data();
+      data->dataSize = samples.size() * 2;
+      groups.data.AddTail(data);
+    }
+    inspection.SaveAs(path);
+  }
+  for (const bool asCompanion : {true, false}) {
+    Inspection inspection = Inspection::Open(path);
+    ASSERT_EQ(inspection.Data().size(), 2U);
+    ASSERT_TRUE(inspection.Data()[0].IsListed() && inspection.Data()[1].IsListed());
+    idata_typeInspParams params;
+    CIData& item = inspection.Data()[1].Item();
+    item.idata3_GetInspParam(&params);
+    params.partThickness += 0.01F;
+    item.idata1_ModifyInspParam(&params, 0);
+    if (asCompanion) inspection.SaveAs(copy);
+    asCompanion ? inspection.SaveCompanion() : inspection.SaveAppended();
+    const Inspection again = Inspection::Open(asCompanion ? copy : path);
+    EXPECT_EQ(again.Data()[0].Taken().partThickness, 0);
+    EXPECT_EQ(again.Data()[1].Taken().partThickness, params.partThickness);
+  }
+}
+
 TEST(InspectionData, AGroupWhoseIdsAreThereKeepsItsOwnSamples) {
   const ScratchDirectory scratch;
   const std::string path = Path(scratch);
