@@ -91,14 +91,17 @@ class Session {
     }
   }
 
+  /// Whether codes of 16 bits are looked at.
   [[nodiscard]] bool WithWideCodes() const { return m_plan.lot % 64 == 0; }
+  /// Whether a rescue may try every value of every byte of a damaged group.
+  [[nodiscard]] bool IsLong() const { return m_plan.lot % 512 == 1; }
 
   // ---- damage
 
   void CheckDamage(const PlannedDamage& damage, const Observation& whole, bool wereClean) {
     const ForgedFile& file = m_files[damage.file % m_files.size()];
     std::vector<std::byte> bytes = file.bytes;
-    Damage(bytes, damage);
+    const std::size_t place = Damage(bytes, damage);
     m_disk.Put(file.path, std::move(bytes));
     const bool hasTail = damage.kind == PlannedDamage::Kind::Tail;
     Require(hasTail || !IsClean(file.path), "damage is found by the verification");
@@ -106,7 +109,7 @@ class Session {
     if (auto damaged = Open(m_path, {.acceptDamage = true}))
       for (const SeenData& data : Observe(*damaged, false).data)
         Require(!data.isDamaged, "damage that is accepted is not refused", data.samples);
-    if (wereClean && CanBeRescuedSoon(damage)) CheckRescue(file);
+    if (wereClean && (place < kvtiff19::dataStart || hasTail || IsLong())) CheckRescue(file);
     m_disk.Put(file.path, file.bytes);
   }
 
@@ -124,11 +127,6 @@ class Session {
       is.isDamaged = whole.data[at].isDamaged;
       RequireSame(std::vector{is}, std::vector{whole.data[at]}, "damaged samples are refused");
     }
-  }
-
-  /// Mending tries every value of every byte of a group that is damaged.
-  [[nodiscard]] bool CanBeRescuedSoon(const PlannedDamage& damage) const {
-    return damage.kind == PlannedDamage::Kind::Tail || !damage.isInData || m_plan.lot % 512 == 1;
   }
 
   void CheckRescue(const ForgedFile& damaged) {

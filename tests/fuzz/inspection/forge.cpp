@@ -105,21 +105,23 @@ std::vector<ForgedFile> Forge(const std::vector<PlannedFile>& files) {
   return forged;
 }
 
-void Damage(std::vector<std::byte>& bytes, const PlannedDamage& damage) {
+std::size_t Damage(std::vector<std::byte>& bytes, const PlannedDamage& damage) {
   const std::size_t from =
       damage.isInData && bytes.size() > kvtiff19::dataStart ? kvtiff19::dataStart : 0;
   const std::size_t at = from + damage.place % (bytes.size() - from);
   switch (damage.kind) {
     case PlannedDamage::Kind::Change:
       bytes[at] ^= static_cast<std::byte>(damage.change);
-      return;
+      return at;
     case PlannedDamage::Kind::Cut:
       bytes.resize(at);
-      return;
+      return at;
     case PlannedDamage::Kind::Tail:
-      bytes.insert(bytes.end(), 1 + damage.place % 5000, static_cast<std::byte>(damage.change));
-      return;
+      break;
   }
+  const std::size_t end = bytes.size();
+  bytes.insert(bytes.end(), 1 + damage.place % 5000, static_cast<std::byte>(damage.change));
+  return end;
 }
 
 }  // namespace utdata::fuzz

@@ -20,7 +20,7 @@ struct ForgedFile {
 /// The base first.
 [[nodiscard]] std::vector<ForgedFile> Forge(const std::vector<PlannedFile>& files);
 
-/// Damages bytes that are right.
-void Damage(std::vector<std::byte>& bytes, const PlannedDamage& damage);
+/// Damages bytes that are right. @return where
+std::size_t Damage(std::vector<std::byte>& bytes, const PlannedDamage& damage);
 
 }  // namespace utdata::fuzz
