@@ -547,6 +547,12 @@ class DataGroup:
         full_scale = self.dataMaximum if value >= 0 else below
         return 100 * value / full_scale if full_scale else math.nan
 
+    def quantity(self, value):
+        """What a value is of a class that holds no amplitudes, in dataUnits; positions too."""
+        if self.plain_class == ANALOG_SCALED:
+            value = self.percent(value)
+        return self.dataOffset + value * self.dataResolution
+
     def decibels(self, percent):
         """The level of an amplitude; NaN where it has none."""
         if self.plain_class == ANALOG_SCALED:
