@@ -60,6 +60,11 @@ void NewFile::Append(std::span<const std::byte> bytes) {
 }
 
 void NewFile::Commit() {
+  Finish();
+  TakeName();
+}
+
+void NewFile::Finish() {
   os::FileSystem& disk = os::CurrentFileSystem();
   ThrowOn(m_file->Sync(), m_path);
   ThrowIfInterrupted();
@@ -73,7 +78,11 @@ void NewFile::Commit() {
     if (const os::Error error = m_file->CopyPermissionsOf(ToWide(m_path));
         error != os::Error::NotFound)
       ThrowOn(error, m_path);
-  ThrowOn(disk.Rename(ToWide(UnfinishedPath()), ToWide(m_path), m_replace), m_path);
+}
+
+void NewFile::TakeName() {
+  ThrowOn(os::CurrentFileSystem().Rename(ToWide(UnfinishedPath()), ToWide(m_path), m_replace),
+          m_path);
   m_whole = true;
   m_leftover.reset();
 }
@@ -85,9 +94,11 @@ void NewFile::Withdraw() {
 }
 
 void CommitTogether(NewFile& first, NewFile& second) {
-  first.Commit();
+  first.Finish();
+  second.Finish();
+  first.TakeName();
   try {
-    second.Commit();
+    second.TakeName();
   } catch (...) {
     first.Withdraw();
     throw;
