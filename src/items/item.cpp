@@ -77,11 +77,6 @@ Item<Descriptor>::~Item() {
 }
 
 template <class Descriptor>
-void Item<Descriptor>::AssertValid() const {
-  UTDATA_ASSERT(m_state != nullptr);
-}
-
-template <class Descriptor>
 Descriptor* Item<Descriptor>::InfoRef() const {
   HandOut();
   return &m_state->working;
