@@ -4,6 +4,7 @@ its functions are named after.
     file = open_inspection("weld.fpd")      # metadata only; refuses damage with DamagedFile
     for group in file.groups: ...           # Group, Value and Block, in the file's order
     file.read_block(block)                  # its bytes, once every chunk matches its checksum
+    file.read_part(block, offset, size)     # some of them
     file.verify()                           # every byte of the file, blocks included
 """
 import os
@@ -68,6 +69,7 @@ class Slot:
     end: int
     tops: int
     last: Link
+    checksum: int  # of the record
 
 
 @dataclass(frozen=True)
@@ -143,7 +145,7 @@ def read_slot(page):
     commit, end, tops, offset, size, link_checksum, checksum = struct.unpack_from("<7Q", page, 8)
     if xxh3_64(page[:56]) != checksum:
         return None
-    return Slot(commit, end, tops, Link(offset, size, link_checksum))
+    return Slot(commit, end, tops, Link(offset, size, link_checksum), checksum)
 
 
 def was_a_slot(page):
@@ -258,7 +260,8 @@ class InspectionFile:
         self._file = open(path, "rb")
         try:
             self.slot = self._read_state()
-            self.groups, self._segments = self._read_chain()
+            self.groups, self.links = self._read_chain()
+            self._read_before = {}  # chunks, by block and number
         except BaseException:
             self._file.close()
             raise
@@ -298,7 +301,7 @@ class InspectionFile:
         raise AssertionError("unreachable")
 
     def _read_chain(self):
-        groups, segments = [], []
+        groups, links = [], []
         link, limit = self.slot.last, self.slot.end
         for number in range(self.slot.tops - 1, -1, -1):
             require(link.offset % 4 == 0 and link.offset >= DATA_START, "segment: offset")
@@ -306,11 +309,11 @@ class InspectionFile:
             require(self._stores(link.size), "segment: larger than what is stored of the file")
             data = self._read(link.offset, link.size)
             require(len(data) == link.size and xxh3_64(data) == link.checksum, "segment: checksum")
-            segments.append((link.offset, link.size))
+            links.append(link)
             limit = link.offset
             group, link = read_segment(data, number, limit)
             groups.append(group)
-        return groups[::-1], segments
+        return groups[::-1], links[::-1]
 
     def blocks(self):
         """Every block reference, in the file's order."""
@@ -325,10 +328,26 @@ class InspectionFile:
     def read_samples(self, block):
         """The samples of a data group: a block without the header that older writers left."""
         content = self.read_block(block)
-        has_header = (
-            len(content) >= OLD_HEADER and content[:2] == b"D3" and content[4:6] == b"SU"
-        )
-        return bytes(OLD_HEADER) + content[OLD_HEADER:] if has_header else content
+        return bytes(OLD_HEADER) + content[OLD_HEADER:] if has_old_header(content) else content
+
+    def read_part(self, block, offset, size):
+        """Some bytes of the samples of a data group; their chunks are checked once."""
+        content = b""
+        for number in range(offset // block.chunk, -(-(offset + size) // block.chunk)):
+            start = number * block.chunk
+            chunk = self._checked_chunk(block, number)
+            content += chunk[max(offset - start, 0) : offset + size - start]
+        if offset < OLD_HEADER and has_old_header(self._checked_chunk(block, 0)):
+            zeros = min(OLD_HEADER, offset + size) - offset
+            content = bytes(zeros) + content[zeros:]
+        return content
+
+    def _checked_chunk(self, block, number):
+        key = block.offset, number
+        if key not in self._read_before:
+            entry = self._read(block.table + 8 * number, 8)
+            self._read_before[key] = self._read_chunk(block, number, entry)
+        return self._read_before[key]
 
     def read_chunks(self, block):
         """The chunks of a block one after the other, each checked."""
@@ -337,18 +356,22 @@ class InspectionFile:
             len(table) == block.table_size and xxh3_64(table) == block.checksum,
             "block: table's checksum",
         )
-        for number, (checksum,) in enumerate(struct.iter_unpack("<Q", table)):
-            at = number * block.chunk
-            chunk = self._read(block.offset + at, min(block.chunk, block.size - at))
-            require(
-                xxh3_64(chunk) == checksum, f"block at {block.offset}: checksum of chunk {number}"
-            )
-            yield chunk
+        for number in range(len(table) // 8):
+            yield self._read_chunk(block, number, table[8 * number : 8 * number + 8])
+
+    def _read_chunk(self, block, number, checksum):
+        at = number * block.chunk
+        chunk = self._read(block.offset + at, min(block.chunk, block.size - at))
+        require(
+            xxh3_64(chunk).to_bytes(8, "little") == checksum,
+            f"block at {block.offset}: checksum of chunk {number}",
+        )
+        return chunk
 
     def verify(self):
         """Checks what opening did not: blocks, and that what stands between everything is zero and
         belongs to nobody twice."""
-        extents = list(self._segments)
+        extents = [(link.offset, link.size) for link in self.links]
         for block in self.blocks():
             for _ in self.read_chunks(block):
                 pass
@@ -366,6 +389,10 @@ class InspectionFile:
             for table in (item for item in top.items if is_group(item, 10045)):
                 for record in (item for item in table.items if is_group(item, 10044)):
                     check_defect(record)
+
+
+def has_old_header(samples):
+    return len(samples) >= OLD_HEADER and samples[:2] == b"D3" and samples[4:6] == b"SU"
 
 
 def is_group(item, code):

@@ -1,66 +1,56 @@
 #!/usr/bin/env python3
-"""Lists an inspection file, checks it, or prints one of its A-scans. Needs Python 3.8 and nothing
-else.
+"""Lists an inspection file, checks it, or prints what an inspection says. Needs Python 3.8 and
+nothing else.
 
     read_inspection.py weld.fpd                       # groups and items as stored
     read_inspection.py weld.fpd --json
     read_inspection.py weld.fpd --verify              # every checksum, samples included
+    read_inspection.py weld.fpd --data                # its data groups, companions read
     read_inspection.py weld.fpd --samples 0 --row 5 --column 133
+                                                      # a cell: position, value, percent
 
 Exit status: 0 done, 1 the file is damaged or cannot be read, 2 wrong usage.
 """
 import argparse
 import hashlib
 import json
-import struct
 import sys
 
 from inspection_file import Block, DamagedFile, Group, open_inspection
+from inspection_meaning import Inspection
 
-DATA_GROUPS = (10004, 10018)  # primary and modifier code
-# Items of a data group, from docs/group-types.md.
-CHANNEL, COLUMNS, ROWS, SAMPLES = 4, 11, 15, 19
-SAMPLE_SIZE, STORAGE, SWAP, SAMPLE_TYPE, BLOCK = 42, 44, 45, 47, 100
-SAMPLE_FORMAT = {2: "b", 3: "B", 4: "h", 5: "H"}
-CELL_AFTER_CELL = 0
+UNITS = {1: ("µs", 1e6), 2: ("mm", 1e3), 3: ("°", 1)}
 
 
-class SampleTable:
-    """The samples of a data group: `rows` x `columns` cells of `samples` values each."""
+def place(axis, index):
+    """A position with its unit; the index where there is none."""
+    if axis is None:
+        return str(index)
+    unit, factor = UNITS[axis.units]
+    return f"{axis.at(index) * factor:g} {unit}"
 
-    def __init__(self, file, group):
-        self.columns, self.rows, self.samples = (
-            group.value(code, 0) for code in (COLUMNS, ROWS, SAMPLES)
+
+def data_lines(inspection):
+    """One line for each data group: class, ids, extent of its axes, range of its values."""
+    for number, data in enumerate(inspection.data):
+        axes = (
+            (data.rows(), data.rowQuantity),
+            (data.columns(), data.columnQuantity),
+            (data.times(), 0 if data.holds_positions else data.samples_of_cell()),
         )
-        block, letter = group.value(BLOCK), SAMPLE_FORMAT.get(group.value(SAMPLE_TYPE))
-        if not isinstance(block, Block):
-            raise ValueError("the data group has no samples")
-        if (
-            letter is None
-            or struct.calcsize(letter) != group.value(SAMPLE_SIZE)
-            or group.value(STORAGE) != CELL_AFTER_CELL
-        ):
-            raise ValueError("this reader knows samples of 8 and 16 bits, stored cell after cell")
-        self._cell = struct.Struct((">" if group.value(SWAP) else "<") + str(self.samples) + letter)
-        if block.size < self._cell.size * self.columns * self.rows:
-            raise ValueError("the data group has fewer samples than it says")
-        self.bytes = file.read_samples(block)
-
-    def cell(self, row, column):
-        """The samples of one cell, in time order."""
-        if not (0 <= row < self.rows and 0 <= column < self.columns):
-            raise ValueError(
-                f"there is no cell ({row}, {column}): "
-                f"the group has {self.rows} rows of {self.columns} columns"
-            )
-        return self._cell.unpack_from(self.bytes, self._cell.size * (self.columns * row + column))
+        extents = " x ".join(
+            f"{size} ({place(axis, 0)} to {place(axis, size - 1)})" for axis, size in axes if size
+        )
+        ids = f"channel {data.record.key(4)}, gate {data.record.key(8)}"
+        low, high = data.dataMinimum, data.dataMaximum
+        yield f"{number}  class {data.dataClass}, {ids}: {extents}, values {low:g} to {high:g}"
 
 
-def data_groups(file):
-    """The data groups of a file that hold samples, in order; later modifications of them are not
-    applied."""
-    groups = (group for top in file.groups for group in top.walk() if group.code in DATA_GROUPS)
-    return [group for group in groups if group.value(BLOCK)]
+def cell_lines(data, row, column):
+    """The samples of a cell: position, value, and percent of full scale."""
+    for number, value in enumerate(data.values(row, column)):
+        at = place(data.times(), value if data.holds_positions else number)
+        yield f"{at}\t{value}" + ("" if data.holds_positions else f"\t{data.percent(value):g} %")
 
 
 def as_json(item, file):
@@ -100,18 +90,27 @@ def lines(items, depth=1):
             yield f"{start:<12} {item.type:<6} {shown if len(shown) <= 100 else shown[:99] + '…'}"
 
 
+def run_inspection(options):
+    with Inspection(options.file) as inspection:
+        for warning in inspection.warnings:
+            print(f"read_inspection: {warning}", file=sys.stderr)
+        if options.data:
+            print(*data_lines(inspection), sep="\n")
+            return
+        groups = inspection.data
+        if not 0 <= options.samples < len(groups):
+            raise ValueError(f"there is no data group {options.samples}: there are {len(groups)}")
+        print(*cell_lines(groups[options.samples], options.row, options.column), sep="\n")
+
+
 def run(options):
+    if options.data or options.samples is not None:
+        run_inspection(options)
+        return
     with open_inspection(options.file) as file:
         if options.verify:
             file.verify()
             print(f"{options.file}: clean, commit {file.slot.commit}")
-        elif options.samples is not None:
-            groups = data_groups(file)
-            if not 0 <= options.samples < len(groups):
-                raise ValueError(
-                    f"there is no data group {options.samples}: the file has {len(groups)}"
-                )
-            print(*SampleTable(file, groups[options.samples]).cell(options.row, options.column))
         elif options.json:
             tree = {
                 "path": options.file,
@@ -132,6 +131,7 @@ def main():
         "--json", action="store_true", help="print the tree as JSON, with the SHA-256 of each block"
     )
     parser.add_argument("--verify", action="store_true", help="check every byte")
+    parser.add_argument("--data", action="store_true", help="list the data groups")
     parser.add_argument(
         "--samples", type=int, metavar="N", help="print a cell of the N-th data group, from 0"
     )

@@ -36,6 +36,8 @@ class UTDATA_API PlacedItem : public CObject {
 
  protected:
   PlacedItem();
+  /// For what keeps more beside its place.
+  explicit PlacedItem(std::unique_ptr<ItemPlace> place);
   /// Whoever calls this is about to give a pointer away through which ids can be changed.
   void HandOut() const;
 
@@ -87,7 +89,7 @@ class Item : public PlacedItem {
   friend struct ItemAccess;
   struct State;
 
-  const std::unique_ptr<State> m_state;
+  [[nodiscard]] State& Inside() const;
 };
 
 extern template class UTDATA_API Item<CGChanTypeDescr>;

@@ -190,12 +190,16 @@ inline void EncodeItemHeader(std::byte* at,
 /// Whether an item is one number of four bytes, as most are. A walk asks this first and by a
 /// branch: a processor that guesses the answer goes on to the next item without waiting for this
 /// one's size.
-[[nodiscard]] inline bool IsOneNumber(const ItemHeader& header) {
+[[nodiscard]] constexpr bool IsOneNumber(const ItemHeader& header) {
   constexpr std::uint32_t types =
       1u << SCFile::value_Int32 | 1u << SCFile::value_UInt32 | 1u << SCFile::value_Float;
   return header.count == 1 && header.type < 32 && (types >> header.type & 1u) != 0;
 }
 inline constexpr std::size_t oneNumberSize = 4;
+/// The header of such an item as it is stored, in one load.
+[[nodiscard]] constexpr std::uint64_t OneNumberHead(std::uint16_t code, std::uint8_t type) {
+  return std::uint64_t{code} | std::uint64_t{type} << 16 | std::uint64_t{1} << 32;
+}
 
 /// Where a block and the table of its chunks' checksums lie.
 struct BlockRef {

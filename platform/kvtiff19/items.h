@@ -27,6 +27,10 @@ struct StoredItem {
 class ItemWalk {
  public:
   explicit ItemWalk(const SCFile::Node& group);
+  /// Items that are left.
+  [[nodiscard]] std::uint32_t Left() const { return m_left; }
+  /// The code of the next item. REQUIRES: one is left.
+  [[nodiscard]] std::uint16_t Code() const { return Load<std::uint16_t>(m_at); }
   /// The next item, false after the last.
   bool Next(StoredItem& item) {
     if (m_left == 0) return false;
@@ -41,6 +45,15 @@ class ItemWalk {
       m_at += itemHeaderSize + static_cast<std::size_t>(RoundUp(size, 4));
     }
     return true;
+  }
+  /// The four bytes of the next item when its header is `head`, of one number, and goes on; else
+  /// null.
+  const std::byte* NextNumber(std::uint64_t head) {
+    if (m_left == 0 || Load<std::uint64_t>(m_at) != head) return nullptr;
+    --m_left;
+    const std::byte* number = m_at + itemHeaderSize;
+    m_at = number + oneNumberSize;
+    return number;
   }
 
  private:
@@ -67,6 +80,9 @@ void MarkFailed(SCFile::Node& group, int status);
 /// The text of well-formed UTF-8; nothing when it is malformed.
 [[nodiscard]] std::optional<std::wstring> FromUtf8(std::string_view utf8);
 
+/// No item has this header.
+inline constexpr std::uint64_t noNumber = ~std::uint64_t{0};
+
 /// What a known group type asks of one of its items.
 struct ItemRule {
   std::uint16_t code;
@@ -76,6 +92,11 @@ struct ItemRule {
   std::uint32_t multipleOf;  ///< of the elements; 1 for no rule
   std::uint32_t
       maxCharacters;  ///< of a text for a fixed place, which holds no null character; 0 for no rule
+
+  /// The header of an item that is one number of four bytes; of other items what no header is.
+  std::uint64_t numberHead = maxCount == 1 && IsOneNumber({code, type, 0, minCount})
+                                 ? OneNumberHead(code, type)
+                                 : noNumber;
 };
 
 /// No group type has more rules than this.

@@ -21,7 +21,21 @@ class RuleCheck {
   /// Whether the type has rules.
   [[nodiscard]] bool Any() const { return !m_rules.empty(); }
 
-  /// Runs once per item of the file when it is opened.
+  /// Goes past the first of the bytes that are left when it is what comes next by the rules, one
+  /// number: one comparison instead of many, for most items of a file.
+  bool GoesPast(Bytes& left) {
+    constexpr std::size_t size = itemHeaderSize + oneNumberSize;
+    if (m_next >= m_rules.size() || left.size() < size) return false;
+    const std::uint64_t bit = std::uint64_t{1} << m_next;
+    if (Load<std::uint64_t>(left.data()) != m_rules[m_next].numberHead || (m_met & bit) != 0)
+      return false;
+    m_met |= bit;
+    ++m_next;
+    left = left.subspan(size);
+    return true;
+  }
+
+  /// Runs once per other item of the file when it is opened.
   bool Fits(const StoredItem& item) {
     if (m_next < m_rules.size() && m_rules[m_next].code == item.code) [[likely]]
       return Take(item, m_next);
@@ -81,6 +95,7 @@ class StructureCheck {
     for (std::uint32_t index = 0; index < itemCount; ++index) {
       if (indexed)
         m_findings.itemOffsets.push_back(static_cast<std::uint32_t>(left.data() - first));
+      if (rules.GoesPast(left)) continue;
       StoredItem item;
       if (!TakeItem(left, depth, item)) return false;
       if (known) fits = rules.Fits(item) && fits;

@@ -99,7 +99,7 @@ class SampleAxis {
     return m_item.idata3_GetUnit(kvt_AxisSample, family, unit);
   }
   [[nodiscard]] double At(double index) const { return m_base.first + index * m_base.step; }
-  [[nodiscard]] bool IsTime() const { return m_isTime; }
+  [[nodiscard]] bool IsTime() const { return m_isTime && m_isUsable; }
   [[nodiscard]] bool HasPath() const { return m_hasPath; }
   [[nodiscard]] std::uint32_t Quantity() const { return m_quantity; }
 

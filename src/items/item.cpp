@@ -49,6 +49,8 @@ void Renew(Descriptor& working, const Descriptor* source) {
 
 PlacedItem::PlacedItem() : m_place(std::make_unique<ItemPlace>()) {}
 
+PlacedItem::PlacedItem(std::unique_ptr<ItemPlace> place) : m_place(std::move(place)) {}
+
 PlacedItem::~PlacedItem() = default;
 
 // The list is notified before any call returns the pointer, also one on a second thread while the
@@ -65,21 +67,26 @@ void PlacedItem::HandOut() const {
 
 template <class Descriptor>
 Item<Descriptor>::Item(Descriptor* descriptor, int isNew)
-    : m_state(std::make_unique<State>(isNew ? nullptr : descriptor)) {
+    : PlacedItem(std::make_unique<State>(isNew ? nullptr : descriptor)) {
   if (!Given(descriptor)) return;
-  Family<Descriptor>::duplicate(&m_state->working, descriptor);
-  ItemAccess::PublishIds(*this, IdsOf(m_state->working));
+  Family<Descriptor>::duplicate(&Inside().working, descriptor);
+  ItemAccess::PlaceOf(*this).ids.Begin(IdsOf(Inside().working));
 }
 
 template <class Descriptor>
 Item<Descriptor>::~Item() {
-  Empty(m_state->working);
+  Empty(Inside().working);
+}
+
+template <class Descriptor>
+typename Item<Descriptor>::State& Item<Descriptor>::Inside() const {
+  return static_cast<State&>(ItemAccess::PlaceOf(*this));
 }
 
 template <class Descriptor>
 Descriptor* Item<Descriptor>::InfoRef() const {
   HandOut();
-  return &m_state->working;
+  return &Inside().working;
 }
 
 template <class Descriptor>
@@ -90,76 +97,76 @@ void Item<Descriptor>::CopyInfo(Descriptor* out) const {
 template <class Descriptor>
 void Item<Descriptor>::SetInfo(const Descriptor* in) {
   if (!Given(in)) return;
-  const MutexScope lock(m_state->lock);
-  if (*in == m_state->working) return;
+  const MutexScope lock(Inside().lock);
+  if (*in == Inside().working) return;
   Descriptor next(*in);  // all of it or, without memory, nothing
-  m_state->isModified = true;
-  m_state->working = std::move(next);
-  ItemAccess::PublishIds(*this, IdsOf(m_state->working));
+  Inside().isModified = true;
+  Inside().working = std::move(next);
+  ItemAccess::PublishIds(*this, IdsOf(Inside().working));
 }
 
 template <class Descriptor>
 Descriptor* Item<Descriptor>::FileSide() const {
-  return m_state->fileSide;
+  return Inside().fileSide;
 }
 
 template <class Descriptor>
 bool Item<Descriptor>::CopyFileSide(Descriptor* out) const {
   if (IsNew() || !Given(out)) return false;
-  const MutexScope lock(m_state->lock);
-  *out = *m_state->fileSide;
+  const MutexScope lock(Inside().lock);
+  *out = *Inside().fileSide;
   return true;
 }
 
 template <class Descriptor>
 void Item<Descriptor>::Replace(const Descriptor* source) {
   if (!Given(source)) return;
-  const MutexScope lock(m_state->lock);
-  Descriptor* const fileSide = m_state->fileSide;
+  const MutexScope lock(Inside().lock);
+  Descriptor* const fileSide = Inside().fileSide;
   if (fileSide) *fileSide = *source;
-  Renew(m_state->working, fileSide ? fileSide : source);
-  ItemAccess::PublishIds(*this, IdsOf(m_state->working));
+  Renew(Inside().working, fileSide ? fileSide : source);
+  ItemAccess::PublishIds(*this, IdsOf(Inside().working));
 }
 
 template <class Descriptor>
 void Item<Descriptor>::Adopt(Descriptor* fileSide) {
   if (!Given(fileSide)) return;
-  const MutexScope lock(m_state->lock);
-  m_state->fileSide = fileSide;
-  Renew(m_state->working, fileSide);
-  ItemAccess::PublishIds(*this, IdsOf(m_state->working));
+  const MutexScope lock(Inside().lock);
+  Inside().fileSide = fileSide;
+  Renew(Inside().working, fileSide);
+  ItemAccess::PublishIds(*this, IdsOf(Inside().working));
 }
 
 template <class Descriptor>
 std::uint32_t Item<Descriptor>::GetBoth(Descriptor** working, Descriptor** fileSide) const {
   if (Given(working)) *working = InfoRef();
   if (!Given(fileSide)) return 0;
-  const MutexScope lock(m_state->lock);
-  *fileSide = m_state->fileSide;
+  const MutexScope lock(Inside().lock);
+  *fileSide = Inside().fileSide;
   return 0;
 }
 
 template <class Descriptor>
 bool Item<Descriptor>::IsModified() const {
-  const MutexScope lock(m_state->lock);
-  return m_state->isModified;
+  const MutexScope lock(Inside().lock);
+  return Inside().isModified;
 }
 
 template <class Descriptor>
 void Item<Descriptor>::SetModified(bool modified) {
-  m_state->isModified = modified;
+  Inside().isModified = modified;
 }
 
 template <class Descriptor>
 void Item<Descriptor>::SetModifiedLocked(bool modified) {
-  const MutexScope lock(m_state->lock);
-  m_state->isModified = modified;
+  const MutexScope lock(Inside().lock);
+  Inside().isModified = modified;
 }
 
 template <class Descriptor>
 bool Item<Descriptor>::IsNew() const {
-  const MutexScope lock(m_state->lock);
-  return !m_state->fileSide;
+  const MutexScope lock(Inside().lock);
+  return !Inside().fileSide;
 }
 
 template class Item<CGChanTypeDescr>;

@@ -33,6 +33,13 @@ class PublishedIds {
     }
   }
 
+  /// The first ones, before any other thread knows of them.
+  template <std::size_t quantity>
+  void Begin(const std::array<std::uint32_t, quantity>& ids) {
+    for (std::size_t index = 0; index < quantity; ++index)
+      m_ids[index].store(ids[index], std::memory_order_relaxed);
+  }
+
   /// @return whether an id has changed
   template <std::size_t quantity>
   bool Store(const std::array<std::uint32_t, quantity>& ids) {
@@ -62,6 +69,8 @@ class ItemHome {
 };
 
 struct ItemPlace {
+  virtual ~ItemPlace() = default;
+
   /// Those of the working copy, in the order of the list's lookups; out of date once the working
   /// copy was handed out. Written under the item's lock.
   PublishedIds ids;
@@ -102,7 +111,7 @@ struct ItemAccess {
 
   template <class Descriptor>
   [[nodiscard]] static auto& StateOf(const Item<Descriptor>& item) {
-    return *item.m_state;
+    return item.Inside();
   }
   template <class Descriptor>
   [[nodiscard]] static bool IsModified(const Item<Descriptor>& item) {

@@ -20,7 +20,7 @@ template <class Value>
 }
 
 template <class Descriptor>
-struct UTDATA_LOCAL Item<Descriptor>::State {
+struct UTDATA_LOCAL Item<Descriptor>::State final : ItemPlace {
   explicit State(Descriptor* source) : fileSide(source) {}
 
   mutable RecursiveMutex lock;  ///< taken after a file set's; nothing of the host runs under it

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "interfaces/kvtiff19.h"
+#include "tests/support/effort.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/file_snapshot.h"
 
@@ -17,6 +18,7 @@ using namespace SCFile;
 using utdata::os::Error;
 using utdata::test::FaultyFileSystem;
 using utdata::test::FileSystemInPlace;
+using utdata::test::ReportCampaign;
 using utdata::test::SnapshotOf;
 using utdata::test::Tearing;
 
@@ -175,6 +177,7 @@ std::uint64_t CallsOfUndisturbedRun() {
 
 TEST(Crash, EveryCallFailsInTurnWithEveryError) {
   const std::uint64_t calls = CallsOfUndisturbedRun();
+  std::uint64_t failed = 0;
   for (const Error error : {Error::Other,
                             Error::DiskFull,
                             Error::AccessDenied,
@@ -189,6 +192,7 @@ TEST(Crash, EveryCallFailsInTurnWithEveryError) {
       Workload workload(false);
       disk.FailAt(call, error);
       workload.Run();
+      ++failed;
       SCOPED_TRACE(disk.FailedCall());
       ASSERT_NO_FATAL_FAILURE(CheckFiles(disk, workload));
       // A file of which it is not known whose it is stays, and so does another writer's.
@@ -200,6 +204,7 @@ TEST(Crash, EveryCallFailsInTurnWithEveryError) {
         ASSERT_FALSE(disk.Get(path + L".part").has_value());
     }
   }
+  ReportCampaign(std::to_string(failed) + " failing calls of the file layer", 0);
 }
 
 TEST(Crash, PowerFailsAfterEveryCall) {

@@ -17,31 +17,24 @@ namespace utdata::kvtiff19 {
 template <class Record>
 class RecordReader {
  public:
-  RecordReader(const SCFile::Node& group, Record& record) : m_walk(group), m_record(record) {
-    Advance();
-  }
+  RecordReader(const SCFile::Node& group, Record& record)
+      : m_walk(group), m_record(record), m_count(m_walk.Left()) {}
 
   /// Calls `other` with the item and its index for each item whose code is no field's. False when
   /// an item does not fit its field or a field comes twice.
   template <class Other>
   bool Read(Other&& other) {
-    while (m_more && m_good) {
-      const std::uint32_t before = m_index;
+    while (m_walk.Left() > 0 && m_good) {
+      const std::uint32_t before = m_walk.Left();
       Pass(std::make_index_sequence<fieldCount<Record>>{});
-      if (m_good && m_more && m_index == before) {
-        m_good = other(m_item, m_index - 1);
-        Advance();
-      }
+      if (!m_good || m_walk.Left() == 0 || m_walk.Left() != before) continue;
+      m_walk.Next(m_item);
+      m_good = other(m_item, m_count - before);
     }
     return m_good;
   }
 
  private:
-  void Advance() {
-    m_more = m_walk.Next(m_item);
-    ++m_index;
-  }
-
   template <std::size_t... index>
   void Pass(std::index_sequence<index...>) {
     (Take<index>(), ...);
@@ -52,20 +45,27 @@ class RecordReader {
     static constexpr auto& field = std::get<index>(FieldTable<Record>::fields);
     using Codec = typename std::remove_cvref_t<decltype(field)>::Codec;
     static constexpr ValueShape shape = Codec::shape;
-    if (!m_more || m_item.code != field.code || !m_good) return;
+    if constexpr (constexpr ItemRule rule = field.Rule(); rule.numberHead != noNumber) {
+      if (const std::byte* number = m_walk.NextNumber(rule.numberHead)) [[likely]] {
+        Codec::Decode(number, m_record.*field.member);
+        m_good = m_good && !m_seen[index];
+        m_seen[index] = true;
+        return;
+      }
+    }
+    if (m_walk.Left() == 0 || m_walk.Code() != field.code || !m_good) return;
+    m_walk.Next(m_item);
     m_good = m_item.type == shape.type && m_item.count >= shape.minCount &&
              m_item.count <= shape.maxCount && m_item.count % shape.multipleOf == 0 &&
              !m_seen[index] && Codec::Decode(m_item, m_record.*field.member);
     m_seen[index] = true;
-    Advance();
   }
 
   ItemWalk m_walk;
   Record& m_record;
-  StoredItem m_item{};
+  std::uint32_t m_count;  // of items
+  StoredItem m_item{};    // the last one taken that is not one number of four bytes
   std::bitset<fieldCount<Record>> m_seen;
-  std::uint32_t m_index = 0;  // of the item after m_item
-  bool m_more = false;
   bool m_good = true;
 };
 

@@ -112,8 +112,11 @@ requires(std::is_arithmetic_v<Number> || std::is_enum_v<Number>) struct ValueCod
   static std::optional<EncodedValue> Encode(const Number& member, std::string& scratch) {
     return EncodeNumbers(&member, 1, scratch);
   }
+  static void Decode(const std::byte* stored, Number& member) {
+    CopyLittleEndian<Number>(reinterpret_cast<std::byte*>(&member), stored, 1);
+  }
   static bool Decode(const StoredItem& item, Number& member) {
-    CopyLittleEndian<Number>(reinterpret_cast<std::byte*>(&member), item.data.data(), 1);
+    Decode(item.data.data(), member);
     return true;
   }
   static bool Same(const Number& a, const Number& b) { return std::memcmp(&a, &b, sizeof a) == 0; }

@@ -8,6 +8,7 @@
 #include "tests/support/scratch_directory.h"
 #include "utdata/inspection.h"
 #include "utdata/newscan.h"
+#include "utdata/readout.h"
 
 namespace utdata {
 namespace {
@@ -54,6 +55,25 @@ TEST(InspectionRepairs, AreWarningsWithBothValues) {
   wave.dataMinimum = 0;
   wave.dataMaximum = 65535;
   EXPECT_EQ(WarningsAbout(wave), std::vector<std::string>());
+}
+
+TEST(InspectionRepairs, AStepThatStandsForNoneGivesNoTimes) {
+  const test::ScratchDirectory scratch;
+  const std::string path = (scratch.Path() / "weld.fpd").string();
+  const SampleType& type = *FindSampleType(kvt_Int16);
+  CGDataTypeFDD record = NominalRecord(type);
+  SetLayout(record, type, {3, 2, 10, true});
+  record.sampleResolution = 0;
+  Inspection inspection = Inspection::New(path);
+  inspection.AddData(record, std::vector<std::byte>(2 * 3 * 10 * 2));
+  inspection.SaveAs(path);
+  const Inspection saved = Inspection::Open(path);
+  const DataGroup group = saved.Data().front();
+  EXPECT_TRUE(group.Times().symbol.empty());
+  const ReadOut at = group.ReadOut(1, 2, 3);
+  EXPECT_FALSE(at.time.IsKnown());
+  EXPECT_FALSE(at.halfPath.IsKnown());
+  EXPECT_TRUE(at.column.IsKnown());
 }
 
 }  // namespace

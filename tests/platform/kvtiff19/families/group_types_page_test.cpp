@@ -3,12 +3,14 @@
 // page anew.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
+#include "interfaces/framework.h"
 #include "interfaces/kvtiff19_catalogue.h"
 
 namespace {
@@ -18,23 +20,26 @@ using SCFile::GroupTypeInfo;
 
 constexpr const char* introduction = R"(# Group types
 
-What the groups of an inspection file hold, type by type: the codes of the group, and for each item
-its code, its value type, how many elements it has, its unit and what it means.
-[file-format.md](file-format.md) says how groups, items and values are laid out in bytes.
+What the groups of an inspection file hold, type by type: the type codes of the group, and for each
+item its code, its value type, how many elements it has, its unit, its default and what it means.
+[file-format.md](file-format.md) says how groups, items and values are laid out in bytes,
+[meaning.md](meaning.md) how records come of groups, and percent, millimetres and microseconds of
+records.
 
-- A group whose code is the *primary* one holds a record whole: every item of the table, in the
+- A group whose type code is the *primary* one holds a record whole: every item of the table, in the
   table's order.
-- A group whose code is the *modifier* one holds a later modification: the items marked *key*, which
-  say which record is modified, and those whose value changed. It belongs to the first record of its
-  type that agrees in every key; a bookmark type of 0 in that record agrees with any. A type without
-  keys has one record that counts, the first. A modification that belongs to none is a record of its
-  own.
+- A group whose type code is the *modifier* one holds a later modification: the items marked *key*,
+  which say [which record it modifies](meaning.md#modifications), and those whose value changed.
 - Modifications of types whose modifications are *not applied* are skipped by readers.
-- Types without a modifier code keep modifications as whole groups under the primary code.
-- Each item comes once at most. Items with other codes may stand between them and are skipped.
+- Types without a modifier code keep modifications as whole groups under the primary code; of
+  several with the same keys the last one counts.
+- An item that a record's group lacks has its *default*: zero, an empty text or no elements, or what
+  the table says. In a modification an item that is missing is unchanged.
+- Each item comes once at most, with the value type and elements of the table: a reader refuses a
+  file in which it does not. Items with other codes may stand between them and are skipped.
 - An item code is never given another meaning.
-- The elements of a text are its UTF-8 bytes; "up to 124 bytes" also means at most 31 characters.
-  Lists of points and triples hold their numbers one after the other.
+- The elements of a text are its UTF-8 bytes; "up to 124 bytes" also means at most 31 characters,
+  U+0000 not among them. Lists of points and triples hold their numbers one after the other.
 - Levels are in percent of full scale; bits and colours are unsigned numbers.
 - Items whose unit is that of an axis have the unit that the named item says.
 )";
@@ -42,37 +47,44 @@ its code, its value type, how many elements it has, its unit and what it means.
 constexpr const char* defects = R"(
 ## Defect table: 10045, no modifier
 
-One child group of code 10044 for each record; its items are the record's values. Those that are
-missing are zero or empty.
+One child group of type code 10044 for each record; its items are the record's values. Those that
+are missing are zero or empty.
 
-| item | type | elements | field | unit | meaning |
-|---|---|---|---|---|---|
-| 1 to 6 | double | 1 | first to sixth value | | |
-| 7 | text | any | first text | | |
-| 8 | text | any | second text | | |
-| 9 | uint32 | 1 | first number | | |
-| 10 | uint32 | 1 | number of a sub-entry, which it starts | | |
-| 11 | text | any | first text of the sub-entry | | |
-| 12 | text | any | second text of the sub-entry, which it ends | | |
-| 13 | uint32 | 1 | second number | | |
-| 14 | uint32 | 1 | third number | | |
-| 15, 16 | double | 1 | seventh and eighth value | | |
+| item | value type | elements | value |
+|---|---|---|---|
+| 1 to 6 | f64 | 1 | first to sixth value |
+| 15, 16 | f64 | 1 | seventh and eighth value |
+| 7 | text | any | first text |
+| 8 | text | any | second text |
+| 9 | u32 | 1 | first number |
+| 13 | u32 | 1 | second number |
+| 14 | u32 | 1 | third number |
+| 10 | u32 | 1 | number of a sub-entry, which it starts |
+| 11 | text | any | first text of the sub-entry |
+| 12 | text | any | second text of the sub-entry, which it ends |
 
-Items 10, 11 and 12 come once for each sub-entry, in this order.
+They are written in this order, items 10, 11 and 12 once for each sub-entry. A reader takes them in
+any order; what counts is that a sub-entry's 10 comes first and its 12 last. An 11 or 12 outside a
+sub-entry is skipped, and so is a sub-entry without its 12; of an item that comes twice the later
+one counts. An item of another value type or number of elements ends the record: it and what follows
+it are lost, which the program warns of. A text ends at a U+0000 in it.
+
+Of several defect tables in one file the last one counts; the records of all files stand one after
+the other, those of the base first.
 )";
 
 const char* TypeName(std::uint8_t type) {
   switch (type) {
     case SCFile::value_Int32:
-      return "int32";
+      return "i32";
     case SCFile::value_UInt32:
-      return "uint32";
+      return "u32";
     case SCFile::value_Int64:
-      return "int64";
+      return "i64";
     case SCFile::value_Float:
-      return "float";
+      return "f32";
     case SCFile::value_Double:
-      return "double";
+      return "f64";
     case SCFile::value_Text:
       return "text";
     case SCFile::value_Block:
@@ -102,15 +114,32 @@ std::string Meaning(const FieldInfo& field) {
 /// A cell of a table, with the blank before it.
 std::string Cell(const std::string& text) { return text.empty() ? " |" : " " + text + " |"; }
 
-void WriteField(std::ostream& page, const FieldInfo& field) {
+/// What a new record holds in a field; nothing for zero, an empty text and no elements.
+std::string Default(const FieldInfo& field, const void* record) {
+  const SCFile::FieldAccess& access = field.access;
+  if (access.text) {
+    const std::string text = utdata::NarrowFromWide(access.text(record));
+    return text.empty() ? text : '"' + text + '"';
+  }
+  std::vector<double> numbers;
+  if (access.number) numbers = {access.number(record)};
+  if (access.numbers) numbers = access.numbers(record);
+  if (std::ranges::count(numbers, 0) == std::ssize(numbers)) return {};
+  std::ostringstream text;
+  for (const double number : numbers) text << (text.tellp() > 0 ? ", " : "") << number;
+  return text.str();
+}
+
+void WriteField(std::ostream& page, const FieldInfo& field, const void* record) {
   const std::string unit(field.unitOf.empty() ? field.unit.stored
                                               : "as " + std::string(field.unitOf));
   page << "|" << Cell(std::to_string(field.code)) << Cell(TypeName(field.valueType))
        << Cell(Elements(field)) << Cell(std::string(field.key) + (field.IsKey() ? " (key)" : ""))
-       << Cell(unit) << Cell(Meaning(field)) << "\n";
+       << Cell(unit) << Cell(Default(field, record)) << Cell(Meaning(field)) << "\n";
 }
 
-void WriteType(std::ostream& page, const GroupTypeInfo& type) {
+/// @param record as loading makes it before it reads a group
+void WriteType(std::ostream& page, const GroupTypeInfo& type, const void* record) {
   std::string title(type.name);
   title.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(title.front())));
   page << "\n## " << title << ": " << type.primaryCode;
@@ -118,14 +147,22 @@ void WriteType(std::ostream& page, const GroupTypeInfo& type) {
     page << ", modifier " << type.modifierCode << (type.isModified ? "" : " (not applied)");
   else
     page << ", no modifier";
-  page << "\n\n| item | type | elements | field | unit | meaning |\n|---|---|---|---|---|---|\n";
-  for (const FieldInfo& field : type.fields) WriteField(page, field);
+  page << "\n\n| item | value type | elements | field | unit | default | meaning |\n"
+          "|---|---|---|---|---|---|---|\n";
+  for (const FieldInfo& field : type.fields) WriteField(page, field, record);
 }
 
 std::string Render() {
   std::ostringstream page;
   page << introduction;
-  for (const GroupTypeInfo& type : SCFile::file_GroupTypes()) WriteType(page, type);
+  const auto write = [&]<class Record>(const SCFile::GroupType<Record>&) {
+    Record* record = SCFile::Family<Record>::Allocate(1, L"no name");
+    // Reading a gate that is no modification starts with a new one.
+    if constexpr (std::is_same_v<Record, CGGateTypeDescr>) *record = CGGateTypeDescr();
+    WriteType(page, SCFile::file_GroupTypeOf<Record>(), record);
+    SCFile::Family<Record>::Delete(record, 1);
+  };
+  std::apply([&](const auto&... type) { (write(type), ...); }, SCFile::groupTypes);
   page << defects;
   return page.str();
 }
