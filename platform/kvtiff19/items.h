@@ -85,13 +85,13 @@ inline constexpr std::uint64_t noNumber = ~std::uint64_t{0};
 
 /// What a known group type asks of one of its items.
 struct ItemRule {
-  std::uint16_t code;
-  std::uint8_t type;       ///< SCFile::ValueType
-  std::uint32_t minCount;  ///< elements as stored
-  std::uint32_t maxCount;
-  std::uint32_t multipleOf;  ///< of the elements; 1 for no rule
-  std::uint32_t
-      maxCharacters;  ///< of a text for a fixed place, which holds no null character; 0 for no rule
+  std::uint16_t code = 0;
+  std::uint8_t type = 0;       ///< SCFile::ValueType
+  std::uint32_t minCount = 0;  ///< elements as stored
+  std::uint32_t maxCount = 0;
+  std::uint32_t multipleOf = 0;  ///< of the elements; 1 for no rule
+  /// Of a text for a fixed place, which holds no null character; 0 for no rule.
+  std::uint32_t maxCharacters = 0;
 
   /// The header of an item that is one number of four bytes; of other items what no header is.
   std::uint64_t numberHead = maxCount == 1 && IsOneNumber({code, type, 0, minCount})

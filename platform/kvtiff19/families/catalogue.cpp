@@ -27,7 +27,7 @@ constexpr ItemRule sampleBlockRule = {sampleBlockCode, SCFile::value_Block, 1, 1
 
 template <class Record>
 constexpr auto rules = [] {
-  std::array<ItemRule, fieldCount<Record> + isData<Record>> all{};
+  std::array<ItemRule, fieldCount<Record> + isData<Record>> all;
   std::size_t count = 0;
   ForEachField<Record>([&](const auto& field) { all[count++] = field.Rule(); });
   if (isData<Record>) all[count] = sampleBlockRule;
