@@ -360,21 +360,6 @@ TEST(Companions, OptionsLeaveTheFirstTwoOut) {
   }
 }
 
-TEST(Companions, AGapStopsReadingAndWriting) {
-  const ScratchDirectory scratch;
-  const std::wstring path = scratch.File(L"weld.fpd");
-  const Inspection base = WriteAndLoad(path);
-  ASSERT_TRUE(LoadWithCompanions(path, readAll));
-  for (const float gain : {101.0F, 102.0F, 103.0F, 104.0F}) WriteGain(*base, gain);
-  std::filesystem::remove(scratch.File(L"weld.A03"));
-  const Inspection loaded = LoadWithCompanions(path, readAll);
-  ASSERT_TRUE(loaded);
-  EXPECT_EQ(loaded->files.GetCount(), 3);
-  WriteGain(*loaded, 105.0F);  // answers 0
-  EXPECT_EQ(loaded->files.GetCount(), 3);
-  EXPECT_FALSE(std::filesystem::exists(scratch.File(L"weld.A03")));
-}
-
 TEST(Companions, OneThatCannotBeReadEndsTheUpdate) {
   const ScratchDirectory scratch;
   const std::wstring path = scratch.File(L"weld.fpd");
