@@ -256,14 +256,23 @@ def judge(companion, number, base, before):
     return "was written before the last writes of the file before it", True
 
 
+def following_names(path):
+    """The companions' names beside a base, up to the first that is not there."""
+    for number in range(1, LAST_COMPANION + 1):
+        if not os.path.exists(companion_path(path, number)):
+            return
+        yield companion_path(path, number)
+
+
 def open_files(path):
     """The files of an inspection in the order in which they count, and what is odd about them."""
     files, warnings = [open_inspection(path)], []
     try:
-        for number in range(1, LAST_COMPANION + 1):
-            name = companion_path(path, number)
-            if files[0].origin.number != 0 or not os.path.exists(name):
-                break
+        number = 0
+        for name in following_names(path) if files[0].origin.number == 0 else []:
+            number += 1
+            if name == path:
+                continue
             companion = open_inspection(name)
             fault, is_read = judge(companion, number, files[0], files[-1])
             if fault:
@@ -273,9 +282,11 @@ def open_files(path):
             else:
                 companion.close()
         if files[0].origin.number == 0:
-            behind = [n for n in range(number + 1, 100) if os.path.exists(companion_path(path, n))]
-            if behind:
-                warnings.append(f"{companion_path(path, number)} is missing")
+            names = [companion_path(path, each) for each in range(number + 1, 100)]
+            if number == LAST_COMPANION and os.path.exists(names[0]):
+                warnings.append(f"{names[0]} is one companion too many")
+            elif any(map(os.path.exists, names)):
+                warnings.append(f"{names[0]} is missing")
     except BaseException:
         for file in files:
             file.close()
@@ -349,6 +360,7 @@ ANALOG_SCALED, ANGLE = 8, 17
 MASTER = 0x8000
 SECOND, METRE, DEGREE = 1, 2, 3
 OFFSET_BINARY = 1
+LOGARITHMIC = 1
 LARGEST_QUANTITY = (1 << 31) - 1
 LARGEST_TABLE = (1 << 63) - 1
 
@@ -418,11 +430,11 @@ class DataGroup:
         for name in ("columnOffset", "rowOffset", "sampleOffset", "dataOffset", "dataMinimum"):
             setattr(self, name, finite(getattr(self, name)))
         self.partThickness = finite(self.partThickness)
-        self.probeAngle = 89.999 if self.probeAngle >= 90 else finite(self.probeAngle)
-        self.probeSeparation = above_zero(self.probeSeparation, 0.001)
-        self.inspectionRadius = above_zero(self.inspectionRadius, 0.0573)
-        if self.holds_positions and self.dataResolution < 0:
-            self.dataResolution = 2e-8
+        self.probeAngle = single(89.999) if self.probeAngle >= 90 else finite(self.probeAngle)
+        self.probeSeparation = above_zero(self.probeSeparation, single(0.001))
+        self.inspectionRadius = above_zero(self.inspectionRadius, single(0.0573))
+        if self.holds_positions and -math.inf < self.dataResolution < 0:
+            self.dataResolution = single(2e-8)
 
     def _take_for_what_it_means(self):
         """From samples to values."""
@@ -513,12 +525,17 @@ class DataGroup:
         """Of full scale; NaN where the range has no extent."""
         if not self.has_range:
             return math.nan
+        if self.dataScale == LOGARITHMIC:
+            decades = (self.dataOffset + value * self.dataResolution) / 20
+            return 100 * 10**decades if decades < 300 else math.inf
         below = -self.dataMinimum if self.dataMinimum < 0 else self.dataMaximum
         full_scale = self.dataMaximum if value >= 0 else below
         return 100 * value / full_scale if full_scale else math.nan
 
-    @staticmethod
-    def decibels(percent):
+    def decibels(self, percent):
+        """The level of an amplitude; NaN where it has none."""
+        if self.plain_class == ANALOG_SCALED:
+            return math.nan
         return 20 * math.log10(abs(percent) / 100) if percent else -math.inf
 
     # ---- axes
@@ -566,10 +583,10 @@ class DataGroup:
         if self.inspectionGeometry not in (1, 2):
             return separation / 2, 0
         is_outer = self.geometryKind in (16, 17)
-        diameter = 2 * self.inspectionRadius - (0 if is_outer else 2 * self.partThickness)
+        diameter = single(2 * self.inspectionRadius - (0 if is_outer else 2 * self.partThickness))
         if diameter == 0:
             return separation / 2, 0
-        angle = separation / diameter
+        angle = single(separation / diameter)
         rise = diameter / 2 * (1 - math.cos(angle))
         return diameter * math.sin(angle) / 2, rise if is_outer else -rise
 

@@ -133,7 +133,11 @@ Judgement JudgeCompanions(const std::wstring& path,
     fault.path = name;
     judgement.faults.push_back(std::move(fault));
   }
-  ReportGap(judgement, CompanionName(path, number + 1), CompanionsBehind(path, number + 1));
+  const std::wstring next = CompanionName(path, number + 1);
+  if (number + 1 < lastNumber)
+    ReportGap(judgement, next, CompanionsBehind(path, number + 1));
+  else if (os::CurrentFileSystem().Exists(next))
+    judgement.faults.push_back({next, "is one companion too many", false, false});
   return judgement;
 }
 

@@ -200,10 +200,10 @@ std::uint64_t CRDataTypeDD::KnownTableSize() const {
   return size == unknownSize ? 0 : size;
 }
 
-/// Bytes of one cell.
+/// Bytes of a cell's samples. The cell size says how far apart cells lie that have no offsets.
 std::uint64_t CRDataTypeDD::CellExtent() const {
   const std::uint32_t samplesOfCell = gdata_HoldsOneValuePerCell(dataClass) ? 1 : sampleQuantity;
-  return std::max<std::uint64_t>(cellSize, std::uint64_t{sampleSize} * samplesOfCell);
+  return std::uint64_t{sampleSize} * samplesOfCell;
 }
 
 std::uint64_t CRDataTypeDD::NeededTableSize() const {

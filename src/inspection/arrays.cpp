@@ -84,13 +84,18 @@ DescribedValues ValuesOf(const DataGroup& group, const SampleType& type) {
                             std::string(ArrayUnitOf(record.GetDataUnits()).name),
                             Shortest(record.dataResolution),
                             Shortest(record.dataOffset)};
-  if (!group.HoldsAmplitudes() || record.GetDataScale() != gdata_ScaleLinear) return values;
-  const double perStep = group.Amplitudes().above;
-  if (!std::isfinite(perStep)) return values;
-  const std::int32_t silent = SilentNumber(group, type);
-  values.unit = "%";
-  values.scale = perStep;
-  values.offset = silent == 0 ? 0 : -silent * perStep;
+  const double percentOfStep = group.Amplitudes().above;
+  if (std::isfinite(percentOfStep) && record.GetDataScale() == gdata_ScaleLinear) {
+    if (group.HoldsAmplitudes()) {
+      values.unit = "%";
+      values.scale = percentOfStep;
+      values.offset = 0;
+    } else if (group.Class() == gdata_AnalogScaled) {  // in its own scale from 0 to 100 %
+      values.scale *= percentOfStep;
+    }
+  }
+  if (const std::int32_t silent = SilentNumber(group, type); silent != 0)
+    values.offset -= silent * values.scale;
   return values;
 }
 

@@ -1,8 +1,8 @@
 // What inspections say, for comparison with another reader: a path a line on standard input, a JSON
 // object a line on standard output.
 //
-// Of each inspection, its companions read: the records of every group type with all their fields,
-// and of each data group its axes and what some positions read out.
+// Of each inspection, its companions read: files, warnings, the records of every group type with
+// all their fields, and of each data group its axes and what some positions read out.
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -127,7 +127,10 @@ json Describe(const std::string& path) {
   json data = json::array();
   for (const DataGroup& group : inspection.Data())
     data.push_back(DescribeData(group, data.size() < mostGroups));
-  return {{"files", inspection.Files()}, {"records", records}, {"data", data}};
+  return {{"files", inspection.Files()},
+          {"warnings", inspection.Warnings()},
+          {"records", records},
+          {"data", data}};
 }
 
 }  // namespace

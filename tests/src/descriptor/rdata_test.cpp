@@ -308,6 +308,7 @@ TEST(Descriptor, TablesWithOffsetsEndWithTheirLastCell) {
     SCOPED_TRACE(&c - cases);
     CGDataTypeFDD record = Record(gdata_AScan, 0, 100);
     record.storageMode = kvt_StorIndexed;
+    record.cellSize = 64;  // says nothing of cells that have offsets
     record.sampleQuantity = 10;
     record.columnQuantity = static_cast<std::uint32_t>(c.offsets.size());
     record.rowQuantity = 1;

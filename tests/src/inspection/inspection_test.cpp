@@ -279,6 +279,13 @@ TEST(InspectionSaving, CompanionsThatWouldNotBeReadAreRefusedOrReported) {
   inspection.Gate(0, 1).SetLevel(99);
   EXPECT_THROW(inspection.SaveCompanion(), Error);
   EXPECT_FALSE(std::filesystem::exists(scratch.Path() / "a.A99"));
+  std::filesystem::copy_file(scratch.Path() / "a.A98", scratch.Path() / "a.A99");
+  const Inspection tooMany = Inspection::Open(path);
+  EXPECT_EQ(tooMany.Files().size(), 99U);
+  ASSERT_EQ(tooMany.Warnings().size(), 1U);
+  EXPECT_NE(tooMany.Warnings()[0].find("a.A99 is one companion too many; it was not read"),
+            std::string::npos);
+  std::filesystem::remove(scratch.Path() / "a.A99");
   std::filesystem::remove(scratch.Path() / "a.A02");
   const Inspection gap = Inspection::Open(path);
   EXPECT_EQ(gap.Files().size(), 2U);
