@@ -63,7 +63,8 @@ TEST(Fields, RefuseWhatTheyDoNotTakeAndStayAsTheyWere) {
   const CGChanTypeDescr before = channel;
   CGDataTypeFDD data;
   CGWeldScanPlanDescr plan;
-  const EditableFields fields(channel), dataFields(data), planFields(plan);
+  CGWeldFillDescr fill;
+  const EditableFields fields(channel), dataFields(data), planFields(plan), fillFields(fill);
   const double huge = std::numeric_limits<double>::max();
   const std::vector<std::pair<std::string, std::string>> refused = {
       {WhyNot([&] { fields["gain"].Set("201"); }), "-200 to 200 dB"},
@@ -81,6 +82,7 @@ TEST(Fields, RefuseWhatTheyDoNotTakeAndStayAsTheyWere) {
       {WhyNot([&] { planFields["channelIds"].Set(std::vector{0.5}); }), "does not take"},
       {WhyNot([&] { planFields["channelIds"].Set(std::vector{std::nan("")}); }), "finite"},
       {WhyNot([&] { planFields["channelIds"].Set("3"); }), "is not a number"},
+      {WhyNot([&] { fillFields["outline"].Set(std::vector{1.0}); }), "does not take 1 numbers"},
       {WhyNot([&] { fields["gain"].Set(std::vector{1.0}); }), "not a list of numbers"},
       {WhyNot([&] { fields["name"].Set(1.0); }), "is not a number"},
       {WhyNot([&] { fields["color"].Set("0x12G"); }), "is not a number"},
