@@ -32,25 +32,43 @@ void Changes::TakeOver(SCFile::GroupHandle group, CGDataTypeFDD& base, bool with
 }
 
 void Changes::KeepOthersApart(SCFile::GroupHandle top,
-                              const Matching<CGDataTypeFDD>& matching,
                               const CGDataTypeFDD* base,
                               const CGDataTypeFDD& descriptor,
                               std::uint32_t subChannelId) {
-  for (CGDataTypeFDD* other : matching.FindAll(descriptor)) {
+  for (CGDataTypeFDD* other : Namesakes(descriptor, subChannelId)) {
     if (other == base) return;  // those behind it are not reached
+    const std::uint32_t bookmark = other->GetDataBookmarkType();
+    if (base && (bookmark == bookmark_None || bookmark == descriptor.GetDataBookmarkType()))
+      m_isAmbiguous = true;
     const bool isUnknown = other->stored.subChannelId != StoredIds::none &&
                            other->stored.bookmark == bookmark_None &&
                            other->GetDataBookmarkType() != bookmark_None;
     const bool isItself =
         !base && other->GetGroupHandle() && other->GetGroupHandle() == descriptor.GetGroupHandle();
-    if (!isUnknown || isItself || StoredIdOf(*other) != subChannelId ||
-        !m_keptApart.insert(other).second)
-      continue;
+    if (!isUnknown || isItself || !m_keptApart.insert(other).second) continue;
     const SCFile::GroupHandle group =
         CreateGroup(top, typeOf<CGDataTypeFDD>.modifierCode, typeOf<CGDataTypeFDD>.modifierName);
     WriteUnder<CGDataTypeFDD>(group, other, *other, {subChannelId, {}}, m_writeFlag);
     m_settling.emplace_back([other] { other->stored.bookmark = other->GetDataBookmarkType(); });
   }
+}
+
+const std::vector<CGDataTypeFDD*>& Changes::Namesakes(const CGDataTypeFDD& descriptor,
+                                                      std::uint32_t subChannelId) {
+  if (!m_namesakes) {
+    auto& all = m_namesakes.emplace();
+    for (CGDataTypeFDD* data : m_loaded.data)
+      all[KeyUnder(*data, StoredIdOf(*data))].push_back(data);
+  }
+  return (*m_namesakes)[KeyUnder(descriptor, subChannelId)];
+}
+
+int Changes::Check() const {
+  if (!m_isAmbiguous) return SCFile::status_Ok;
+  return SCFile::file_Fail(
+      SCFile::status_BadArgument,
+      m_loaded.path,
+      "a changed data group has the ids of another one in the file, which would take the change");
 }
 
 CGDataTypeFDD* Changes::LeaveCopy(SCFile::GroupHandle group,
@@ -71,6 +89,7 @@ CGDataTypeFDD* Changes::LeaveCopy(SCFile::GroupHandle group,
   POSITION& place = m_copies.emplace_back(nullptr);
   place = m_loaded.data.AddTail(left);
   copy.release();
+  if (m_namesakes) (*m_namesakes)[KeyUnder(*left, ids.subChannelId)].push_back(left);
   return left;
 }
 

@@ -39,7 +39,7 @@ class Changes {
       const WrittenIds ids = IdsFor(base, *descriptor);
       if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>) {
         if (base) descriptor->cellSize = base->cellSize;
-        KeepOthersApart(top, matching, base, *descriptor, ids.subChannelId);
+        KeepOthersApart(top, base, *descriptor, ids.subChannelId);
       }
       const SCFile::GroupHandle group = CreateGroup(top, type.modifierCode, type.modifierName);
       if (base && type.HasModifierCode())
@@ -50,6 +50,10 @@ class Changes {
         if (!base && m_writeFlag == 0) matching.Add(LeaveCopy(group, *descriptor, ids));
     }
   }
+
+  /// After all were written: a status other than status_Ok when a modification would be read into
+  /// another group than the one that it is of.
+  [[nodiscard]] int Check() const;
 
   /// Once the changes are on the medium: the loaded descriptors take over what their modifications
   /// say, so that the next changes are written against what the file then holds, and the copies
@@ -144,11 +148,16 @@ class Changes {
 
   /// A listed group with the ids that a modification is written with, but with a bookmark that the
   /// file does not hold yet, would match the modification on loading. Writes its bookmark first.
+  /// One that would match all the same makes the changes ones that cannot be written.
   void KeepOthersApart(SCFile::GroupHandle top,
-                       const Matching<CGDataTypeFDD>& matching,
                        const CGDataTypeFDD* base,
                        const CGDataTypeFDD& descriptor,
                        std::uint32_t subChannelId);
+
+  /// The loaded data groups that have, in the file, the ids of a descriptor under a sub-channel id;
+  /// in list order. In memory their numbers may differ.
+  [[nodiscard]] const std::vector<CGDataTypeFDD*>& Namesakes(const CGDataTypeFDD& descriptor,
+                                                             std::uint32_t subChannelId);
 
   /// The copy refers to its samples in the file, not in memory that is the host's and may be gone
   /// by the next write.
@@ -161,6 +170,8 @@ class Changes {
   std::vector<POSITION> m_copies;  ///< in the loaded data list; null while one is being made
   std::vector<std::function<void()>> m_settling;
   std::set<const CGDataTypeFDD*> m_keptApart;
+  std::optional<std::map<Key, std::vector<CGDataTypeFDD*>>> m_namesakes;  ///< once asked for
+  bool m_isAmbiguous = false;
   GivenIds m_given;  ///< the inspection's, and those of this write
   std::optional<IdFinder> m_finder;
 };

@@ -201,5 +201,6 @@ int CFCont::WriteExistingFileDescriptor(SCFile::FileHandle file,
   ForEach(Modified(), writeChanges);
   if (descriptor->defectTableFlag != 0) WriteDefectTable(top, descriptor->defects);
   ForEach(WrittenAfterDefects(), writeChanges);
+  if (const int refused = changes->Check(); refused != SCFile::status_Ok) return refused;
   return SCFile::file_Sign(top);
 }

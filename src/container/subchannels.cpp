@@ -138,14 +138,6 @@ void Number(Beams& beams) {
 template <class Descriptor>
 constexpr bool isData = std::is_same_v<Descriptor, CGDataTypeFDD>;
 
-/// The key that a descriptor has under another sub-channel id.
-template <class Descriptor>
-Key KeyUnder(const Descriptor& descriptor, std::uint32_t id) {
-  Descriptor renamed = descriptor;
-  renamed.subChannelId = id;
-  return SCFile::file_Identity(renamed).ids;
-}
-
 /// Calls `visit(record, beam)` with each sub-channel, then with each data group.
 template <class Visit>
 void ForEachBeam(const CFContTypeFileDescr& descriptor, Beams& beams, Visit visit) {

@@ -39,6 +39,14 @@ inline constexpr bool hasNumber =
 /// The ids that distinguish groups of one type.
 using Key = SCFile::GroupIdentity::Ids;
 
+/// The key that a descriptor has under another sub-channel id.
+template <class Descriptor>
+Key KeyUnder(const Descriptor& descriptor, std::uint32_t id) {
+  Descriptor renamed = descriptor;
+  renamed.subChannelId = id;
+  return SCFile::file_Identity(renamed).ids;
+}
+
 /// Whether a group names a sub-channel, as numbering looks for it: data groups alone.
 [[nodiscard]] inline bool IsNamed(const CGDataTypeFDD& data) {
   return data.subChannelName[0] != L'\0';

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <span>
 #include <type_traits>
 #include <vector>
@@ -154,16 +155,30 @@ class CorrectedValues {
   std::vector<std::int32_t> m_values;
 };
 
+/// The conversions that give a sample another value than the one that is stored.
+inline constexpr std::uint32_t valueCorrections =
+    lut_SwapData | lut_RemoveSVcompression | lut_RemoveOffset;
+
+/// The bit that has to be flipped in the raw samples of a descriptor to get their values, 0 for
+/// none; nothing where that does not do.
+inline std::optional<std::uint16_t> FlippedBit(const CRDataTypeDD& descriptor) {
+  const std::uint32_t corrections =
+      CLookUpTable::GetConversionStyle(&descriptor) & valueCorrections;
+  if (corrections == 0) return 0;
+  if (corrections != lut_RemoveOffset) return std::nullopt;
+  if (descriptor.GetDataType() == kvt_Int8) return 0x80;
+  return descriptor.GetDataType() == kvt_Int16 ? 0x8000 : 0;
+}
+
 /// Calls `job(values)` with what reads the samples of a descriptor. @return what it returns; a
 /// value-initialised result for a sample type that is not known
 template <class Job>
 auto WithValues(const CRDataTypeDD& descriptor, Job&& job) {
   const auto ofType = [&]<class Sample>(Sample) {
-    constexpr std::uint32_t corrections = lut_SwapData | lut_RemoveSVcompression | lut_RemoveOffset;
     const lut_enumConversion conversion = CLookUpTable::GetConversionStyle(&descriptor);
-    if ((conversion & corrections) == 0) return job(PlainValues<Sample>());
+    if ((conversion & valueCorrections) == 0) return job(PlainValues<Sample>());
     if constexpr (std::is_signed_v<Sample>)
-      if ((conversion & corrections) == lut_RemoveOffset) return job(OffsetValues<Sample>());
+      if ((conversion & valueCorrections) == lut_RemoveOffset) return job(OffsetValues<Sample>());
     return job(CorrectedValues<Sample>(conversion));
   };
   switch (descriptor.GetDataType()) {

@@ -26,7 +26,7 @@ CGDataTypeFDD Changed(const DataRow& row) {
 
 }  // namespace
 
-Changes::Changes(InspectionState& inspection) {
+Changes::Changes(InspectionState& inspection, Scope scope) {
   const auto isUnsaved = [&](const void* item) { return inspection.saved.count(item) == 0; };
   for (const DataRow& row : inspection.rows) {
     const bool isNew = row.added && row.isListed && isUnsaved(row.item);
@@ -34,11 +34,12 @@ Changes::Changes(InspectionState& inspection) {
     groups.data.AddTail(&records.emplace_back(Changed(row)));
     if (isNew) newItems.push_back(row.item);
   }
-  // Of the other types, the modified items and the new ones that stand in no file yet.
+  // Of the other types, the modified items and the new ones that stand in no file yet. Those that
+  // were saved have joined no list of the descriptor: a whole file takes them from here.
   const auto gather = [&]<class Descriptor>(CList<Descriptor*>& out) {
     for (const fset_enumFilters filter : {fset_New, fset_Modified})
       for (const auto* item : GroupItems<Descriptor>::List(inspection, filter)) {
-        if (filter == fset_New && !isUnsaved(item)) continue;
+        if (filter == fset_New && !isUnsaved(item) && scope == Scope::Unsaved) continue;
         Descriptor* record = GroupItems<Descriptor>::Record(*item);
         if (std::find(out.begin(), out.end(), record) != out.end()) continue;
         out.AddTail(record);

@@ -237,12 +237,19 @@ void Check(const InspectionState& inspection,
            const CGDataTypeFDD& was,
            const CGDataTypeFDD& wanted,
            const std::string& name) {
+  const auto refuse = [&](const char* why) {
+    throw Error(inspection.path, name + " cannot be edited so", why);
+  };
   if (ClassOfElements(was.dataClass) == gdata_CScanAmplitude &&
       was.sampleOffset != wanted.sampleOffset)
-    throw Error(inspection.path,
-                name + " cannot be edited so",
-                "an amplitude C-scan has the sample axis of its position C-scan; change "
-                "sampleOffset there");
+    refuse(
+        "an amplitude C-scan has the sample axis of its position C-scan; change sampleOffset "
+        "there");
+  // Loading would put another one in its place.
+  if (was.columnQuantity == 1 && was.columnResolution != wanted.columnResolution)
+    refuse("a single column has no step");
+  if (was.rowQuantity == 1 && was.rowResolution != wanted.rowResolution)
+    refuse("a single row has no step");
 }
 
 template <class Descriptor>

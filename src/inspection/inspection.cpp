@@ -127,6 +127,31 @@ void Settle(InspectionState& state, const Changes& changes) {
     material->ismat1_ModifClear();
 }
 
+/// While it stands, the loaded records have the bookmark types that their items were given: these
+/// tell data groups of equal ids from each other, and a file may not hold them yet.
+class BookmarksOfItems {
+ public:
+  explicit BookmarksOfItems(const InspectionState& state) {
+    std::map<const CGDataTypeFDD*, const DataRow*> rows;
+    for (const DataRow& row : state.rows) rows.emplace(row.stored, &row);
+    for (CGDataTypeFDD* record : state.descriptor->data) {
+      const auto row = rows.find(record);
+      if (row == rows.end() || record->GetDataBookmarkType() != bookmark_None) continue;
+      m_given.push_back(record);
+      record->SetDataBookmarkType(row->second->taken.GetDataBookmarkType());
+    }
+  }
+  BookmarksOfItems(const BookmarksOfItems&) = delete;
+  BookmarksOfItems& operator=(const BookmarksOfItems&) = delete;
+  ~BookmarksOfItems() {
+    for (CGDataTypeFDD* record : m_given)
+      record->SetDataBookmarkType(static_cast<eDataBookmarkType>(record->stored.bookmark));
+  }
+
+ private:
+  std::vector<CGDataTypeFDD*> m_given;
+};
+
 /// Throws when a text of it is not one.
 SCFile::Signature Wide(const Signature& signature) {
   return {ToWide(signature.program),
@@ -292,6 +317,7 @@ bool Inspection::IsModified() const { return !Changes(*m_state).isEmpty; }
 
 std::string Inspection::SaveCompanion(const Signature& signature) {
   constexpr std::size_t listed = 98;  // the next one would never be read
+  const BookmarksOfItems bookmarks(*m_state);
   Changes changes(*m_state);
   CheckSomething(*m_state, changes);
   CheckInPlace(*m_state);
@@ -319,6 +345,7 @@ std::string Inspection::SaveCompanion(const Signature& signature) {
 }
 
 std::string Inspection::SaveAppended(const Signature& signature) {
+  const BookmarksOfItems bookmarks(*m_state);
   Changes changes(*m_state);
   CheckSomething(*m_state, changes);
   CheckInPlace(*m_state);
@@ -338,10 +365,12 @@ void Inspection::SaveAs(const std::string& path, bool replace, const Signature& 
     if (std::filesystem::equivalent(file, path, ignored))
       throw Error(path, cannotBeWritten, "it is the inspection file itself", "choose another name");
   }
-  const Changes changes(*m_state);
+  std::optional<BookmarksOfItems> bookmarks(std::in_place, *m_state);
+  const Changes changes(*m_state, Changes::Scope::SinceOpening);
   CFContTypeFileDescr copy;
   if (!copy.SetPath(ToWide(path))) throw Error(path, cannotBeWritten, "the path is too long");
   MergeInto(copy, *m_state->descriptor, changes.groups);
+  bookmarks.reset();
   copy.defectTableFlag = copy.defects.IsEmpty() ? 0 : 1;
   SCFile::GroupHandle top = nullptr;
   SCFile::FileHandle file = nullptr;

@@ -45,6 +45,10 @@ struct Samples::Reader {
     Check();
     cells = &state.CellsOf(row);
     isWide = descriptor.GetSampleSize() == 2;
+    if (const auto bit = FlippedBit(descriptor)) {  // no need to look at every raw sample
+      flipped = silent = *bit;
+      return;
+    }
     values = ValuesOfRaw(descriptor);
     silent = SilentIn(values);
   }
@@ -93,6 +97,21 @@ struct Samples::Reader {
     return true;
   }
 
+  [[nodiscard]] std::int32_t ValueOf(std::uint16_t raw) const {
+    if (!values.empty()) return values[raw];
+    raw ^= flipped;
+    switch (descriptor.GetDataType()) {
+      case kvt_Int8:
+        return static_cast<std::int8_t>(raw);
+      case kvt_Int16:
+        return static_cast<std::int16_t>(raw);
+      case kvt_UInt8:
+      case kvt_UInt16:
+        break;
+    }
+    return raw;
+  }
+
   [[nodiscard]] bool ConvertOfType(const CLookUpTable& lut,
                                    const CellRange& range,
                                    std::vector<std::uint8_t>& codes) const {
@@ -116,7 +135,8 @@ struct Samples::Reader {
   const CellTable* cells = nullptr;
   CLookUpTable* table = nullptr;  ///< of the factory, given back at the end
   bool isWide = false;
-  std::vector<std::int32_t> values;  ///< of every raw sample
+  std::vector<std::int32_t> values;  ///< of every raw sample, where flipping a bit does not do
+  std::uint16_t flipped = 0;         ///< that bit
   std::uint16_t silent = 0;          ///< the raw sample nearest to zero
 };
 
@@ -163,7 +183,7 @@ Peaks Samples::FindPeaks(const CellRange& cells, const Watch& watch) const {
     const std::size_t vector = reader.cells->SamplesPerCell();
     const std::size_t cellBytes = vector * sizeof(Raw);
     const std::size_t cellsPerCall = 1 + (std::size_t{1} << 20U) / (cellBytes + 1);
-    const auto silence = static_cast<std::int32_t>(reader.values[reader.silent]);
+    const std::int32_t silence = reader.ValueOf(reader.silent);
     Peaks peaks = {std::vector<std::int32_t>(cells.count), {cells.first, 0, 0}};
     double largest = -1;
     for (std::uint64_t index = 0; index < cells.count; ++index) {
@@ -188,14 +208,14 @@ Peaks Samples::FindPeaks(const CellRange& cells, const Watch& watch) const {
 std::vector<std::int32_t> Samples::Values(std::uint64_t cell) const {
   const Reader& reader = *m_reader;
   const std::byte* samples = reader.cells->Cell(cell);
-  std::vector<std::int32_t> values(reader.cells->SamplesPerCell(), reader.values[reader.silent]);
+  std::vector<std::int32_t> values(reader.cells->SamplesPerCell(), reader.ValueOf(reader.silent));
   for (std::size_t index = 0; samples && index < values.size(); ++index) {
     std::uint16_t raw = 0;
     if (reader.isWide)
       std::memcpy(&raw, samples + 2 * index, sizeof raw);
     else
       raw = static_cast<std::uint8_t>(samples[index]);
-    values[index] = reader.values[raw];
+    values[index] = reader.ValueOf(raw);
   }
   return values;
 }
@@ -216,9 +236,9 @@ std::vector<std::uint8_t> Samples::CodesOf(std::span<const std::int32_t> values,
   // The code of each value that a sample can have: that of the first raw sample with this value.
   constexpr std::int32_t lowest = -0x8000;
   std::vector<std::uint8_t> codeOf(0x18000);
-  for (std::size_t raw = m_reader->values.size(); raw-- > 0;)
-    codeOf[static_cast<std::size_t>(m_reader->values[raw] - lowest)] =
-        table.Convert(static_cast<unsigned int>(raw));
+  for (std::uint32_t raw = m_reader->isWide ? 0x10000 : 0x100; raw-- > 0;)
+    codeOf[static_cast<std::size_t>(m_reader->ValueOf(static_cast<std::uint16_t>(raw)) - lowest)] =
+        table.Convert(raw);
   std::vector<std::uint8_t> codes(values.size());
   std::transform(values.begin(), values.end(), codes.begin(), [&](std::int32_t value) {
     return codeOf[static_cast<std::size_t>(std::clamp(value, lowest, 0xFFFF) - lowest)];

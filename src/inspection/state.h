@@ -123,7 +123,11 @@ struct DataGroupInside {
 /// The changes of an inspection's items since it was opened or last saved, as groups to be written
 /// against its descriptor. Refers to the items' records: the items may not change while it lives.
 struct Changes {
-  explicit Changes(InspectionState& inspection);
+  enum class Scope {
+    Unsaved,
+    SinceOpening  ///< with the groups that were added and saved since
+  };
+  explicit Changes(InspectionState& inspection, Scope scope = Scope::Unsaved);
   Changes(const Changes&) = delete;
   Changes& operator=(const Changes&) = delete;
   /// Its lists own nothing.

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "interfaces/os.h"
+#include "tests/support/file_system_in_place.h"
 
 namespace utdata::test {
 
@@ -90,19 +91,6 @@ class FaultyFileSystem final : public os::FileSystem {
   std::optional<std::uint64_t> m_cutAt;
   std::optional<std::uint64_t> m_capacity;
   std::uint64_t m_life = 0;  ///< counts restarts; a handle lives in one
-};
-
-/// Puts a file system in place while it lives.
-class FileSystemInPlace {
- public:
-  explicit FileSystemInPlace(os::FileSystem& fileSystem)
-      : m_before(os::SetFileSystem(&fileSystem)) {}
-  FileSystemInPlace(const FileSystemInPlace&) = delete;
-  FileSystemInPlace& operator=(const FileSystemInPlace&) = delete;
-  ~FileSystemInPlace() { os::SetFileSystem(m_before); }
-
- private:
-  os::FileSystem* m_before;
 };
 
 }  // namespace utdata::test

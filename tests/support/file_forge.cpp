@@ -21,22 +21,32 @@ ByteText& ByteText::Append(kvtiff19::Bytes bytes) {
   return *this;
 }
 
-FileForge::FileForge() {
-  record.number = 1;
+namespace {
+
+SCFile::FileOrigin PlainOrigin() {
   SCFile::FileOrigin origin;
   origin.identity.fill(1);
+  return origin;
+}
+
+}  // namespace
+
+FileForge::FileForge() : FileForge(PlainOrigin()) {}
+
+FileForge::FileForge(const SCFile::FileOrigin& origin) {
+  record.number = 1;
   const auto header = EncodeHeader(origin);
   m_file.assign(header.begin(), header.end());
   m_file.resize(dataStart);
 }
 
-void FileForge::AddTop(kvtiff19::Bytes body, std::int64_t countMore) {
+void FileForge::AddTop(kvtiff19::Bytes body, std::int64_t countMore, std::uint16_t code) {
   m_file.resize(static_cast<std::size_t>(RoundUp(m_file.size(), 4)));
   const std::size_t start = m_file.size();
   m_file.resize(start + segmentHeaderSize + itemHeaderSize);
   EncodeSegmentHeader(m_file.data() + start, {record.segmentCount, record.newest});
   const auto count = static_cast<std::uint32_t>(static_cast<std::int64_t>(body.size()) + countMore);
-  EncodeItemHeader(m_file.data() + start + segmentHeaderSize, 60000, 0, count);
+  EncodeItemHeader(m_file.data() + start + segmentHeaderSize, code, 0, count);
   m_file.insert(m_file.end(), body.begin(), body.end());
   const kvtiff19::Bytes segment(m_file.data() + start, m_file.size() - start);
   record.newest = {start, segment.size(), Checksum(segment)};
@@ -50,6 +60,24 @@ std::uint64_t FileForge::AddPages(kvtiff19::Bytes bytes) {
   m_file.insert(m_file.end(), bytes.begin(), bytes.end());
   record.end = m_file.size();
   return offset;
+}
+
+BlockRef FileForge::AddBlock(kvtiff19::Bytes bytes, std::uint64_t chunk) {
+  BlockRef block;
+  block.offset = AddPages(bytes);
+  block.size = bytes.size();
+  block.chunk = chunk;
+  ByteText table;
+  for (std::uint64_t from = 0; from < block.size; from += chunk)
+    table.Put(Checksum(bytes.subspan(
+        static_cast<std::size_t>(from),
+        static_cast<std::size_t>(std::min<std::uint64_t>(chunk, block.size - from)))));
+  m_file.resize(static_cast<std::size_t>(RoundUp(m_file.size(), 8)));
+  block.tableOffset = m_file.size();
+  block.tableChecksum = Checksum(table.Bytes());
+  m_file.insert(m_file.end(), table.Bytes().begin(), table.Bytes().end());
+  record.end = m_file.size();
+  return block;
 }
 
 std::vector<std::byte> FileForge::Finish() {

@@ -128,6 +128,23 @@ TEST_F(EditsTest, WhatIsRefusedChangesNothing) {
   EXPECT_FALSE(inspection.IsModified());
 }
 
+// Loading gives such an axis a step of its own: an edit would be gone.
+TEST_F(EditsTest, ASingleRowOrColumnTakesNoStep) {
+  const std::string path = m_scratch.Path().string() + "/line.fpd";
+  for (const bool isRow : {true, false}) {
+    Inspection inspection = Inspection::New(path);
+    const SampleType& type = *FindSampleType("i16");
+    CGDataTypeFDD record = NominalRecord(type);
+    SetLayout(record, type, {isRow ? 3U : 1U, isRow ? 1U : 3U, 50, true});
+    Add(inspection, record, 150);
+    const GroupHandle group = EditableGroup(inspection, inspection.Data()[0]);
+    const char* single = isRow ? "rowResolution" : "columnResolution";
+    const char* other = isRow ? "columnResolution" : "rowResolution";
+    EXPECT_THROW(group.Change(Texts{{single, "2"}}), Error);
+    EXPECT_EQ(group.Change(Texts{{other, "2"}}).size(), 1U);
+  }
+}
+
 // The file counts its beams from 0; in memory they count from 1.
 TEST_F(EditsTest, ABeamsAngleGoesToItsOwnDataGroup) {
   const std::string path = m_scratch.Path().string() + "/beams.fpd";

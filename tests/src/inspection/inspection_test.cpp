@@ -247,6 +247,9 @@ TEST(InspectionSaving, ChangesComeBackWhicheverWayTheyWereSaved) {
     EXPECT_EQ(inspection.SaveCompanion(), path.substr(0, path.size() - 4) + ".A01");
     inspection.Gate(0, 1).SetWidth(0.4e-6);
     Gate(inspection, {0, 2, 1.1e-6, 0.2e-6, {}});
+    CGGateTypeDescr third;
+    third.gateId = 3;
+    inspection.FileSet().fset_AddGGate(&third, 1);
     inspection.SaveAppended();
     inspection.Gate(0, 2).SetLevel(33);
     inspection.SaveAs(copy);
@@ -264,6 +267,7 @@ TEST(InspectionSaving, ChangesComeBackWhicheverWayTheyWereSaved) {
   const Inspection copied = Inspection::Open(copy);
   EXPECT_EQ(copied.Data().size(), 3U);
   EXPECT_NEAR(copied.Gate(0, 2).Level(), 33, 1e-9);
+  EXPECT_NO_THROW(static_cast<void>(copied.Gate(0, 3))) << "added, saved, and not changed since";
   EXPECT_NEAR(copied.Gate(0, 1).Width(), 0.4e-6, 1e-12);
 }
 
@@ -331,6 +335,44 @@ TEST(InspectionSaving, AnEditOfABeamComesBackOnThatBeam) {
   EXPECT_EQ(again.Data({.subChannel = 1}).Item().idata3_GetProbeAngle(), 70);
   EXPECT_EQ(again.Data({.subChannel = 2}).Item().idata3_GetProbeAngle(), 41);
   EXPECT_EQ(again.Data({.subChannel = 3}).Item().idata3_GetProbeAngle(), 72);
+}
+
+// Beam 0 of a channel and the whole channel have the same ids in a file that numbers beams from 0
+// and knows no bookmark types.
+TEST(InspectionSaving, AnEditOfAChannelsGroupDoesNotGoToABeamOfItsIds) {
+  const ScratchDirectory scratch;
+  const std::string path = Path(scratch), copy = Path(scratch, "copy.fpd");
+  std::vector<std::uint16_t> samples(60, 7);
+  {
+    Inspection inspection = Inspection::New(path);
+    CFContTypeFileDescr& groups = inspection.Descriptor();
+    groups.subChannels.AddTail(gsubchan_Allocate(1, L""));
+    for (const wchar_t* beam : {L"beam", L""}) {
+      CGDataTypeFDD* data = gdata_Allocate(1, nullptr);
+      *data = Record(kvt_UInt16, 10);
+      SetName(data->subChannelName, beam);
+      data->tofd = *beam ? 0 : 1;
+      data->dataPointer = samples.data();
+      data->dataSize = samples.size() * 2;
+      groups.data.AddTail(data);
+    }
+    inspection.SaveAs(path);
+  }
+  for (const bool asCompanion : {true, false}) {
+    Inspection inspection = Inspection::Open(path);
+    ASSERT_EQ(inspection.Data().size(), 2U);
+    ASSERT_TRUE(inspection.Data()[0].IsListed() && inspection.Data()[1].IsListed());
+    idata_typeInspParams params;
+    CIData& item = inspection.Data()[1].Item();
+    item.idata3_GetInspParam(&params);
+    params.partThickness += 0.01F;
+    item.idata1_ModifyInspParam(&params, 0);
+    if (asCompanion) inspection.SaveAs(copy);
+    asCompanion ? inspection.SaveCompanion() : inspection.SaveAppended();
+    const Inspection again = Inspection::Open(asCompanion ? copy : path);
+    EXPECT_EQ(again.Data()[0].Taken().partThickness, 0);
+    EXPECT_EQ(again.Data()[1].Taken().partThickness, params.partThickness);
+  }
 }
 
 TEST(InspectionData, AGroupWhoseIdsAreThereKeepsItsOwnSamples) {
