@@ -244,6 +244,7 @@ TEST_F(FileSet, SaysWhetherAnythingIsModified) {
   EXPECT_EQ(1, set.fset_IsModified());
   set.fset_ClearNew();
   EXPECT_EQ(0, set.fset_IsModified());
+  EXPECT_EQ(0U, set.fset_RemoveGData(fset_All, 0, 0, 0, 0, 0, gdata_AScan)) << "before its host";
 }
 
 TEST(FileSetLife, AMissingDocumentIsReported) {
