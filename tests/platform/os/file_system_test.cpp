@@ -1,4 +1,5 @@
 // The machine's own file system behind the layer's interface, and paths.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -90,6 +91,15 @@ TEST(FileSystem, OpensNoFileAsAStandardStream) {
     EXPECT_EQ(status, 0) << "closed: " << closed;
     EXPECT_EQ(std::filesystem::file_size(NarrowPath(path)), 0u) << "closed: " << closed;
   }
+  // The same in this process, whose standard input is not needed meanwhile.
+  const int kept = ::dup(STDIN_FILENO);
+  ::close(STDIN_FILENO);
+  for (const OpenMode mode : {OpenMode::Create, OpenMode::Read}) {
+    const auto file = Open(folder / L"f", mode);
+    EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1) << "still closed";
+  }
+  ::dup2(kept, STDIN_FILENO);
+  ::close(kept);
 }
 
 TEST(FileSystem, IdentifiesFilesAndCopiesPermissions) {
