@@ -361,6 +361,7 @@ MASTER = 0x8000
 SECOND, METRE, DEGREE = 1, 2, 3
 OFFSET_BINARY = 1
 LOGARITHMIC = 1
+NO_BOOKMARK, COUPLING_GATE = 0xFFFFFFFF, 140
 LARGEST_QUANTITY = (1 << 31) - 1
 LARGEST_TABLE = (1 << 63) - 1
 
@@ -412,6 +413,20 @@ class DataGroup:
         self._repair()
         self._take_for_what_it_means()
         self._chunks = None
+
+    def bookmark_type(self):
+        """The kind of view that it is listed under."""
+        given = self.record.key(BOOKMARK)
+        if given not in (0, NO_BOOKMARK):
+            return given
+        if self.record.key(8) == COUPLING_GATE:
+            return 10
+        sub_channel = self.record.number
+        if sub_channel is None:
+            sub_channel = id_of(self.record)[1]
+        if sub_channel or self.dataClass & MASTER:
+            return 17 if self.tofd == 1 else 1
+        return 3 if self.tofd == 1 else 2
 
     def samples_of_cell(self):
         return 1 if self.plain_class in ONE_SAMPLE_A_CELL else self.sampleQuantity
@@ -531,6 +546,12 @@ class DataGroup:
         below = -self.dataMinimum if self.dataMinimum < 0 else self.dataMaximum
         full_scale = self.dataMaximum if value >= 0 else below
         return 100 * value / full_scale if full_scale else math.nan
+
+    def quantity(self, value):
+        """What a value is of a class that holds no amplitudes, in dataUnits; positions too."""
+        if self.plain_class == ANALOG_SCALED:
+            value = self.percent(value)
+        return self.dataOffset + value * self.dataResolution
 
     def decibels(self, percent):
         """The level of an amplitude; NaN where it has none."""

@@ -78,6 +78,18 @@ std::int32_t SilentNumber(const DataGroup& group, const SampleType& type) {
   return type.size == 1 ? static_cast<std::int8_t>(bits) : static_cast<std::int16_t>(bits);
 }
 
+/// Whether elements are not what is stored but their values: signed samples that are stored around
+/// the middle of the unsigned range, of which no scale and offset make values.
+bool AreValues(const DataGroup& group, const SampleType& type) {
+  return type.isSigned && SilentNumber(group, type) != 0;
+}
+
+/// Makes values of little-endian elements that are stored so.
+void TurnHighestBits(const SampleType& type, std::span<std::byte> elements) {
+  for (std::size_t at = type.size - 1; at < elements.size(); at += type.size)
+    elements[at] ^= std::byte{0x80};
+}
+
 DescribedValues ValuesOf(const DataGroup& group, const SampleType& type) {
   const CGDataTypeFDD& record = group.Stored();
   DescribedValues values = {group.ClassName(),
@@ -94,7 +106,7 @@ DescribedValues ValuesOf(const DataGroup& group, const SampleType& type) {
       values.scale *= percentOfStep;
     }
   }
-  if (const std::int32_t silent = SilentNumber(group, type); silent != 0)
+  if (const std::int32_t silent = SilentNumber(group, type); silent != 0 && !type.isSigned)
     values.offset -= silent * values.scale;
   return values;
 }
@@ -345,12 +357,17 @@ void ForEachPiece(
   const std::uint64_t cells = std::max<std::uint64_t>(1, pieceSize / cellBytes);
   const bool swap = IsSwapped(group, *array.type);
   CellPacker packer(group, *array.type);
-  std::vector<std::byte> swapped;
+  const bool areValues = AreValues(group, *array.type);
+  std::vector<std::byte> changed;
   for (std::uint64_t first = 0; first < cellQuantity; first += cells) {
     std::span<const std::byte> piece = packer.Pack(first, std::min(cells, cellQuantity - first));
-    if (swap) {
-      SwapBytes(piece, swapped);
-      piece = swapped;
+    if (swap || areValues) {
+      if (swap)
+        SwapBytes(piece, changed);
+      else
+        changed.assign(piece.begin(), piece.end());
+      if (areValues) TurnHighestBits(*array.type, changed);
+      piece = changed;
     }
     take(piece, total);
   }

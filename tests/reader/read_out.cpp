@@ -2,11 +2,13 @@
 // object a line on standard output.
 //
 // Of each inspection, its companions read: files, warnings, the records of every group type with
-// all their fields, and of each data group its axes and what some positions read out.
+// all their fields, and of each data group its axes, what some positions read out, and the scale
+// and offset of an exported array.
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "utdata/arrays.h"
 #include "utdata/failure.h"
 #include "utdata/fields.h"
 #include "utdata/grouplists.h"
@@ -98,6 +100,7 @@ json ReadOutsOf(const DataGroup& group) {
 
 json DescribeData(const DataGroup& group, bool withReadOuts) {
   json data = {{"class", group.Class()},
+               {"bookmark", group.Descriptor().GetDataBookmarkType()},
                {"minimum", group.Descriptor().GetDataMin()},
                {"maximum", group.Descriptor().GetDataMax()},
                {"columns", AxisOf(group.Columns())},
@@ -114,6 +117,13 @@ json DescribeData(const DataGroup& group, bool withReadOuts) {
     data["readOuts"] = ReadOutsOf(group);
   } catch (const utdata::Error& failure) {
     data["refused"] = failure.Why();
+    return data;
+  }
+  try {
+    const utdata::DescribedValues exported = utdata::DescribeArray(group).values;
+    data["exported"] = {exported.scale, exported.offset};
+  } catch (const utdata::Error&) {  // of another size than its type
+    data["exported"] = json();
   }
   return data;
 }

@@ -138,8 +138,8 @@ TEST(Meaning, SamplesLieAsTheirRecordSays) {
   EXPECT_EQ(valuesOf(2, 0), (Values{0, 127, -128}));
 }
 
-// The numbers of an array are those that are stored, the scale and offset beside it make them what
-// they mean.
+// The numbers of an array are those that are stored, and the scale and offset beside it make them
+// what they mean; where those cannot, the numbers are the values.
 TEST(Meaning, ArraysSayTheSame) {
   const Forged forged;
   test::FileForge forge;
@@ -148,7 +148,9 @@ TEST(Meaning, ArraysSayTheSame) {
   eddy.Put(27, 0.5F).Put(28, 2.0F).Put(50, 6U).Samples(forge, BytesOf({0, 0x80, 4, 0x80}));
   GroupBody analog = AScans(0, 1, 1, 2).Put(1, 8U).Put(19, 1U).Put(26, 1000.0F);
   analog.Put(27, 0.5F).Put(28, 2.0F).Put(50, 6U).Samples(forge, BytesOf({0xF4, 1}));
-  for (const GroupBody& group : {eddy, analog}) top.Group(10004, group);
+  GroupBody turned = AScans(0, 1, 1, 1).Put(19, 3U).Put(25, -128.0F).Put(26, 127.0F);
+  turned.Put(43, 1U).Put(47, 2U).Samples(forge, BytesOf({128, 255, 0}));
+  for (const GroupBody& group : {eddy, analog, turned}) top.Group(10004, group);
   forge.AddTop(top.Whole());
   forged.Write(forge);
 
@@ -161,6 +163,11 @@ TEST(Meaning, ArraysSayTheSame) {
   EXPECT_DOUBLE_EQ(volts(0, 0x8000), 2);
   EXPECT_DOUBLE_EQ(volts(0, 0x8004), 4);
   EXPECT_DOUBLE_EQ(volts(1, 500), 0.5 * 50 + 2);
+  const DescribedArray array = DescribeArray(inspection.Data().at(2));
+  EXPECT_DOUBLE_EQ(array.values.offset, 0);
+  ForEachPiece(array, inspection.Data().at(2), [](std::span<const std::byte> piece, std::uint64_t) {
+    EXPECT_EQ(std::vector(piece.begin(), piece.end()), BytesOf({0, 127, -128}));
+  });
 }
 
 TEST(Meaning, ModificationsFindTheirRecords) {

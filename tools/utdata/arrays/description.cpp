@@ -161,6 +161,10 @@ Json RecordJson(const DataGroup& group) {
     }
   }
   json["class"] = group.Class();
+  // Elements of a signed type are values, however they are stored.
+  const kvt_enumDataType type = group.Stored().GetDataType();
+  if (type == kvt_Int8 || type == kvt_Int16)
+    json["options"] = group.Stored().fileFormat & ~std::uint32_t{gdata_OptionOffsetBinary};
   return json;
 }
 
