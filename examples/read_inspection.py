@@ -17,7 +17,7 @@ import json
 import sys
 
 from inspection_file import Block, DamagedFile, Group, open_inspection
-from inspection_meaning import Inspection
+from inspection_meaning import ONE_SAMPLE_A_CELL, Inspection
 
 UNITS = {1: ("µs", 1e6), 2: ("mm", 1e3), 3: ("°", 1)}
 
@@ -36,7 +36,7 @@ def data_lines(inspection):
         axes = (
             (data.rows(), data.rowQuantity),
             (data.columns(), data.columnQuantity),
-            (data.times(), 0 if data.holds_positions else data.samples_of_cell()),
+            (data.times(), 0 if data.plain_class in ONE_SAMPLE_A_CELL else data.sampleQuantity),
         )
         extents = " x ".join(
             f"{size} ({place(axis, 0)} to {place(axis, size - 1)})" for axis, size in axes if size
