@@ -1,6 +1,7 @@
 #include "src/container/changes.h"
 
 #include <new>
+#include <set>
 
 namespace utdata::container {
 
@@ -35,17 +36,20 @@ void Changes::KeepOthersApart(SCFile::GroupHandle top,
                               const CGDataTypeFDD* base,
                               const CGDataTypeFDD& descriptor,
                               std::uint32_t subChannelId) {
+  std::set<std::uint32_t> bookmarks = {bookmark_None};
   for (CGDataTypeFDD* other : Namesakes(descriptor, subChannelId)) {
     if (other == base) return;  // those behind it are not reached
+    if (other->stored.subChannelId == StoredIds::none) continue;
     const std::uint32_t bookmark = other->GetDataBookmarkType();
-    if (base && (bookmark == bookmark_None || bookmark == descriptor.GetDataBookmarkType()))
+    const bool isStored = other->stored.bookmark != bookmark_None;
+    // What would write its bookmark reaches the first one that has it.
+    const bool isFirst = bookmarks.insert(bookmark).second;
+    if (base && (bookmark == descriptor.GetDataBookmarkType() || (!isStored && !isFirst)))
       m_isAmbiguous = true;
-    const bool isUnknown = other->stored.subChannelId != StoredIds::none &&
-                           other->stored.bookmark == bookmark_None &&
-                           other->GetDataBookmarkType() != bookmark_None;
     const bool isItself =
         !base && other->GetGroupHandle() && other->GetGroupHandle() == descriptor.GetGroupHandle();
-    if (!isUnknown || isItself || !m_keptApart.insert(other).second) continue;
+    if (isStored || bookmark == bookmark_None || isItself || !m_keptApart.insert(other).second)
+      continue;
     const SCFile::GroupHandle group =
         CreateGroup(top, typeOf<CGDataTypeFDD>.modifierCode, typeOf<CGDataTypeFDD>.modifierName);
     WriteUnder<CGDataTypeFDD>(group, other, *other, {subChannelId, {}}, m_writeFlag);

@@ -6,6 +6,7 @@
 
 #include "interfaces/os.h"
 #include "src/container/companions.h"
+#include "src/container/subchannels.h"
 #include "src/inspection/companionwarnings.h"
 #include "src/inspection/groupitems.h"
 #include "utdata/grouplists.h"
@@ -127,16 +128,24 @@ void Settle(InspectionState& state, const Changes& changes) {
     material->ismat1_ModifClear();
 }
 
-/// While it stands, the loaded records have the bookmark types that their items were given: these
-/// tell data groups of equal ids from each other, and a file may not hold them yet.
+/// While it stands, loaded records that share their ids in the file have the bookmark types that
+/// their items were given: these tell them from each other, and a file may not hold them yet.
 class BookmarksOfItems {
  public:
   explicit BookmarksOfItems(const InspectionState& state) {
+    using namespace container;
+    const auto key = [](const CGDataTypeFDD& record) {
+      return KeyUnder(record, StoredIdOf(record));
+    };
     std::map<const CGDataTypeFDD*, const DataRow*> rows;
     for (const DataRow& row : state.rows) rows.emplace(row.stored, &row);
+    std::map<Key, std::size_t> quantity;
+    for (const CGDataTypeFDD* record : state.descriptor->data) ++quantity[key(*record)];
     for (CGDataTypeFDD* record : state.descriptor->data) {
       const auto row = rows.find(record);
-      if (row == rows.end() || record->GetDataBookmarkType() != bookmark_None) continue;
+      if (row == rows.end() || record->GetDataBookmarkType() != bookmark_None ||
+          quantity[key(*record)] < 2)
+        continue;
       m_given.push_back(record);
       record->SetDataBookmarkType(row->second->taken.GetDataBookmarkType());
     }
