@@ -1,5 +1,7 @@
 #include "src/container/companions.h"
 
+#include <new>
+
 #include "interfaces/framework.h"
 #include "interfaces/os.h"
 
@@ -28,10 +30,16 @@ struct Predecessor {
   FileState state;
 };
 
+/// Whether a file was read. Lack of memory says nothing about the file.
+bool IsRead(int status) {
+  if (status == SCFile::status_TooLarge) throw std::bad_alloc();
+  return status == SCFile::status_Ok;
+}
+
 /// Whether the file of a predecessor was once in `state`.
 bool WasIn(const Predecessor& before, const FileState& state) {
   SCFile::FileHandle file = nullptr;
-  if (SCFile::file_OpenReadOnly(before.path.c_str(), &file) != SCFile::status_Ok) return false;
+  if (!IsRead(SCFile::file_OpenReadOnly(before.path.c_str(), &file))) return false;
   const bool was = SCFile::file_Contains(file, state);
   SCFile::file_Close(file);
   return was;
@@ -119,7 +127,7 @@ Judgement JudgeCompanions(const std::wstring& path,
     if (name == path) continue;
     FileOrigin origin;
     FileState its;
-    if (SCFile::file_ReadOrigin(name.c_str(), &origin, &its) != SCFile::status_Ok) {
+    if (!IsRead(SCFile::file_ReadOrigin(name.c_str(), &origin, &its))) {
       // Whoever reads it says why it cannot be read.
       judgement.own.push_back({name, {}});
       return judgement;
@@ -148,8 +156,8 @@ FileState PredecessorOf(const CFContTypeFileDescr& loaded, int number) {
     FileOrigin origin;
     FileState state;
     const std::wstring name = CompanionName(loaded.path, number);
-    if (SCFile::file_ReadOrigin(name.c_str(), &origin, &state) != SCFile::status_Ok ||
-        !origin.IsCompanion() || origin.base != inspection)
+    if (!IsRead(SCFile::file_ReadOrigin(name.c_str(), &origin, &state)) || !origin.IsCompanion() ||
+        origin.base != inspection)
       continue;
     for (const SCFile::FileHandle file : loaded.files)
       if (SCFile::file_Origin(file).identity == origin.identity) return SCFile::file_State(file);
