@@ -8,6 +8,7 @@
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
 #include "terminal/text.h"
+#include "terminal/written.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -51,6 +52,7 @@ void RunRescue(const RescueOptions& options) {
   {
     const UnfinishedFileScope unfinished(options.output);
     rescued = Rescue(options.file, options.output, options.force);
+    NoteWritten(options.output);
   }
   if (options.json)
     PrintResult(nlohmann::ordered_json({{"path", options.file},
