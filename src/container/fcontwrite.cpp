@@ -101,8 +101,7 @@ int CFCont::FileWrite(CFContTypeFileDescr* loaded,
     if (newFile) return WriteCompanion(loaded, descriptor, writeFlag);
     return WriteAppended(loaded, descriptor, file, writeFlag);
   } catch (const std::bad_alloc&) {
-    return SCFile::file_Fail(SCFile::status_TooLarge,
-                             "out of memory while an inspection is written");
+    return SCFile::file_Fail(SCFile::status_TooLarge, "out of memory on writing an inspection");
   }
 }
 

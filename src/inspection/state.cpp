@@ -227,6 +227,7 @@ void InspectionState::Attach(DataRow& row) {
     int status = samples.group ? SCFile::file_BlockChunks(samples.group, samples.item, &chunks)
                                : static_cast<int>(SCFile::status_Ok);
     if (status == SCFile::status_Ok) status = gdata_SamplesMap(row.stored, &mapped, &size);
+    if (status == SCFile::status_TooLarge) throw std::bad_alloc();
     if (status != SCFile::status_Ok)
       throw Error::OfFileLayer(status, NameOf(row), "its samples cannot be mapped");
   }

@@ -6,17 +6,15 @@
 #include <new>
 
 #include "pictures/font_data.h"
-#include "terminal/failure.h"
 #include "terminal/text.h"
 
 namespace utdata::program {
 namespace {
 
-/// A picture without a part of its texts is no picture.
+/// A picture without a part of its texts is no picture. The typeface is the program's own: only
+/// memory can be missing, whatever the library calls that.
 void Check(FT_Error error) {
-  if (error == FT_Err_Out_Of_Memory) throw std::bad_alloc();
-  if (error != FT_Err_Ok)
-    throw Failure("picture", "cannot be drawn", "the program's typeface cannot be used");
+  if (error != FT_Err_Ok) throw std::bad_alloc();
 }
 
 }  // namespace
