@@ -19,6 +19,10 @@ target_compile_definitions(utdata_objects PRIVATE UTDATA_BUILDING)
 if(UTDATA_FUZZ) # counts which code an input reaches
   target_compile_options(utdata_objects PRIVATE -fsanitize=fuzzer-no-link)
 endif()
+if(UTDATA_COVERAGE)
+  target_compile_options(utdata_objects PRIVATE -fprofile-instr-generate -fcoverage-mapping)
+  add_link_options(-fprofile-instr-generate)
+endif()
 # What a write is signed with when its host says nothing; one source knows it, so that a new version
 # compiles no other anew.
 set_source_files_properties(${PROJECT_SOURCE_DIR}/platform/kvtiff19/signature.cpp PROPERTIES

@@ -139,9 +139,6 @@ UTDATA_API void ReportAssertion(const char* file,
 /// Sends a debug message to the receiver of reports.
 UTDATA_API void DebugTrace(std::wstring_view message) noexcept;
 
-/// Runs the object's self-check; a missing object is itself an assertion, at the caller's place.
-UTDATA_API void AssertValidObject(const CObject* object, const char* file, unsigned line);
-
 /// Wide text from narrow text that is meant to be UTF-8: each byte that is not part of a character
 /// becomes U+FFFD. Null gives an empty text.
 [[nodiscard]] UTDATA_API std::wstring WideFromNarrow(const char* text);
@@ -153,8 +150,6 @@ UTDATA_API void AssertValidObject(const CObject* object, const char* file, unsig
 /// The plain debug assertion: reports the place of a condition that does not hold, then goes on.
 #define UTDATA_ASSERT(condition) \
   ((condition) ? static_cast<void>(0) : ::utdata::ReportAssertion(__FILE__, __LINE__))
-/// Checks an object through AssertValid.
-#define UTDATA_ASSERT_VALID(object) ::utdata::AssertValidObject(object, __FILE__, __LINE__)
 
 // -------------------------------------------------------------------------------------------------
 // list

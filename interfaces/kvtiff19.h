@@ -350,12 +350,14 @@ struct RescueFindings {
 };
 
 /// Writes what is whole of a damaged inspection file as a new one: the top groups that match the
-/// checksum they are named with, in their order, with their blocks. One wrong byte of a small group
-/// is mended. A group that nothing names any more is taken when its structure is right, and said
-/// to be unchecked. A modification whose group is lost is left out, since it would be read as a
-/// group of its own. Samples that are damaged are left out cell by cell: their data group is then
-/// stored with an offset for each cell. Other blocks hold zeros where they are damaged, and are
-/// left out where nothing of them is whole. status_Damaged, and no new file, when nothing is left.
+/// checksum they are named with, in their order, with their blocks. A companion stays the companion
+/// that it is (FileOrigin) unless its header is lost; any other file gets an identity of its own.
+/// One wrong byte of the header or of a small group is mended. A group that nothing names any more
+/// is taken when its structure is right, and said to be unchecked. A modification whose group is
+/// lost is left out, since it would be read as a group of its own. Samples that are damaged are
+/// left out cell by cell: their data group is then stored with an offset for each cell. Other
+/// blocks hold zeros where they are damaged, and are left out where nothing of them is whole.
+/// status_Damaged, and no new file, when nothing is left.
 /// @param replace an existing file at `to`
 UTDATA_API int file_Rescue(const wchar_t* from,
                            const wchar_t* to,

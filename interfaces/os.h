@@ -140,12 +140,20 @@ class File {
   [[nodiscard]] virtual Error CopyPermissionsOf(const std::wstring& path) = 0;
 };
 
+/// Whether a name may be taken after the look for it ended so. Where nobody may look, nothing can
+/// be opened or made either, and whoever tries learns why.
+[[nodiscard]] inline bool MayExist(Error error) noexcept {
+  return error != Error::NotFound && error != Error::AccessDenied && error != Error::PathTooLong;
+}
+
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
   [[nodiscard]] virtual Error Open(const std::wstring& path,
                                    OpenMode mode,
                                    std::unique_ptr<File>& file) = 0;
+  /// Whether the name is taken, by a link that leads nowhere too; true also when that cannot be
+  /// found out (MayExist): what is not seen must not be taken for what is not there.
   [[nodiscard]] virtual bool Exists(const std::wstring& path) = 0;
   /// Of the file that `path` leads to, through links as Open goes; NotFound when there is none.
   [[nodiscard]] virtual Error Identify(const std::wstring& path, FileIdentity& identity) = 0;

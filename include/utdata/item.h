@@ -55,7 +55,6 @@ class UTDATA_API PlacedItem : public CObject {
 template <class Descriptor>
 class Item : public PlacedItem {
  public:
-  void AssertValid() const override;
   ~Item() override;
 
  protected:

@@ -20,8 +20,9 @@ struct Rescued {
 };
 
 /// Writes what is whole of a damaged inspection file as a new inspection (SCFile::file_Rescue says
-/// what that is). Companions are rescued one by one, and become files of their own. Throws when
-/// nothing is left, or the new file cannot be written.
+/// what that is). Companions are rescued one by one, and stay companions of their base where
+/// their header is not lost; one behind a rescued one was written on another state of it, and is
+/// reported as such. Throws when nothing is left, or the new file cannot be written.
 /// @param replace an existing file
 UTDATA_API Rescued Rescue(const std::string& damaged,
                           const std::string& output,

@@ -119,11 +119,4 @@ void DebugTrace(std::wstring_view message) noexcept {
   Deliver({ReportKind::Trace, "", 0, message});
 }
 
-void AssertValidObject(const CObject* object, const char* file, unsigned line) {
-  if (object)
-    object->AssertValid();
-  else
-    ReportAssertion(file, line);
-}
-
 }  // namespace utdata

@@ -44,9 +44,17 @@ int CommitOrDrop(OpenFile& file) {
 /// What stands at `path` refuses a new file there: anything where nothing may be replaced, else
 /// what is not a file.
 int CheckPlace(const OpenFile& created) {
-  if (!created.fileSystem->Exists(created.path)) return SCFile::status_Ok;
+  os::FileSystem& fileSystem = *created.fileSystem;
+  // A look that fails answers yes; a second one mostly knows.
+  if (!fileSystem.Exists(created.path) || !fileSystem.Exists(created.path))
+    return SCFile::status_Ok;
   std::unique_ptr<os::File> there;
-  if (!created.replace) return FailOs(created.path, os::Error::Exists, "cannot be created");
+  if (!created.replace) {
+    os::FileIdentity identity;
+    const os::Error error = fileSystem.Identify(created.path, identity);
+    const bool isTaken = error == os::Error::None || error == os::Error::NotFound;
+    return FailOs(created.path, isTaken ? os::Error::Exists : error, "cannot be created");
+  }
   const os::Error error = created.fileSystem->Open(created.path, os::OpenMode::Read, there);
   return error == os::Error::NotAFile ? FailOs(created.path, error, "cannot be replaced")
                                       : SCFile::status_Ok;

@@ -11,7 +11,7 @@ namespace {
 using os::Error;
 
 /// Whether NAME.part is what a killed writer left: empty, or marked as unfinished at its beginning
-/// or its end.
+/// or its end. The mark may be cut short behind its text: no more of it was written.
 Error IsUnfinished(os::File& part, bool& is) {
   is = false;
   std::uint64_t size = 0;
@@ -20,11 +20,14 @@ Error IsUnfinished(os::File& part, bool& is) {
     return error;
   }
   const auto mark = EncodeUnfinishedMark();
+  const auto text = std::find(mark.begin(), mark.end(), std::byte{0}) - mark.begin();
+  const std::uint64_t least = size < pageSize ? static_cast<std::uint64_t>(text) : pageSize;
   for (const std::uint64_t at : {std::uint64_t{0}, size - std::min(size, pageSize)}) {
     std::array<std::byte, pageSize> page;
     std::size_t done = 0;
     if (const Error error = part.ReadAt(at, page, done); error != Error::None) return error;
-    is = is || (done == page.size() && page == mark);
+    const auto got = page.begin() + static_cast<std::ptrdiff_t>(done);
+    is = is || (done >= least && std::equal(page.begin(), got, mark.begin()));
   }
   return Error::None;
 }

@@ -358,6 +358,8 @@ int Rescue(const wchar_t* from, const wchar_t* to, bool replace, SCFile::RescueF
       replace ? SCFile::file_CreateEx(to, &created) : SCFile::file_Create(to, &created);
   if (status != SCFile::status_Ok) return status;
   const std::unique_ptr<Node, CloseUncommitted> output(created);
+  // A companion stays the one that it is, for its base and for those behind it.
+  if (damaged.origin.IsCompanion()) created->file->origin = damaged.origin;
   if (const int copied = Rescuer(damaged, *created, findings).Copy(salvage.Tops())) return copied;
   return SCFile::file_Commit(created);
 }

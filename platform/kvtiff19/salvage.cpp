@@ -14,6 +14,21 @@ namespace {
 
 constexpr std::size_t headSize = segmentHeaderSize + itemHeaderSize;
 
+/// Tries every other value of each byte: what has the checksum is what was written.
+bool MendHeader(std::span<std::byte> page, SCFile::FileOrigin& origin) {
+  std::ranges::fill(page.subspan(headerSize), std::byte{0});
+  for (std::byte& byte : page.first(headerSize)) {
+    const std::byte before = byte;
+    for (unsigned change = 0; change < 256; ++change) {
+      byte = before ^ static_cast<std::byte>(change);
+      if (DecodeHeader(page, origin) == SCFile::status_Ok) return true;
+    }
+    byte = before;
+  }
+  origin = {};
+  return false;
+}
+
 std::string RangeText(std::uint64_t first, std::uint64_t last) {
   if (first == last) return "top group " + std::to_string(first);
   return "top groups " + std::to_string(first) + " to " + std::to_string(last);
@@ -39,11 +54,16 @@ int Salvage::ReadRecord() {
   std::vector<std::byte> front(static_cast<std::size_t>(std::min(m_size, dataStart)));
   if (const int status = ReadWhole(m_file, 0, front)) return status;
   front.resize(dataStart);
-  SCFile::FileOrigin origin;
-  const int header = DecodeHeader(Bytes(front).first(pageSize), origin);
+  const int header = DecodeHeader(Bytes(front).first(pageSize), m_file.origin);
   if (header == SCFile::status_NewerVersion)
     return FailAt(m_file, header, "written by another version of the format");
-  if (header != SCFile::status_Ok) m_findings.mended.push_back("the file header was damaged");
+  if (header != SCFile::status_Ok) {
+    if (MendHeader({front.data(), static_cast<std::size_t>(pageSize)}, m_file.origin))
+      m_findings.mended.push_back("the file header was damaged");
+    else
+      m_findings.lost.push_back(
+          "the file header: if the file was a companion, the new one is an inspection of its own");
+  }
   for (const std::uint64_t offset : slotOffsets) {
     const auto slot = DecodeSlot(Bytes(front).subspan(static_cast<std::size_t>(offset), pageSize));
     if (slot && (!m_record || slot->number > m_record->number)) m_record = slot;

@@ -156,9 +156,19 @@ void Adopt(OpenFile& file, Segments& segments) noexcept {
   file.metadata.back() = std::move(segments.bytes);
   file.current = segments.record;
   file.committedTops = file.children.size();
-  file.handle->Unlock();
-  file.writing = false;
 }
+
+/// Gives the writer's lock up at its end.
+struct UnlockingScope {
+  explicit UnlockingScope(OpenFile& lockedFile) : file(lockedFile) {}
+  UnlockingScope(const UnlockingScope&) = delete;
+  UnlockingScope& operator=(const UnlockingScope&) = delete;
+  ~UnlockingScope() {
+    file.handle->Unlock();
+    file.writing = false;
+  }
+  OpenFile& file;
+};
 
 /// Writes what was gathered behind the committed end, then commits it.
 int WriteGathered(OpenFile& file, Segments& segments) {
@@ -225,7 +235,9 @@ int Commit(OpenFile& file) {
     return status;
   }
   Adopt(file, segments);
+  const UnlockingScope unlocking(file);
   if (!wasNew) return SCFile::status_Ok;
+  // Still under the lock: from the renaming on, another writer may append.
   const Error error = file.fileSystem->SyncDirectoryOf(file.path);
   if (error == Error::None) {
     // The mark of an unfinished file goes; one that stays is a tail like any other.

@@ -64,8 +64,7 @@ std::string_view ErrorText(Error error) noexcept {
                                                "out of memory",
                                                "not supported by the file system",
                                                "input/output error"};
-  const auto index = static_cast<std::size_t>(error);
-  return index < std::size(texts) ? texts[index] : texts[std::size(texts) - 1];
+  return texts[static_cast<std::size_t>(error)];
 }
 
 }  // namespace utdata::os

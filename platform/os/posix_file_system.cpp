@@ -258,7 +258,7 @@ class PosixFileSystem final : public FileSystem {
 
   bool Exists(const std::wstring& path) override {
     struct stat status {};
-    return ::lstat(PosixPath(path).c_str(), &status) == 0;
+    return ::lstat(PosixPath(path).c_str(), &status) == 0 || MayExist(LastError());
   }
 
   Error Identify(const std::wstring& path, FileIdentity& identity) override {

@@ -3,7 +3,6 @@
 #include <new>
 
 #include "interfaces/framework.h"
-#include "interfaces/os.h"
 
 namespace utdata::container {
 namespace {
@@ -22,6 +21,12 @@ std::wstring Name(const os::PathParts& parts, int number) {
   name += static_cast<wchar_t>(L'0' + number / 10);
   name += static_cast<wchar_t>(L'0' + number % 10);
   return name;
+}
+
+/// A look that fails answers yes; a second one mostly knows.
+bool IsThere(const std::wstring& name) {
+  os::FileSystem& fileSystem = os::CurrentFileSystem();
+  return fileSystem.Exists(name) && fileSystem.Exists(name);
 }
 
 /// A file that is read before a companion.
@@ -91,11 +96,10 @@ std::string ShownName(const std::wstring& path) {
 
 std::vector<std::wstring> ListCompanions(const std::wstring& path) {
   const os::PathParts parts = os::SplitPath(path);
-  os::FileSystem& fileSystem = os::CurrentFileSystem();
   std::vector<std::wstring> names;
   for (int next = 1; next < lastNumber; ++next) {
     std::wstring name = Name(parts, next);
-    if (!fileSystem.Exists(name)) break;
+    if (!IsThere(name)) break;
     names.push_back(std::move(name));
   }
   return names;
@@ -105,9 +109,15 @@ std::vector<std::wstring> CompanionsBehind(const std::wstring& path, int number)
   const os::PathParts parts = os::SplitPath(path);
   std::vector<std::wstring> names;
   while (++number <= lastNumber)
-    if (std::wstring name = Name(parts, number); os::CurrentFileSystem().Exists(name))
-      names.push_back(std::move(name));
+    if (std::wstring name = Name(parts, number); IsThere(name)) names.push_back(std::move(name));
   return names;
+}
+
+bool HasCompanionName(const os::PathParts& parts) {
+  const auto isDigit = [](wchar_t character) { return character >= L'0' && character <= L'9'; };
+  const std::wstring& extension = parts.extension;
+  return extension.size() == 4 && extension[1] == letter && isDigit(extension[2]) &&
+         isDigit(extension[3]);
 }
 
 bool CompanionNameFits(const std::wstring& path) {
@@ -149,21 +159,24 @@ Judgement JudgeCompanions(const std::wstring& path,
   return judgement;
 }
 
-FileState PredecessorOf(const CFContTypeFileDescr& loaded, int number) {
+int FindPredecessor(const CFContTypeFileDescr& loaded, int number, FileState& predecessor) {
   const SCFile::FileHandle first = loaded.files.GetHead();
   const SCFile::FileIdentity inspection = InspectionOf(SCFile::file_Origin(first));
+  predecessor = SCFile::file_State(first);
   while (--number > 0) {
     FileOrigin origin;
     FileState state;
     const std::wstring name = CompanionName(loaded.path, number);
-    if (!IsRead(SCFile::file_ReadOrigin(name.c_str(), &origin, &state)) || !origin.IsCompanion() ||
-        origin.base != inspection)
-      continue;
+    const int status = SCFile::file_ReadOrigin(name.c_str(), &origin, &state);
+    if (status != SCFile::status_Ok) return status;
+    if (!origin.IsCompanion() || origin.base != inspection) continue;
+    predecessor = state;
     for (const SCFile::FileHandle file : loaded.files)
-      if (SCFile::file_Origin(file).identity == origin.identity) return SCFile::file_State(file);
-    return state;
+      if (SCFile::file_Origin(file).identity == origin.identity)
+        predecessor = SCFile::file_State(file);
+    break;
   }
-  return SCFile::file_State(first);
+  return SCFile::status_Ok;
 }
 
 }  // namespace utdata::container

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "interfaces/kvtiff19.h"
+#include "interfaces/os.h"
 #include "utdata/fcont.h"
 
 namespace utdata::container {
@@ -18,6 +19,9 @@ namespace utdata::container {
 
 /// The companion of number `number` (1 to 99).
 [[nodiscard]] std::wstring CompanionName(const std::wstring& path, int number);
+
+/// Whether a file is called as a companion is: "weld.A01", whatever it holds.
+[[nodiscard]] bool HasCompanionName(const os::PathParts& parts);
 
 /// Whether a companion's name can be built from the path when one is written: a directory, a name
 /// and the whole of at most 260 wide characters, a drive of 3, terminators included.
@@ -50,7 +54,10 @@ struct Judgement {
                                         const SCFile::FileState& state);
 
 /// What a new companion of a loaded descriptor is written on: the companion before `number` that
-/// belongs to it, else its base; as it was loaded, or as it is where it was not.
-[[nodiscard]] SCFile::FileState PredecessorOf(const CFContTypeFileDescr& loaded, int number);
+/// belongs to it, else its base; as it was loaded, or as it is where it was not. Fails when one of
+/// them cannot be read: a companion that names the wrong file would never be read itself.
+[[nodiscard]] int FindPredecessor(const CFContTypeFileDescr& loaded,
+                                  int number,
+                                  SCFile::FileState& predecessor);
 
 }  // namespace utdata::container

@@ -136,15 +136,18 @@ int CFCont::WriteCompanion(CFContTypeFileDescr* loaded,
     return SCFile::file_Fail(SCFile::status_BadArgument, path, "it was not loaded from a file");
   const int number = static_cast<int>(ListCompanions(path).size()) + 1;
   if (!CompanionsBehind(path, number).empty()) return SCFile::status_Ok;
+  SCFile::FileState predecessor;
+  int status = FindPredecessor(*loaded, number, predecessor);
+  if (status != SCFile::status_Ok) return status;
   const std::wstring name = CompanionName(path, number);
   SCFile::FileHandle created = nullptr;
-  int status = SCFile::file_Create(name.c_str(), &created);
+  status = SCFile::file_Create(name.c_str(), &created);
   if (status != SCFile::status_Ok) return status;
   NewFile owned(created);
   status = SCFile::file_MakeCompanion(created,
                                       static_cast<std::uint32_t>(number),
                                       InspectionOf(SCFile::file_Origin(loaded->files.GetHead())),
-                                      PredecessorOf(*loaded, number));
+                                      predecessor);
   if (status != SCFile::status_Ok) return status;
   Changes changes(*loaded, writeFlag);
   status = WriteExistingFileDescriptor(created, descriptor, &changes);

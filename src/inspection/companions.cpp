@@ -14,7 +14,6 @@
 namespace utdata {
 namespace {
 
-using container::InspectionOf;
 using SCFile::FileIdentity;
 using SCFile::FileOrigin;
 
@@ -33,59 +32,78 @@ FileOrigin RequireOrigin(const std::string& path, SCFile::FileState* state = nul
   return origin;
 }
 
-bool IsCompanionExtension(const std::wstring& extension) {
-  const auto isDigit = [](wchar_t character) { return character >= L'0' && character <= L'9'; };
-  return extension.size() == 4 && extension.starts_with(L".A") && isDigit(extension[2]) &&
-         isDigit(extension[3]);
-}
-
-/// Calls `visit(path, parts)` for each file in the folder of `path`, with the folder written as
-/// there. Names that are no text are passed over: no companion is called that.
-template <class Visit>
-void ForEachNeighbour(const std::wstring& path, Visit visit) {
-  const std::wstring folder = os::SplitPath(path).directory;
-  for (const std::string& name : os::NamesIn(folder)) {
-    if (name == "." || name == "..") continue;
-    std::wstring wide;
-    try {
-      wide = folder + ToWide(name);
-    } catch (const Error&) {
-      continue;
+/// The files of a folder by their names, as they are when it is made. What a companion says of
+/// itself is read when it is asked for.
+class Folder {
+ public:
+  /// @param path of a file in it. Names that are no text are passed over: no companion is called
+  ///   that
+  explicit Folder(const std::wstring& path) {
+    const std::wstring folder = os::SplitPath(path).directory;
+    for (const std::string& name : os::NamesIn(folder)) {
+      if (name == "." || name == "..") continue;
+      try {
+        const std::wstring wide = folder + ToWide(name);
+        const os::PathParts parts = os::SplitPath(wide);
+        const bool isCompanion = container::HasCompanionName(parts);
+        (isCompanion ? m_companions[parts.extension] : m_others[parts.name]).push_back(wide);
+      } catch (const Error&) {
+        continue;
+      }
     }
-    visit(wide, os::SplitPath(wide));
   }
-}
 
-/// Whether a file that is no companion has this identity and a name of which `companion` is one.
-bool HasBaseBeside(const std::wstring& companion, const FileIdentity& identity) {
-  const std::wstring name = os::SplitPath(companion).name;
-  bool has = false;
-  ForEachNeighbour(companion, [&](const std::wstring& path, const os::PathParts& parts) {
-    if (has || parts.name != name || IsCompanionExtension(parts.extension)) return;
-    const auto origin = OriginOf(path);
-    has = origin && !origin->IsCompanion() && origin->identity == identity;
-  });
-  return has;
-}
+  /// The companions of `identity` that are called after another file than `base`, in the order of
+  /// their numbers' names; no copy of the base has them beside itself.
+  [[nodiscard]] std::vector<std::wstring> Strays(const std::wstring& base,
+                                                 const FileIdentity& identity,
+                                                 std::optional<int> number) const {
+    const std::wstring own = os::SplitPath(base).name;
+    std::wstring wanted;
+    if (number) wanted = os::SplitPath(container::CompanionName(base, *number)).extension;
+    std::map<std::wstring, bool> hasBase;  // by name
+    std::vector<std::wstring> strays;
+    for (const auto& [extension, paths] : m_companions) {
+      if (number && extension != wanted) continue;
+      for (const std::wstring& path : paths) {
+        const std::wstring name = os::SplitPath(path).name;
+        if (name == own) continue;
+        const auto origin = OriginOf(path);
+        if (!origin || !origin->IsCompanion() || origin->base != identity) continue;
+        const auto [has, isNew] = hasBase.try_emplace(name, false);
+        if (isNew) has->second = !BaseNamed(name, identity).empty();
+        if (!has->second) strays.push_back(path);
+      }
+    }
+    std::sort(strays.begin(), strays.end());
+    return strays;
+  }
 
-/// The companions of `identity` in the folder of `base` that are called after another file, by
-/// number.
-std::vector<std::wstring> FindStrays(const std::wstring& base,
-                                     const FileIdentity& identity,
-                                     std::optional<int> number) {
-  const std::wstring name = os::SplitPath(base).name;
-  std::wstring wanted;
-  if (number) wanted = os::SplitPath(container::CompanionName(base, *number)).extension;
-  std::vector<std::wstring> strays;
-  ForEachNeighbour(base, [&](const std::wstring& path, const os::PathParts& parts) {
-    if (parts.name == name || !IsCompanionExtension(parts.extension)) return;
-    if (number && parts.extension != wanted) return;
-    const auto origin = OriginOf(path);
-    if (origin && origin->IsCompanion() && origin->base == identity) strays.push_back(path);
-  });
-  std::sort(strays.begin(), strays.end());
-  return strays;
-}
+  /// A file of this name and identity that is no companion; empty when there is none.
+  [[nodiscard]] std::wstring BaseNamed(const std::wstring& name,
+                                       const FileIdentity& identity) const {
+    const auto named = m_others.find(name);
+    if (named == m_others.end()) return {};
+    for (const std::wstring& path : named->second)
+      if (const auto origin = OriginOf(path);
+          origin && !origin->IsCompanion() && origin->identity == identity)
+        return path;
+    return {};
+  }
+
+  /// As BaseNamed, of any name; one of the name `preferred` before others.
+  [[nodiscard]] std::wstring Base(const std::wstring& preferred,
+                                  const FileIdentity& identity) const {
+    std::wstring base = BaseNamed(preferred, identity);
+    for (auto other = m_others.begin(); base.empty() && other != m_others.end(); ++other)
+      base = BaseNamed(other->first, identity);
+    return base;
+  }
+
+ private:
+  std::map<std::wstring, std::vector<std::wstring>> m_companions;  ///< paths by extension
+  std::map<std::wstring, std::vector<std::wstring>> m_others;      ///< paths by name
+};
 
 std::string FolderOf(const std::string& path) {
   std::error_code error;
@@ -109,6 +127,47 @@ std::wstring TargetOf(const std::string& base,
   return container::CompanionName(ToWide(base), static_cast<int>(origin.number));
 }
 
+bool IsSameFile(const std::string& a, const std::string& b) {
+  std::error_code ignored;
+  return std::filesystem::equivalent(a, b, ignored);
+}
+
+/// A name that is free, with the extension of `target` under another file's name: when the renaming
+/// is interrupted, the file is found again as what a renamed base leaves behind.
+std::string NameOnTheWay(const std::string& target) {
+  const os::PathParts parts = os::SplitPath(ToWide(target));
+  constexpr int attempts = 99;
+  for (int attempt = 1; attempt <= attempts; ++attempt) {
+    const std::wstring name = parts.drive + parts.directory + parts.name + L"-adopt" +
+                              std::to_wstring(attempt) + parts.extension;
+    if (!os::CurrentFileSystem().Exists(name)) return ToUtf8(name);
+  }
+  throw Error(target, "cannot be renamed to", "another companion has its name meanwhile");
+}
+
+/// Puts renamings in an order in which each new name is free when its turn comes. Where files have
+/// one another's names, one of them goes out of the way first.
+std::vector<Renaming> InOrder(std::vector<Renaming> wanted) {
+  std::vector<Renaming> ordered;
+  while (!wanted.empty()) {
+    const auto isFree = [&](const Renaming& renaming) {
+      return std::ranges::none_of(wanted, [&](const Renaming& other) {
+        return other.from != renaming.from && IsSameFile(other.from, renaming.to);
+      });
+    };
+    if (const auto next = std::ranges::find_if(wanted, isFree); next != wanted.end()) {
+      ordered.push_back(*next);
+      wanted.erase(next);
+      continue;
+    }
+    Renaming& first = wanted.front();
+    const std::string away = NameOnTheWay(first.to);
+    ordered.push_back({first.from, away});
+    first.from = away;
+  }
+  return ordered;
+}
+
 }  // namespace
 
 std::string CompanionProblem::Line() const {
@@ -125,14 +184,12 @@ std::vector<CompanionProblem> FindLostCompanions(const std::wstring& path,
                                                  std::size_t found) {
   std::vector<CompanionProblem> problems;
   const int next = static_cast<int>(found) + 1;
-  for (const std::wstring& stray : FindStrays(path, identity, next))
-    // A copy of the base has its companions beside itself.
-    if (!HasBaseBeside(stray, identity))
-      problems.push_back({ToUtf8(stray),
-                          "is companion " + std::to_string(next) + " of " +
-                              container::ShownName(path) + " under another file's name",
-                          false,
-                          false});
+  for (const std::wstring& stray : Folder(path).Strays(path, identity, next))
+    problems.push_back({ToUtf8(stray),
+                        "is companion " + std::to_string(next) + " of " +
+                            container::ShownName(path) + " under another file's name",
+                        false,
+                        false});
   return problems;
 }
 
@@ -155,16 +212,9 @@ std::string DescribeCompanion(const std::string& path) {
   const std::wstring wide = ToWide(path);
   const auto origin = OriginOf(wide);
   if (!origin || !origin->IsCompanion()) return {};
-  std::string base = "an inspection that is not in its folder";
-  bool isBesideBase = false;
-  const std::wstring own = os::SplitPath(wide).name;
-  ForEachNeighbour(wide, [&](const std::wstring& neighbour, const os::PathParts& parts) {
-    if (isBesideBase || IsCompanionExtension(parts.extension)) return;
-    const auto its = OriginOf(neighbour);
-    if (!its || its->IsCompanion() || its->identity != origin->base) return;
-    base = container::ShownName(neighbour);
-    isBesideBase = parts.name == own;
-  });
+  const std::wstring found = Folder(wide).Base(os::SplitPath(wide).name, origin->base);
+  const std::string base =
+      found.empty() ? "an inspection that is not in its folder" : container::ShownName(found);
   return "companion " + std::to_string(origin->number) + " of " + base;
 }
 
@@ -175,11 +225,23 @@ std::vector<Renaming> PlanAdoption(const std::string& base,
   std::vector<std::string> candidates = companions;
   if (companions.empty()) {
     const std::wstring wide = ToWide(base);
-    for (const std::wstring& name : container::CompanionsBehind(wide, 0))
-      if (const auto its = OriginOf(name); its && its->base == origin.identity)
+    for (const std::wstring& name : container::CompanionsBehind(wide, 0)) {
+      FileOrigin its;
+      const int status = SCFile::file_ReadOrigin(name.c_str(), &its, nullptr);
+      // What cannot be read may be one of them; what is no inspection file, or damaged, is not.
+      constexpr int known[] = {SCFile::status_Ok,
+                               SCFile::status_NotFound,
+                               SCFile::status_NotAFile,
+                               SCFile::status_NotInspection,
+                               SCFile::status_NewerVersion,
+                               SCFile::status_Damaged};
+      if (std::ranges::find(known, status) == std::end(known))
+        throw Error::OfFileLayer(status, ToUtf8(name), "cannot be read");
+      if (status == SCFile::status_Ok && its.base == origin.identity)
         candidates.push_back(ToUtf8(name));
-    for (const std::wstring& stray : FindStrays(wide, origin.identity, {}))
-      if (!HasBaseBeside(stray, origin.identity)) candidates.push_back(ToUtf8(stray));
+    }
+    for (const std::wstring& stray : Folder(wide).Strays(wide, origin.identity, {}))
+      candidates.push_back(ToUtf8(stray));
   }
   std::vector<Renaming> renamings;
   std::map<std::wstring, std::string> taken;
@@ -188,13 +250,16 @@ std::vector<Renaming> PlanAdoption(const std::string& base,
     const std::string to = ToUtf8(target);
     const auto [other, isFirst] = taken.emplace(target, companion);
     if (!isFirst) throw Error(companion, cannotBeRenamed, other->second + " has the same number");
-    std::error_code ignored;
-    if (std::filesystem::equivalent(companion, to, ignored)) continue;
-    if (os::CurrentFileSystem().Exists(target))
-      throw Error(companion, cannotBeRenamed, to + " exists", "move that file away first");
-    renamings.push_back({companion, to});
+    if (!IsSameFile(companion, to)) renamings.push_back({companion, to});
   }
-  return renamings;
+  for (const auto& [from, to] : renamings) {
+    const auto frees = [&, &name = to](const Renaming& other) {
+      return IsSameFile(other.from, name);
+    };
+    if (os::CurrentFileSystem().Exists(ToWide(to)) && std::ranges::none_of(renamings, frees))
+      throw Error(from, cannotBeRenamed, to + " exists", "move that file away first");
+  }
+  return InOrder(std::move(renamings));
 }
 
 void Rename(const std::vector<Renaming>& renamings) {

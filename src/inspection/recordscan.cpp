@@ -1,4 +1,5 @@
 // Records a scan into an acquisition file.
+#include <memory>
 #include <system_error>
 #include <vector>
 
@@ -55,6 +56,16 @@ std::string RecordingReason(std::uint32_t status) {
   return std::system_category().message(static_cast<int>(status));
 }
 
+/// Removes the file that a creation which failed later has left empty.
+void RemoveEmpty(const std::string& path) {
+  os::FileSystem& fileSystem = os::CurrentFileSystem();
+  std::unique_ptr<os::File> file;
+  std::uint64_t size = 1;
+  if (fileSystem.Open(ToWide(path), os::OpenMode::ReadWriteHere, file) == os::Error::None &&
+      file->TryLock() == os::Error::None && file->Size(size) == os::Error::None && size == 0)
+    static_cast<void>(fileSystem.Remove(ToWide(path)));
+}
+
 /// Saves the blocks in turn. @return false when one was refused
 bool SaveBlocks(GDataManager& writer,
                 const MemoryAscanPatchBuffer& ascans,
@@ -85,9 +96,13 @@ RecordedBlocks RecordScan(const std::string& path,
   memory.AddAscanBlocks(ascans.GetPatch(), ascans.GetDescriptor());
   memory.AddCscanBlocks(readings.GetPatch(), 2);
 
+  const bool wasThere = os::CurrentFileSystem().Exists(ToWide(path));
   GDataManager writer(ToWide(path));
   std::uint32_t status = writer.FileCreate(memory);
-  if (status != 0) throw Error(path, cannotBeRecorded, RecordingReason(status));
+  if (status != 0) {
+    if (!wasThere) RemoveEmpty(path);
+    throw Error(path, cannotBeRecorded, RecordingReason(status));
+  }
   RecordedBlocks blocks;
   const bool saved = SaveBlocks(writer, ascans, readings, blocks);
   status = writer.FileClose();

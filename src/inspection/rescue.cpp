@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "interfaces/kvtiff19.h"
+#include "interfaces/os.h"
+#include "src/container/companions.h"
 #include "utdata/inspection.h"
 
 namespace utdata {
@@ -12,7 +14,9 @@ Rescued Rescue(const std::string& damaged, const std::string& output, bool repla
   std::error_code ignored;
   if (std::filesystem::equivalent(damaged, output, ignored))
     throw Error(output, "cannot be written", "it is the damaged file", "choose another name");
-  CheckNewInspection(output, replace);
+  // What is called as a companion stands among others.
+  if (!container::HasCompanionName(os::SplitPath(ToWide(output))))
+    CheckNewInspection(output, replace);
   SCFile::RescueFindings findings;
   const int status =
       SCFile::file_Rescue(ToWide(damaged).c_str(), ToWide(output).c_str(), replace, &findings);

@@ -83,11 +83,6 @@ typename Item<Descriptor>::State& Item<Descriptor>::Inside() const {
 }
 
 template <class Descriptor>
-void Item<Descriptor>::AssertValid() const {
-  CObject::AssertValid();
-}
-
-template <class Descriptor>
 Descriptor* Item<Descriptor>::InfoRef() const {
   HandOut();
   return &Inside().working;

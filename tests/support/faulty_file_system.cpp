@@ -259,7 +259,8 @@ Error FaultyFileSystem::Open(const std::wstring& path,
 }
 
 bool FaultyFileSystem::Exists(const std::wstring& path) {
-  return Count("exists") == Error::None && m_names.contains(path);
+  const Error error = Count("exists");
+  return error == Error::None ? m_names.contains(path) : os::MayExist(error);
 }
 
 Error FaultyFileSystem::Identify(const std::wstring& path, os::FileIdentity& identity) {

@@ -12,8 +12,10 @@ namespace utdata::test {
 
 namespace fs = std::filesystem;
 
-FileFolder::FileFolder() {
-  std::string pattern = (ScratchRoot() / "utdata-test-XXXXXX").string();
+FileFolder::FileFolder() : FileFolder(ScratchRoot()) {}
+
+FileFolder::FileFolder(const fs::path& root) {
+  std::string pattern = (root / "utdata-test-XXXXXX").string();
   if (!::mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
   m_path = pattern;
 }

@@ -13,6 +13,8 @@ namespace utdata::test {
 class FileFolder {
  public:
   FileFolder();
+  /// In a folder that exists.
+  explicit FileFolder(const std::filesystem::path& root);
   FileFolder(const FileFolder&) = delete;
   FileFolder& operator=(const FileFolder&) = delete;
   ~FileFolder();

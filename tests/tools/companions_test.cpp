@@ -139,6 +139,65 @@ TEST_F(CompanionsTest, OnlyItsOwnAreAdopted) {
   EXPECT_EQ(Run("verify weld.fpd").status, 0);
 }
 
+TEST_F(CompanionsTest, SwappedNumbersArePutRight) {
+  const std::vector<std::vector<std::string>> turns = {
+      {"A01", "A02"}, {"A01", "A02", "A03"}, {"A03", "A01", "A02"}};
+  for (const auto& turn : turns) {
+    SCOPED_TRACE(turn.front() + " to " + turn.back());
+    for (const std::string& number : turn) Rename("weld." + number, "away." + number);
+    for (std::size_t at = 0; at < turn.size(); ++at)
+      Rename("away." + turn[at], "weld." + turn[(at + 1) % turn.size()]);
+    EXPECT_EQ(Run("verify weld.fpd").status, 1);
+    // An interruption between any two steps leaves what the next adoption finds.
+    const Json plan = RunJson("adopt weld.fpd --dry-run --json")["renamed"];
+    ASSERT_EQ(plan.size(), turn.size() + 1);
+    for (std::size_t done = 0; done < plan.size(); ++done) {
+      EXPECT_EQ(RunJson("adopt weld.fpd --dry-run --json")["renamed"].size(), plan.size() - done);
+      Rename(plan[done]["from"], plan[done]["to"]);
+    }
+    EXPECT_EQ(Run("adopt weld.fpd").out, "weld.fpd: nothing to rename\n");
+    EXPECT_EQ(Run("verify weld.fpd").status, 0);
+    EXPECT_EQ(Gain("weld.fpd"), 3);
+  }
+  Rename("weld.A03", "weld.A04");
+  Rename("weld.A02", "weld.A03");
+  EXPECT_EQ(Run("adopt weld.fpd").out, "weld.A03 -> weld.A02\nweld.A04 -> weld.A03\n");
+  ExpectOneLine(Run("adopt weld.fpd weld.A02 weld.A01 weld.A04"), 1, "weld.A04");
+  EXPECT_EQ(Gain("weld.fpd"), 3);
+}
+
+TEST_F(CompanionsTest, ARescuedOneStaysOneOfItsBase) {
+  ASSERT_EQ(Run("edit weld.fpd channel 0 gain=4").status, 0);  // at the end of weld.A03
+  const std::string damaged = ReadFile(At("weld.A03"));
+  const auto damage = [&](std::size_t at, std::size_t size) {
+    WriteFile(At("weld.A03"),
+              std::string(damaged).replace(at, size, std::string(size, static_cast<char>(0xA5))));
+    EXPECT_EQ(Run("info weld.fpd").status, 1);
+    std::filesystem::remove(At("rescued.A03"));
+  };
+  damage(damaged.size() - 100, 1);
+  EXPECT_NE(Run("rescue weld.A03 -o rescued.A03")
+                .out.find("rescued.A03, companion 3 of weld.fpd: nothing is lost\n"),
+            std::string::npos);
+  std::filesystem::rename(At("rescued.A03"), At("weld.A03"));
+  EXPECT_EQ(Run("verify weld.fpd").status, 0);
+  EXPECT_EQ(Gain("weld.fpd"), 4);
+  // A header with one wrong byte says no less; one with several is lost, and that is said.
+  damage(20, 1);
+  EXPECT_EQ(RunJson("rescue weld.A03 -o rescued.A03 --json")["role"], "companion 3 of weld.fpd");
+  damage(20, 8);
+  ExpectOneLine(
+      Run("rescue weld.A03 -o rescued.A03"), 1, "the new one is an inspection of its own");
+  // What is lost of it is not taken for a change that was never made.
+  damage(damaged.size() - 100, 60);
+  const ProgramResult partly = Run("rescue weld.A03 -o rescued.A03");
+  EXPECT_EQ(partly.status, 1);
+  EXPECT_NE(partly.out.find("companion 3 of weld.fpd: what is left\n"), std::string::npos)
+      << partly.out;
+  std::filesystem::rename(At("rescued.A03"), At("weld.A03"));
+  EXPECT_EQ(Gain("weld.fpd"), 3);
+}
+
 TEST_F(CompanionsTest, ACopyOfTheBaseIsABaseToo) {
   std::filesystem::copy_file(At("weld.fpd"), At("copy.fpd"));
   EXPECT_EQ(Run("info copy.fpd").error, "") << "the companions have their base beside them";

@@ -140,7 +140,7 @@ struct Access {
     return true;
   }
 
-  static constexpr SCFile::FieldAccess Functions() {
+  static consteval SCFile::FieldAccess Functions() {
     if constexpr (shape.type == SCFile::value_Text)
       return {.text = Text, .setText = SetText};
     else if constexpr (std::is_arithmetic_v<Member> || std::is_enum_v<Member>)
@@ -151,11 +151,11 @@ struct Access {
 };
 
 /// Private members carry a prefix that means nothing outside.
-constexpr std::string_view KeyOf(std::string_view member) {
+consteval std::string_view KeyOf(std::string_view member) {
   return member.substr(member.starts_with("m_") ? 2 : 0);
 }
 
-constexpr FieldInfo InfoOf(const SCFile::FieldForm& form,
+consteval FieldInfo InfoOf(const SCFile::FieldForm& form,
                            const ItemRule& rule,
                            std::string_view key,
                            std::string_view meaning,

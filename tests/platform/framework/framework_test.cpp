@@ -20,8 +20,6 @@ class CShape : public CObject {
 };
 class CCircle : public CShape {
   DECLARE_DYNAMIC(CCircle)
-  double radius = 1;
-  void AssertValid() const override { UTDATA_ASSERT(radius > 0); }
 };
 IMPLEMENT_DYNAMIC(CShape, CObject)
 IMPLEMENT_DYNCREATE(CCircle, CShape)
@@ -37,19 +35,8 @@ TEST(RuntimeClass, KnowsItsKindAndCreates) {
   EXPECT_EQ(RUNTIME_CLASS(CCircle)->objectSize, sizeof(CCircle));
   CDumpContext context;
   circle->Dump(context);
-  EXPECT_EQ(context.Text(), L"a CCircle\n");
-}
-
-TEST(RuntimeClass, ChecksItselfAndReportsAMissingObject) {
-  CCircle circle;
-  ReportCapture capture;
-  UTDATA_ASSERT_VALID(&circle);
-  EXPECT_EQ(capture.Assertions(), 0u);
-  circle.radius = 0;
-  UTDATA_ASSERT_VALID(&circle);
-  UTDATA_ASSERT_VALID(static_cast<CObject*>(nullptr));
-  ASSERT_EQ(capture.Assertions(), 2u);
-  EXPECT_NE(capture.Reports()[1].file.find("framework_test.cpp"), std::string::npos);
+  context << std::wstring(L"wide") << static_cast<const char*>(nullptr);
+  EXPECT_EQ(context.Text(), L"a CCircle\nwide");
 }
 
 TEST(List, PositionsStayWhileOthersComeAndGo) {

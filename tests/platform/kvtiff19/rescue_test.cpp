@@ -160,6 +160,33 @@ TEST(Rescue, WhatIsLostOfCutAndTornFilesIsListed) {
   EXPECT_GT(rescued, 500U);
 }
 
+TEST(Rescue, BlocksOfOtherGroupsHoldZerosWhereTheyAreDamaged) {
+  FaultyFileSystem disk;
+  const FileSystemInPlace inPlace(disk);
+  FileHandle file = nullptr;
+  GroupHandle top = nullptr, inner = nullptr;
+  std::uint64_t offset = 0, size = 0;
+  const std::vector<std::byte> samples(2 * chunkSize + 100, rescueSample);
+  ASSERT_EQ(file_Create(damagedPath.c_str(), &file), status_Ok);
+  ASSERT_EQ(file_GroupCreate(file, &top, 60000, L"FC"), status_Ok);
+  ASSERT_EQ(file_GroupCreate(top, &inner, 60001, nullptr), status_Ok);
+  ASSERT_EQ(file_BlockWrite(inner, 1, samples.size(), samples.data()), status_Ok);
+  ASSERT_EQ(file_Commit(file), status_Ok);
+  ASSERT_EQ(file_BlockInfo(inner, 0, &offset, &size), status_Ok);
+  ASSERT_EQ(file_Close(file), status_Ok);
+  auto bytes = disk.Get(damagedPath).value();
+  const std::pair<std::uint64_t, std::string> cases[] = {
+      {chunkSize + 7, std::to_string(chunkSize) + " bytes of the block of a group of type 60001"},
+      {2 * chunkSize, std::to_string(chunkSize + 100) + " bytes of the block"},
+      {0, "the block of a group of type 60001"}};
+  for (const auto& [at, finding] : cases) {
+    bytes[static_cast<std::size_t>(offset + at)] ^= std::byte{1};
+    const RescueOutcome outcome = RescueOf(disk, bytes);
+    ASSERT_EQ(outcome.findings.lost.size(), 1U);
+    EXPECT_EQ(outcome.findings.lost[0].find(finding), 0U) << outcome.findings.lost[0];
+  }
+}
+
 TEST(Rescue, WhatIsNoInspectionLeavesNothingBehind) {
   FaultyFileSystem disk;
   const FileSystemInPlace inPlace(disk);

@@ -196,6 +196,123 @@ TEST(RoundTrip, LimitsOfTheFormat) {
   ASSERT_OK(file_Close(file));
 }
 
+// None of these calls can be done; none of them ends the process or changes the file.
+TEST(RoundTrip, CallsThatMakeNoSenseAreRefused) {
+  const FileFolder folder;
+  const std::wstring path = folder / L"weld.fpd";
+  FileHandle file = nullptr;
+  GroupHandle group = nullptr, pending = nullptr, got = nullptr;
+  const std::uint32_t number = 7;
+  ASSERT_OK(file_Create(path.c_str(), &file));
+  ASSERT_OK(file_GroupCreate(file, &group, plainGroup, L"group"));
+  ASSERT_OK(file_ItemValueWrite(group, 1, value_UInt32, 1, &number));
+  ASSERT_OK(file_BlockWrite(group, 2, sizeof number, &number));
+  ASSERT_OK(file_Commit(file));
+  const auto before = utdata::test::SnapshotOf(path);
+  ASSERT_OK(file_GroupCreate(file, &pending, plainGroup, L"pending"));
+  EXPECT_EQ(file_GroupNameSet(pending, L"renamed", 8), status_Ok);
+  wchar_t name[3] = L"xx";
+  EXPECT_EQ(file_ItemInfo(file, 0, nullptr, nullptr, nullptr, nullptr, name, 0), status_Ok);
+  EXPECT_STREQ(name, L"xx") << "there is no room for a name";
+
+  std::uint32_t type = 0, count = 1, value = 0;
+  std::uint64_t size = 0;
+  void* view = nullptr;
+  std::byte* samples = nullptr;
+  CGDataTypeFDD record;
+  BlockChunks chunks;
+  WriteSignature signature;
+  const auto info = [&](const Node* node, std::uint32_t index) {
+    return file_ItemInfo(node, index, &type, nullptr, nullptr, nullptr, nullptr, 0);
+  };
+  const auto rename = [&](GroupHandle node, const wchar_t* text, std::size_t length) {
+    return file_GroupNameSet(node, text, static_cast<std::uint32_t>(length));
+  };
+  const std::function<int()> calls[] = {
+      [&] { return file_Commit(nullptr); },
+      [&] { return file_Commit(group); },
+      [&] { return file_Discard(group); },
+      [&] { return file_Close(group); },
+      [&] { return file_SetCharacterFormat(group, 1); },
+      [&] { return file_SetCharacterFormat(file, 2); },
+      [&] { return file_MakeCompanion(group, 1, {}, {}); },
+      [&] { return file_Init({}, {}, {}, {}, {}, [](std::uint64_t, std::uint64_t) {}); },
+      [&] { return file_Rescue(nullptr, L"to", false, nullptr); },
+      [&] { return file_Rescue(L"from", L"to", false, nullptr); },
+      [&] { return info(nullptr, 0); },
+      [&] { return info(file, 2); },
+      [&] { return info(group, 2); },
+      [&] { return file_ItemValueType(nullptr, 0, &type); },
+      [&] { return file_ItemValueType(group, 2, &type); },
+      [&] { return file_GroupOpen(nullptr, &got, 0); },
+      [&] { return file_GroupOpen(file, nullptr, 0); },
+      [&] { return file_GroupOpen(file, &got, 2); },
+      [&] { return file_GroupOpen(group, &got, 0); },
+      [&] { return file_GroupCreate(nullptr, &got, plainGroup, nullptr); },
+      [&] { return file_GroupCreate(file, nullptr, plainGroup, nullptr); },
+      [&] { return file_GroupCreate(group, &got, plainGroup, nullptr); },
+      [&] { return rename(nullptr, L"x", 2); },
+      [&] { return rename(file, L"x", 2); },
+      [&] { return rename(group, L"x", 2); },
+      [&] { return file_IndexValueRead(nullptr, 0, value_UInt32, &value, &count); },
+      [&] { return file_IndexValueRead(file, 0, value_UInt32, &value, &count); },
+      [&] { return file_IndexValueRead(group, 0, value_UInt32, nullptr, &count); },
+      [&] { return file_IndexValueRead(group, 0, value_UInt32, &value, nullptr); },
+      [&] { return file_IndexValueRead(group, 2, value_UInt32, &value, &count); },
+      [&] { return file_IndexValueRead(group, 0, value_Float, &value, &count); },
+      [&] { return file_IndexValueRead(group, 0, 0, &value, &count); },
+      [&] { return file_IndexValueRead(group, 1, value_Block, &value, &count); },
+      [&] { return file_IndexValueRead(pending, 0, value_UInt32, &value, &count); },
+      [&] { return file_ItemValueWrite(nullptr, 1, value_UInt32, 1, &number); },
+      [&] { return file_ItemValueWrite(group, 1, value_UInt32, 1, &number); },
+      [&] { return file_ItemValueWrite(pending, 0x10000, value_UInt32, 1, &number); },
+      [&] { return file_ItemValueWrite(pending, 1, value_Block, 1, &number); },
+      [&] { return file_ItemValueWrite(pending, 1, value_UInt32, 1, nullptr); },
+      [&] { return file_ItemValueWrite(pending, 1, value_Text, 0, L""); },
+      [&] { return file_BlockWrite(nullptr, 1, 4, &number); },
+      [&] { return file_BlockWrite(group, 1, 4, &number); },
+      [&] { return file_BlockWrite(pending, 0x10000, 4, &number); },
+      [&] { return file_BlockInfo(nullptr, 1, &size, &size); },
+      [&] { return file_BlockInfo(group, 0, &size, &size); },
+      [&] { return file_BlockInfo(group, 2, &size, &size); },
+      [&] { return file_BlockInfo(pending, 0, &size, &size); },
+      [&] { return file_BlockRead(group, 0, 0, 1, &value); },
+      [&] { return file_BlockRead(group, 1, 5, 0, &value); },
+      [&] { return file_BlockRead(group, 1, 2, 3, &value); },
+      [&] { return file_BlockRead(group, 1, 0, 4, nullptr); },
+      [&] { return file_BlockMap(group, 1, nullptr); },
+      [&] { return file_BlockMap(group, 0, &view); },
+      [&] { return file_BlockUnmap(group, &value); },
+      [&] { return file_BlockChunks(group, 1, nullptr); },
+      [&] { return file_BlockChunks(group, 0, &chunks); },
+      [&] { return file_Sign(nullptr); },
+      [&] { return file_ReadSignature(nullptr, &signature); },
+      [&] { return gdata_SamplesMap(nullptr, &view, &size); },
+      [&] { return gdata_SamplesMap(&record, nullptr, &size); },
+      [&] { return gdata_SamplesMap(&record, &view, nullptr); },
+      [&] { return gdata_SamplesRead(nullptr, &samples, &size); },
+      [&] { return gdata_SamplesRead(&record, nullptr, &size); },
+      [&] { return gdata_SamplesRead(&record, &samples, nullptr); },
+      [&] { return gdata_ReadGroupInfo(nullptr, &record); },
+      [&] { return gdata_ReadGroupInfo(group, nullptr); },
+  };
+  for (const auto& call : calls) EXPECT_EQ(call(), status_BadArgument) << &call - calls;
+  EXPECT_EQ(gdata_SamplesMap(&record, &view, &size), status_NotFound);
+  EXPECT_EQ(gdata_SamplesRead(&record, &samples, &size), status_NotFound);
+  EXPECT_EQ(file_ItemNbrGet(nullptr), 0u);
+  EXPECT_EQ(file_OfGroup(nullptr), nullptr);
+  EXPECT_EQ(file_Path(nullptr), nullptr);
+  EXPECT_EQ(file_CommitNumber(nullptr), 0u);
+  EXPECT_EQ(file_CommittedSize(nullptr), 0u);
+  EXPECT_FALSE(file_Contains(nullptr, {}));
+  EXPECT_FALSE(file_ViewSize(&value, &size));
+  EXPECT_STREQ(file_StatusText(-1), "unknown status");
+  EXPECT_EQ(file_Fail(status_Stopped, nullptr), status_Stopped);
+  EXPECT_EQ(file_LastError(), "");
+  EXPECT_EQ(file_Close(file), status_BadArgument) << "a write that failed is not committed";
+  EXPECT_EQ(utdata::test::SnapshotOf(path), before);
+}
+
 TEST(RoundTrip, BlocksAreAlignedCheckedAndMappedAsPrivateCopies) {
   const FileFolder folder;
   const std::wstring path = folder / L"blocks.fpd";

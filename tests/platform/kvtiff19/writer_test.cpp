@@ -343,6 +343,27 @@ TEST(Writer, DistinguishesANameThatMayNotLastFromAFailure) {
             "input/output error");
 }
 
+// Whoever finds a new file under its name must not append before its writer has cut its mark off.
+TEST(Writer, KeepsItsNewFileLockedUntilItIsDone) {
+  class Neighbour final : public utdata::test::PassingFileSystem {
+   public:
+    utdata::os::Error SyncDirectoryOf(const std::wstring& path) override {
+      FileHandle file = OpenFile(path);
+      GroupHandle group = nullptr;
+      status = file_GroupCreate(file, &group, anyGroup, nullptr);
+      file_Discard(file);
+      file_Close(file);
+      return PassingFileSystem::SyncDirectoryOf(path);
+    }
+    int status = status_Ok;
+  };
+  const FileFolder folder;
+  Neighbour neighbour;
+  const utdata::test::FileSystemInPlace inPlace(neighbour);
+  MakeFile(folder / L"weld.fpd", L"first");
+  EXPECT_EQ(neighbour.status, status_Locked);
+}
+
 TEST(Writer, CutsOffWhatStandsBehindTheCommittedEnd) {
   const FileFolder folder;
   const std::wstring path = folder / L"weld.fpd";

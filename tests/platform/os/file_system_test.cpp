@@ -1,11 +1,14 @@
 // The machine's own file system behind the layer's interface, and paths.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <thread>
 
 #include "interfaces/os.h"
@@ -31,6 +34,14 @@ std::span<const std::byte> AsBytes(std::string_view text) { return std::as_bytes
 [[noreturn]] void Touch(const volatile std::byte* place) {
   static_cast<void>(*place);
   std::exit(0);
+}
+
+bool IsMapped(const std::byte* place) {
+  constexpr std::uintptr_t page = 4096;
+  unsigned char isResident = 0;
+  auto* const start =
+      reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(place) / page * page);
+  return ::mincore(start, 1, &isResident) == 0;
 }
 
 TEST(FileSystem, OpensByMode) {
@@ -80,6 +91,15 @@ TEST(FileSystem, OpensNoFileAsAStandardStream) {
     EXPECT_EQ(status, 0) << "closed: " << closed;
     EXPECT_EQ(std::filesystem::file_size(NarrowPath(path)), 0u) << "closed: " << closed;
   }
+  // The same in this process, whose standard input is not needed meanwhile.
+  const int kept = ::dup(STDIN_FILENO);
+  ::close(STDIN_FILENO);
+  for (const OpenMode mode : {OpenMode::Create, OpenMode::Read}) {
+    const auto file = Open(folder / L"f", mode);
+    EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1) << "still closed";
+  }
+  ::dup2(kept, STDIN_FILENO);
+  ::close(kept);
 }
 
 TEST(FileSystem, IdentifiesFilesAndCopiesPermissions) {
@@ -127,6 +147,12 @@ TEST(FileSystem, ReadsWritesAndMapsAPrivateView) {
   view->Data()[904] = std::byte{'J'};
   ASSERT_EQ(file->ReadAt(5000, buffer, done), Error::None);
   EXPECT_EQ(buffer[0], std::byte{'h'});
+  ASSERT_EQ(file->Truncate(5 * 4096), Error::None);
+  ASSERT_EQ(file->Map(100, 4 * 4096, view), Error::None);
+  const std::byte* const start = view->Data();
+  EXPECT_TRUE(IsMapped(start) && IsMapped(start + view->Size() - 1));
+  view.reset();
+  EXPECT_FALSE(IsMapped(start) || IsMapped(start + 4 * 4096 - 1)) << "all of it is given back";
 }
 
 TEST(FileSystem, MapsAFileSharedIntoReservedAddresses) {
@@ -156,6 +182,76 @@ TEST(FileSystem, MapsAFileSharedIntoReservedAddresses) {
   EXPECT_EQ(file->CreateMapping(10, mapping), Error::None);
   ASSERT_EQ(file->Size(size), Error::None);
   EXPECT_EQ(size, unit + 100) << "never cut";
+  const std::byte* const start = range->Data();
+  range.reset();
+  EXPECT_FALSE(IsMapped(start) || IsMapped(start + 4 * unit - 1));
+}
+
+TEST(FileSystem, SaysHowMuchOfAPartIsStored) {
+  const FileFolder folder;
+  const auto file = Open(folder / L"f", OpenMode::Create);
+  constexpr std::uint64_t size = 1 << 20, half = size / 2, page = 4096;
+  ASSERT_EQ(file->Truncate(size), Error::None);
+  ASSERT_EQ(file->WriteAt(half, AsBytes(std::string(page, 'x'))), Error::None);
+  ASSERT_EQ(file->Seek(7), Error::None);
+  const struct {
+    std::uint64_t offset, size, least;
+    bool isStored;
+  } cases[] = {{0, size, page, true},
+               {0, size, half, false},
+               {0, half, 1, false},
+               {half, page, page, true},
+               {half, half, page + 1, false},
+               {half + page, half - page, 1, false},
+               {0, 0, 0, true}};
+  for (const auto& each : cases) {
+    bool isStored = !each.isStored;
+    EXPECT_EQ(file->IsStored(each.offset, each.size, each.least, isStored), Error::None);
+    EXPECT_EQ(isStored, each.isStored) << &each - cases;
+  }
+}
+
+TEST(FileSystem, RefusesPlacesThatNoFileHas) {
+  const FileFolder folder;
+  FileSystem& system = CurrentFileSystem();
+  const auto file = Open(folder / L"f", OpenMode::Create);
+  constexpr std::uint64_t beyond = ~std::uint64_t{0}, most = beyond / 2;
+  bool isStored = false;
+  std::unique_ptr<Mapping> view;
+  EXPECT_EQ(file->WriteAt(beyond, AsBytes("x")), Error::DiskFull);
+  EXPECT_EQ(file->WriteAt(most, AsBytes("x")), Error::DiskFull);
+  EXPECT_EQ(file->Truncate(beyond), Error::DiskFull);
+  EXPECT_EQ(file->Seek(beyond), Error::Other);
+  EXPECT_EQ(file->Allocate(0, 0), Error::None);
+  for (const auto& [offset, size] : {std::pair(beyond, std::uint64_t{1}),
+                                     std::pair(std::uint64_t{1}, beyond),
+                                     std::pair(most, most)}) {
+    EXPECT_EQ(file->Allocate(offset, size), Error::DiskFull);
+    EXPECT_EQ(file->IsStored(offset, size, 1, isStored), Error::BadArgument);
+  }
+  EXPECT_EQ(file->Map(beyond, 1, view), Error::Other);
+  EXPECT_EQ(file->Map(1, std::numeric_limits<std::size_t>::max(), view), Error::Other);
+  EXPECT_NE(file->Map(0, 0, view), Error::None);
+  std::uint64_t bytes = 0;
+  EXPECT_EQ(system.FreeSpace(L"missing/folder/f", bytes), Error::None);
+  EXPECT_EQ(system.FreeSpace(L"/missing/f", bytes), Error::None);
+  EXPECT_EQ(system.FreeSpace((folder / L"f") + L"/g", bytes), Error::NotFound);
+  EXPECT_EQ(system.SyncDirectoryOf(L"missing/f"), Error::NotFound);
+  EXPECT_EQ(system.SyncDirectoryOf(L"f"), Error::None) << "the one that it works in";
+}
+
+TEST(FileSystem, AFileThatIsOnlyReadKeepsItsSizeAndItsReservedPlace) {
+  const FileFolder folder;
+  ASSERT_EQ(Open(folder / L"f", OpenMode::Create)->WriteAt(0, AsBytes("hello")), Error::None);
+  const auto file = Open(folder / L"f", OpenMode::Read);
+  std::unique_ptr<FileMapping> mapping;
+  EXPECT_NE(file->CreateMapping(6, mapping), Error::None);
+  EXPECT_NE(file->Truncate(1), Error::None);
+  ASSERT_EQ(file->CreateMapping(5, mapping), Error::None);
+  std::unique_ptr<AddressRange> range;
+  ASSERT_EQ(CurrentFileSystem().Reserve(65536, range), Error::None);
+  EXPECT_EQ(mapping->MapAt(*range, 0, 5), Error::AccessDenied);
+  EXPECT_DEATH(Touch(range->Data()), "");
 }
 
 TEST(FileSystem, AllocatesSpaceThatAFullDiskCannotTakeBack) {

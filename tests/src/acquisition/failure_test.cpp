@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -143,10 +144,10 @@ TEST(FailedCreation, MeetsTheLimitsOfTheSystem) {
     const auto create = [&] {
       std::signal(SIGXFSZ, SIG_IGN);
       const rlimit limit{each.limit, each.limit};
-      if (::setrlimit(static_cast<__rlimit_resource_t>(each.resource), &limit) != 0) std::exit(100);
+      if (::setrlimit(static_cast<__rlimit_resource_t>(each.resource), &limit) != 0) ::_exit(100);
       utdata::SetReportSink([](const utdata::Report&) { return utdata::ReportAnswer::Continue; });
       GDataManager writer(folder / L"f");
-      std::exit(static_cast<int>(writer.FileCreate(Estimate(5000))));
+      ::_exit(static_cast<int>(writer.FileCreate(Estimate(5000))));
     };
     EXPECT_EXIT(create(), testing::ExitedWithCode(each.status), "") << each.limit;
     EXPECT_EQ(AcquisitionReader(folder / L"f").Size(), 0u) << each.limit;

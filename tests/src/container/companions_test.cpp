@@ -227,6 +227,39 @@ TEST_F(CompanionFaults, NothingIsWrittenInBetween) {
   EXPECT_FALSE(std::filesystem::exists(At("weld.A02")));
 }
 
+// What a companion was written on is what lies there of the inspection, loaded or not.
+TEST_F(CompanionFaults, OneThatIsWrittenWithoutItsPredecessorsStandsOnTheLastOfThem) {
+  PutGain(*Load(At("weld.fpd").wstring()), 150);
+  Updated updated = LoadOwn(At("weld.fpd"));
+  EXPECT_EQ(updated.inspection->channels.GetHead()->gain, 150);
+  EXPECT_TRUE(updated.faults.empty());
+  Copy("other.A04", "weld.A05");
+  std::ofstream(At("weld.A06")) << "no inspection";
+  PutGain(*updated.inspection, 151);
+  Copy("other.A03", "weld.A06");
+  updated = LoadOwn(At("weld.fpd"));
+  EXPECT_EQ(updated.inspection->channels.GetHead()->gain, 151);
+  EXPECT_THAT(updated.Lines(),
+              testing::ElementsAre("weld.A05 is a companion of another inspection",
+                                   "weld.A06 is a companion of another inspection"));
+}
+
+TEST_F(CompanionFaults, ABaseMayHaveTheNameOfACompanion) {
+  MakeBase(At("base.A01"));
+  const Updated updated = LoadOwn(At("base.A01"));
+  ASSERT_TRUE(updated.inspection);
+  EXPECT_EQ(updated.inspection->files.GetCount(), 1);
+  EXPECT_TRUE(updated.faults.empty());
+}
+
+TEST_F(CompanionFaults, WithoutABaseTheFirstThatIsReadSaysWhichBelong) {
+  Inspection inspection = MakeInspection(At("weld.fpd").wstring());
+  CFContTypeFileDescr* const descriptor = inspection.release();
+  ASSERT_EQ(CFCont().FileUpdate(descriptor->path, descriptor, readAll, nullptr, nullptr), 0);
+  inspection.reset(descriptor);
+  EXPECT_EQ(inspection->files.GetCount(), 4);
+}
+
 TEST_F(CompanionFaults, ACompanionAloneIsNoBase) {
   const Updated updated = LoadOwn(At("weld.A02"));
   ASSERT_TRUE(updated.inspection);

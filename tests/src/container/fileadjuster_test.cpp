@@ -26,7 +26,8 @@ TEST(FileAdjuster, RelocatesOffsetsAndBack) {
   none.dataPointer = &marker;
 
   CList<CRDataTypeDD*> list;
-  for (CRDataTypeDD* descriptor : {&none, &indexed, &cells}) list.AddTail(descriptor);
+  for (CRDataTypeDD* descriptor : {&none, &indexed, &cells, static_cast<CRDataTypeDD*>(nullptr)})
+    list.AddTail(descriptor);
   void* const base = reinterpret_cast<void*>(std::uintptr_t{0x7F00'9000'0010});
   const auto address = [](const auto& values) {
     return reinterpret_cast<std::uintptr_t>(values.data());

@@ -47,6 +47,7 @@ TEST(NewData, AListMovesWhatIsRecordedToTheEnd) {
   CList<CGDataTypeFDD*> list;
   for (CGDataTypeFDD* group : {&first, &third}) list.AddTail(group);
   groups.AddGData(&list, L"x.A02");
+  groups.AddGData(static_cast<CList<CGDataTypeFDD*>*>(nullptr), L"x.A03");
   EXPECT_EQ(groups.GetNbFile(), 2);
   EXPECT_EQ(groups.GetNumMapping(&first), 2);
   EXPECT_EQ(groups.GetNumMapping(&second), 1);

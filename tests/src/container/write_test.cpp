@@ -206,6 +206,36 @@ TEST(Write, ANewDataGroupLeavesACopyUnderFlagZero) {
   }
 }
 
+// A host gives a group that is stored without a bookmark one, and adds others that differ from it
+// by their bookmarks alone: none is taken for another one.
+TEST(Write, GroupsThatDifferByTheirBookmarksStayApart) {
+  const ScratchDirectory scratch;
+  const std::wstring path = scratch.File(L"weld.fpd");
+  const Inspection written = MakeInspection(path);
+  CGDataTypeFDD* const stored = Add(written->data, MakeRecord<CGDataTypeFDD>(1));
+  stored->SetDataBookmarkType(bookmark_None);
+  stored->dataOffset = 0;
+  ASSERT_EQ(WriteWholeFile(*written), 0);
+  const Inspection base = Load(path);
+  base->data.GetHead()->SetDataBookmarkType(bookmark_Single);
+  float offset = 0;
+  for (const auto bookmark : {bookmark_Tofd, bookmark_Coupling}) {
+    const Inspection changed = MakeInspection();
+    CGDataTypeFDD* const added = Add(changed->data, *stored);
+    added->SetDataBookmarkType(bookmark);
+    added->dataOffset = ++offset;
+    ASSERT_EQ(Append(*base, *changed), 0) << SCFile::file_LastError();
+  }
+  const Inspection again = Load(path);
+  std::vector<std::pair<std::uint32_t, float>> found;
+  for (const CGDataTypeFDD* each : again->data)
+    found.emplace_back(each->GetDataBookmarkType(), each->dataOffset);
+  EXPECT_THAT(found,
+              testing::ElementsAre(std::pair(bookmark_Single, 0.0F),
+                                   std::pair(bookmark_Tofd, 1.0F),
+                                   std::pair(bookmark_Coupling, 2.0F)));
+}
+
 TEST(Write, ADefectTableIsWrittenOnDemandEvenEmpty) {
   const ScratchDirectory scratch;
   for (const int flag : {0, 1}) {
@@ -328,21 +358,6 @@ TEST(Companions, OptionsLeaveTheFirstTwoOut) {
     EXPECT_EQ(read, each.read);
     EXPECT_EQ(loaded->channels.GetHead()->gain, 103.0F);
   }
-}
-
-TEST(Companions, AGapStopsReadingAndWriting) {
-  const ScratchDirectory scratch;
-  const std::wstring path = scratch.File(L"weld.fpd");
-  const Inspection base = WriteAndLoad(path);
-  ASSERT_TRUE(LoadWithCompanions(path, readAll));
-  for (const float gain : {101.0F, 102.0F, 103.0F, 104.0F}) WriteGain(*base, gain);
-  std::filesystem::remove(scratch.File(L"weld.A03"));
-  const Inspection loaded = LoadWithCompanions(path, readAll);
-  ASSERT_TRUE(loaded);
-  EXPECT_EQ(loaded->files.GetCount(), 3);
-  WriteGain(*loaded, 105.0F);  // answers 0
-  EXPECT_EQ(loaded->files.GetCount(), 3);
-  EXPECT_FALSE(std::filesystem::exists(scratch.File(L"weld.A03")));
 }
 
 TEST(Companions, OneThatCannotBeReadEndsTheUpdate) {
@@ -487,7 +502,7 @@ TEST(FailedWrite, ASecondWriterIsRefusedAndMayTryLater) {
   EXPECT_EQ(Append(*second, *changed), SCFile::status_MovedOn);
 }
 
-TEST(FailedWrite, ACompanionNameThatDoesNotFitIsRefused) {
+TEST(FailedWrite, ArgumentsThatMakeNoWriteAreRefused) {
   const Inspection loaded = MakeInspection(L"/" + std::wstring(255, L'd') + L"/weld.fpd");
   const Inspection changed = MakeInspection();
   EXPECT_EQ(WriteCompanion(*loaded, *changed), SCFile::status_TooLarge);
@@ -497,6 +512,20 @@ TEST(FailedWrite, ACompanionNameThatDoesNotFitIsRefused) {
             SCFile::status_BadArgument);
   EXPECT_EQ(CFCont().FileWrite(nullptr, changed.get(), 1, nullptr, nullptr, 0),
             SCFile::status_BadArgument);
+  EXPECT_EQ(CFCont().FileWrite(loaded.get(), nullptr, 1, nullptr, nullptr, 0),
+            SCFile::status_BadArgument);
+  const Inspection ofNoFile = MakeInspection(L"weld.fpd");
+  EXPECT_EQ(WriteCompanion(*ofNoFile, *changed), SCFile::status_BadArgument);
+  EXPECT_EQ(CFCont().FileUpdate(
+                nullptr, MakeInspection(L"weld.fpd").release(), readAll, nullptr, nullptr),
+            1);
+  EXPECT_EQ(CFCont().FileUpdate(
+                L"weld.fpd", MakeInspection(L"weld.fpd").release(), nullptr, nullptr, nullptr),
+            1);
+  EXPECT_EQ(CFCont().FileUpdate(L"weld.fpd", nullptr, readAll, nullptr, nullptr), 1);
+  std::vector<CompanionFault> faults;
+  EXPECT_EQ(CFCont().UpdateFromCompanions(nullptr, nullptr, faults), 1);
+  EXPECT_EQ(CFCont().UpdateFromCompanions(ofNoFile.get(), nullptr, faults), 1);
 }
 
 }  // namespace

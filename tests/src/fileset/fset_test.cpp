@@ -162,6 +162,8 @@ TEST_F(FileSet, HoldsOneGeneralInformation) {
   CGInfoTypeDescr record, other;
   other.inspector = L"other";
   EXPECT_EQ(nullptr, set.fset_ReplaceGInfo(&record));
+  EXPECT_EQ(nullptr, set.fset_ReplaceGInfo(nullptr));
+  EXPECT_EQ(nullptr, set.fset_AddGInfo(nullptr, 0));
   EXPECT_EQ(1U, set.fset_RemoveGInfo(fset_All));
   CIInfo* const info = set.fset_AddGInfo(&record, 0);
   EXPECT_EQ(nullptr, set.fset_AddGInfo(&other, 0));
@@ -194,6 +196,7 @@ TEST_F(FileSet, StoresCopiesOfWeldDescriptorsByTheirTwoIds) {
   EXPECT_EQ(nullptr, set.fset_AddGWeldFill(nullptr));
   EXPECT_THAT(set.fset_GetGWeldFillList(), ElementsAre(stored));
 
+  EXPECT_EQ(nullptr, set.fset_AddGWeldScanPlan(nullptr));
   CGWeldScanPlanDescr plan, otherSide;
   plan.planId = otherSide.planId = 3;
   otherSide.side = 2;
@@ -218,7 +221,11 @@ TEST_F(FileSet, SaysWhetherAnythingIsModified) {
   CIInfo* const iInfo = set.fset_AddGInfo(&info, 0);
   EXPECT_EQ(0, set.fset_IsModified()) << "a new channel alone does not count";
   patch.name = info.title = L"edited";
+  DataHost host;
+  CGDataTypeFDD scan = utdata::test::SoundRecord();
+  CIData* const iData = set.fset_AddGData(&scan, nullptr, &host.volumes, 0);
   const std::vector<std::function<void()>> edits = {
+      [&] { iData->idata3_Modified(); },
       [&] { iChannel->ichan1_ModifSetStatus(true); },
       [&] { iGate->Width(1e-6F); },
       [&] { iPatch->ipatch1_SetInfoCopy(&patch); },
@@ -233,6 +240,11 @@ TEST_F(FileSet, SaysWhetherAnythingIsModified) {
     set.fset_ClearModified();
     EXPECT_EQ(0, set.fset_IsModified());
   }
+  iData->idata3_New();
+  EXPECT_EQ(1, set.fset_IsModified());
+  set.fset_ClearNew();
+  EXPECT_EQ(0, set.fset_IsModified());
+  EXPECT_EQ(0U, set.fset_RemoveGData(fset_All, 0, 0, 0, 0, 0, gdata_AScan)) << "before its host";
 }
 
 TEST(FileSetLife, AMissingDocumentIsReported) {
@@ -310,7 +322,8 @@ TEST(Specimen, AnInfoFieldCarriesItsTexts) {
                          0,
                          static_cast<scandora_enumViewType>(4),
                          &dataId);
-  const CInfoField copy = field;
+  CInfoField copy;
+  copy = field;
   EXPECT_EQ(-3, copy.GetId());
   EXPECT_EQ(L"description", copy.GetDescription());
   EXPECT_EQ(L"short", copy.GetShortName());
@@ -319,6 +332,18 @@ TEST(Specimen, AnInfoFieldCarriesItsTexts) {
   EXPECT_EQ(0, copy.IsActiveView());
   EXPECT_EQ(4U, copy.GetViewType());
   EXPECT_EQ(&dataId, copy.GetDataId());
+  copy.SetDescription(L"other");
+  copy.SetShortName(L"o");
+  copy.SetUnit(L"s");
+  copy.SetViewType(static_cast<scandora_enumViewType>(5));
+  copy.SetIsActiveView(1);
+  copy.SetDataId(nullptr);
+  EXPECT_EQ(L"other", copy.GetDescription());
+  EXPECT_EQ(L"o", copy.GetShortName());
+  EXPECT_EQ(L"s", copy.GetUnit());
+  EXPECT_EQ(5U, copy.GetViewType());
+  EXPECT_EQ(1, copy.IsActiveView());
+  EXPECT_EQ(nullptr, copy.GetDataId());
 }
 
 }  // namespace

@@ -160,6 +160,14 @@ TEST(FileSetThreads, ReadersNeverMissWhatStaysWhileAWriterChangesAllElse) {
   EXPECT_GT(round, 16U);
 }
 
+/// A query of a list that answers nothing.
+template <class List, class Query>
+void Gather(Query query) {
+  List out;
+  EXPECT_EQ(0U, query(out));
+  EXPECT_TRUE(out.IsEmpty());
+}
+
 TEST(FileSetThreads, AWriterOf700MillisecondsMakesQueriesAnswerNothingAfter500) {
   Inspection inspection;
   CFSet& set = inspection.set;
@@ -173,11 +181,48 @@ TEST(FileSetThreads, AWriterOf700MillisecondsMakesQueriesAnswerNothingAfter500) 
   });
   while (!inside) std::this_thread::yield();
   const auto start = Clock::now();
-  CIChanLst out;
-  std::thread others[] = {
-      std::thread([&] { EXPECT_EQ(nullptr, set.fset_GetIInfo(fset_All)); }),
-      std::thread([&] { EXPECT_EQ(0U, set.fset_GetIChanLst(&out, fset_All, 0)); }),
-      std::thread([&] { EXPECT_EQ(0, set.fset_IsModified()); })};
+  const std::function<void()> queries[] = {
+      [&] { EXPECT_EQ(nullptr, set.fset_GetIInfo(fset_All)); },
+      [&] { EXPECT_EQ(nullptr, set.fset_GetIChan(fset_All, 0)); },
+      [&] { EXPECT_EQ(nullptr, set.fset_GetIPatch(fset_All, 0)); },
+      [&] { EXPECT_EQ(nullptr, set.fset_GetIProbe(fset_All, 0)); },
+      [&] { EXPECT_EQ(nullptr, set.fset_GetISubChan(fset_All, 0, 0)); },
+      [&] { EXPECT_EQ(nullptr, set.fset_GetIData(fset_All, 0, 0, 0, 0, 0, 0)); },
+      [&] { EXPECT_EQ(nullptr, set.fset_GetGWeldFill(0, 0)); },
+      [&] { EXPECT_EQ(nullptr, set.fset_GetGWeldScanPlan(0, 0)); },
+      [&] { EXPECT_EQ(0, set.fset_IsModified()); },
+      [&] {
+        Gather<CIChanLst>([&](auto& out) { return set.fset_GetIChanLst(&out, fset_All, 0); });
+      },
+      [&] {
+        Gather<CIPatchLst>([&](auto& out) { return set.fset_GetIPatchLst(&out, fset_All, 0); });
+      },
+      [&] {
+        Gather<CIProbeLst>([&](auto& out) { return set.fset_GetIProbeLst(&out, fset_All, 0); });
+      },
+      [&] {
+        Gather<CIGateLst>([&](auto& out) { return set.fset_GetIGateLst(&out, fset_All, 0, 0); });
+      },
+      [&] {
+        Gather<CISubChanLst>(
+            [&](auto& out) { return set.fset_GetISubChanLst(&out, fset_All, 0, 0); });
+      },
+      [&] { Gather<CIDataLst>([&](auto& out) { return set.fset_GetIDataLst(&out); }); },
+      [&] { Gather<CIDataLst>([&](auto& out) { return set.fset_GetIDataLst(&out, 0); }); },
+      [&] { Gather<CIDataLst>([&](auto& out) { return set.fset_GetMSCIDataLst(&out); }); },
+      [&] { Gather<CIDataLst>([&](auto& out) { return set.fset_GetSpecialIDataList(&out); }); },
+      [&] {
+        Gather<CIDataLst>(
+            [&](auto& out) { return set.fset_GetSpecificChannelSortedIDataList(0, &out); });
+      },
+      [&] {
+        Gather<CIDataLst>([&](auto& out) {
+          return set.fset_GetGateSpecificIDataList(&out, fset_All, 0, 0, 0, 0, 1);
+        });
+      },
+  };
+  std::vector<std::thread> others;
+  for (const auto& query : queries) others.emplace_back(query);
   EXPECT_EQ(nullptr, set.fset_GetIGate(fset_All, 0, 0));
   const auto waited = Clock::now() - start;
   for (std::thread& other : others) other.join();

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <string>
 #include <vector>
@@ -62,7 +63,8 @@ TEST(Fields, RefuseWhatTheyDoNotTakeAndStayAsTheyWere) {
   const CGChanTypeDescr before = channel;
   CGDataTypeFDD data;
   CGWeldScanPlanDescr plan;
-  const EditableFields fields(channel), dataFields(data), planFields(plan);
+  CGWeldFillDescr fill;
+  const EditableFields fields(channel), dataFields(data), planFields(plan), fillFields(fill);
   const double huge = std::numeric_limits<double>::max();
   const std::vector<std::pair<std::string, std::string>> refused = {
       {WhyNot([&] { fields["gain"].Set("201"); }), "-200 to 200 dB"},
@@ -78,6 +80,16 @@ TEST(Fields, RefuseWhatTheyDoNotTakeAndStayAsTheyWere) {
       {WhyNot([&] { fields["soundspeed"].Set("1"); }), "soundSpeed"},
       {WhyNot([&] { fields["zzzzzzzzzzzzzzzzzz"].Set("1"); }), "no field of a channel"},
       {WhyNot([&] { planFields["channelIds"].Set(std::vector{0.5}); }), "does not take"},
+      {WhyNot([&] { planFields["channelIds"].Set(std::vector{std::nan("")}); }), "finite"},
+      {WhyNot([&] { planFields["channelIds"].Set("3"); }), "is not a number"},
+      {WhyNot([&] { fillFields["outline"].Set(std::vector{1.0}); }), "does not take 1 numbers"},
+      {WhyNot([&] { fields["gain"].Set(std::vector{1.0}); }), "not a list of numbers"},
+      {WhyNot([&] { fields["name"].Set(1.0); }), "is not a number"},
+      {WhyNot([&] { fields["color"].Set("0x12G"); }), "is not a number"},
+      {WhyNot([&] { fields["color"].Set("0x"); }), "is not a number"},
+      {WhyNot([&] { fields["ain"].Set("1"); }), "near ones: gain"},
+      {WhyNot([&] { static_cast<void>(fields["gain"].Text()); }), "not a text"},
+      {WhyNot([&] { static_cast<void>(fields["gain"].Numbers()); }), "not a list"},
       {WhyNot([&] { planFields["channelIds"].Set(std::vector{5e9}); }), "does not take"},
       {WhyNot([&] { static_cast<void>(fields["name"].Number()); }), "not a number"}};
   for (const auto& [why, expected] : refused)
@@ -86,6 +98,11 @@ TEST(Fields, RefuseWhatTheyDoNotTakeAndStayAsTheyWere) {
   planFields["channelIds"].Set(std::vector{3.0, 4.0});
   EXPECT_EQ(plan.channelIds, (std::vector<std::uint32_t>{3, 4}));
   EXPECT_EQ(planFields["channelIds"].Show(), "3, 4");
+  EXPECT_EQ(planFields["channelIds"].Range(), "numbers");
+  EXPECT_EQ(std::get<std::string>(planFields["channelIds"].Value()), "3, 4");
+  EXPECT_EQ(std::get<std::string>(fields["name"].Value()), "");
+  fields["color"].Set("255");
+  EXPECT_EQ(channel.color, 0xFFU);
 }
 
 TEST(Fields, AreShownWhateverTheyHold) {

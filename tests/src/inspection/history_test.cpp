@@ -106,6 +106,19 @@ TEST_F(History, ListsEachWriteWithItsChanges) {
   EXPECT_EQ(TimeText(*events[2].when), "2026-11-23 11:00:01 UTC");
 }
 
+TEST_F(History, ADefectTableIsNewOnce) {
+  for (int write = 0; write < 2; ++write) {
+    const Inspection inspection = Inspection::Open(path);
+    CFContTypeFileDescr changes;
+    changes.defectTableFlag = 1;
+    ASSERT_EQ(CFCont().FileWrite(&inspection.Descriptor(), &changes, 0, nullptr, nullptr, 0), 0);
+  }
+  const std::vector<WriteEvent> events = Events();
+  ASSERT_EQ(events.size(), 3U);
+  EXPECT_TRUE(Line(events[1]).ends_with("; defect table added")) << Line(events[1]);
+  EXPECT_TRUE(Line(events[2]).ends_with("; defect table")) << Line(events[2]);
+}
+
 TEST_F(History, ATextThatIsNoneKeepsTheWriteFromBeingMade) {
   Inspection inspection = Inspection::Open(path);
   inspection.Gate(0, 1).SetStart(1.2e-6);

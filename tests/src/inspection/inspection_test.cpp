@@ -5,10 +5,12 @@
 
 #include <cmath>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <vector>
 
 #include "tests/support/scratch_directory.h"
+#include "utdata/arrays.h"
 #include "utdata/fset.h"
 #include "utdata/gating.h"
 #include "utdata/idata.h"
@@ -17,6 +19,8 @@
 #include "utdata/rdata.h"
 #include "utdata/readout.h"
 #include "utdata/samples.h"
+#include "utdata/spec.h"
+#include "utdata/vset.h"
 
 namespace utdata {
 namespace {
@@ -401,6 +405,138 @@ TEST(InspectionData, AGroupWhoseIdsAreThereKeepsItsOwnSamples) {
   EXPECT_FALSE(twins.Data()[1].IsListed());
   EXPECT_EQ(twins.Data()[0].AScan<std::uint16_t>(0, 0).size(), 10U);
   EXPECT_EQ(twins.Data()[1].AScan<std::uint16_t>(1, 2)[3], 9);
+}
+
+/// Why something cannot be done; empty when it can.
+std::string WhyNot(const std::function<void()>& act) {
+  try {
+    act();
+  } catch (const Error& error) {
+    return error.Why();
+  }
+  return {};
+}
+
+// A group that cannot be shown, exported or gated says why; all others can.
+TEST(InspectionData, OddGroupsAreRefusedWithTheReason) {
+  constexpr const char *isEmpty = "the data group is empty", *hasNone = "the data group has no",
+                       *isNone = "it has no samples", *noExtent = "has no extent",
+                       *noTime = "is not one of time", *noCodes = "have no display codes",
+                       *noNumbers = "not whole numbers", *noAmplitudes = "are no amplitudes",
+                       *unknownWay = "in a way that is not known", *isDone = "";
+  struct Case {
+    void (*change)(CGDataTypeFDD&);
+    const char *shown, *exported, *gated;
+  };
+  const Case cases[] = {
+      {[](CGDataTypeFDD&) {}, isDone, isDone, isDone},
+      {[](CGDataTypeFDD& r) { r.rowQuantity = 0; }, isEmpty, isEmpty, isNone},
+      {[](CGDataTypeFDD& r) { r.columnQuantity = 0; }, isEmpty, isEmpty, isNone},
+      {[](CGDataTypeFDD& r) { r.sampleQuantity = 0; }, isEmpty, isEmpty, isNone},
+      {[](CGDataTypeFDD& r) { r.dataSize = 0; }, hasNone, hasNone, isNone},
+      {[](CGDataTypeFDD& r) { r.SetDataType(static_cast<kvt_enumDataType>(99)); },
+       noCodes,
+       noNumbers,
+       noAmplitudes},
+      {[](CGDataTypeFDD& r) { r.sampleSize = 4; }, noCodes, noNumbers, noAmplitudes},
+      {[](CGDataTypeFDD& r) { r.storageMode = static_cast<kvt_enumStorMode>(7); },
+       unknownWay,
+       unknownWay,
+       unknownWay},
+      {[](CGDataTypeFDD& r) { r.dataMaximum = r.dataMinimum; }, noExtent, isDone, noExtent},
+      {[](CGDataTypeFDD& r) { r.dataMaximum = std::nanf(""); }, noExtent, isDone, noExtent},
+      {[](CGDataTypeFDD& r) { r.dataMaximum = -1; }, isDone, isDone, "ends below zero"},
+      {[](CGDataTypeFDD& r) { r.sampleUnits = kvt_UnitMetre; }, isDone, isDone, noTime},
+      {[](CGDataTypeFDD& r) { r.sampleOffset = std::nanf(""); }, isDone, isDone, noTime},
+      {[](CGDataTypeFDD& r) { r.sampleResolution = 0; }, isDone, isDone, noTime},
+      {[](CGDataTypeFDD& r) { r.soundSpeed = 0; }, isDone, isDone, isDone},
+      {[](CGDataTypeFDD& r) { r.SetDataScale(gdata_ScaleLogarithmic); }, isDone, isDone, isDone},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(&c - cases);
+    const ScratchDirectory scratch;
+    CGDataTypeFDD record = Record(kvt_Int16, 50);
+    record.dataSize = 1;
+    c.change(record);
+    {
+      Inspection made = Inspection::New(Path(scratch));
+      made.AddData(record, std::vector<std::byte>(record.dataSize ? 600 : 0));
+      made.SaveAs(Path(scratch));
+    }
+    Inspection inspection = Inspection::Open(Path(scratch));
+    const DataGroup group = inspection.Data().front();
+    const auto expect = [](const char* reason, const std::function<void()>& act) {
+      const std::string why = WhyNot(act);
+      EXPECT_NE(why.find(reason), std::string::npos) << why << " / " << reason;
+      EXPECT_EQ(why.empty(), *reason == 0) << why;
+    };
+    expect(c.shown, [&] { static_cast<void>(group.Samples().FindPeaks(group.AllCells())); });
+    expect(c.exported, [&] { static_cast<void>(DescribeArray(group)); });
+    expect(c.gated, [&] { static_cast<void>(Gate(inspection, {0, 1, 1.1e-6, 0.4e-6, {}})); });
+  }
+}
+
+TEST(InspectionData, AxesAreInTheUnitsThatTheGroupIsIn) {
+  const ScratchDirectory scratch;
+  CGDataTypeFDD record = Record(kvt_Int16, 50);
+  record.columnUnits = kvt_UnitDegree;
+  record.sampleUnits = kvt_UnitMetre;
+  record.sampleResolution = 1e-3F;
+  MakeFile(Path(scratch), record, std::vector<std::int16_t>(300));
+  const Inspection inspection = Inspection::Open(Path(scratch));
+  const DataGroup group = inspection.Data().front();
+  EXPECT_EQ(group.Columns().symbol, "°");
+  EXPECT_EQ(group.Rows().symbol, "mm");
+  EXPECT_EQ(group.Times().symbol, "mm");
+  EXPECT_FALSE(group.HalfPaths());
+  EXPECT_TRUE(group.Gates().empty());
+  const ReadOut at = group.ReadOut(1, 2, 3);
+  EXPECT_EQ(at.row.Text(unit_Millimetre), "1.0 mm");
+  EXPECT_EQ(at.time.Text(unit_Microsecond), "---");
+  EXPECT_FALSE(at.halfPath.IsKnown());
+  EXPECT_EQ(DescribeArray(group).axes.back().label, std::string("half sound path"));
+  EXPECT_NEAR(group.PercentOfDecibels(-20), 10, 1e-9);
+}
+
+TEST(InspectionData, WhatIsNotThereIsRefused) {
+  const ScratchDirectory scratch;
+  MakeFile(Path(scratch), Record(kvt_Int16, 50), std::vector<std::int16_t>(300));
+  Inspection first = Inspection::Open(Path(scratch));
+  Inspection inspection = std::move(first);
+  first = Inspection::New(Path(scratch, "other.fpd"));
+  inspection.VolumeSet().vol_SetLimits(kvt_AxisColumn, 0, 1);
+  EXPECT_EQ(inspection.Specimen().spec_SpecMatGet(spec_All), nullptr);
+  const DataGroup group = inspection.Data().front();
+  const GateHandle gate = inspection.Gate(0, 1);
+  CGDataTypeFDD record = Record(kvt_Int16, 50);
+  record.gateId = 7;
+  inspection.AddData(record, std::vector<std::byte>(600));
+  const double nan = std::nan("");
+  const std::pair<const char*, std::function<void()>> cases[] = {
+      {"several data groups match", [&] { static_cast<void>(inspection.Data(DataQuery())); }},
+      {"no data group matches", [&] { static_cast<void>(inspection.Data({.channel = 9})); }},
+      {"no data group matches",
+       [&] { static_cast<void>(inspection.Data({.dataClass = gdata_Analog})); }},
+      {"no data group matches", [&] { static_cast<void>(inspection.Data({.patch = 9})); }},
+      {"outside the data", [&] { static_cast<void>(group.ReadOut(2, 0)); }},
+      {"outside the data", [&] { static_cast<void>(group.ReadOut(0, 3)); }},
+      {"2 rows and 3 columns", [&] { static_cast<void>(group.AScan<std::int16_t>(2, 0)); }},
+      {"2 rows and 3 columns", [&] { static_cast<void>(group.AScan<std::int16_t>(0, 3)); }},
+      {"samples have 600 bytes", [&] { static_cast<void>(group.Table(601, 0)); }},
+      {"samples have 600 bytes", [&] { static_cast<void>(group.Table(599, 2)); }},
+      {"not a number", [&] { gate.SetStart(nan); }},
+      {"not above 0", [&] { gate.SetWidth(0); }},
+      {"not above 0", [&] { gate.SetWidth(nan); }},
+      {"0 to 1000 %", [&] { gate.SetLevel(-1); }},
+      {"0 to 1000 %", [&] { gate.SetLevel(1001); }},
+      {"path is too long", [&] { static_cast<void>(Inspection::New(std::string(40000, 'x'))); }},
+      {"path is too long", [&] { inspection.SaveAs(std::string(40000, 'x')); }},
+  };
+  for (const auto& [expected, act] : cases) {
+    const std::string why = WhyNot(act);
+    EXPECT_NE(why.find(expected), std::string::npos) << why << " / " << expected;
+  }
+  EXPECT_NEAR(gate.Start(), 1e-6, 1e-12) << "nothing was changed";
 }
 
 TEST(InspectionOpening, FailuresSayFileAndReason) {

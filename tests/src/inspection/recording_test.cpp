@@ -109,7 +109,7 @@ TEST_F(RecordingTest, ABlockThatDoesNotLieInTheFileIsRefused) {
       {"table across the end", whole, gdata_AScan, fileSize - fileSize % 4 - 4, same},
       {"odd table", whole, gdata_AScan, block + 2, same},
       {"A-scan behind the end", WithEntry(1, fileSize), gdata_AScan, block, same},
-      {"A-scan across the end", WithEntry(1, fileSize - 4), gdata_AScan, block, same},
+      {"first A-scan across the end", WithEntry(0, fileSize - 4), gdata_AScan, block, same},
       {"A-scan far away", WithEntry(4, most - 1), gdata_AScan, block, same},
       {"A-scan in the table", WithEntry(1, firstAScan - 2), gdata_AScan, block, same},
       {"A-scan inside a sample", WithEntry(1, firstAScan + 1), gdata_AScan, block, same},

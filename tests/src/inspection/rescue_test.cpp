@@ -30,9 +30,14 @@ void Spoil(const std::string& path, std::uint64_t at, std::size_t size) {
 class RescuedInspection : public ::testing::Test {
  protected:
   void SetUp() override {
+    Make([](CGDataTypeFDD&) {});
+  }
+
+  void Make(void (*change)(CGDataTypeFDD&)) const {
     const SampleType& type = *FindSampleType(kvt_UInt16);
     CGDataTypeFDD record = NominalRecord(type);
     SetLayout(record, type, {rescuedColumns, rescuedRows, rescuedSamples, true});
+    change(record);
     std::vector<std::uint16_t> samples(std::size_t{rescuedCells} * rescuedSamples);
     for (std::size_t at = 0; at < samples.size(); ++at)
       samples[at] = static_cast<std::uint16_t>(1 + at % 60000);
@@ -42,7 +47,7 @@ class RescuedInspection : public ::testing::Test {
     CGGateTypeDescr gate;
     gate.gateId = 1;
     inspection.FileSet().fset_AddGGate(&gate, 1);
-    inspection.SaveAs(m_damaged);
+    inspection.SaveAs(m_damaged, true);
   }
 
   [[nodiscard]] std::string At(const char* name) const {
@@ -94,9 +99,47 @@ TEST_F(RescuedInspection, DamagedCellsAreCellsWithoutSamples) {
   };
   EXPECT_TRUE(ascanOf(cell).empty());
   EXPECT_TRUE(ascanOf(other).empty());
+  // Damaged offsets cost the cells that they name.
+  Spoil(At("again.fpd"), twice.Data()[0].Stored().samples.offset, 3);
+  EXPECT_EQ(Rescue(At("again.fpd"), At("third.fpd")).lost.size(), 1U);
+  EXPECT_TRUE(Inspection::Open(At("third.fpd")).Data()[0].AScan<std::uint16_t>(0, 0).empty());
   ASSERT_FALSE(ascanOf(rescuedCells - 1).empty());
   EXPECT_EQ(ascanOf(rescuedCells - 1)[0],
             1 + std::size_t{rescuedCells - 1} * rescuedSamples % 60000);
+}
+
+TEST_F(RescuedInspection, WhatDamageCostsFollowsFromTheLayout) {
+  constexpr std::uint64_t size = std::uint64_t{rescuedCells} * rescuedSamples * 2;
+  struct Case {
+    void (*change)(CGDataTypeFDD&);
+    std::uint64_t at;
+    const char* finding;
+    bool isMended, isLeftOut;
+  };
+  const Case cases[] = {
+      {[](CGDataTypeFDD& r) { r.rowQuantity = 5; }, size - 9, "to no cell", true, false},
+      {[](CGDataTypeFDD& r) { r.storageMode = static_cast<kvt_enumStorMode>(7); },
+       9,
+       "cannot be said of which cells",
+       false,
+       true},
+      {[](CGDataTypeFDD& r) { r.rowQuantity = 20; }, 9, "cannot be said", false, true},
+      {[](CGDataTypeFDD& r) { r.columnQuantity = 0; }, 9, "cannot be said", false, true},
+      {[](CGDataTypeFDD& r) { r.dataClass = gdata_CScanAmplitude; }, 9, "400 cells", false, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(&c - cases);
+    Make(c.change);
+    Spoil(m_damaged,
+          Inspection::Open(m_damaged).Descriptor().data.GetHead()->samples.offset + c.at,
+          3);
+    const Rescued rescued = Rescue(m_damaged, m_rescued, true);
+    ASSERT_EQ(rescued.lost.size(), c.isMended ? 0U : 1U);
+    ASSERT_EQ(rescued.mended.size(), c.isMended ? 1U : 0U);
+    const std::string& finding = c.isMended ? rescued.mended[0] : rescued.lost[0];
+    EXPECT_NE(finding.find(c.finding), std::string::npos) << finding;
+    EXPECT_EQ(Inspection::Open(m_rescued).Data().size(), c.isLeftOut ? 0U : 1U);
+  }
 }
 
 TEST_F(RescuedInspection, AModificationGoesWithTheGroupThatItModifies) {

@@ -43,11 +43,140 @@ TEST(DataAccess, DimensionsAreTheRecordsAndResolutionsTheDescriptors) {
   EXPECT_EQ(reports.Assertions(), 2u);
   EXPECT_EQ(item->idata3_GetDimOffs(kvt_AxisFifth), 0);
   EXPECT_EQ(reports.Assertions(), 2u) << "offsets are not reported";
+  CGDataTypeFDD& stored = *item->idata1_GetGInfoRef();
+  stored.dataMaximum = stored.dataMinimum;
+  EXPECT_EQ(item->idata3_GetDimQty(kvt_AxisAmplitude), 0u);
+  stored.dataMaximum = 1e30f;
+  EXPECT_EQ(item->idata3_GetDimQty(kvt_AxisAmplitude), 0xFFFFFFFFu);
+}
 
-  const CIData bare(nullptr, &host.volumes);
-  EXPECT_EQ(bare.idata3_GetDimQty(kvt_AxisColumn), 0u);
-  EXPECT_EQ(bare.idata3_GetColResol(), 0);
-  EXPECT_EQ(bare.idata3_GetDataId(), 0u);
+/// What the getters of single values answer.
+std::vector<double> Answers(const CIData& item) {
+  float extremes[] = {0, 0};
+  item.idata3_GetAbsoluteMinMax(&extremes[0], &extremes[1]);
+  return {double(item.idata3_GetColQty()),
+          item.idata3_GetColResol(),
+          item.idata3_GetColOffs(),
+          double(item.idata3_GetColUnits()),
+          double(item.idata3_GetRowQty()),
+          item.idata3_GetRowResol(),
+          item.idata3_GetRowOffs(),
+          double(item.idata3_GetRowUnits()),
+          double(item.idata3_GetSampleQty()),
+          item.idata3_GetSampleResol(),
+          item.idata3_GetSampleOffs(),
+          double(item.idata3_GetSampleUnits()),
+          double(item.idata3_GetSampleSize()),
+          item.idata3_GetSoundSpeed(),
+          item.idata3_GetDataMin(),
+          item.idata3_GetDataMax(),
+          double(item.idata3_GetDataId()),
+          double(item.idata3_GetDataType()),
+          double(item.idata3_GetUnitSystem()),
+          extremes[0],
+          extremes[1],
+          item.idata3_GetProbeAngle(),
+          item.idata3_GetProbeSkew(),
+          item.idata3_GetPartThickness(),
+          double(item.idata3_IsTOFD())};
+}
+
+TEST(DataAccess, EachGetterAnswersItsOwnField) {
+  DataHost host;
+  const auto item = host.Make(SoundRecord());
+  CRDataTypeDD& d = *item->idata1_GetInfoRef();
+  int next = 10;
+  for (std::uint32_t* field :
+       {&d.columnQuantity, &d.rowQuantity, &d.sampleQuantity, &d.sampleSize, &d.cellSize})
+    *field = static_cast<std::uint32_t>(next++);
+  for (float* field : {&d.columnResolution,
+                       &d.columnOffset,
+                       &d.rowResolution,
+                       &d.rowOffset,
+                       &d.sampleResolution,
+                       &d.sampleOffset,
+                       &d.soundSpeed,
+                       &d.dataMinimum,
+                       &d.dataMaximum,
+                       &d.probeAngle,
+                       &d.probeSkew,
+                       &d.partThickness})
+    *field = static_cast<float>(next++);
+  d.columnUnits = kvt_UnitSecond;
+  d.rowUnits = kvt_UnitDegree;
+  d.sampleUnits = kvt_UnitMetre;
+  d.SetDataType(kvt_UInt16);
+  d.unitSystem = static_cast<kvt_enumUnitSystems>(kvt_SystemMetric + 1);
+  d.tofd = 1;
+  EXPECT_EQ(Answers(*item),
+            (std::vector<double>{10,
+                                 15,
+                                 16,
+                                 kvt_UnitSecond,
+                                 11,
+                                 17,
+                                 18,
+                                 kvt_UnitDegree,
+                                 12,
+                                 19,
+                                 20,
+                                 kvt_UnitMetre,
+                                 13,
+                                 21,
+                                 22,
+                                 23,
+                                 gdata_AScan,
+                                 kvt_UInt16,
+                                 kvt_SystemMetric + 1,
+                                 22,
+                                 23,
+                                 24,
+                                 25,
+                                 26,
+                                 1}));
+  const ReportCapture reports;
+  float kept = 7;
+  item->idata3_GetAbsoluteMinMax(&kept, nullptr);
+  item->idata3_GetAbsoluteMinMax(nullptr, &kept);
+  item->idata1_GetGInfoCopy(nullptr);
+  EXPECT_EQ(reports.Assertions(), 3u);
+  EXPECT_EQ(kept, 7);
+}
+
+TEST(DataAccess, ABareItemHasNothingToAnswerAndTakesNothing) {
+  DataHost host;
+  CIData bare(nullptr, &host.volumes);
+  EXPECT_EQ(Answers(bare), std::vector<double>(25, 0.0));
+  for (const std::uint32_t axis : {0u, 1u, 2u, 3u}) {
+    EXPECT_EQ(bare.idata3_GetDimQty(static_cast<kvt_enumAxis>(axis)), 0u);
+    EXPECT_EQ(bare.idata3_GetDimResol(static_cast<kvt_enumAxis>(axis)), 0);
+    EXPECT_EQ(bare.idata3_GetDimOffs(static_cast<kvt_enumAxis>(axis)), 0);
+  }
+  EXPECT_EQ(bare.idata3_GetVSet(), &host.volumes);
+  EXPECT_EQ(bare.idata0_Init(), 0);
+  EXPECT_EQ(bare.idata1_SubChannelLastModifiedGet(), nullptr);
+  bare.NotifyChangeToConsList();
+  bare.idata1_NewClear();
+  bare.idata3_SetPartThickness(1);
+  bare.idata3_SetPartOutsideDiameter(1);
+  CGDataTypeFDD record;
+  idata_typeInspParams params{.probeAngle = 7};
+  idata_typeTOFD tofd{.valid = 7};
+  idata_typeName names{.gateName = L"before"};
+  bare.idata1_GetGInfoCopy(&record);
+  bare.idata3_GetInspParam(&params);
+  bare.idata1_ModifyInspParam(&params, 0);
+  bare.idata3_GetTOFDParam(&tofd);
+  bare.idata3_ModifyTOFDParam(&tofd, &params);
+  bare.idata1_GetName(&names);
+  double geometry = 7;
+  EXPECT_EQ(bare.GetCircularParameter(&geometry, &geometry), 0);
+  EXPECT_TRUE(record == CGDataTypeFDD());
+  EXPECT_EQ(params.probeAngle, 7);
+  EXPECT_EQ(tofd.valid, 7);
+  EXPECT_STREQ(names.gateName, L"before");
+  EXPECT_EQ(geometry, 7);
+  EXPECT_EQ(bare.idata3_IsModified(), 0);
 }
 
 TEST(DataAccess, KindsOfDataGoByTheClass) {

@@ -7,8 +7,11 @@
 
 #include "tests/support/data_host.h"
 #include "tests/support/report_capture.h"
+#include "utdata/ichanlst.h"
 #include "utdata/igatelist.h"
 #include "utdata/ipatchlst.h"
+#include "utdata/iprobelst.h"
+#include "utdata/ischanlst.h"
 
 namespace {
 
@@ -53,6 +56,77 @@ TEST_F(GateList, GatesAreComparedExactly) {
   EXPECT_EQ(near, list.GetIGate(fset_All, 3, 7));
   EXPECT_EQ(far, list.GetIGate(fset_All, 2003, fset_AnyId));
   EXPECT_EQ(nullptr, list.GetIGate(fset_All, 4003, 7));
+}
+
+/// A list of three items, or as many as tell the ids apart, through its own names.
+/// @param fields the ids, in the order in which a lookup names them
+template <class List, class Record, class... Id>
+void ExpectLookups(typename List::Item* (List::*first)(fset_enumFilters, Id...) const,
+                   void (List::*all)(fset_enumFilters, List*, Id...) const,
+                   void (List::*move)(fset_enumFilters, List*, Id...),
+                   const std::array<std::uint32_t Record::*, sizeof...(Id)>& fields,
+                   const std::wstring& dumped) {
+  using Item = typename List::Item;
+  constexpr std::size_t idQuantity = sizeof...(Id);
+  std::array<Record, idQuantity + 1> records;  // the first is asked for; each other differs in one
+  std::array<std::uint32_t, idQuantity> wanted, any;
+  any.fill(fset_AnyId);
+  List list, out;
+  std::deque<Item> items;
+  for (std::size_t place = records.size(); place-- > 0;) {
+    for (std::size_t id = 0; id < idQuantity; ++id)
+      records[place].*fields[id] = wanted[id] = static_cast<std::uint32_t>(10 + id);
+    if (place > 0) ++(records[place].*fields[place - 1]);
+    list.AddTail(&items.emplace_back(&records[place], 0));
+  }
+  Item* const asked = &items.back();
+  const auto call = [&](auto operation, const auto& ids, auto... leading) {
+    return std::apply([&](auto... id) { return (list.*operation)(fset_All, leading..., id...); },
+                      ids);
+  };
+  EXPECT_EQ(asked, call(first, wanted));
+  EXPECT_EQ(&items.front(), call(first, any));
+  call(all, wanted, &out);
+  call(all, any, &out);
+  auto expected = ContentOf(list);
+  expected.insert(expected.begin(), asked);
+  EXPECT_EQ(expected, ContentOf(out));
+  out.RemoveAll();
+  call(move, wanted, &out);
+  EXPECT_THAT(ContentOf(out), ElementsAre(asked));
+  EXPECT_EQ(idQuantity, static_cast<std::size_t>(list.GetCount()));
+  CDumpContext dump;
+  list.Dump(dump);
+  EXPECT_EQ(dumped, dump.Text());
+}
+
+TEST(Lists, AskForTheirOwnIdsUnderTheirOwnNames) {
+  ExpectLookups<CIChanLst, CGChanTypeDescr>(&CIChanLst::GetIChan,
+                                            &CIChanLst::GetIChanLst,
+                                            &CIChanLst::RemoveIChan,
+                                            {&CGChanTypeDescr::channelId},
+                                            L"A CIChanLst object\n");
+  ExpectLookups<CIPatchLst, CGPatchTypeDescr>(&CIPatchLst::GetIPatch,
+                                              &CIPatchLst::GetIPatchLst,
+                                              &CIPatchLst::RemoveIPatch,
+                                              {&CGPatchTypeDescr::patchId},
+                                              L"A CIPatchLst object\n");
+  ExpectLookups<CIProbeLst, CGProbeTypeDescr>(&CIProbeLst::GetIProbe,
+                                              &CIProbeLst::GetIProbeLst,
+                                              &CIProbeLst::RemoveIProbe,
+                                              {&CGProbeTypeDescr::probeId},
+                                              L"A CIProbeLst object\n");
+  ExpectLookups<CISubChanLst, CGSubchanTypeDescr>(
+      &CISubChanLst::GetISubChan,
+      &CISubChanLst::GetISubChanLst,
+      &CISubChanLst::RemoveISubChan,
+      {&CGSubchanTypeDescr::subChannelId, &CGSubchanTypeDescr::channelId},
+      L"A CISubChanLst object\n");
+  ExpectLookups<CIGateLst, CGGateTypeDescr>(&CIGateLst::GetIGate,
+                                            &CIGateLst::GetIGateLst,
+                                            &CIGateLst::RemoveIGate,
+                                            {&CGGateTypeDescr::gateId, &CGGateTypeDescr::channelId},
+                                            L"a CIGateLst\n");
 }
 
 TEST_F(GateList, MovedAndLeftItemsKeepTheirOrder) {
@@ -112,6 +186,7 @@ TEST(DataList, GatesAreComparedByNumberAndBookmarksByTheirOwnWildcard) {
   EXPECT_EQ(
       nullptr,
       list.GetIData(fset_All, 0, 0, 7, 0, 3, gdata_CScanAmplitude | gdata_MultiChannelMaster));
+  EXPECT_EQ(&b, list.GetIData(fset_All, 2, 0, 7, 0, 3, gdata_CScanAmplitude));
   CIDataLst moved;
   list.RemoveIData(fset_All, &moved, 0, 0, 7, 0, 2003, gdata_CScanAmplitude);
   EXPECT_THAT(ContentOf(list), ElementsAre(&d));
@@ -120,12 +195,9 @@ TEST(DataList, GatesAreComparedByNumberAndBookmarksByTheirOwnWildcard) {
 TEST(ListRecord, ListsKnowTheirClass) {
   CIPatchLst patches;
   CIGateLst gates;
-  CDumpContext dump;
   EXPECT_EQ(RUNTIME_CLASS(CIPatchLst), patches.GetRuntimeClass());
   EXPECT_TRUE(gates.IsKindOf(RUNTIME_CLASS(CObject)));
   EXPECT_FALSE(gates.IsKindOf(RUNTIME_CLASS(CIPatchLst)));
-  patches.Dump(dump);
-  EXPECT_EQ(L"A CIPatchLst object\n", dump.Text());
 }
 
 }  // namespace

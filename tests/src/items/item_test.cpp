@@ -22,6 +22,7 @@ using utdata::test::ReportCapture;
   struct Class##Pattern : Class {                                   \
     using Record = Descriptor;                                      \
     using Class::Class;                                             \
+    static constexpr auto dumped = L"A " #Class " object\n";        \
     static constexpr auto text = &Descriptor::field;                \
     Record* Ref() { return prefix##_GetInfoRef(); }                 \
     void Copy(Record* out) { prefix##_GetInfoCopy(out); }           \
@@ -73,6 +74,10 @@ TYPED_TEST(ItemPattern, AnItemOfTheFileWorksOnACopy) {
   EXPECT_EQ(record, *working);
   EXPECT_FALSE(item.New());
   EXPECT_FALSE(item.Modified());
+  CDumpContext dump;
+  item.Dump(dump);
+  const bool isNamed = !std::is_same_v<TypeParam, CISpecMatPattern>;
+  EXPECT_EQ(isNamed ? TypeParam::dumped : L"", dump.Text());
 }
 
 TYPED_TEST(ItemPattern, ANewItemKeepsNothingOfTheGivenRecord) {
@@ -192,13 +197,47 @@ TEST(Item, IdsAndNamesAreThoseOfTheWorkingCopy) {
   EXPECT_EQ(L"back wall", gateName);
 
   CGChanTypeDescr record;
+  record.channelId = 7;
+  record.name = L"upstream";
   CIChan channel(&record, 1);
   EXPECT_EQ(0, channel.ichan1_GetGInfoCopy(&record));
   CIChan ofFile(&record, 0);
   EXPECT_EQ(1, ofFile.ichan1_GetGInfoCopy(&record));
-  CDumpContext dump;
-  channel.Dump(dump);
-  EXPECT_EQ(L"A CIChan object\n", dump.Text());
+  ichan_id channelId;
+  ichan_name channelName;
+  channel.ichan1_GetId(&channelId);
+  channel.ichan1_GetName(&channelName);
+  EXPECT_EQ(7U, channelId.channelId);
+  EXPECT_STREQ(L"upstream", channelName.name);
+
+  CGProbeTypeDescr angled;
+  angled.probeId = 5;
+  angled.name = L"60 degrees";
+  CIProbe probe(&angled, 0);
+  iprob_id probeId;
+  iprob_name probeName;
+  probe.iprob1_GetId(&probeId);
+  probe.iprob1_GetName(&probeName);
+  EXPECT_EQ(5U, probeId.probeId);
+  EXPECT_STREQ(L"60 degrees", probeName.name);
+
+  CGPatchTypeDescr weld;
+  weld.patchId = 9;
+  CIPatch patch(&weld, 0);
+  CIPatchTypeId patchId;
+  patch.ipatch1_GetId(&patchId);
+  EXPECT_EQ(9U, patchId.patchId);
+
+  const ReportCapture reports;
+  subChannel.ischa1_GetId(nullptr);
+  subChannel.ischa1_GetName(nullptr);
+  gate.igate1_GetId(nullptr);
+  channel.ichan1_GetId(nullptr);
+  channel.ichan1_GetName(nullptr);
+  probe.iprob1_GetId(nullptr);
+  probe.iprob1_GetName(nullptr);
+  patch.ipatch1_GetId(nullptr);
+  EXPECT_EQ(8U, reports.Assertions());
 }
 
 TEST(Item, AGateSetterModifiesOnlyWithANewValue) {
@@ -226,12 +265,24 @@ TEST(Item, AGateSetterModifiesOnlyWithANewValue) {
 }
 
 TEST(Item, AnOnLineUpdateReplacesAndModifies) {
-  CGGateTypeDescr record, update;
+  CGGateTypeDescr record, update, copy;
   update.start = 1e-6F;
+  update.referenceGate = -2;
+  update.reference = static_cast<ggate_EnumGateRef>(1);
+  update.peakSelection = static_cast<ggate_EnumPeakSelection>(2);
   CIGate gate(&record, 0);
+  EXPECT_FALSE(gate.igate1_NewGetStatus());
   gate.igate9_OnLineUpdate(&update, 0);
   EXPECT_TRUE(gate.igate1_ModifGetStatus());
+  gate.igate1_GetGInfoCopy(&copy);
+  EXPECT_EQ(update, copy);
   EXPECT_EQ(1e-6F, record.start);
+  EXPECT_EQ(-2, gate.GetReferenceGate());
+  EXPECT_EQ(update.reference, gate.Ref());
+  EXPECT_EQ(update.peakSelection, gate.PeakSelection());
+  CDumpContext dump;
+  gate.Dump(dump);
+  EXPECT_EQ(L"A CIGate object\n", dump.Text());
   EXPECT_EQ(1e-6F, gate.Start());
   gate.igate1_ModifSetStatus(false);
   ReportCapture reports;

@@ -40,6 +40,7 @@ TEST(Unit, WithoutParentConvertsEveryValueToItself) {
 }
 
 TEST(Unit, ConvertsToBaseByItsType) {
+  const ReportCapture reports;  // of the types that are none
   struct Case {
     CUnit unit;
     double displayed;
@@ -53,6 +54,8 @@ TEST(Unit, ConvertsToBaseByItsType) {
       {Unit(unit_ConversionDecibel, 9, 9, 9), -6, 50.11872336272722},
       {Unit(unit_ConversionDecibel, 9, 9, 9), 6, 50.11872336272722},
       {Unit(unit_ConversionDecibel, 9, 9, 9), 20, 10},
+      {Unit(unit_ConversionNone, 2, 4, 1), -3, -2},
+      {Unit(static_cast<unit_enumConversionType>(5), 2, 4, 1), -3, -2},
       {Unit(unit_ConversionPercent, 9, 9, 9), 100, 100},
       {Unit(unit_ConversionPercent, 9, 9, 9), 1, 50},
       {Unit(unit_ConversionPercent, 9, 9, 9), -1, 50},
@@ -68,10 +71,14 @@ TEST(Unit, ConvertsToBaseByItsType) {
   };
   for (const auto& [unit, displayed, base] : cases)
     EXPECT_NEAR(unit.ConvertToBase(displayed), base, 1e-12) << displayed;
+  EXPECT_EQ(cases[0].unit.GetParent(), &Base());
 }
 
 TEST(Unit, ConvertingBackGivesAValueWithTheSameBase) {
-  const CUnit units[] = {Unit(unit_ConversionLinear, 2, 4, 0),
+  const ReportCapture reports;
+  const CUnit units[] = {Unit(unit_ConversionNone, 2, 4, 1),
+                         Unit(static_cast<unit_enumConversionType>(5), 2, 4, 1),
+                         Unit(unit_ConversionLinear, 2, 4, 0),
                          Unit(unit_ConversionLinear, 2, 4, 1),
                          Unit(unit_ConversionFactors, 3, 0.5, 0),
                          Unit(unit_ConversionDecibel, 1, 1, 0),
@@ -182,6 +189,9 @@ TEST(Unit, FormatsValuesWithTheirSymbol) {
   EXPECT_EQ(text(unit_DataDecibel, 1, -inf), L"-inf dB");
   EXPECT_EQ(text(unit_DataPercent, 1, nan), L"--- %");
   EXPECT_EQ(text(unit_Metre, 10, -1e308).size(), 1 + 309 + 11 + 2u);
+  const ReportCapture reports;
+  EXPECT_EQ(text(static_cast<unit_enumDataUnit>(15), 1, 2), L"2.0");
+  EXPECT_EQ(CUnit().GetDisplayFormat(), L"");
 }
 
 }  // namespace

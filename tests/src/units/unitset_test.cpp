@@ -54,7 +54,11 @@ TEST_F(UnitSets, AreSharedByIdentityAndCountedToDestruction) {
   EXPECT_EQ(created, 0) << "the fourth value is not compared";
   EXPECT_EQ(first, second);
   EXPECT_EQ(first->GetReferenceCount(), 2);
-  EXPECT_NE(volume.vol_CreateUnitSet(vset_groupId(5, 1, 2, 4, 4), nullptr), first);
+  for (const vset_groupId& other : {vset_groupId(4, 1, 2, 3, 4),
+                                    vset_groupId(5, 9, 2, 3, 4),
+                                    vset_groupId(5, 1, 9, 3, 4),
+                                    vset_groupId(5, 1, 2, 9, 4)})
+    EXPECT_NE(volume.vol_CreateUnitSet(other, nullptr), first);
   EXPECT_NE(Private(), Private());
 
   volume.vol_DeleteUnitSet(&second);
@@ -120,10 +124,13 @@ TEST_F(UnitSets, WhatAUnitSetDoesNotTakeIsReported) {
   set->AdjustSubUnit(static_cast<kvt_enumAxis>(6), unit_Length, 1, 0, 0, 0);
   set->AdjustSubUnit(kvt_AxisColumn, unit_Generic, 1, 0, 0, 0);
   set->AdjustSubUnit(kvt_AxisColumn, unit_Scaled, 1, 0, 0, 0);
-  EXPECT_EQ(reports.Assertions(), 11u);
+  EXPECT_EQ(CUnitSet().ModifyAmplitudeSubUnit(1), nullptr);
+  EXPECT_EQ(set->AppendUnit(static_cast<kvt_enumAxis>(6), std::make_unique<CUnit>()), nullptr);
+  EXPECT_EQ(set->AppendUnit(kvt_AxisColumn, nullptr), nullptr);
+  EXPECT_EQ(reports.Assertions(), 13u);
   set->AdjustSubUnit(kvt_AxisColumn, unit_Reserved6, 1, 0, 0, 0);
   set->AdjustSubUnit(kvt_AxisColumn, unit_Length, 1, 0, 0, 0);
-  EXPECT_EQ(reports.Assertions(), 11u) << "absent units are passed over";
+  EXPECT_EQ(reports.Assertions(), 13u) << "absent units are passed over";
   EXPECT_EQ(set->GetUnits(kvt_AxisAmplitude)->GetCount(), 2);
 }
 
@@ -186,6 +193,10 @@ TEST_F(UnitSets, AmplitudesAreLinearOrLogarithmic) {
 
 TEST_F(UnitSets, ParentsAreTakenWhenUnitsAreCreated) {
   CUnitSet* set = Private();
+  EXPECT_EQ(CUnitSet(vset_groupId(), nullptr, nullptr)
+                .AddSubUnit(kvt_AxisColumn, unit_Length, 1000, 0, 0)
+                ->GetParent(),
+            nullptr);
   CUnit* const early = set->AddSubUnit(kvt_AxisColumn, unit_Length, 1000, 0, 0);
   EXPECT_EQ(early->ConvertToBase(5), 5) << "no base unit yet";
   const kvt_enumAxis angles[] = {kvt_AxisRow, kvt_AxisSample};
@@ -221,8 +232,10 @@ TEST_F(UnitSets, LimitsReachTheAxisOnlyWhenTheyAreFiniteEnough) {
   EXPECT_EQ(volume.vol_GetLimits(kvt_AxisSample), std::pair(-5.0, 5.0));
   volume.vol_SetLimits(static_cast<kvt_enumAxis>(6), 0, 1);
   EXPECT_EQ(volume.vol_GetAxis(static_cast<kvt_enumAxis>(6)), nullptr);
+  EXPECT_EQ(volume.vol_GetLimits(static_cast<kvt_enumAxis>(6)), std::pair(0.0, 0.0));
 
   axis.SetStart(0);
+  EXPECT_EQ(axis.GetStart(), 0);
   EXPECT_EQ(axis.GetEnd(), 10) << "the end moves with the start";
   EXPECT_TRUE(axis.IsValueInAxe(0) && axis.IsValueInAxe(10));
   EXPECT_FALSE(axis.IsValueInAxe(10.001) || axis.IsValueInAxe(-0.001));
@@ -247,6 +260,10 @@ TEST(Axe, NamesAreCutAndComparedWithUnits) {
   a.Create(a.GetName(), std_UnitNone);
   EXPECT_EQ(a.GetName(), std::wstring(31, L'x'));
   EXPECT_EQ(a.GetEnd(), 3);
+  b = CAxe(a);
+  EXPECT_TRUE(a == b);
+  b.Create(nullptr, std_UnitNone);
+  EXPECT_FALSE(a == b);
 }
 
 TEST(Supplier, AnswersAPreparedRequest) {

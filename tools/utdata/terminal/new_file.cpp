@@ -64,6 +64,11 @@ void NewFile::Append(std::span<const std::byte> bytes) {
 }
 
 void NewFile::Commit() {
+  Finish();
+  TakeName();
+}
+
+void NewFile::Finish() {
   os::FileSystem& disk = os::CurrentFileSystem();
   ThrowOn(m_file->Sync(), m_path);
   ThrowIfInterrupted();
@@ -76,7 +81,10 @@ void NewFile::Commit() {
   if (m_replace)
     if (const os::Error error = m_file->CopyPermissionsOf(m_name); error != os::Error::NotFound)
       ThrowOn(error, m_path);
-  ThrowOn(disk.Rename(m_partName, m_name, m_replace), m_path);
+}
+
+void NewFile::TakeName() {
+  ThrowOn(os::CurrentFileSystem().Rename(m_partName, m_name, m_replace), m_path);
   m_whole = true;
   m_leftover.reset();
 }
@@ -88,9 +96,11 @@ void NewFile::Withdraw() {
 }
 
 void CommitTogether(NewFile& first, NewFile& second) {
-  first.Commit();
+  first.Finish();
+  second.Finish();
+  first.TakeName();
   try {
-    second.Commit();
+    second.TakeName();
   } catch (...) {
     first.Withdraw();
     throw;

@@ -38,6 +38,9 @@ class NewFile {
   /// Brings everything to the medium and gives the file its name, and the permissions of a file
   /// that it replaces. Throws Interrupted when the user has asked to stop.
   void Commit();
+  // The two parts of it: everything that may fail but the naming itself, and the naming.
+  void Finish();
+  void TakeName();
   /// Takes the file away again.
   void Withdraw();
 

@@ -9,6 +9,7 @@
 #include "terminal/output.h"
 #include "terminal/text.h"
 #include "terminal/written.h"
+#include "utdata/companions.h"
 #include "verbs/verbs.h"
 
 namespace utdata::program {
@@ -21,7 +22,7 @@ constexpr const char* rescueExample =
     "group whose checksum\n"
     "is lost with what held it is written and listed as unchecked. The exit status is 0 when "
     "nothing was lost, else 1.\n"
-    "Each companion is rescued by itself.\n"
+    "Each companion is rescued by itself, and stays one of its base.\n"
     "\n"
     "Example:\n"
     "  utdata demo --force && utdata rescue utdata-demo/weld.fpd -o rescued.fpd\n";
@@ -42,7 +43,8 @@ std::string Text(const Rescued& rescued, const std::string& output) {
   add("mended: ", rescued.mended);
   add("unchecked: ", rescued.unchecked);
   add("lost: ", rescued.lost);
-  return text + "written to " + Printable(output) +
+  const std::string role = DescribeCompanion(output);
+  return text + "written to " + Printable(output) + (role.empty() ? "" : ", " + Printable(role)) +
          (rescued.IsComplete() ? ": nothing is lost\n" : ": what is left\n");
 }
 
@@ -57,6 +59,7 @@ void RunRescue(const RescueOptions& options) {
   if (options.json)
     PrintResult(nlohmann::ordered_json({{"path", options.file},
                                         {"written", options.output},
+                                        {"role", DescribeCompanion(options.output)},
                                         {"complete", rescued.IsComplete()},
                                         {"mended", rescued.mended},
                                         {"unchecked", rescued.unchecked},
