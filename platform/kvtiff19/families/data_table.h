@@ -60,7 +60,7 @@ struct FieldTable<CGDataTypeFDD> {
         UTDATA_FIELD(29,
                      probeAngle,
                      In(unit::angle, -89.999, 89.999),
-                     "refracted; there is no depth at 90 degrees"),
+                     "refracted; 90 degrees or more count as 89.999"),
         UTDATA_FIELD(30, probeSkew, turn, ""),
         UTDATA_FIELD(31, probeThird, number, "carried, not interpreted"),
         UTDATA_FIELD(32, probeFourth, turn, "an angle"),

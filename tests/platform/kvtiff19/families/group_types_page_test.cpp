@@ -26,20 +26,25 @@ item its code, its value type, how many elements it has, its unit, its default a
 [meaning.md](meaning.md) how records come of groups, and percent, millimetres and microseconds of
 records.
 
-- A group whose type code is the *primary* one holds a record whole: every item of the table, in the
-  table's order.
+- A group whose type code is the *primary* one holds a record whole: a writer puts every item of the
+  table into it, in the table's order.
 - A group whose type code is the *modifier* one holds a later modification: the items marked *key*,
   which say [which record it modifies](meaning.md#modifications), and those whose value changed.
-- Modifications of types whose modifications are *not applied* are skipped by readers.
+- Modifications of types whose modifications are *not applied* change nothing.
 - Types without a modifier code keep modifications as whole groups under the primary code; of
   several with the same keys the last one counts.
-- An item that a record's group lacks has its *default*: zero, an empty text or no elements, or what
-  the table says. In a modification an item that is missing is unchanged.
+- A reader takes items in any order, and fewer of them. One that a record's group lacks has its
+  *default*: zeros, an empty text or no elements, or what the table says. In a modification an item
+  that is missing is unchanged.
 - Each item comes once at most, with the value type and elements of the table: a reader refuses a
-  file in which it does not. Items with other codes may stand between them and are skipped.
+  file in which it does not. This holds for modifications that are not applied too, but not for
+  defect tables and what a write says of itself, which have rules of their own; of two items 100 of
+  a data group the later one counts.
+- Items with other codes may stand between them and are skipped.
 - An item code is never given another meaning.
 - The elements of a text are its UTF-8 bytes; "up to 124 bytes" also means at most 31 characters,
-  U+0000 not among them. Lists of points and triples hold their numbers one after the other.
+  U+0000 not among them. Lists of points and triples hold their numbers one after the other. A block
+  has as many bytes as it needs.
 - Levels are in percent of full scale; bits and colours are unsigned numbers.
 - Items whose unit is that of an axis have the unit that the named item says.
 )";
@@ -96,7 +101,7 @@ const char* TypeName(std::uint8_t type) {
 
 std::string Elements(const FieldInfo& field) {
   constexpr std::uint32_t anyCount = 0xFFFFFFFF;
-  if (field.kind == SCFile::FieldKind::Block) return "any";
+  if (field.kind == SCFile::FieldKind::Block) return "1";
   if (field.minCount == field.maxCount) return std::to_string(field.minCount);
   if (field.maxCount != anyCount) return "up to " + std::to_string(field.maxCount) + " bytes";
   return field.multipleOf == 1 ? "any" : "any multiple of " + std::to_string(field.multipleOf);
