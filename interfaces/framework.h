@@ -121,6 +121,16 @@ using ReportSink = std::function<ReportAnswer(const Report&)>;
 /// line to the standard error stream in checked builds (UTDATA_CHECKED) and nothing otherwise.
 UTDATA_API ReportSink SetReportSink(ReportSink sink);
 
+/// While one exists, reports of its thread go nowhere: those of a record that is being normalised
+/// are for developers, not for hosts.
+class UTDATA_API QuietReports {
+ public:
+  QuietReports() noexcept;
+  QuietReports(const QuietReports&) = delete;
+  QuietReports& operator=(const QuietReports&) = delete;
+  ~QuietReports();
+};
+
 /// Raises a plain assertion report. Never throws, never stops the program.
 UTDATA_API void ReportAssertion(const char* file,
                                 unsigned line,
@@ -150,6 +160,7 @@ using POSITION = CListPosition*;
 
 /// Ordered, doubly linked list of values, usually pointers it does not own. Nodes are allocated in
 /// blocks of `blockSize`; the blocks are kept for reuse until the list is destroyed or cleared.
+/// Without memory an addition lets std::bad_alloc pass and changes nothing.
 /// Copying a list is forbidden; moving is too, so that positions never change their list.
 template <class Value>
 class CList {
@@ -228,6 +239,12 @@ class CList {
   POSITION InsertAfter(POSITION position, Value value) {
     return position ? Link(ToNode(position), ToNode(position)->next, std::move(value))
                     : AddTail(std::move(value));
+  }
+
+  /// Lets the next `count` additions take no memory.
+  void Reserve(std::ptrdiff_t count) {
+    for (const Node* node = m_free; node && count > 0; node = node->next) --count;
+    for (; count > 0; count -= static_cast<std::ptrdiff_t>(m_blockSize)) Grow();
   }
 
   /// Removes one element. REQUIRES: `position` is a place of this list.

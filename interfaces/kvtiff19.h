@@ -7,7 +7,8 @@
 // the groups under it may be used by one thread at a time; different file handles are independent.
 //
 // Every function that returns int returns 0 (status_Ok) or one of the statuses below and never
-// throws. file_LastError says in words what went wrong last.
+// throws; lack of memory is status_TooLarge. file_LastError says in words what went wrong last. It
+// and the other functions that give a text or a list may let std::bad_alloc pass.
 #pragma once
 
 #include <array>

@@ -12,6 +12,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "export.h"
 
@@ -178,6 +179,10 @@ class FileSystem {
 /// then on; returns the one before, null for the machine's own. For tests, while no other thread
 /// opens files.
 UTDATA_API FileSystem* SetFileSystem(FileSystem* fileSystem) noexcept;
+
+/// The names in a directory of the machine's own file system, in no order, as the system's bytes;
+/// none when it cannot be read. An empty path is where the process is. May let std::bad_alloc pass.
+[[nodiscard]] UTDATA_API std::vector<std::string> NamesIn(const std::wstring& directory);
 
 /// What differs each time it is asked for.
 class Surroundings {

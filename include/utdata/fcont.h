@@ -100,6 +100,9 @@ class UTDATA_API CFContTypeFileDescr {
   std::int32_t defectTableFlag =
       0;  ///< non-zero: writing emits the defect table. Set by the host; loading leaves it 0
 
+  /// Whether UpdateSubChannelList has given numbers.
+  [[nodiscard]] bool IsNumbered() const { return m_numbering != nullptr; }
+
  private:
   friend class CFCont;
   friend class utdata::container::Changes;

@@ -16,6 +16,10 @@
 // with what it finds, not with the items that there are. An unknown filter value is reported as an
 // assertion and passes every item (but not the single general-information item).
 //
+// Memory. Without it additions and replacements answer null and change nothing; queries that append
+// to a list, and constructors, may let std::bad_alloc pass, and the list is then as it was. Single
+// look-ups, removals, the clearing of flags and the set's own end take none.
+//
 // Data groups become data items in the data list. Those of one channel's sub-channels are gathered
 // under multi-channel masters: data items that the set itself makes and destroys, in a master list.
 #pragma once
@@ -38,6 +42,10 @@
 class CDocument;
 class CVolumeSet;
 class IGDataSupplier;
+
+namespace utdata {
+struct InspectionState;
+}
 
 /// Copies of a data group and of the groups that belong to it, independent of the file set; all
 /// owned by the record.
@@ -285,6 +293,10 @@ class UTDATA_API CFSet final : public IFSet {
   virtual void Dump(CDumpContext& context) const;  ///< writes nothing
 
  private:
+  friend struct utdata::InspectionState;
+  /// Takes out and destroys a data item of the set.
+  void RemoveItem(CIData* item);
+
   struct Contents;
 
   /// Display order of a gate, by gate number; 0 for one that is not here. Filled once, then only

@@ -12,6 +12,10 @@
 // Units take no lock: the host serialises their use. Reads that take no lock are not protected from
 // changes on another thread.
 //
+// Memory. Construction, operations that give texts or lists, and idata1_SubChannelAdd may let
+// std::bad_alloc pass, and then have changed nothing, neither here nor in other items. Destruction,
+// parameters, units and tables take none.
+//
 // Axes are those of kvt_enumAxis. A multi-channel master is a data item that gathers the data
 // groups of one channel's sub-channels, its elements.
 #pragma once
@@ -336,13 +340,16 @@ class UTDATA_API CIData : public utdata::PlacedItem {
 
   [[nodiscard]] ChannelScanning ReadChannelScanning(std::uint32_t channelId) const;
   static void UpdateBookmarkType(const enumElectronicScanning& mode, CGDataTypeFDD* record);
-  [[nodiscard]] CIData* MatchAmpPosCScans(CGDataTypeFDD* record,
-                                          CVolumeSet* volumes,
-                                          bool& meridio);
-  [[nodiscard]] CIData* MatchAmplitude(const CGDataTypeFDD& record, CFSet& set);
-  [[nodiscard]] CIData* MatchPosition(const CGDataTypeFDD& record, CFSet& set, bool& meridio);
-  [[nodiscard]] CIData* MatchEddyCurrent(const CGDataTypeFDD& record, CFSet& set);
-  void TakeSampleAxisOf(const CGDataTypeFDD& position, CIData* positionItem);
+  struct Partners;
+  static void FindPartners(const CGDataTypeFDD& record, CVolumeSet& volumes, Partners& partners);
+  static void FindForAmplitudes(const CGDataTypeFDD& record, CFSet& set, Partners& partners);
+  static void FindForPositions(const CGDataTypeFDD& record, CFSet& set, Partners& partners);
+  static void FindForEddyCurrent(const CGDataTypeFDD& record, CFSet& set, Partners& partners);
+  /// Makes the links of both sides. Takes no memory.
+  void Link(const Partners& partners);
+  /// The part of every construction that the destructor answers for.
+  CIData(void* data, CVolumeSet* volumes, int external);
+  void TakeSampleAxisOf(const CGDataTypeFDD& position);
   [[nodiscard]] std::array<std::uint32_t, 6> Ids() const;
   void PublishIds();
   [[nodiscard]] CIData* ListedBy() const;

@@ -5,10 +5,11 @@
 // tables, keeps alive what items refer to, and distinguishes data groups that are added from those
 // that are there already. The given classes stay reachable.
 //
-// Texts and paths are UTF-8. What cannot be done is thrown as utdata::Error; no operation here
-// answers a failure in another way. An inspection is used by one thread at a time, except that
-// reading samples (DataGroup, Samples) may run in several threads as long as no other thread
-// changes the inspection.
+// Texts and paths are UTF-8. What cannot be done is thrown as utdata::Error, lack of memory as that
+// or as std::bad_alloc; no operation here answers a failure in another way. One that fails has
+// changed nothing, here or in a file, unless it says so. An inspection is used by one thread at a
+// time, except that reading samples (DataGroup, Samples) may run in several threads as long as no
+// other thread changes the inspection.
 //
 // Samples from a file are held against their checksums when they are first read, a chunk at a time
 // and each chunk once, and reading damaged ones throws (OpenOptions::acceptDamage). A host that

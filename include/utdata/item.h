@@ -9,6 +9,9 @@
 // Copies and ids are read in one piece while another thread edits. A pointer that was handed out is
 // not protected once the call has returned.
 //
+// Memory. Construction and whatever copies a record may let std::bad_alloc pass, and then have
+// changed nothing; a caller's own record that was to receive a copy may hold part of it.
+//
 // A file set finds items by the ids they have at that moment, however they were changed. It keeps
 // an index for that; an item whose working copy was handed out for writing (GetInfoRef, ModifGet)
 // is looked at in every look-up from then on, since its ids may change unnoticed. In a set of many

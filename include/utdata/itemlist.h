@@ -7,8 +7,8 @@
 // from this list to the end of `out`. Matches keep their order, and so do the items that stay.
 //
 // Ids are compared exactly where a list does not say otherwise; fset_AnyId matches every id. An
-// unknown filter value is reported as an assertion and lets the item pass. A lookup does not fail;
-// `out` must not be null.
+// unknown filter value is reported as an assertion and lets the item pass. `out` must not be null.
+// Without memory those that fill a list let std::bad_alloc pass, and change neither list.
 //
 // Lists take no lock: those of a file set are guarded by it, the others belong to their caller.
 // Destroying a list or taking an item out of it does not destroy the item.

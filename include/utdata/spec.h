@@ -18,9 +18,9 @@ class UTDATA_API CSpec : public CObject {
   ~CSpec() override;
   void Dump(CDumpContext& context) const override;  ///< writes nothing
 
-  /// Makes the material item; null, and nothing is changed, when there is one or when the
-  /// descriptor is null. The item belongs to the specimen; with isNew 0 the descriptor stays the
-  /// caller's and has to outlive it.
+  /// Makes the material item; null, and nothing is changed, when there is one, when the descriptor
+  /// is null, or without memory. The item belongs to the specimen; with isNew 0 the descriptor
+  /// stays the caller's and has to outlive it.
   CISpecMat* spec_SpecMatAdd(CGSpecmatTypeDescr* descriptor, int isNew);
   /// The material when there is one that passes the filter, else null. An unknown filter value is
   /// reported and passes nothing.

@@ -19,9 +19,10 @@ class UTDATA_API CTableFactory : public CObject {
 
   /// The first table that serves the descriptor and identity (CLookUpTable::Compare), its count
   /// raised, or a new one with count 1.
-  /// @param created  receives 1 for a new table, 0 for a shared one; may be null
+  /// @param created  receives 1 for a new table, else 0; may be null
   /// @param identity copied; may be null
-  /// @return given back with ReleaseLUT; null, with an assertion, for a null descriptor
+  /// @return given back with ReleaseLUT; null without memory and, with an assertion, for a null
+  ///   descriptor
   [[nodiscard]] CLookUpTable* ObtainLUT(const CRDataTypeDD* descriptor,
                                         int* created,
                                         const vset_groupId* identity);

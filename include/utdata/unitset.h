@@ -50,6 +50,7 @@ class UTDATA_API CUnitSet : public CObject {
   /// @param identity  copied
   /// @param volumeSet where base units are looked up; not owned
   /// @param baseSet   not used
+  /// May let std::bad_alloc pass.
   CUnitSet(const vset_groupId& identity, CVolumeSet* volumeSet, CUnitSet* baseSet);
   CUnitSet(const CUnitSet&) = delete;
   CUnitSet& operator=(const CUnitSet&) = delete;
@@ -60,9 +61,9 @@ class UTDATA_API CUnitSet : public CObject {
   /// and offset is `slope` and `offset` scaled to its unit. TOFD depth: the same four lengths with
   /// slope 13, offset `slope` and auxiliary factor `offset` scaled.
   /// @param auxiliary third factor of family 5
-  /// @return the first unit created; null, with an assertion, for an axis outside 0 to 5 and for a
-  ///         family without units. Families 4 and 5 belong to AddAmplitudeSubUnit: here they raise
-  ///         an assertion, and are added
+  /// @return the first unit created; null without memory, and then nothing is added; null, with an
+  ///         assertion, for an axis outside 0 to 5 and for a family without units. Families 4 and 5
+  ///         belong to AddAmplitudeSubUnit: here they raise an assertion, and are added
   CUnit* AddSubUnit(kvt_enumAxis axis,
                     unit_enumUnits family,
                     double slope,
@@ -72,7 +73,7 @@ class UTDATA_API CUnitSet : public CObject {
   /// Adds the percent unit and the dB unit to the amplitude axis.
   /// @param linear not 0: amplitudes are linear, percent is the reference; 0: they are logarithmic,
   ///   dB is
-  /// @return the reference
+  /// @return the reference; null without memory, and then nothing has changed
   CUnit* AddAmplitudeSubUnit(int linear);
   /// As AddAmplitudeSubUnit, but the last percent and dB units that are there are changed instead,
   /// keeping precision and format.
@@ -108,8 +109,8 @@ class UTDATA_API CUnitSet : public CObject {
                                unit_enumDataUnit dataUnit) const;
 
   /// Appends a unit to an axis and takes it over; what is returned stays the set's.
-  /// @return the unit; null, with an assertion, for an axis that the set does not have: the unit is
-  ///   then destroyed
+  /// @return the unit; null without memory and, with an assertion, for an axis that the set does
+  ///   not have: the unit is then destroyed
   CUnit* AppendUnit(kvt_enumAxis axis, std::unique_ptr<CUnit> unit);
 
   /// The units of an axis in order; null for an axis that the set does not have.
@@ -121,8 +122,8 @@ class UTDATA_API CUnitSet : public CObject {
  private:
   friend class CVolumeSet;
 
-  template <class... Parameters>
-  CUnit* MakeUnit(kvt_enumAxis axis, Parameters... parameters);
+  template <class Make>
+  CUnit* AddMade(kvt_enumAxis axis, std::size_t quantity, Make make);
   CUnit* SetAmplitudes(int linear, CUnit* percent, CUnit* decibel);
   [[nodiscard]] CUnit* BaseUnit(kvt_enumAxis axis) const;
   [[nodiscard]] CUnit* FindLast(kvt_enumAxis axis, unit_enumUnits family) const;

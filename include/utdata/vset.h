@@ -17,7 +17,7 @@ class IGDataSupplier;
 class UTDATA_API CVolumeSet {
  public:
   /// @param document the host's document, not owned; a missing one raises an assertion
-  /// The unit systems and names are not used.
+  /// The unit systems and names are not used. May let std::bad_alloc pass.
   CVolumeSet(IGDataSupplier* document,
              unit_enumUnits firstSystem,
              const wchar_t* firstName,
@@ -30,8 +30,8 @@ class UTDATA_API CVolumeSet {
 
   /// The unit set of an identity: an existing one with equal kind and first three values, its count
   /// raised, or a new one with count 1. Identities of kind 6 are never shared.
-  /// @param created receives 1 for a new set, 0 for a shared one; may be null
-  /// @return owned here; given back with vol_DeleteUnitSet
+  /// @param created receives 1 for a new set, else 0; may be null
+  /// @return owned here; given back with vol_DeleteUnitSet. Null without memory
   [[nodiscard]] CUnitSet* vol_CreateUnitSet(const vset_groupId& identity, int* created);
   /// Gives back one reference; the set is destroyed with its last one. Clears the caller's pointer.
   /// A set that another volume set made, or nobody did, is reported, loses a reference and is not
@@ -56,7 +56,8 @@ class UTDATA_API CVolumeSet {
   /// Until this is called there are no base units, and every unit converts each value to itself. A
   /// unit takes its parent when it is created: call this before the first data item is made.
   /// @param angleAxes those of 0, 1, 4 and 5 that are angles; others have no effect
-  /// @return how many base units were added
+  /// @return how many base units were added. May let std::bad_alloc pass; a further call adds those
+  ///   that are missing then
   int vol_FillBaseUnits(std::span<const kvt_enumAxis> angleAxes = {});
 
  private:

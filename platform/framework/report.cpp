@@ -30,6 +30,7 @@ Receiver& TheReceiver() {
 }
 
 thread_local bool insideSink = false;
+thread_local unsigned quietScopes = 0;
 
 /// One line on the standard error stream, in checked builds only.
 ReportAnswer DefaultSink([[maybe_unused]] const Report& report) {
@@ -78,6 +79,7 @@ class SinkCall {
 };
 
 ReportAnswer Deliver(const Report& report) noexcept {
+  if (quietScopes > 0) return ReportAnswer::Continue;
   try {
     return insideSink ? DefaultSink(report) : SinkCall().Run(report);
   } catch (...) {
@@ -101,6 +103,9 @@ ReportSink SetReportSink(ReportSink sink) {
   if (!insideSink) receiver.left.wait(held, [&] { return other->running == 0; });
   return other->sink;
 }
+
+QuietReports::QuietReports() noexcept { ++quietScopes; }
+QuietReports::~QuietReports() { --quietScopes; }
 
 void ReportAssertion(const char* file, unsigned line, std::wstring_view text) noexcept {
   [[maybe_unused]] const ReportAnswer answer =

@@ -1,6 +1,7 @@
 // The words of statuses, and what failed last on each thread.
-#include <new>
-#include <utility>
+#include <cstddef>
+#include <string>
+#include <string_view>
 
 #include "platform/kvtiff19/items.h"
 #include "platform/kvtiff19/node.h"
@@ -9,7 +10,34 @@
 namespace utdata::kvtiff19 {
 namespace {
 
-thread_local std::string lastError;
+/// A line that takes no memory of the heap, neither for its letters nor, as a thread's own, for its
+/// end. What does not fit is cut off.
+class Line {
+ public:
+  void Clear() noexcept { m_size = 0; }
+  void push_back(char letter) noexcept {
+    if (m_size < sizeof m_letters) m_letters[m_size++] = letter;
+  }
+  void Append(std::string_view text) noexcept {
+    for (const char letter : text) push_back(letter);
+  }
+  /// Ends with a whole character.
+  [[nodiscard]] std::string_view Text() const noexcept {
+    constexpr auto isTail = [](char letter) { return (letter & 0xC0) == 0x80; };
+    std::size_t size = m_size;
+    if (size == sizeof m_letters) {
+      while (size > 0 && isTail(m_letters[size - 1])) --size;
+      if (size > 0 && (m_letters[size - 1] & 0x80) != 0) --size;
+    }
+    return {m_letters, size};
+  }
+
+ private:
+  std::size_t m_size = 0;
+  char m_letters[6144] = {};  // the longest path and why
+};
+
+thread_local Line lastError;
 
 int StatusOf(os::Error error) {
   switch (error) {
@@ -29,8 +57,9 @@ int StatusOf(os::Error error) {
       return SCFile::status_Locked;
     case os::Error::PathTooLong:
       return SCFile::status_BadArgument;
-    case os::Error::BadArgument:
     case os::Error::NoMemory:
+      return SCFile::status_TooLarge;
+    case os::Error::BadArgument:
     case os::Error::NotSupported:
     case os::Error::Other:
       break;
@@ -40,34 +69,29 @@ int StatusOf(os::Error error) {
 
 }  // namespace
 
-int Fail(int status, std::string_view what) {
-  try {
-    lastError = what;
-  } catch (const std::bad_alloc&) {
-    lastError.clear();
-  }
+int Fail(int status, std::string_view what) noexcept {
+  lastError.Clear();
+  lastError.Append(what);
   return status;
 }
 
-int FailAt(const std::wstring& path, int status, std::string_view what) {
-  try {
-    return Fail(status, os::NarrowPath(path).append(": ").append(what));
-  } catch (const std::bad_alloc&) {
-    return Fail(status, {});
-  }
+int FailAt(const std::wstring& path, int status, std::string_view what) noexcept {
+  lastError.Clear();
+  os::PutPath(lastError, path);
+  lastError.Append(": ");
+  lastError.Append(what);
+  return status;
 }
 
-int FailAt(const OpenFile& file, int status, std::string_view what) {
+int FailAt(const OpenFile& file, int status, std::string_view what) noexcept {
   return FailAt(file.path, status, what);
 }
 
-int FailOs(const std::wstring& path, os::Error error, std::string_view what) {
-  try {
-    return FailAt(
-        path, StatusOf(error), std::string(what).append(": ").append(os::ErrorText(error)));
-  } catch (const std::bad_alloc&) {
-    return Fail(StatusOf(error), {});
-  }
+int FailOs(const std::wstring& path, os::Error error, std::string_view what) noexcept {
+  FailAt(path, StatusOf(error), what);
+  lastError.Append(": ");
+  lastError.Append(os::ErrorText(error));
+  return StatusOf(error);
 }
 
 }  // namespace utdata::kvtiff19
@@ -101,7 +125,7 @@ const char* file_StatusText(int status) noexcept {
   return index < std::size(texts) ? texts[index] : "unknown status";
 }
 
-std::string file_LastError() { return utdata::kvtiff19::lastError; }
+std::string file_LastError() { return std::string(utdata::kvtiff19::lastError.Text()); }
 
 int file_Fail(int status, const std::wstring& path, std::string_view why) noexcept {
   return utdata::kvtiff19::FailAt(path, status, why);

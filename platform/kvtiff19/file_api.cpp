@@ -63,6 +63,7 @@ int CheckPlace(const OpenFile& created) {
 int CreateNew(const wchar_t* path, Node** file, bool replace) {
   std::unique_ptr<OpenFile> created;
   if (const int status = StartFile(path, file, created)) return status;
+  created->partPath = created->path + L".part";
   created->replace = replace;
   const auto identity = std::as_writable_bytes(std::span(created->origin.identity));
   if (const os::Error error = os::CurrentSurroundings().FillRandom(identity);

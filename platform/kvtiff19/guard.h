@@ -12,7 +12,7 @@ namespace utdata::kvtiff19 {
 /// that of a write: the next commit fails.
 template <class Operation>
 int Guarded(Operation operation, OpenFile* written = nullptr) noexcept {
-  constexpr const char* what = "not enough memory";
+  constexpr const char* what = "out of memory";
   try {
     try {
       return operation();

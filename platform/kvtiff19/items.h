@@ -108,6 +108,6 @@ inline constexpr std::size_t maxRules = 64;
 [[nodiscard]] std::span<const ItemRule> RulesOfGroupType(std::uint32_t typeCode);
 
 /// Records what went wrong for SCFile::file_LastError of this thread, and returns the status.
-int Fail(int status, std::string_view what);
+int Fail(int status, std::string_view what) noexcept;
 
 }  // namespace utdata::kvtiff19

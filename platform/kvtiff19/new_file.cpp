@@ -33,7 +33,7 @@ Error IsUnfinished(os::File& part, bool& is) {
 }
 
 int RefusePart(const OpenFile& file) {
-  const os::PathParts parts = os::SplitPath(file.PartPath());
+  const os::PathParts parts = os::SplitPath(file.partPath);
   return FailAt(file,
                 SCFile::status_InTheWay,
                 "cannot be created: " + os::NarrowPath(parts.name + parts.extension) +
@@ -43,7 +43,7 @@ int RefusePart(const OpenFile& file) {
 /// Removes NAME.part when a killed writer left it; afterwards another may already stand there.
 /// Nothing is ever written into it: it may be a second name of somebody's file.
 int RemoveUnfinished(const OpenFile& file) {
-  const std::wstring path = file.PartPath();
+  const std::wstring& path = file.partPath;
   std::unique_ptr<os::File> part;
   Error error = file.fileSystem->Open(path, os::OpenMode::ReadWriteHere, part);
   if (error == Error::NotFound) return SCFile::status_Ok;
@@ -70,10 +70,10 @@ int MakePart(OpenFile& file, bool& isMade) {
   if (locked == Error::Busy)  // by one who takes it for what a killed writer left, and removes it
     return FailAt(file, SCFile::status_Locked, "another writer is creating it");
   Error error = locked;
-  if (error == Error::None) error = file.IsAt(file.PartPath(), isMade);
+  if (error == Error::None) error = file.IsAt(file.partPath, isMade);
   if (error == Error::None && isMade) error = EmptyNewFile(file);
   if (error == Error::None) return SCFile::status_Ok;
-  if (isMade || locked != Error::None) static_cast<void>(file.fileSystem->Remove(file.PartPath()));
+  if (isMade || locked != Error::None) static_cast<void>(file.fileSystem->Remove(file.partPath));
   return FailOs(file.path, error, "cannot be created");
 }
 
@@ -91,7 +91,7 @@ int BeginNewFile(OpenFile& file) {
   // free again.
   constexpr int attempts = 64;
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    const Error error = file.fileSystem->Open(file.PartPath(), os::OpenMode::Create, file.handle);
+    const Error error = file.fileSystem->Open(file.partPath, os::OpenMode::Create, file.handle);
     if (error == Error::Exists) {
       if (const int status = RemoveUnfinished(file)) return status;
       continue;

@@ -69,6 +69,7 @@ using SCFile::Node;
 
 struct OpenFile : Node {
   std::wstring path;
+  std::wstring partPath;  ///< of a new file: where it is until it has its name
   os::FileSystem* fileSystem = nullptr;
   std::unique_ptr<os::File> handle;
   bool readOnly = false;    ///< never to be written
@@ -91,7 +92,6 @@ struct OpenFile : Node {
       segmentsRead;  ///< where the top groups found at opening stand, the last one first
   std::vector<std::unique_ptr<os::Mapping>> mappings;
 
-  [[nodiscard]] std::wstring PartPath() const { return path + L".part"; }
   /// Whether `name` still leads to the open file.
   [[nodiscard]] os::Error IsAt(const std::wstring& name, bool& is) const;
   /// Whether a group that was read at opening fits its type.
@@ -110,10 +110,10 @@ void ViewBody(Node& node, Bytes body) noexcept;
 [[nodiscard]] const std::byte* ItemAt(const Node& node, std::uint32_t index);
 
 /// A failure of one file: its path, then `what`. Returns the status.
-int FailAt(const OpenFile& file, int status, std::string_view what);
-int FailAt(const std::wstring& path, int status, std::string_view what);
+int FailAt(const OpenFile& file, int status, std::string_view what) noexcept;
+int FailAt(const std::wstring& path, int status, std::string_view what) noexcept;
 /// A failure that the operating system reported: "`what`: its words". Returns the status that
 /// corresponds to `error`.
-int FailOs(const std::wstring& path, os::Error error, std::string_view what);
+int FailOs(const std::wstring& path, os::Error error, std::string_view what) noexcept;
 
 }  // namespace utdata::kvtiff19

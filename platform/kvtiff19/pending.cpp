@@ -111,14 +111,10 @@ void Drop(OpenFile& file) noexcept {
 void Abandon(OpenFile& file) noexcept {
   if (!file.isNew) return Drop(file);
   Forget(file);
-  try {
-    // Removed while the lock is held, so that it cannot be another writer's.
-    bool isOurs = false;
-    if (file.IsAt(file.PartPath(), isOurs) == os::Error::None && isOurs)
-      static_cast<void>(file.fileSystem->Remove(file.PartPath()));
-  } catch (const std::bad_alloc&) {
-    // No memory for its name: it stays behind, marked, for the next writer to take over.
-  }
+  // Removed while the lock is held, so that it cannot be another writer's.
+  bool isOurs = false;
+  if (file.IsAt(file.partPath, isOurs) == os::Error::None && isOurs)
+    static_cast<void>(file.fileSystem->Remove(file.partPath));
 }
 
 }  // namespace utdata::kvtiff19

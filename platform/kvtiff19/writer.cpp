@@ -2,6 +2,7 @@
 #include "platform/kvtiff19/writer.h"
 
 #include <initializer_list>
+#include <utility>
 
 #include "platform/kvtiff19/items.h"
 #include "platform/kvtiff19/reader.h"
@@ -83,13 +84,13 @@ int Reopen(const OpenFile& file, std::unique_ptr<os::File>& writable) {
 
 /// Gives a new file, all of which is on the medium, its name.
 int TakeName(OpenFile& file) {
-  if (const int status = CheckPlace(file, file.PartPath(), "the file being written was taken away"))
+  if (const int status = CheckPlace(file, file.partPath, "the file being written was taken away"))
     return status;
   if (file.replace)
     if (const Error error = file.handle->CopyPermissionsOf(file.path);
         error != Error::None && error != Error::NotFound)
       return FailOs(file.path, error, "its permissions cannot be kept");
-  if (const Error error = file.fileSystem->Rename(file.PartPath(), file.path, file.replace);
+  if (const Error error = file.fileSystem->Rename(file.partPath, file.path, file.replace);
       error != Error::None)
     return FailOs(file.path, error, "cannot take its name");
   file.isNew = false;
@@ -183,22 +184,38 @@ int WriteGathered(OpenFile& file, Segments& segments) {
   return file.isNew ? CommitNew(file, segments.record) : CommitAppend(file, segments.record);
 }
 
+/// A file on its way to being written: it gives the lock and a second handle back unless it comes
+/// to that.
+class Beginning {
+ public:
+  Beginning(OpenFile& begun, std::unique_ptr<os::File> writable) : m_file(begun) {
+    if (!writable) return;
+    m_before = std::exchange(m_file.handle, std::move(writable));
+  }
+  Beginning(const Beginning&) = delete;
+  Beginning& operator=(const Beginning&) = delete;
+  ~Beginning() {
+    if (m_file.writing) return;
+    m_file.handle->Unlock();
+    if (m_before) m_before.swap(m_file.handle);
+  }
+
+ private:
+  OpenFile& m_file;
+  std::unique_ptr<os::File> m_before;
+};
+
 }  // namespace
 
 int BeginWrite(OpenFile& file) {
   if (file.writing) return SCFile::status_Ok;
   if (file.readOnly)
     return FailAt(file, SCFile::status_ReadOnly, "the file was opened for reading only");
-  std::unique_ptr<os::File> before;
-  if (!file.isWritable) {
-    if (const int status = Reopen(file, before)) return status;
-    before.swap(file.handle);
-  }
-  if (const int status = LockUnmoved(file)) {
-    file.handle->Unlock();
-    if (before) before.swap(file.handle);
-    return status;
-  }
+  std::unique_ptr<os::File> writable;
+  if (!file.isWritable)
+    if (const int status = Reopen(file, writable)) return status;
+  const Beginning beginning(file, std::move(writable));
+  if (const int status = LockUnmoved(file)) return status;
   file.isWritable = file.writing = true;
   file.writeEnd = file.current.end;
   return SCFile::status_Ok;

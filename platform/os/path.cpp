@@ -3,21 +3,13 @@
 #include <cstdint>
 
 #include "interfaces/os.h"
-#include "platform/os/utf8.h"
 
 namespace utdata::os {
 
 std::string NarrowPath(std::wstring_view path) {
   std::string bytes;
   bytes.reserve(path.size());
-  while (!path.empty()) {
-    const char32_t unit = static_cast<char32_t>(path.front());
-    if (const char32_t character = TakeWide(path); character != notACharacter) {
-      PutUtf8(bytes, character);
-    } else {
-      bytes.push_back(unit >= 0xDC80 && unit <= 0xDCFF ? static_cast<char>(unit - 0xDC00) : '?');
-    }
-  }
+  PutPath(bytes, path);
   return bytes;
 }
 

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "interfaces/export.h"
+#include "platform/os/utf8.h"
 
 namespace utdata::os {
 
@@ -13,5 +14,17 @@ namespace utdata::os {
 [[nodiscard]] UTDATA_API std::string NarrowPath(std::wstring_view path);
 /// The inverse of NarrowPath.
 [[nodiscard]] UTDATA_API std::wstring WidePath(std::string_view path);
+
+/// Appends the bytes of NarrowPath with push_back.
+template <class Bytes>
+void PutPath(Bytes& bytes, std::wstring_view path) {
+  while (!path.empty()) {
+    const auto unit = static_cast<char32_t>(path.front());
+    if (const char32_t character = TakeWide(path); character != notACharacter)
+      PutUtf8(bytes, character);
+    else
+      bytes.push_back(unit >= 0xDC80 && unit <= 0xDCFF ? static_cast<char>(unit - 0xDC00) : '?');
+  }
+}
 
 }  // namespace utdata::os

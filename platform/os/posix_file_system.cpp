@@ -1,4 +1,5 @@
 // The machine's own file system, through POSIX calls.
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -7,7 +8,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <climits>
 #include <cstdio>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -22,6 +25,36 @@ namespace {
 
 FileIdentity IdentityOf(const struct stat& status) {
   return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
+}
+
+/// A path as system calls take it, without memory of the heap: what is to be taken away or brought
+/// to the disk is reached also when that has run out. One that is too long stays too long.
+class PosixPath {
+ public:
+  explicit PosixPath(std::wstring_view path) noexcept { PutPath(*this, path); }
+  void push_back(char byte) noexcept {
+    if (m_size < PATH_MAX) m_bytes[m_size++] = byte;
+  }
+  [[nodiscard]] const char* c_str() const noexcept { return m_bytes; }
+  [[nodiscard]] bool IsEmpty() const noexcept { return m_bytes[0] == '\0'; }
+  /// "." and "/" stay as they are.
+  void CutToParent() noexcept {
+    while (m_size > 1 && m_bytes[m_size - 1] == '/') --m_size;
+    const std::size_t separator = std::string_view(m_bytes, m_size).find_last_of('/');
+    if (separator == std::string_view::npos) m_bytes[0] = '.';
+    m_size = separator == std::string_view::npos ? 1 : std::max<std::size_t>(separator, 1);
+    m_bytes[m_size] = '\0';
+  }
+
+ private:
+  std::size_t m_size = 0;
+  char m_bytes[PATH_MAX + 1] = {};  // the system takes one byte less
+};
+
+/// The directory that a path names; "." for a name alone.
+PosixPath DirectoryOf(std::wstring_view path) {
+  const std::size_t size = path.find_last_of(L'/') + 1;
+  return PosixPath(size == 0 ? L"." : path.substr(0, size));
 }
 
 constexpr int firstOfOurs = 3;  ///< descriptors below are the standard streams, open or not
@@ -167,8 +200,7 @@ class PosixFile final : public File {
     if (const Error error = Size(present); error != Error::None) return error;
     if (present < size)
       if (const Error error = Truncate(size); error != Error::None) return error;
-    mapping = NewFileMapping(m_descriptor, size);
-    return Error::None;
+    return NewFileMapping(m_descriptor, size, mapping);
   }
 
   Error TryLock() override {
@@ -189,7 +221,7 @@ class PosixFile final : public File {
   Error CopyPermissionsOf(const std::wstring& path) override {
     constexpr mode_t permissions = 0777;
     struct stat status {};
-    if (::stat(NarrowPath(path).c_str(), &status) != 0) return LastError();
+    if (::stat(PosixPath(path).c_str(), &status) != 0) return LastError();
     return ::fchmod(m_descriptor, status.st_mode & permissions) == 0 ? Error::None : LastError();
   }
 
@@ -204,14 +236,19 @@ class PosixFileSystem final : public FileSystem {
         O_RDONLY, O_RDWR, O_RDWR | O_NOFOLLOW, O_RDWR | O_CREAT | O_EXCL};
     // Without O_NONBLOCK, opening a pipe would wait for its other end.
     const int flags = flagsOf[static_cast<std::size_t>(mode)] | O_NONBLOCK | O_NOCTTY;
-    const std::string narrow = NarrowPath(path);
-    if (narrow.empty()) return Fail(Error::NotFound);
+    const PosixPath narrow(path);
+    if (narrow.IsEmpty()) return Fail(Error::NotFound);
     const int descriptor = OpenDescriptor(narrow.c_str(), flags);
     if (descriptor < 0) {
       const bool isLink = errno == ELOOP && mode == OpenMode::ReadWriteHere;
       return isLink ? Fail(Error::NotAFile) : LastError();
     }
-    auto opened = std::make_unique<PosixFile>(descriptor);
+    std::unique_ptr<File> opened(new (std::nothrow) PosixFile(descriptor));
+    if (!opened) {
+      ::close(descriptor);
+      if (mode == OpenMode::Create) ::unlink(narrow.c_str());
+      return Fail(Error::NoMemory);
+    }
     struct stat status {};
     if (::fstat(descriptor, &status) != 0) return LastError();
     if (!S_ISREG(status.st_mode)) return Fail(Error::NotAFile);
@@ -221,19 +258,19 @@ class PosixFileSystem final : public FileSystem {
 
   bool Exists(const std::wstring& path) override {
     struct stat status {};
-    return ::lstat(NarrowPath(path).c_str(), &status) == 0 || MayExist(LastError());
+    return ::lstat(PosixPath(path).c_str(), &status) == 0 || MayExist(LastError());
   }
 
   Error Identify(const std::wstring& path, FileIdentity& identity) override {
     struct stat status {};
-    if (::stat(NarrowPath(path).c_str(), &status) != 0) return LastError();
+    if (::stat(PosixPath(path).c_str(), &status) != 0) return LastError();
     identity = IdentityOf(status);
     return Error::None;
   }
 
   Error Rename(const std::wstring& from, const std::wstring& to, bool replace) override {
-    const std::string source = NarrowPath(from);
-    const std::string target = NarrowPath(to);
+    const PosixPath source(from);
+    const PosixPath target(to);
     if (replace) return ::rename(source.c_str(), target.c_str()) == 0 ? Error::None : LastError();
     if (::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0)
       return Error::None;
@@ -247,13 +284,11 @@ class PosixFileSystem final : public FileSystem {
   }
 
   Error Remove(const std::wstring& path) override {
-    return ::unlink(NarrowPath(path).c_str()) == 0 ? Error::None : LastError();
+    return ::unlink(PosixPath(path).c_str()) == 0 ? Error::None : LastError();
   }
 
   Error SyncDirectoryOf(const std::wstring& path) override {
-    const std::string directory = NarrowPath(SplitPath(path).directory);
-    const int descriptor =
-        OpenDescriptor(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY);
+    const int descriptor = OpenDescriptor(DirectoryOf(path).c_str(), O_RDONLY | O_DIRECTORY);
     if (descriptor < 0) return LastError();
     const int result = Uninterrupted([&] { return ::fsync(descriptor); });
     const Error error = result == 0 || errno == EINVAL
@@ -264,12 +299,12 @@ class PosixFileSystem final : public FileSystem {
   }
 
   Error FreeSpace(const std::wstring& path, std::uint64_t& bytes) override {
-    std::string directory = NarrowPath(SplitPath(path).directory);
-    if (directory.empty()) directory = ".";
+    PosixPath directory = DirectoryOf(path);
     struct statvfs status {};
     while (Uninterrupted([&] { return ::statvfs(directory.c_str(), &status); }) != 0) {
-      if (errno != ENOENT || directory == "." || directory == "/") return LastError();
-      directory = ParentOf(directory);
+      const std::string_view failed = directory.c_str();
+      if (errno != ENOENT || failed == "." || failed == "/") return LastError();
+      directory.CutToParent();
     }
     bytes = std::uint64_t{status.f_bavail} * status.f_frsize;
     return Error::None;
@@ -278,19 +313,22 @@ class PosixFileSystem final : public FileSystem {
   Error Reserve(std::size_t size, std::unique_ptr<AddressRange>& range) override {
     return ReserveRange(size, range);
   }
-
- private:
-  static std::string ParentOf(std::string directory) {
-    while (directory.size() > 1 && directory.back() == '/') directory.pop_back();
-    const std::size_t separator = directory.find_last_of('/');
-    if (separator == std::string::npos) return ".";
-    return directory.substr(0, std::max<std::size_t>(separator, 1));
-  }
 };
 
 std::atomic<FileSystem*> replacedFileSystem{nullptr};
 
 }  // namespace
+
+std::vector<std::string> NamesIn(const std::wstring& directory) {
+  constexpr auto close = [](DIR* opened) { ::closedir(opened); };
+  const std::unique_ptr<DIR, decltype(close)> opened(
+      ::opendir(directory.empty() ? "." : PosixPath(directory).c_str()));
+  if (!opened && errno == ENOMEM) throw std::bad_alloc();
+  std::vector<std::string> names;
+  if (opened)
+    while (const dirent* const entry = ::readdir(opened.get())) names.emplace_back(entry->d_name);
+  return names;
+}
 
 FileSystem& CurrentFileSystem() noexcept {
   static PosixFileSystem own;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <limits>
+#include <new>
 
 #include "platform/os/posix_error.h"
 
@@ -88,19 +89,24 @@ Error MapPrivately(int descriptor,
                       descriptor,
                       static_cast<off_t>(offset - skip));
   if (base == MAP_FAILED) return LastError();
-  mapping = std::make_unique<PosixMapping>(base, size + skip, skip);
-  return Error::None;
+  mapping.reset(new (std::nothrow) PosixMapping(base, size + skip, skip));
+  if (mapping) return Error::None;
+  ::munmap(base, size + skip);
+  return Fail(Error::NoMemory);
 }
 
-std::unique_ptr<FileMapping> NewFileMapping(int descriptor, std::uint64_t size) {
-  return std::make_unique<PosixFileMapping>(descriptor, size);
+Error NewFileMapping(int descriptor, std::uint64_t size, std::unique_ptr<FileMapping>& mapping) {
+  mapping.reset(new (std::nothrow) PosixFileMapping(descriptor, size));
+  return mapping ? Error::None : Fail(Error::NoMemory);
 }
 
 Error ReserveRange(std::size_t size, std::unique_ptr<AddressRange>& range) {
   void* base = MapNothing(nullptr, size, 0);
   if (base == MAP_FAILED) return LastError();
-  range = std::make_unique<PosixAddressRange>(base, size);
-  return Error::None;
+  range.reset(new (std::nothrow) PosixAddressRange(base, size));
+  if (range) return Error::None;
+  ::munmap(base, size);
+  return Fail(Error::NoMemory);
 }
 
 }  // namespace utdata::os

@@ -15,7 +15,9 @@ namespace utdata::os {
                                  std::size_t size,
                                  std::unique_ptr<Mapping>& mapping);
 /// The mapping of a file that has `size` bytes at least; the descriptor stays the caller's.
-[[nodiscard]] std::unique_ptr<FileMapping> NewFileMapping(int descriptor, std::uint64_t size);
+[[nodiscard]] Error NewFileMapping(int descriptor,
+                                   std::uint64_t size,
+                                   std::unique_ptr<FileMapping>& mapping);
 /// FileSystem::Reserve.
 [[nodiscard]] Error ReserveRange(std::size_t size, std::unique_ptr<AddressRange>& range);
 

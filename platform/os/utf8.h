@@ -14,19 +14,24 @@ inline constexpr char32_t notACharacter = 0xFFFFFFFF;
 }
 
 /// REQUIRES: IsCharacter(character).
-inline void PutUtf8(std::string& utf8, char32_t character) {
-  const auto tail = [&](unsigned shift) {
-    return static_cast<char>(0x80 | ((character >> shift) & 0x3F));
-  };
+/// @tparam Text what bytes can be appended to with push_back
+template <class Text>
+void PutUtf8(Text& utf8, char32_t character) {
+  const auto put = [&](char32_t byte) { utf8.push_back(static_cast<char>(byte)); };
+  const auto putTail = [&](unsigned shift) { put(0x80 | ((character >> shift) & 0x3F)); };
   if (character < 0x80) {
-    utf8.push_back(static_cast<char>(character));
+    put(character);
   } else if (character < 0x800) {
-    utf8.append({static_cast<char>(0xC0 | (character >> 6)), tail(0)});
+    put(0xC0 | (character >> 6));
   } else if (character < 0x10000) {
-    utf8.append({static_cast<char>(0xE0 | (character >> 12)), tail(6), tail(0)});
+    put(0xE0 | (character >> 12));
+    putTail(6);
   } else {
-    utf8.append({static_cast<char>(0xF0 | (character >> 18)), tail(12), tail(6), tail(0)});
+    put(0xF0 | (character >> 18));
+    putTail(12);
+    putTail(6);
   }
+  if (character >= 0x80) putTail(0);
 }
 
 /// Takes the first character off well-formed UTF-8; otherwise takes one byte off and returns

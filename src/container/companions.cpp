@@ -1,5 +1,7 @@
 #include "src/container/companions.h"
 
+#include <new>
+
 #include "interfaces/framework.h"
 
 namespace utdata::container {
@@ -33,10 +35,16 @@ struct Predecessor {
   FileState state;
 };
 
+/// Whether a file was read. Lack of memory says nothing about the file.
+bool IsRead(int status) {
+  if (status == SCFile::status_TooLarge) throw std::bad_alloc();
+  return status == SCFile::status_Ok;
+}
+
 /// Whether the file of a predecessor was once in `state`.
 bool WasIn(const Predecessor& before, const FileState& state) {
   SCFile::FileHandle file = nullptr;
-  if (SCFile::file_OpenReadOnly(before.path.c_str(), &file) != SCFile::status_Ok) return false;
+  if (!IsRead(SCFile::file_OpenReadOnly(before.path.c_str(), &file))) return false;
   const bool was = SCFile::file_Contains(file, state);
   SCFile::file_Close(file);
   return was;
@@ -129,7 +137,7 @@ Judgement JudgeCompanions(const std::wstring& path,
     if (name == path) continue;
     FileOrigin origin;
     FileState its;
-    if (SCFile::file_ReadOrigin(name.c_str(), &origin, &its) != SCFile::status_Ok) {
+    if (!IsRead(SCFile::file_ReadOrigin(name.c_str(), &origin, &its))) {
       // Whoever reads it says why it cannot be read.
       judgement.own.push_back({name, {}});
       return judgement;

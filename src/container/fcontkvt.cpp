@@ -87,7 +87,7 @@ bool ReadFile(const wchar_t* path, fcontsec_typeFileDescriptor& work) {
 }  // namespace
 
 void FailToLoad() noexcept {
-  SCFile::file_Fail(SCFile::status_TooLarge, "not enough memory to load an inspection");
+  SCFile::file_Fail(SCFile::status_TooLarge, "out of memory on loading an inspection");
 }
 
 }  // namespace utdata::container

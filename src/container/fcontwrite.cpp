@@ -101,7 +101,7 @@ int CFCont::FileWrite(CFContTypeFileDescr* loaded,
     if (newFile) return WriteCompanion(loaded, descriptor, writeFlag);
     return WriteAppended(loaded, descriptor, file, writeFlag);
   } catch (const std::bad_alloc&) {
-    return SCFile::file_Fail(SCFile::status_TooLarge, "not enough memory to write an inspection");
+    return SCFile::file_Fail(SCFile::status_TooLarge, "out of memory on writing an inspection");
   }
 }
 

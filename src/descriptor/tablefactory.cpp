@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 
 IMPLEMENT_DYNAMIC(CTableFactory, CObject)
 
@@ -20,14 +21,19 @@ CLookUpTable* CTableFactory::ObtainLUT(const CRDataTypeDD* descriptor,
   const auto found = std::find_if(m_tables.begin(), m_tables.end(), [&](const CLookUpTable* table) {
     return table->Compare(descriptor, identity) != 0;
   });
-  if (created) *created = found == m_tables.end() ? 1 : 0;
+  if (created) *created = 0;
   if (found != m_tables.end()) {
     (*found)->AddRef();
     return *found;
   }
-  auto table = std::make_unique<CLookUpTable>(descriptor, identity);
-  m_tables.AddTail(table.get());
-  return table.release();
+  try {
+    auto table = std::make_unique<CLookUpTable>(descriptor, identity);
+    m_tables.AddTail(table.get());
+    if (created) *created = 1;
+    return table.release();
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 }
 
 void CTableFactory::ReleaseLUT(CLookUpTable* table) {

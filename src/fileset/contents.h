@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <limits>
+#include <new>
 #include <vector>
 
 #include "interfaces/ostrin.h"
@@ -55,6 +56,8 @@ struct UTDATA_LOCAL CFSet::Contents {
     return isMaster ? &Contents::masters : &Contents::data;
   }
   [[nodiscard]] bool HasDataOfClass(std::initializer_list<gdata_enumDataClass> classes);
+  CIData* AddDataItem(CGDataTypeFDD& descriptor, void* context, CVolumeSet* volumeSet, int isNew)
+      UTDATA_REQUIRES(lock);
   CIData* MasterFor(CGDataTypeFDD& element, void* context, CVolumeSet* volumeSet, int isNew)
       UTDATA_REQUIRES(lock);
   CIData* AddMaster(CGDataTypeFDD& element,
@@ -63,9 +66,20 @@ struct UTDATA_LOCAL CFSet::Contents {
                     CVolumeSet* volumeSet,
                     int isNew) UTDATA_REQUIRES(lock);
   void DestroyDataItem(CIData* item) UTDATA_REQUIRES(lock);
+  void DestroyIfEmpty(CIData* master) UTDATA_REQUIRES(lock);
 };
 
 namespace utdata {
+
+/// What `change` answers; null when memory runs out, and then it has changed nothing.
+template <class Change>
+auto OrNull(Change change) -> decltype(change()) {
+  try {
+    return change();
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
 
 /// Holds the reader side for a query of one list; ask whether it was obtained before touching
 /// anything. The list files the items that edits have changed first, when no other thread holds the

@@ -1,8 +1,6 @@
 // What the file set does with its lists of data items as a whole.
 #pragma once
 
-#include <type_traits>
-
 #include "src/fileset/contents.h"
 
 namespace utdata {
@@ -21,12 +19,10 @@ inline CIData* TakeFromMaster(CIData* item) {
 /// Masters have to outlive their sub-channels: the data list goes before the masters'.
 template <class IndexedList>
 void DeleteDataItems(IndexedList& items) {
-  CIDataLst all;
-  items.Move(fset_All, all, everyDataItem);
-  for (CIData* item : all) {
+  items.Remove(fset_All, everyDataItem, [](CIData* item) {
     TakeFromMaster(item);
     item->idata9_DeferDelete();
-  }
+  });
 }
 
 /// Calls an operation of each item of an indexed list that passes the filter.
@@ -35,9 +31,10 @@ void ClearEach(IndexedList& items,
                fset_enumFilters filter,
                const Ids& every,
                void (Item::*clear)()) {
-  typename std::remove_cvref_t<decltype(items.Items())> found;
-  items.Append(filter, found, every);
-  for (auto* item : found) (item->*clear)();
+  Walk(items.Items(), filter, every, rulesOf<Item>, [clear](POSITION, Item* item) {
+    (item->*clear)();
+    return true;
+  });
 }
 
 }  // namespace utdata

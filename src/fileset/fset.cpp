@@ -1,8 +1,6 @@
 // The file set: its construction and destruction, and five types of descriptor items.
 #include "utdata/fset.h"
 
-#include <type_traits>
-
 #include "src/fileset/contents.h"
 #include "src/fileset/data_lists.h"
 #include "src/items/recordids.h"
@@ -24,25 +22,27 @@ void ReplaceIn(CISubChan& item, const CGSubchanTypeDescr& d) { item.ischa1_Repla
 template <class Items, class Descriptor>
 auto* AddTo(Items& items, Descriptor* descriptor, int isNew) {
   using Item = typename Items::Item;
-  if (!descriptor || items.First(fset_All, IdsOf(*descriptor))) return static_cast<Item*>(nullptr);
-  auto item = std::make_unique<Item>(descriptor, isNew);
-  items.Add(item.get());
-  return item.release();
+  return utdata::OrNull([&]() -> Item* {
+    if (!descriptor || items.First(fset_All, IdsOf(*descriptor))) return nullptr;
+    auto item = std::make_unique<Item>(descriptor, isNew);
+    items.Add(item.get());
+    return item.release();
+  });
 }
 
 template <class Items, class Ids>
 std::uint32_t RemoveFrom(Items& items, fset_enumFilters filter, const Ids& ids) {
-  std::remove_cvref_t<decltype(items.Items())> removed;
-  items.Move(filter, removed, ids);
-  for (auto* item : removed) delete item;
-  return removed.IsEmpty() ? 1 : 0;
+  return items.Remove(filter, ids, [](auto* item) { delete item; }) ? 0 : 1;
 }
 
 template <class Items, class Descriptor>
 auto* ReplaceAmong(Items& items, const Descriptor* descriptor) {
-  auto* item = descriptor ? items.First(fset_All, IdsOf(*descriptor)) : nullptr;
-  if (item) ReplaceIn(*item, *descriptor);
-  return item;
+  using Item = typename Items::Item;
+  return utdata::OrNull([&]() -> Item* {
+    Item* const item = descriptor ? items.First(fset_All, IdsOf(*descriptor)) : nullptr;
+    if (item) ReplaceIn(*item, *descriptor);
+    return item;
+  });
 }
 
 template <class List>

@@ -1,6 +1,5 @@
 // The file set: queries of its data items.
 #include <algorithm>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -39,14 +38,15 @@ CIDataLst::Ids IdsOfClass(std::uint32_t dataClass) {
 std::map<std::uint32_t, std::int32_t> CFSet::mapGateIDOrdering;
 
 void CFSet::FillGateOrdering() {
-  static std::once_flag filled;
-  std::call_once(filled, [] {
+  static const bool isFilled = [] {
     // Order 18 belongs to no gate.
     mapGateIDOrdering.insert({{0, 1},    {1, 2},    {2, 3},    {3, 4},   {10, 5},   {11, 6},
                               {20, 7},   {21, 8},   {30, 9},   {31, 10}, {120, 11}, {130, 12},
                               {140, 13}, {100, 14}, {300, 15}, {80, 16}, {90, 17},  {110, 19},
                               {40, 20},  {50, 21},  {60, 22},  {150, 23}});
-  });
+    return true;
+  }();
+  static_cast<void>(isFilled);
 }
 
 std::int32_t CFSet::GateOrder(std::uint32_t gateId) {
@@ -96,11 +96,13 @@ std::uint32_t CFSet::fset_GetIDataLst(CIDataLst* out, std::uint32_t probeId) {
   Contents& c = *m_contents;
   const ReaderScope reader(c.lock, queryTimeoutMs);
   if (!reader) return CountOf(*out);
+  utdata::Appending appending(*out);
   for (CIData* item : c.data.Items()) {
     const CGDataTypeFDD* const record = std::as_const(*item).idata1_GetGInfoRef();
     const CIChan* const channel = c.channels.First(fset_All, {record->channelId});
     if (channel && FirstProbeOf(*channel) == probeId) out->AddTail(item);
   }
+  appending.Keep();
   return CountOf(*out);
 }
 
@@ -160,10 +162,12 @@ std::uint32_t CFSet::fset_GetSpecialIDataList(CIDataLst* out) {
   Contents& c = *m_contents;
   const ReaderScope reader(c.lock, queryTimeoutMs);
   if (!reader) return CountOf(*out);
+  utdata::Appending appending(*out);
   for (CIData* item : c.data.Items())
     if (const gdata_enumDataClass dataClass = ClassOf(*item);
         !utdata::IsMaster(dataClass) && utdata::IsSpecial(dataClass))
       out->AddTail(item);
+  appending.Keep();
   return CountOf(*out);
 }
 
@@ -187,6 +191,7 @@ std::uint32_t CFSet::fset_GetSpecificChannelSortedIDataList(std::uint32_t chanId
   }
   std::stable_sort(
       found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  out->Reserve(static_cast<std::ptrdiff_t>(found.size()));
   for (const auto& entry : found) out->AddTail(entry.second);
   return CountOf(*out);
 }

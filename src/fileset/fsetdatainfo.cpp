@@ -1,19 +1,22 @@
 // The file set: copies of everything around one data item.
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "src/fileset/contents.h"
 
 namespace {
 
-/// A copy made by the operations of the descriptor's family; null when there is no memory.
+/// A copy made by the operations of the descriptor's family.
 template <class Descriptor>
 Descriptor* CopyOf(const Descriptor* source,
                    Descriptor* (*allocate)(int, const wchar_t*),
                    int (*duplicate)(Descriptor*, const Descriptor*)) {
   Descriptor* const copy = allocate(0, L"");
-  if (copy) duplicate(copy, source);
-  return copy;
+  if (!copy) throw std::bad_alloc();
+  if (duplicate(copy, source) == SCFile::status_Ok) return copy;
+  delete copy;
+  throw std::bad_alloc();
 }
 
 /// The same of an item's working copy; null for null.
@@ -31,45 +34,54 @@ bool IsComplete(const fset_typeDataInfoDescr& info) {
          info.gate && info.tofd;
 }
 
-}  // namespace
-
-// Whoever asks keeps the set from being changed.
-fset_typeDataInfoDescr* CFSet::fset_DataInfoRequestCopy(CIData* item)
-    UTDATA_NO_THREAD_SAFETY_ANALYSIS {
-  UTDATA_ASSERT(item != nullptr);
-  if (!item) return nullptr;
-  Contents& c = *m_contents;
-  auto info = std::make_unique<fset_typeDataInfoDescr>();
-  info->tofd = new idata_typeTOFD;
-  item->idata3_GetTOFDParam(info->tofd);
-  if (const CGDataTypeFDD* data = std::as_const(*item).idata1_GetGInfoRef())
-    info->data = CopyOf(data, gdata_Allocate, gdata_Duplicate);
-  if (!info->data) return info.release();
+/// Whoever asks keeps the set from being changed.
+template <class Contents>
+void FillDataInfo(Contents& c,
+                  CIData& item,
+                  fset_typeDataInfoDescr& info) UTDATA_NO_THREAD_SAFETY_ANALYSIS {
+  info.tofd = new idata_typeTOFD;
+  item.idata3_GetTOFDParam(info.tofd);
+  if (const CGDataTypeFDD* data = std::as_const(item).idata1_GetGInfoRef())
+    info.data = CopyOf(data, gdata_Allocate, gdata_Duplicate);
+  if (!info.data) return;
 
   const utdata::Item<CGPatchTypeDescr>* patch =
-      c.patches.First(fset_All, {info->data->GetPatchID()});
-  info->patch = CopyOf(patch, gpatch_Allocate, gpatch_Duplicate);
-  const std::uint32_t channelId = info->data->channelId;
+      c.patches.First(fset_All, {info.data->GetPatchID()});
+  info.patch = CopyOf(patch, gpatch_Allocate, gpatch_Duplicate);
+  const std::uint32_t channelId = info.data->channelId;
   const utdata::Item<CGChanTypeDescr>* channel = c.channels.First(fset_All, {channelId});
-  info->channel = CopyOf(channel, gchan_Allocate, gchan_Duplicate);
-  if (info->channel) {
+  info.channel = CopyOf(channel, gchan_Allocate, gchan_Duplicate);
+  if (info.channel) {
     const utdata::Item<CGProbeTypeDescr>* first =
-        c.probes.First(fset_All, {info->channel->firstProbeId});
+        c.probes.First(fset_All, {info.channel->firstProbeId});
     const utdata::Item<CGProbeTypeDescr>* second =
-        c.probes.First(fset_All, {info->channel->secondProbeId});
+        c.probes.First(fset_All, {info.channel->secondProbeId});
     if (first && second) {
-      info->firstProbe = CopyOf(first, gprobe_Allocate, gprobe_Duplicate);
-      info->secondProbe = CopyOf(second, gprobe_Allocate, gprobe_Duplicate);
+      info.firstProbe = CopyOf(first, gprobe_Allocate, gprobe_Duplicate);
+      info.secondProbe = CopyOf(second, gprobe_Allocate, gprobe_Duplicate);
     }
     const utdata::Item<CGGateTypeDescr>* gate =
-        c.gates.First(fset_All, {info->data->gateId, channelId});
-    info->gate = CopyOf(gate, ggate_Allocate, ggate_Duplicate);
+        c.gates.First(fset_All, {info.data->gateId, channelId});
+    info.gate = CopyOf(gate, ggate_Allocate, ggate_Duplicate);
     const utdata::Item<CGSubchanTypeDescr>* subChannel =
-        c.subChannels.First(fset_All, {info->data->subChannelId, channelId});
-    info->subChannel = CopyOf(subChannel, gsubchan_Allocate, gsubchan_Duplicate);
+        c.subChannels.First(fset_All, {info.data->subChannelId, channelId});
+    info.subChannel = CopyOf(subChannel, gsubchan_Allocate, gsubchan_Duplicate);
   }
-  info->complete = IsComplete(*info) ? 1 : 0;
-  return info.release();
+  info.complete = IsComplete(info) ? 1 : 0;
+}
+
+}  // namespace
+
+fset_typeDataInfoDescr* CFSet::fset_DataInfoRequestCopy(CIData* item) {
+  UTDATA_ASSERT(item != nullptr);
+  if (!item) return nullptr;
+  const auto release = [this](fset_typeDataInfoDescr* info) { fset_DataInfoReleaseCopy(info); };
+  return utdata::OrNull([&] {
+    std::unique_ptr<fset_typeDataInfoDescr, decltype(release)> info(new fset_typeDataInfoDescr,
+                                                                    release);
+    FillDataInfo(*m_contents, *item, *info);
+    return info.release();
+  });
 }
 
 void CFSet::fset_DataInfoReleaseCopy(fset_typeDataInfoDescr* info) {

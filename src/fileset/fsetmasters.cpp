@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <new>
 
 #include "src/fileset/contents.h"
 #include "src/fileset/data_lists.h"
@@ -63,20 +64,38 @@ CIData* CFSet::fset_AddGData(CGDataTypeFDD* descriptor,
                                         descriptor->gateId,
                                         descriptor->dataClass});
   if (present) return utdata::IsShared(descriptor->dataClass) ? present : nullptr;
-  CIData* const item = AddTo(c.data, *descriptor, context, volumeSet, isNew);
+  CIData* const item = utdata::OrNull([&]() UTDATA_NO_THREAD_SAFETY_ANALYSIS {
+    return c.AddDataItem(*descriptor, context, volumeSet, isNew);
+  });
+  if (!item) return nullptr;
   if (isAdded) *isAdded = true;
-  if (descriptor->subChannelId != 0 && utdata::IsGathered(descriptor->dataClass)) {
-    if (CIData* const master = c.MasterFor(*descriptor, context, volumeSet, isNew))
-      master->idata1_SubChannelAdd(item);
-    c.masters.CatchUp();  // its sub-channel id may have changed
-  }
+  c.masters.CatchUp();  // that of its master, whose sub-channel id may have changed
   if (IGDataSupplier* const document = item->GetDocument())
     document->OnDataGroupAdded(descriptor->GetPatchID() != 0 ? 1 : 0);
   return item;
 }
 
-/// The master of a new element, whose descriptor has its bookmark type by now; null when there is
-/// no memory for one.
+/// Makes a data item and brings it under its master, or changes nothing.
+CIData* CFSet::Contents::AddDataItem(CGDataTypeFDD& descriptor,
+                                     void* context,
+                                     CVolumeSet* volumeSet,
+                                     int isNew) {
+  CIData* const item = AddTo(data, descriptor, context, volumeSet, isNew);
+  if (descriptor.subChannelId == 0 || !utdata::IsGathered(descriptor.dataClass)) return item;
+  CIData* master = nullptr;
+  try {
+    master = MasterFor(descriptor, context, volumeSet, isNew);
+    master->idata1_SubChannelAdd(item);
+    return item;
+  } catch (...) {
+    data.Remove(item);
+    item->idata9_DeferDelete();
+    if (master) DestroyIfEmpty(master);
+    throw;
+  }
+}
+
+/// The master of a new element, whose descriptor has its bookmark type by now.
 CIData* CFSet::Contents::MasterFor(CGDataTypeFDD& element,
                                    void* context,
                                    CVolumeSet* volumeSet,
@@ -105,7 +124,7 @@ CIData* CFSet::Contents::AddMaster(CGDataTypeFDD& element,
                                    CVolumeSet* volumeSet,
                                    int isNew) {
   const std::unique_ptr<CGDataTypeFDD, DeleteRecord> record(gdata_Allocate(0, masterName));
-  if (!record) return nullptr;
+  if (!record) throw std::bad_alloc();
   Text name;
   CopyText(name, record->dataName);
   gdata_Duplicate(record.get(), &element);
@@ -126,17 +145,29 @@ std::uint32_t CFSet::fset_RemoveGData(fset_enumFilters filter,
                                       std::uint32_t dataClass) {
   Contents& c = *m_contents;
   const WriterScope writer(c.lock);
-  CIDataLst removed;
-  c.data.Move(filter, removed, {bookmarkType, patchId, chanId, subChanId, gateId, dataClass});
-  for (CIData* item : removed) c.DestroyDataItem(item);
-  return removed.IsEmpty() ? 1 : 0;
+  const auto destroy = [&c](CIData* item)
+                           UTDATA_NO_THREAD_SAFETY_ANALYSIS { c.DestroyDataItem(item); };
+  return c.data.Remove(
+             filter, {bookmarkType, patchId, chanId, subChanId, gateId, dataClass}, destroy)
+             ? 0
+             : 1;
+}
+
+void CFSet::RemoveItem(CIData* item) {
+  Contents& c = *m_contents;
+  const WriterScope writer(c.lock);
+  if (c.data.Remove(item)) c.DestroyDataItem(item);
 }
 
 /// A master is destroyed with its last element, if it is in the master list.
 void CFSet::Contents::DestroyDataItem(CIData* item) {
   CIData* const master = utdata::TakeFromMaster(item);
   item->idata9_DeferDelete();
-  if (!master || master->idata1_SubChannelQty() != 0) return;
+  if (master) DestroyIfEmpty(master);
+}
+
+void CFSet::Contents::DestroyIfEmpty(CIData* master) {
+  if (master->idata1_SubChannelQty() != 0) return;
   const bool wasThere = masters.Remove(master);
   UTDATA_ASSERT(wasThere);
   if (wasThere) master->idata9_DeferDelete();

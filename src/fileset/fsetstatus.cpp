@@ -1,5 +1,6 @@
 // The file set: its general-information item, its weld descriptors, and the modified and new flags
 // of all items.
+#include <memory>
 #include <utility>
 
 #include "src/fileset/contents.h"
@@ -24,6 +25,23 @@ Descriptor* FindWeld(const std::vector<Descriptor*>& stored,
   return nullptr;
 }
 
+/// Appends a copy. @return the descriptor; null without memory
+template <class Descriptor>
+Descriptor* AddWeld(Descriptor& descriptor,
+                    std::vector<Descriptor*>& stored,
+                    Descriptor* (*allocate)(int, const wchar_t*),
+                    void (*remove)(Descriptor*, int)) {
+  return utdata::OrNull([&]() -> Descriptor* {
+    const auto whole = [remove](Descriptor* copy) { remove(copy, 1); };
+    std::unique_ptr<Descriptor, decltype(whole)> copy(allocate(0, nullptr), whole);
+    if (!copy) return nullptr;
+    *copy = descriptor;
+    stored.push_back(copy.get());
+    copy.release();
+    return &descriptor;
+  });
+}
+
 bool Passes(const CIInfo* info, fset_enumFilters filter) {
   return info && utdata::PassesFilter(
                      filter,
@@ -46,7 +64,7 @@ CIInfo* CFSet::fset_AddGInfo(CGInfoTypeDescr* descriptor, int isNew) {
   Contents& c = *m_contents;
   const WriterScope writer(c.lock);
   if (c.info) return nullptr;
-  c.info = new CIInfo(descriptor, isNew);
+  c.info = utdata::OrNull([&] { return new CIInfo(descriptor, isNew); });
   return c.info;
 }
 
@@ -68,8 +86,11 @@ CIInfo* CFSet::fset_ReplaceGInfo(CGInfoTypeDescr* descriptor) {
   if (!descriptor) return nullptr;
   Contents& c = *m_contents;
   const WriterScope writer(c.lock);
-  if (c.info) c.info->iinfo1_ReplaceGInfo(descriptor);
-  return c.info;
+  CIInfo* const info = c.info;
+  return utdata::OrNull([=] {
+    if (info) info->iinfo1_ReplaceGInfo(descriptor);
+    return info;
+  });
 }
 
 // Weld descriptors.
@@ -80,12 +101,8 @@ CGWeldFillDescr* CFSet::fset_AddGWeldFill(CGWeldFillDescr* descriptor) {
   const WriterScope writer(c.lock);
   if (CGWeldFillDescr* stored = fset_GetGWeldFill(descriptor->weldId, descriptor->fillId))
     return stored;
-  CGWeldFillDescr* copy = gweldFill_Allocate(0, nullptr);
-  if (!copy) return nullptr;
-  *copy = *descriptor;
   const utdata::MutexScope weld(c.weldLock);
-  c.weldFills.push_back(copy);
-  return descriptor;
+  return AddWeld(*descriptor, c.weldFills, gweldFill_Allocate, gweldFill_Delete);
 }
 
 CGWeldScanPlanDescr* CFSet::fset_AddGWeldScanPlan(CGWeldScanPlanDescr* descriptor) {
@@ -94,12 +111,8 @@ CGWeldScanPlanDescr* CFSet::fset_AddGWeldScanPlan(CGWeldScanPlanDescr* descripto
   const WriterScope writer(c.lock);
   if (CGWeldScanPlanDescr* stored = fset_GetGWeldScanPlan(descriptor->weldId, descriptor->planId))
     return stored;
-  CGWeldScanPlanDescr* copy = gweldsp_Allocate(0, nullptr);
-  if (!copy) return nullptr;
-  *copy = *descriptor;
   const utdata::MutexScope weld(c.weldLock);
-  c.weldScanPlans.push_back(copy);
-  return descriptor;
+  return AddWeld(*descriptor, c.weldScanPlans, gweldsp_Allocate, gweldsp_Delete);
 }
 
 CGWeldFillDescr* CFSet::fset_GetGWeldFill(std::uint32_t weldId, std::uint32_t fillId) const {

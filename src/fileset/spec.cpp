@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "src/fileset/contents.h"
 #include "src/items/itemlookup.h"
 
 CSpec::CSpec() = default;
@@ -16,7 +17,7 @@ kvt_enumUnitSystems CSpec::spec_GetPreferredUnitSystem() const {
 
 CISpecMat* CSpec::spec_SpecMatAdd(CGSpecmatTypeDescr* descriptor, int isNew) {
   if (m_material || !descriptor) return nullptr;
-  m_material = std::make_unique<CISpecMat>(descriptor, isNew);
+  m_material.reset(utdata::OrNull([&] { return new CISpecMat(descriptor, isNew); }));
   return m_material.get();
 }
 
@@ -34,8 +35,10 @@ std::uint32_t CSpec::spec_SpecMatRemove(spec_enumFilters filter) {
 }
 
 CISpecMat* CSpec::spec_SpecMatReplace(CGSpecmatTypeDescr* descriptor) {
-  if (m_material) m_material->ismat1_ReplaceGInfo(descriptor);
-  return m_material.get();
+  return utdata::OrNull([&] {
+    if (m_material) m_material->ismat1_ReplaceGInfo(descriptor);
+    return m_material.get();
+  });
 }
 
 CInfoField::CInfoField() = default;

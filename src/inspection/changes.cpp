@@ -32,7 +32,7 @@ Changes::Changes(InspectionState& inspection, Scope scope) {
     const bool isNew = row.added && row.isListed && isUnsaved(row.item);
     if (!isNew && row.item->idata1_ModifGetStatus() == 0) continue;
     groups.data.AddTail(&records.emplace_back(Changed(row)));
-    if (isNew) newItems.push_back(row.item);
+    if (isNew) newItems.insert(row.item);
   }
   // Of the other types, the modified items and the new ones that stand in no file yet. Those that
   // were saved have joined no list of the descriptor: a whole file takes them from here.
@@ -43,7 +43,7 @@ Changes::Changes(InspectionState& inspection, Scope scope) {
         Descriptor* record = GroupItems<Descriptor>::Record(*item);
         if (std::find(out.begin(), out.end(), record) != out.end()) continue;
         out.AddTail(record);
-        if (filter == fset_New) newItems.push_back(item);
+        if (filter == fset_New) newItems.insert(item);
       }
   };
   gather(groups.channels);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <new>
 #include <optional>
 
 #include "interfaces/os.h"
@@ -19,8 +20,9 @@ using SCFile::FileOrigin;
 /// What the file at a path says of itself; nothing of one that cannot be read.
 std::optional<FileOrigin> OriginOf(const std::wstring& path) {
   FileOrigin origin;
-  if (SCFile::file_ReadOrigin(path.c_str(), &origin, nullptr) != SCFile::status_Ok) return {};
-  return origin;
+  const int status = SCFile::file_ReadOrigin(path.c_str(), &origin, nullptr);
+  if (status == SCFile::status_TooLarge) throw std::bad_alloc();
+  return status == SCFile::status_Ok ? std::optional(origin) : std::nullopt;
 }
 
 FileOrigin RequireOrigin(const std::string& path, SCFile::FileState* state = nullptr) {
@@ -38,11 +40,8 @@ class Folder {
   ///   that
   explicit Folder(const std::wstring& path) {
     const std::wstring folder = os::SplitPath(path).directory;
-    std::error_code error;
-    const std::string narrow = ToUtf8(folder);
-    std::filesystem::directory_iterator entry(narrow.empty() ? "." : narrow, error), end;
-    for (; !error && entry != end; entry.increment(error)) {
-      const std::string name = entry->path().filename().string();
+    for (const std::string& name : os::NamesIn(folder)) {
+      if (name == "." || name == "..") continue;
       try {
         const std::wstring wide = folder + ToWide(name);
         const os::PathParts parts = os::SplitPath(wide);

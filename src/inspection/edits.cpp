@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <type_traits>
 #include <utility>
 
 #include "src/foundation/dataclass.h"
 #include "src/inspection/fieldchange.h"
 #include "src/inspection/groupitems.h"
+#include "src/items/itemstate.h"
 
 namespace utdata {
 
@@ -113,23 +115,62 @@ std::string NameOf(InspectionState& inspection, const Item& item, const Descript
   }
 }
 
+/// What one edit changes; all of it, or nothing.
+class Edit {
+ public:
+  Edit() = default;
+  Edit(const Edit&) = delete;
+  Edit& operator=(const Edit&) = delete;
+  ~Edit() {
+    while (!m_isDone && !m_before.empty()) {
+      m_before.back()();
+      m_before.pop_back();
+    }
+  }
+
+  /// Notes how an item is that changes next. Going back takes no memory.
+  template <class Item, class Descriptor>
+  void NoteBefore(Item& item, const Descriptor& record) {
+    if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
+      m_before.emplace_back([&item, record, isModified = item.idata1_ModifGetStatus()] {
+        GroupItems<CGDataTypeFDD>::Change(item, record);
+        if (isModified == 0) item.idata1_ModifClear();
+      });
+    else
+      m_before.emplace_back([&item,
+                             before = Descriptor(record),
+                             isModified = ItemAccess::IsModified(item)]() mutable {
+        RestoreWorkingCopy(item, std::move(before), isModified);
+      });
+  }
+
+  [[nodiscard]] std::vector<FieldChange> Finish() noexcept {
+    m_isDone = true;
+    return std::move(changes);
+  }
+
+  std::vector<FieldChange> changes;
+
+ private:
+  std::vector<std::function<void()>> m_before;
+  bool m_isDone = false;
+};
+
 /// Gives an item a record, and notes what is then different. Masters are made anew at each loading:
 /// what they take is no change of the inspection.
 template <class Item, class Descriptor>
-void Take(InspectionState& inspection,
-          Item& item,
-          const Descriptor& record,
-          std::vector<FieldChange>& changes) {
+void Take(InspectionState& inspection, Item& item, const Descriptor& record, Edit& edit) {
   const Descriptor before = *GroupItems<Descriptor>::Record(item);
   const Fields was(before), wanted(record);
   if (std::ranges::all_of(was.All(),
                           [&](const Field& field) { return field.SameAs(wanted[field.Key()]); }))
     return;
+  edit.NoteBefore(item, before);
   GroupItems<Descriptor>::Change(item, record);
   if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
     if (IsMaster(record.dataClass)) return;
   const std::string name = NameOf(inspection, item, record);
-  AddChanges(name, was, Fields(*GroupItems<Descriptor>::Record(item)), changes);
+  AddChanges(name, was, Fields(*GroupItems<Descriptor>::Record(item)), edit.changes);
 }
 
 // ---- what agrees with a change
@@ -137,7 +178,7 @@ void Take(InspectionState& inspection,
 /// Calls `change(record)` with the records of data groups and masters, and gives their items what
 /// it made of them.
 template <class Change>
-void ChangeData(InspectionState& inspection, std::vector<FieldChange>& changes, Change&& change) {
+void ChangeData(InspectionState& inspection, Edit& edit, Change&& change) {
   std::vector<CIData*> items = GroupItems<CGDataTypeFDD>::List(inspection, fset_All);
   for (CIData* master :
        ItemsIn<CIDataLst>([&](CIDataLst* list) { inspection.set.fset_GetMSCIDataLst(list); }))
@@ -145,20 +186,20 @@ void ChangeData(InspectionState& inspection, std::vector<FieldChange>& changes, 
   for (CIData* item : items) {
     CGDataTypeFDD record = *GroupItems<CGDataTypeFDD>::Record(*item);
     change(record);
-    Take(inspection, *item, record, changes);
+    Take(inspection, *item, record, edit);
   }
 }
 
 void SpreadSoundSpeed(InspectionState& inspection,
                       std::uint32_t channelId,
                       float speed,
-                      std::vector<FieldChange>& changes) {
+                      Edit& edit) {
   if (CIChan* channel = inspection.set.fset_GetIChan(fset_All, channelId)) {
     CGChanTypeDescr record = *GroupItems<CGChanTypeDescr>::Record(*channel);
     record.soundSpeed = speed;
-    Take(inspection, *channel, record, changes);
+    Take(inspection, *channel, record, edit);
   }
-  ChangeData(inspection, changes, [=](CGDataTypeFDD& record) {
+  ChangeData(inspection, edit, [=](CGDataTypeFDD& record) {
     if (record.channelId == channelId) record.soundSpeed = speed;
   });
 }
@@ -183,19 +224,19 @@ void Repeat(std::span<const Repeated> fields,
 }
 
 template <class Descriptor>
-void Spread(InspectionState&, const Descriptor&, const Descriptor&, std::vector<FieldChange>&) {}
+void Spread(InspectionState&, const Descriptor&, const Descriptor&, Edit&) {}
 
 template <>
 void Spread(InspectionState& inspection,
             const CGChanTypeDescr& was,
             const CGChanTypeDescr& is,
-            std::vector<FieldChange>& changes) {
+            Edit& edit) {
   constexpr Repeated repeated[] = {{"refractedAngle", "probeAngle"},
                                    {"skew", "probeSkew"},
                                    {"probeSeparation", "probeSeparation"}};
   if (was.soundSpeed != is.soundSpeed)
-    SpreadSoundSpeed(inspection, is.channelId, is.soundSpeed, changes);
-  ChangeData(inspection, changes, [&](CGDataTypeFDD& record) {
+    SpreadSoundSpeed(inspection, is.channelId, is.soundSpeed, edit);
+  ChangeData(inspection, edit, [&](CGDataTypeFDD& record) {
     if (record.channelId == is.channelId && record.subChannelId == 0)
       Repeat(repeated, Fields(was), Fields(is), record);
   });
@@ -205,9 +246,9 @@ template <>
 void Spread(InspectionState& inspection,
             const CGSubchanTypeDescr& was,
             const CGSubchanTypeDescr& is,
-            std::vector<FieldChange>& changes) {
+            Edit& edit) {
   constexpr Repeated repeated[] = {{"refractedAngle", "probeAngle"}, {"skew", "probeSkew"}};
-  ChangeData(inspection, changes, [&](CGDataTypeFDD& record) {
+  ChangeData(inspection, edit, [&](CGDataTypeFDD& record) {
     if (record.channelId == is.channelId && record.subChannelId == is.subChannelId)
       Repeat(repeated, Fields(was), Fields(is), record);
   });
@@ -217,11 +258,11 @@ template <>
 void Spread(InspectionState& inspection,
             const CGDataTypeFDD& was,
             const CGDataTypeFDD& is,
-            std::vector<FieldChange>& changes) {
+            Edit& edit) {
   if (was.soundSpeed != is.soundSpeed)
-    SpreadSoundSpeed(inspection, is.channelId, is.soundSpeed, changes);
+    SpreadSoundSpeed(inspection, is.channelId, is.soundSpeed, edit);
   if (was.partThickness != is.partThickness)
-    ChangeData(inspection, changes, [&](CGDataTypeFDD& record) {
+    ChangeData(inspection, edit, [&](CGDataTypeFDD& record) {
       if (record.partThickness == was.partThickness || record.partThickness == 0)
         record.partThickness = is.partThickness;
     });
@@ -276,10 +317,10 @@ GroupKind KindOf() {
             const EditableFields fields(wanted);
             for (const auto& [key, text] : values) fields[key].Set(text);
             Check(inspection, was, wanted, NameOf(inspection, item, was));
-            std::vector<FieldChange> changes;
-            Take(inspection, item, wanted, changes);
-            Spread(inspection, was, *Items::Record(item), changes);
-            return changes;
+            Edit edit;
+            Take(inspection, item, wanted, edit);
+            Spread(inspection, was, *Items::Record(item), edit);
+            return edit.Finish();
           }};
 }
 

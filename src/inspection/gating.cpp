@@ -249,26 +249,40 @@ struct DestroyDescriptor {
   void operator()(CRDataTypeDD* descriptor) const { descriptor->Destroy(); }
 };
 
-CIGate& AddOrChange(Inspection& inspection, const GateSettings& settings, bool& isNew) {
-  CFSet& set = inspection.FileSet();
-  CIGate* gate = set.fset_GetIGate(fset_All, settings.gate, settings.channel);
-  isNew = gate == nullptr;
-  if (isNew) {
-    CGGateTypeDescr record;
-    SetUp(record, settings);
-    constexpr int ofTheHost = 1;
-    gate = set.fset_AddGGate(&record, ofTheHost);
-    if (!gate) throw Error(inspection.Path(), cannotBeGated, "the gate cannot be added");
-  } else {
-    SetUp(*gate->igate1_GetInfoRef(), settings);
-    gate->igate1_ModifSetStatus(true);
-  }
+CIGate& AddGate(Inspection& inspection, CGGateTypeDescr& record) {
+  constexpr int ofTheHost = 1;
+  CIGate* const gate = inspection.FileSet().fset_AddGGate(&record, ofTheHost);
+  if (!gate) throw Error(inspection.Path(), cannotBeGated, "the gate cannot be added");
   return *gate;
 }
+
+void Change(CIGate& gate, CGGateTypeDescr record) noexcept {
+  *gate.igate1_GetInfoRef() = std::move(record);
+  gate.igate1_ModifSetStatus(true);
+}
+
+/// Takes data groups that were added out again, unless they are kept.
+class AddedRows {
+ public:
+  explicit AddedRows(InspectionState& inspection)
+      : m_inspection(inspection), m_before(inspection.rows.size()) {}
+  AddedRows(const AddedRows&) = delete;
+  AddedRows& operator=(const AddedRows&) = delete;
+  ~AddedRows() {
+    while (!m_isKept && m_inspection.rows.size() > m_before) m_inspection.RemoveLastRow();
+  }
+  void Keep() noexcept { m_isKept = true; }
+
+ private:
+  InspectionState& m_inspection;
+  std::size_t m_before;
+  bool m_isKept = false;
+};
 
 }  // namespace
 
 GateResult Gate(Inspection& inspection, const GateSettings& settings, const Watch& watch) {
+  InspectionState& state = static_cast<InspectionState&>(inspection.Supplier());
   const auto groups =
       FindData(inspection,
                {fset_AnyId, settings.channel, fset_AnyId, fset_AnyId, gdata_AScan, bookmark_None});
@@ -294,8 +308,12 @@ GateResult Gate(Inspection& inspection, const GateSettings& settings, const Watc
         {window, ReadGate(ascans, cells, window, settings.threshold.value_or(0), watch)});
   }
   GateResult result;
-  result.gate = &AddOrChange(inspection, settings, result.isNew);
-  const CGGateTypeDescr& gate = *result.gate->igate1_GetInfoRef();
+  result.gate = inspection.FileSet().fset_GetIGate(fset_All, settings.gate, settings.channel);
+  result.isNew = result.gate == nullptr;
+  CGGateTypeDescr gate;
+  if (result.gate) gate = *std::as_const(*result.gate).igate1_GetInfoRef();
+  SetUp(gate, settings);
+  AddedRows rows(state);
   for (std::size_t index = 0; index < groups.size(); ++index) {
     CGDataTypeFDD ascans = groups[index].Stored();
     ascans.SetDataBookmarkType(groups[index].Taken().GetDataBookmarkType());
@@ -309,6 +327,11 @@ GateResult Gate(Inspection& inspection, const GateSettings& settings, const Watc
          static_cast<std::uint64_t>(strongest - readings.amplitudes.begin()),
          readings.damaged.size()});
   }
+  if (result.isNew)
+    result.gate = &AddGate(inspection, gate);
+  else
+    Change(*result.gate, std::move(gate));
+  rows.Keep();
   return result;
 }
 

@@ -2,6 +2,8 @@
 
 #include <cmath>
 #include <filesystem>
+#include <memory>
+#include <new>
 #include <utility>
 
 #include "interfaces/os.h"
@@ -51,15 +53,19 @@ int StatusOfOpening(const std::wstring& path) {
 std::unique_ptr<InspectionState> Load(const std::string& path, const OpenOptions& options) {
   CFCont container;
   const std::wstring widePath = ToWide(path);
-  CFContTypeFileDescr* loaded = container.FileLoad(widePath.c_str(), nullptr, nullptr);
+  OwnedGroups loaded(container.FileLoad(widePath.c_str(), nullptr, nullptr));
   if (!loaded) throw Error::OfFileLayer(StatusOfOpening(widePath), path, "cannot be loaded");
   std::vector<CompanionFault> faults;
-  // A failed update deletes the descriptor.
-  if (container.UpdateFromCompanions(loaded, nullptr, faults) != 0)
+  CFContTypeFileDescr* const base = loaded.release();  // a failed update deletes it
+  if (container.UpdateFromCompanions(base, nullptr, faults) != 0)
     throw Error::OfFileLayer(SCFile::status_Ok, path, "a companion cannot be read");
+  loaded.reset(base);
   // Without sub-channels' descriptors, numbering would take each data group for a whole channel's.
-  if (!loaded->subChannels.IsEmpty()) container.UpdateSubChannelList(loaded);
-  auto state = std::make_unique<InspectionState>(path, loaded, options);
+  if (!base->subChannels.IsEmpty()) {
+    container.UpdateSubChannelList(base);
+    if (!base->IsNumbered()) throw std::bad_alloc();
+  }
+  auto state = std::make_unique<InspectionState>(path, std::move(loaded), options);
   for (const CompanionFault& fault : faults) state->companionProblems.push_back(ProblemOf(fault));
   return state;
 }
@@ -111,8 +117,9 @@ const CGDataTypeFDD* FindWritten(const CFContTypeFileDescr& groups, const CGData
   return nullptr;
 }
 
-/// After a save: the items are as the files say, and what was added stands in a file.
-void Settle(InspectionState& state, const Changes& changes) {
+/// After a save: the items are as the files say, and what was added stands in a file. Takes no
+/// memory: the save is done.
+void Settle(InspectionState& state, Changes& changes) noexcept {
   for (DataRow& row : state.rows) {
     if (row.added)
       if (const CGDataTypeFDD* written = FindWritten(*state.descriptor, *row.added))
@@ -121,7 +128,7 @@ void Settle(InspectionState& state, const Changes& changes) {
     row.item->idata3_ClearModified();
     row.item->idata3_ClearNew();
   }
-  state.saved.insert(changes.newItems.begin(), changes.newItems.end());
+  state.saved.merge(changes.newItems);
   state.set.fset_ClearModified();
   state.set.fset_ClearNew();
   if (CISpecMat* material = state.specimen.spec_SpecMatGet(spec_Modified))
@@ -213,9 +220,9 @@ Inspection Inspection::Open(const std::string& path, const OpenOptions& options)
 }
 
 Inspection Inspection::New(const std::string& path) {
-  auto groups = std::make_unique<CFContTypeFileDescr>();
+  OwnedGroups groups(new CFContTypeFileDescr);
   if (!groups->SetPath(ToWide(path))) throw Error(path, cannotBeWritten, "the path is too long");
-  return Inspection(std::make_unique<InspectionState>(path, groups.release(), OpenOptions()));
+  return Inspection(std::make_unique<InspectionState>(path, std::move(groups), OpenOptions()));
 }
 
 const std::string& Inspection::Path() const { return m_state->path; }
@@ -292,9 +299,11 @@ DataGroup Inspection::AddData(const CGDataTypeFDD& record, std::span<std::byte> 
   row.table = samples;  // the item took it with the record
   row.added->SetDataBookmarkType(row.taken.GetDataBookmarkType());
   if (!row.isListed) {
-    const std::string name = m_state->NameOf(row);
+    const std::unique_ptr<CGDataTypeFDD> dropped = std::move(row.added);
     m_state->RemoveLastRow();
-    throw Error(name, "cannot be added", "another data group has its ids");
+    throw Error(Path() + ": data group " + std::to_string(m_state->rows.size()),
+                "cannot be added",
+                "another data group has its ids");
   }
   return {*m_state, row};
 }
@@ -339,18 +348,19 @@ std::string Inspection::SaveCompanion(const Signature& signature) {
                 "it has 98 companions, and no more are read",
                 "write everything as a new file");
   const auto filesBefore = loaded.files.GetCount();
+  const int number = static_cast<int>(container::ListCompanions(loaded.path).size()) + 1;
+  std::string path = ToUtf8(container::CompanionName(loaded.path, number));
   const SCFile::SigningScope signing(Wide(signature));
   const int status = CFCont().FileWrite(&loaded, &changes.groups, 1, nullptr, nullptr, 0);
-  const Error failure = Error::OfFileLayer(status, Path(), what);
   if (status == SCFile::status_NotDurable) Settle(*m_state, changes);  // it is written all the same
-  if (status != SCFile::status_Ok) throw failure;
+  if (status != SCFile::status_Ok) throw Error::OfFileLayer(status, Path(), what);
   if (loaded.files.GetCount() == filesBefore)
     throw Error(Path(),
                 what,
                 "one before the last companion is missing",
                 "bring it back, or move away those behind it");
   Settle(*m_state, changes);
-  return LastFile(*m_state);
+  return path;
 }
 
 std::string Inspection::SaveAppended(const Signature& signature) {
@@ -360,12 +370,12 @@ std::string Inspection::SaveAppended(const Signature& signature) {
   CheckInPlace(*m_state);
   CheckNothingIsLeftOut(*m_state, cannotBeWritten, true);
   CFContTypeFileDescr& loaded = *m_state->descriptor;
+  std::string path = LastFile(*m_state);
   const SCFile::SigningScope signing(Wide(signature));
   const int status = CFCont().FileWrite(&loaded, &changes.groups, 0, nullptr, nullptr, 0);
-  if (status != SCFile::status_Ok)
-    throw Error::OfFileLayer(status, LastFile(*m_state), cannotBeWritten);
+  if (status != SCFile::status_Ok) throw Error::OfFileLayer(status, path, cannotBeWritten);
   Settle(*m_state, changes);
-  return LastFile(*m_state);
+  return path;
 }
 
 void Inspection::SaveAs(const std::string& path, bool replace, const Signature& signature) {
@@ -385,10 +395,11 @@ void Inspection::SaveAs(const std::string& path, bool replace, const Signature& 
   SCFile::FileHandle file = nullptr;
   const SCFile::SigningScope signing(Wide(signature));
   const int status = CFCont().FileWrite(nullptr, &copy, replace ? 0 : 1, &top, &file, 0);
-  const Error failure = Error::OfFileLayer(status, path, cannotBeWritten);
-  if (file) SCFile::file_Close(file);  // everything is committed, or nothing is to be
+  // Everything is committed, or nothing is to be.
+  const std::unique_ptr<SCFile::Node, decltype(&SCFile::file_Close)> written(file,
+                                                                             SCFile::file_Close);
   if (status == SCFile::status_Damaged) ThrowOfDamagedInput(*m_state);
-  if (status != SCFile::status_Ok) throw failure;
+  if (status != SCFile::status_Ok) throw Error::OfFileLayer(status, path, cannotBeWritten);
 }
 
 CFSet& Inspection::FileSet() const { return m_state->set; }

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
-#include <new>
+#include <memory>
+#include <utility>
 
 #include "src/foundation/dataclass.h"
 
@@ -20,15 +21,9 @@ const SampleType* Find(Test test) {
   return found == std::end(sampleTypes) ? nullptr : found;
 }
 
-template <class Descriptor>
-Descriptor& Add(CList<Descriptor*>& list, Descriptor* descriptor) {
-  if (!descriptor) throw std::bad_alloc();
-  list.AddTail(descriptor);
-  return *descriptor;
-}
-
-void AddChannel(CFContTypeFileDescr& groups, const CGDataTypeFDD& record) {
-  CGChanTypeDescr& channel = Add(groups.channels, gchan_Allocate(1, record.channelName));
+CGChanTypeDescr ChannelOf(const CGDataTypeFDD& record) {
+  CGChanTypeDescr channel;
+  channel.name = record.channelName;
   channel.channelId = record.channelId;
   channel.rangeStart = record.sampleOffset;
   channel.range = record.sampleResolution * static_cast<float>(record.sampleQuantity);
@@ -36,7 +31,23 @@ void AddChannel(CFContTypeFileDescr& groups, const CGDataTypeFDD& record) {
   channel.refractedAngle = record.probeAngle;
   channel.digitizingFrequency = static_cast<float>(1 / double{record.sampleResolution});
   channel.rectification = record.GetDataRectification();
+  return channel;
 }
+
+/// A group that is added to a list, which then owns it, once nothing can fail any more.
+template <class Descriptor>
+class NewGroup {
+ public:
+  NewGroup(CList<Descriptor*>& list, Descriptor group)
+      : m_list(list), m_group(std::make_unique<Descriptor>(std::move(group))) {
+    list.Reserve(1);
+  }
+  void Add() noexcept { m_list.AddTail(m_group.release()); }
+
+ private:
+  CList<Descriptor*>& m_list;
+  std::unique_ptr<Descriptor> m_group;
+};
 
 }  // namespace
 
@@ -95,18 +106,20 @@ DataGroup AddScan(Inspection& inspection,
                 cannotBeMade,
                 "its layout needs " + std::to_string(size) + " bytes, and its samples have " +
                     std::to_string(samples.size()));
-  const std::wstring title = ToWide(texts.title);
-  const std::wstring software = ToWide(texts.software);
-  const std::wstring comment = ToWide(texts.comment);
-  const DataGroup added = inspection.AddData(record, samples);
-
+  CGProbeTypeDescr probeOfScan;
+  probeOfScan.angle = record.probeAngle;
+  CGInfoTypeDescr infoOfScan;
+  infoOfScan.title = ToWide(texts.title);
+  infoOfScan.software = ToWide(texts.software);
+  infoOfScan.comment = ToWide(texts.comment);
   CFContTypeFileDescr& groups = inspection.Descriptor();
-  AddChannel(groups, record);
-  Add(groups.probes, gprobe_Allocate(1, nullptr)).angle = record.probeAngle;
-  CGInfoTypeDescr& info = Add(groups.infos, ginfo_Allocate(1, nullptr));
-  info.title = title;
-  info.software = software;
-  info.comment = comment;
+  NewGroup<CGChanTypeDescr> channel(groups.channels, ChannelOf(record));
+  NewGroup<CGProbeTypeDescr> probe(groups.probes, std::move(probeOfScan));
+  NewGroup<CGInfoTypeDescr> info(groups.infos, std::move(infoOfScan));
+  const DataGroup added = inspection.AddData(record, samples);
+  channel.Add();
+  probe.Add();
+  info.Add();
   return added;
 }
 

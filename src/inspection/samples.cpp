@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <utility>
 
 #include "src/foundation/dataclass.h"
@@ -77,7 +78,7 @@ struct Samples::Reader {
 
   CLookUpTable& Table(std::uint32_t gain) {
     if (!table) table = descriptor.GetLookUpTable(&state);
-    if (!table) throw Error(state.NameOf(row), cannotBeShown, "its class has no display codes");
+    if (!table) throw std::bad_alloc();
     if (isWide) table->RemapLUT(&descriptor, gain);
     return *table;
   }

@@ -1,6 +1,7 @@
 #include "src/inspection/state.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "interfaces/framework.h"
@@ -8,19 +9,6 @@
 
 namespace utdata {
 namespace {
-
-/// While one exists, reports are dropped: those of a record that its item has normalised are for
-/// developers, not for hosts.
-class QuietReports {
- public:
-  QuietReports() : m_before(SetReportSink([](const Report&) { return ReportAnswer::Continue; })) {}
-  ~QuietReports() { SetReportSink(std::move(m_before)); }
-  QuietReports(const QuietReports&) = delete;
-  QuietReports& operator=(const QuietReports&) = delete;
-
- private:
-  ReportSink m_before;
-};
 
 /// Calls add with the last descriptor of each identity, in the order of the list: changed ones
 /// stand behind what they change.
@@ -33,6 +21,22 @@ void AddLatest(const CList<Descriptor*>& list, Add add) {
 }
 
 constexpr int ofTheFile = 0;
+
+/// Whether an item of the set has the ids of a record, or no item can have them.
+bool HasIds(CFSet& set, const CGDataTypeFDD& record) {
+  return IsMaster(record.dataClass) || set.fset_GetIData(fset_All,
+                                                         record.GetDataBookmarkType(),
+                                                         record.GetPatchID(),
+                                                         record.channelId,
+                                                         record.subChannelId,
+                                                         record.gateId,
+                                                         record.dataClass);
+}
+
+/// Without memory the set answers null to an addition, and does not have the item.
+void CheckAdded(const void* added, const void* isThere = nullptr) {
+  if (!added && !isThere) throw std::bad_alloc();
+}
 
 /// The cells that a range of a row's table concerns, as far as that can be said before its offsets
 /// are checked.
@@ -70,25 +74,18 @@ std::string ReasonOf(const DamagedSamples& damage, std::uint32_t columns) {
 
 }  // namespace
 
-void InspectionState::Release::operator()(CFContTypeFileDescr* groups) const {
+void ReleaseGroups::operator()(CFContTypeFileDescr* groups) const {
   DeleteGroups(*groups);
   CFCont().FileClose(groups);
   delete groups;
 }
 
 InspectionState::InspectionState(std::string filePath,
-                                 CFContTypeFileDescr* loaded,
+                                 OwnedGroups loaded,
                                  const OpenOptions& openOptions)
-    : path(std::move(filePath)), options(openOptions), descriptor(loaded) {
+    : path(std::move(filePath)), options(openOptions), descriptor(std::move(loaded)) {
   FillBaseUnits();
   FillSet();
-}
-
-// Items that stand alone go before the volume set that has their units; mapped tables end with
-// their file.
-InspectionState::~InspectionState() {
-  for (DataRow& row : rows)
-    if (!row.isListed && row.item) row.item->idata9_DeferDelete();
 }
 
 void InspectionState::FillBaseUnits() {
@@ -103,18 +100,27 @@ void InspectionState::FillBaseUnits() {
 
 void InspectionState::FillSet() {
   const CFContTypeFileDescr& groups = *descriptor;
-  for (CGPatchTypeDescr* patch : groups.patches) set.fset_AddGPatch(patch, ofTheFile);
-  for (CGProbeTypeDescr* probe : groups.probes) set.fset_AddGProbe(probe, ofTheFile);
-  for (CGChanTypeDescr* channel : groups.channels) set.fset_AddGChan(channel, ofTheFile);
+  for (CGPatchTypeDescr* patch : groups.patches)
+    CheckAdded(set.fset_AddGPatch(patch, ofTheFile), set.fset_GetIPatch(fset_All, patch->patchId));
+  for (CGProbeTypeDescr* probe : groups.probes)
+    CheckAdded(set.fset_AddGProbe(probe, ofTheFile), set.fset_GetIProbe(fset_All, probe->probeId));
+  for (CGChanTypeDescr* channel : groups.channels)
+    CheckAdded(set.fset_AddGChan(channel, ofTheFile),
+               set.fset_GetIChan(fset_All, channel->channelId));
   for (CGSubchanTypeDescr* subChannel : groups.subChannels)
-    set.fset_AddGSubChan(subChannel, ofTheFile);
-  for (CGGateTypeDescr* gate : groups.gates) set.fset_AddGGate(gate, ofTheFile);
-  for (CGInfoTypeDescr* info : groups.infos) set.fset_AddGInfo(info, ofTheFile);
+    CheckAdded(set.fset_AddGSubChan(subChannel, ofTheFile),
+               set.fset_GetISubChan(fset_All, subChannel->subChannelId, subChannel->channelId));
+  for (CGGateTypeDescr* gate : groups.gates)
+    CheckAdded(set.fset_AddGGate(gate, ofTheFile),
+               set.fset_GetIGate(fset_All, gate->gateId, gate->channelId));
+  for (CGInfoTypeDescr* info : groups.infos)
+    CheckAdded(set.fset_AddGInfo(info, ofTheFile), set.fset_GetIInfo(fset_All));
   for (const CGDataTypeFDD* group : groups.data) AddRow(*group, ofTheFile);
   for (CGSpecmatTypeDescr* material : groups.specimenMaterials)
-    specimen.spec_SpecMatAdd(material, ofTheFile);
-  AddLatest(groups.weldScanPlans, [this](auto* plan) { set.fset_AddGWeldScanPlan(plan); });
-  AddLatest(groups.weldFills, [this](auto* fill) { set.fset_AddGWeldFill(fill); });
+    CheckAdded(specimen.spec_SpecMatAdd(material, ofTheFile), specimen.spec_SpecMatGet(spec_All));
+  AddLatest(groups.weldScanPlans,
+            [this](auto* plan) { CheckAdded(set.fset_AddGWeldScanPlan(plan)); });
+  AddLatest(groups.weldFills, [this](auto* fill) { CheckAdded(set.fset_AddGWeldFill(fill)); });
 }
 
 DataRow& InspectionState::AddRow(const CGDataTypeFDD& stored, int isNew) {
@@ -122,24 +128,36 @@ DataRow& InspectionState::AddRow(const CGDataTypeFDD& stored, int isNew) {
   row.index = rows.size() - 1;
   row.stored = &stored;
   row.taken = stored;
+  row.isListed = false;
   const QuietReports quiet;
-  row.item = set.fset_AddGData(&row.taken, nullptr, &volume, isNew);
-  // Some classes are answered with the item that has the ids already.
-  row.isListed = row.item && rowOfItem.emplace(row.item, &row).second;
-  if (!row.isListed) {
-    row.taken = stored;
-    row.item = new CIData(&row.taken, nullptr, &volume, isNew, nullptr);
-    rowOfItem.emplace(row.item, &row);
+  try {
+    // The places come first: once the set has the item, nothing can fail any more.
+    std::map<const CIData*, DataRow*> place{{nullptr, &row}};
+    data.emplace_back(*this, row);
+    CIData* item = set.fset_AddGData(&row.taken, nullptr, &volume, isNew, &row.isListed);
+    if (!row.isListed) {
+      // Another group has the ids, or memory has run out: then nobody has them.
+      if (!item && !HasIds(set, stored)) throw std::bad_alloc();
+      row.taken = stored;
+      item = new CIData(&row.taken, nullptr, &volume, isNew, nullptr);
+    }
+    row.item = item;
+    auto node = place.extract(place.begin());
+    node.key() = item;
+    rowOfItem.insert(std::move(node));
+  } catch (...) {
+    if (data.size() == rows.size()) data.pop_back();
+    rows.pop_back();
+    throw;
   }
-  data.emplace_back(*this, row);
   return row;
 }
 
-void InspectionState::RemoveLastRow() {
-  CIData* const item = rows.back().item;
-  rowOfItem.erase(item);
+void InspectionState::RemoveLastRow() noexcept {
+  DataRow& row = rows.back();
+  rowOfItem.erase(row.item);
   data.pop_back();
-  item->idata9_DeferDelete();
+  if (row.isListed) set.RemoveItem(row.item);
   rows.pop_back();
 }
 
@@ -151,12 +169,18 @@ DataRow* InspectionState::RowOf(const CIData* item) {
   std::size_t index = 0;
   for (CIData* master : masters) {
     if (master == item) {
-      DataRow& row = masterRows.emplace_back();
-      row.index = index;
-      row.taken = *master->idata1_GetGInfoRef();
-      row.stored = &row.taken;
-      row.item = master;
-      return rowOfItem.emplace(master, &row).first->second;
+      DataRow*& place = rowOfItem.emplace(master, nullptr).first->second;
+      try {
+        place = &masterRows.emplace_back();
+      } catch (...) {
+        rowOfItem.erase(master);
+        throw;
+      }
+      place->index = index;
+      place->taken = *master->idata1_GetGInfoRef();
+      place->stored = &place->taken;
+      place->item = master;
+      return place;
     }
     ++index;
   }
@@ -203,23 +227,22 @@ void InspectionState::Attach(DataRow& row) {
     int status = samples.group ? SCFile::file_BlockChunks(samples.group, samples.item, &chunks)
                                : static_cast<int>(SCFile::status_Ok);
     if (status == SCFile::status_Ok) status = gdata_SamplesMap(row.stored, &mapped, &size);
+    if (status == SCFile::status_TooLarge) throw std::bad_alloc();
     if (status != SCFile::status_Ok)
       throw Error::OfFileLayer(status, NameOf(row), "its samples cannot be mapped");
   }
+  const auto unmap = [&](const void*) {
+    const std::lock_guard lock(m_fileLock);
+    SCFile::file_BlockUnmap(SCFile::file_OfGroup(samples.group), mapped);
+  };
+  std::unique_ptr<const void, decltype(unmap)> view(mapped, unmap);
   auto* bytes = static_cast<std::byte*>(mapped);
   if (options.tables == SampleTables::InMemory) {
     row.copy = std::make_unique_for_overwrite<std::byte[]>(size);
     bytes = row.copy.get();
   }
   row.chunks = std::make_unique<ChunkCheck>(std::move(chunks), bytes);
-  if (row.copy) {
-    const auto unmap = [&](const void*) {
-      const std::lock_guard lock(m_fileLock);
-      SCFile::file_BlockUnmap(SCFile::file_OfGroup(samples.group), mapped);
-    };
-    const std::unique_ptr<const void, decltype(unmap)> view(mapped, unmap);
-    Load(row, static_cast<const std::byte*>(mapped));
-  }
+  if (row.copy) Load(row, static_cast<const std::byte*>(mapped));
   // What the item may change is checked before it gets the table: an old header, and offsets.
   const CRDataTypeDD& layout = *row.item->Descriptor();
   const std::uint64_t cells = std::uint64_t{layout.rowQuantity} * layout.columnQuantity;
@@ -229,7 +252,10 @@ void InspectionState::Attach(DataRow& row) {
     static_cast<void>(row.chunks->IsWhole(0, std::min(cells, size / offsetSize) * offsetSize));
   const QuietReports quiet;  // of a table that its layout does not fit; whoever reads it says so
   row.item->AttachTable(reinterpret_cast<char*>(bytes), true, size);
-  if (!row.copy) row.item->SetDiskOrigin();
+  if (!row.copy) {
+    row.item->SetDiskOrigin();
+    view.release();  // it ends with its file
+  }
   row.table = {bytes, size};
 }
 

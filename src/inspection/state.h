@@ -30,7 +30,7 @@ struct DataRow {
   const CGDataTypeFDD* stored = nullptr;
   CGDataTypeFDD taken;  ///< the record as the item took it
   CIData* item = nullptr;
-  bool isListed = true;
+  bool isListed = true;  ///< the item is the file set's
 
   std::unique_ptr<CGDataTypeFDD> added;  ///< the record of one that is not in the descriptor yet
   std::vector<std::byte> samples;        ///< of one that was added with its samples
@@ -41,15 +41,26 @@ struct DataRow {
   std::unique_ptr<ChunkCheck> chunks;                  ///< of a table from a file
   std::unique_ptr<const CellTable> cells;              ///< of the table
   std::atomic<const CellTable*> readyCells = nullptr;  ///< these, once they are there
+
+  DataRow() = default;
+  DataRow(const DataRow&) = delete;
+  DataRow& operator=(const DataRow&) = delete;
+  /// An item that stands alone goes with its row.
+  ~DataRow() {
+    if (!isListed && item) item->idata9_DeferDelete();
+  }
 };
 
+struct ReleaseGroups {
+  void operator()(CFContTypeFileDescr* groups) const;
+};
+using OwnedGroups = std::unique_ptr<CFContTypeFileDescr, ReleaseGroups>;
+
 struct InspectionState final : IGDataSupplier {
-  InspectionState(std::string filePath,
-                  CFContTypeFileDescr* loaded,
-                  const OpenOptions& openOptions);
+  InspectionState(std::string filePath, OwnedGroups loaded, const OpenOptions& openOptions);
   InspectionState(const InspectionState&) = delete;
   InspectionState& operator=(const InspectionState&) = delete;
-  ~InspectionState();
+  ~InspectionState() = default;
 
   // What library objects reach back into.
   CFSet* GetFileSet() override { return &set; }
@@ -61,10 +72,10 @@ struct InspectionState final : IGDataSupplier {
   void HandleParameterRequest(PellamServiceParam&, std::int32_t) override {}
   void OnParametersChanged() override {}
 
-  /// Makes an item of a record, the last of `rows`. @param isNew as for CFSet::fset_AddGData
+  /// Makes an item of a record, the last of `rows`. Throws std::bad_alloc, and changes nothing,
+  /// when memory runs out. @param isNew as for CFSet::fset_AddGData
   DataRow& AddRow(const CGDataTypeFDD& stored, int isNew);
-  /// REQUIRES: it is not listed.
-  void RemoveLastRow();
+  void RemoveLastRow() noexcept;
   /// The row of an item, or of a master; null for an item of another inspection.
   DataRow* RowOf(const CIData* item);
   /// The table of a row, attached to its item when first asked for.
@@ -81,19 +92,16 @@ struct InspectionState final : IGDataSupplier {
   /// "FILE: data group 3", for failures.
   [[nodiscard]] std::string NameOf(const DataRow& row) const;
 
-  struct Release {
-    void operator()(CFContTypeFileDescr* groups) const;
-  };
-
   std::string path;
   OpenOptions options;
   std::vector<std::string> warnings;
   std::vector<CompanionProblem> companionProblems;
-  std::unique_ptr<CFContTypeFileDescr, Release> descriptor;
+  OwnedGroups descriptor;
   CTableFactory tables;
   CVolumeSet volume{this, unit_Length, L"", unit_Length, L""};
   CSpec specimen;
-  std::deque<DataRow> rows;  ///< before the set, whose items read from tables until they go
+  std::deque<DataRow> rows;  ///< before the set, whose items read from tables until they go; after
+                             ///< the volume set, which has the units of items that stand alone
   std::deque<DataRow> masterRows;
   std::map<const CIData*, DataRow*> rowOfItem;
   std::vector<DataGroup> data;  ///< of `rows`
@@ -135,7 +143,7 @@ struct Changes {
 
   CFContTypeFileDescr groups;
   std::deque<CGDataTypeFDD> records;  ///< of data groups, listed in `groups`
-  std::vector<const void*> newItems;
+  std::set<const void*> newItems;
   bool isEmpty = true;
 };
 

@@ -26,23 +26,27 @@ void TerminateTexts(CGDataTypeFDD& record) {
 
 }  // namespace
 
-CIData::CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int external, long*)
+CIData::CIData(void* data, CVolumeSet* volumes, int external)
     : m_inside(std::make_unique<Inside>(this)),
       m_external(external),
       m_data(data),
       m_volumes(volumes),
-      m_document(volumes ? volumes->vol_GetDocument() : nullptr) {
+      m_document(volumes ? volumes->vol_GetDocument() : nullptr) {}
+
+// Other items change last, when nothing can fail any more.
+CIData::CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int external, long*)
+    : CIData(data, volumes, external) {
   UTDATA_ASSERT(record && volumes);
   if (!record || !volumes) return;
   TerminateTexts(*record);
   utdata::NormaliseDataRecord(*record);
-  bool meridio = false;
-  CIData* const partner = MatchAmpPosCScans(record, volumes, meridio);
+  Partners partners;
+  FindPartners(*record, *volumes, partners);
   const ChannelScanning scanning = ReadChannelScanning(record->channelId);
   UpdateBookmarkType(scanning.mode, record);
   m_record = std::make_unique<CGDataTypeFDD>(*record);
-  m_descriptor.reset(
-      new CRDataTypeDD(m_record.get(), meridio ? nullptr : partner, meridio ? partner : nullptr));
+  m_descriptor.reset(new CRDataTypeDD(m_record.get(), partners.matched, partners.meridio));
+  m_descriptor->SetMatchedCScan(nullptr);
   utdata::ItemAccess::PublishIds(*this, utdata::IdsOf(*m_descriptor));
   if (m_external) {
     m_descriptor->SetDataLoaded(true);
@@ -64,14 +68,10 @@ CIData::CIData(CGDataTypeFDD* record, void* data, CVolumeSet* volumes, int exter
     m_elements = std::make_unique<CIDataLst>();
     m_inside->master = this;
   }
+  Link(partners);
 }
 
-CIData::CIData(void* data, CVolumeSet* volumes)
-    : m_inside(std::make_unique<Inside>(this)),
-      m_external(1),
-      m_data(data),
-      m_volumes(volumes),
-      m_document(volumes ? volumes->vol_GetDocument() : nullptr) {}
+CIData::CIData(void* data, CVolumeSet* volumes) : CIData(data, volumes, 1) {}
 
 CIData::~CIData() {
   [[maybe_unused]] const bool wasLive = m_inside->live.End();

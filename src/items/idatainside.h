@@ -4,6 +4,7 @@
 #include "interfaces/framework.h"
 #include "interfaces/thread_safety.h"
 #include "utdata/idata.h"
+#include "utdata/idatalst.h"
 #include "utdata/itemlink.h"
 
 struct UTDATA_LOCAL CIData::Inside {
@@ -17,6 +18,13 @@ struct UTDATA_LOCAL CIData::Inside {
   utdata::DataItemLink master;  ///< of an element its master, of a master itself
   /// In the master's list, null: in none; written under both items' locks.
   POSITION placeAmongElements = nullptr;
+};
+
+/// The C-scans that an item under construction is matched with.
+struct UTDATA_LOCAL CIData::Partners {
+  CIData* matched = nullptr;
+  CIData* meridio = nullptr;
+  CIDataLst linked;  ///< those that are to name the item as their match
 };
 
 /// Holds an item's lock for a scope. A checked build reports a master's lock that is asked for

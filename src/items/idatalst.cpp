@@ -61,8 +61,10 @@ void CIDataLst::GetGateIDataList(fset_enumFilters filter,
                                  std::uint32_t gateId,
                                  std::uint32_t dataClass) const {
   const Ids ids{bookmark_None, patchId, chanId, subChanId, gateId, dataClass};
+  utdata::Appending appending(*out);
   utdata::Walk(*this, filter, ids, rulesByGateNumber, [out](POSITION, CIData* item) {
     out->AddTail(item);
     return true;
   });
+  appending.Keep();
 }

@@ -66,9 +66,9 @@ bool CIData::idata1_SubChannelAdd(CIData* element) {
     const LockScope elementLock(*element);
     if (element->m_inside->placeAmongElements) continue;  // another thread has added it meanwhile
     CheckLayout(*m_descriptor, *element->m_descriptor);
-    m_descriptor->SetDataType(element->m_descriptor->GetDataType());
-    element->m_inside->master = this;
     element->m_inside->placeAmongElements = m_elements->AddTail(element);
+    element->m_inside->master = this;
+    m_descriptor->SetDataType(element->m_descriptor->GetDataType());
     {
       const utdata::MutexScope ids(m_inside->idLock);
       m_descriptor->subChannelId =
@@ -116,12 +116,13 @@ std::uint32_t CIData::idata1_SubChannelQty() const {
 void CIData::GetOrderedSubChannelList(CIDataLst* out) const {
   UTDATA_ASSERT(out != nullptr && out != m_elements.get());
   if (!out || out == m_elements.get()) return;
-  out->RemoveAll();
-  if (!m_elements) return;
-  std::vector<CIData*> ordered(m_elements->begin(), m_elements->end());
+  std::vector<CIData*> ordered;
+  if (m_elements) ordered.assign(m_elements->begin(), m_elements->end());
   std::stable_sort(ordered.begin(), ordered.end(), [](const CIData* a, const CIData* b) {
     return SubChannelOrder(a) < SubChannelOrder(b);
   });
+  out->RemoveAll();
+  out->Reserve(static_cast<std::ptrdiff_t>(ordered.size()));
   for (CIData* element : ordered) out->AddTail(element);
 }
 

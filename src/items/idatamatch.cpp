@@ -28,11 +28,11 @@ gdata_enumDataClass ClassOf(const CIData& item) {
 
 /// Appends the data items of the record's bookmark type, patch and channel. A master is matched to
 /// the masters of its gate number.
-void FindPartners(CFSet& set,
-                  const CGDataTypeFDD& record,
-                  std::uint32_t gateId,
-                  gdata_enumDataClass masterClass,
-                  CIDataLst& out) {
+void FindItemsBeside(CFSet& set,
+                     const CGDataTypeFDD& record,
+                     std::uint32_t gateId,
+                     gdata_enumDataClass masterClass,
+                     CIDataLst& out) {
   const bool isMaster = utdata::IsMaster(record.dataClass);
   set.fset_GetIDataLst(&out,
                        fset_All,
@@ -82,62 +82,51 @@ void CIData::UpdateBookmarkType(const enumElectronicScanning& mode, CGDataTypeFD
   record->SetDataBookmarkType(record->gateId == couplingGate ? bookmark_Coupling : type);
 }
 
-CIData* CIData::MatchAmpPosCScans(CGDataTypeFDD* record, CVolumeSet* volumes, bool& meridio) {
-  IGDataSupplier* const document = volumes->vol_GetDocument();
+void CIData::FindPartners(const CGDataTypeFDD& record, CVolumeSet& volumes, Partners& partners) {
+  IGDataSupplier* const document = volumes.vol_GetDocument();
   CFSet* const set = document ? document->GetFileSet() : nullptr;
-  if (!set) return nullptr;
-  const gdata_enumDataClass c = utdata::ClassOfElements(record->dataClass);
-  if (c == gdata_CScanAmplitude) return MatchAmplitude(*record, *set);
-  if (utdata::HoldsPositions(record->dataClass)) return MatchPosition(*record, *set, meridio);
-  if (utdata::IsEddyCurrent(c)) return MatchEddyCurrent(*record, *set);
-  return nullptr;
+  if (!set) return;
+  const gdata_enumDataClass c = utdata::ClassOfElements(record.dataClass);
+  if (c == gdata_CScanAmplitude)
+    FindForAmplitudes(record, *set, partners);
+  else if (utdata::HoldsPositions(record.dataClass))
+    FindForPositions(record, *set, partners);
+  else if (utdata::IsEddyCurrent(c))
+    FindForEddyCurrent(record, *set, partners);
 }
 
-CIData* CIData::MatchAmplitude(const CGDataTypeFDD& record, CFSet& set) {
+void CIData::FindForAmplitudes(const CGDataTypeFDD& record, CFSet& set, Partners& partners) {
   CIDataLst found;
   const std::uint32_t gateId =
       utdata::IsMaster(record.dataClass) ? utdata::GateNumber(record.gateId) : record.gateId;
-  FindPartners(set, record, gateId, gdata_CScanPosition, found);
-  CIData* matched = nullptr;
+  FindItemsBeside(set, record, gateId, gdata_CScanPosition, found);
   for (CIData* partner : found) {
     if (!utdata::HoldsPositions(ClassOf(*partner))) continue;
-    const LockScope lock(*partner);
-    partner->m_descriptor->SetMatchedCScan(this);
-    matched = partner;
+    partners.linked.AddTail(partner);
+    partners.matched = partner;
   }
-  return matched;
 }
 
-CIData* CIData::MatchPosition(const CGDataTypeFDD& record, CFSet& set, bool& meridio) {
+void CIData::FindForPositions(const CGDataTypeFDD& record, CFSet& set, Partners& partners) {
   const std::uint32_t number = utdata::GateNumber(record.gateId);
-  meridio =
+  const bool isMeridio =
       utdata::ClassOfElements(record.dataClass) == gdata_CScanPosition &&
       std::find(std::begin(meridioGates), std::end(meridioGates), number) != std::end(meridioGates);
   CIDataLst found;
-  FindPartners(
-      set, record, meridio ? record.gateId - 1 : record.gateId, gdata_CScanAmplitude, found);
-  CIData* matched = nullptr;
+  FindItemsBeside(
+      set, record, isMeridio ? record.gateId - 1 : record.gateId, gdata_CScanAmplitude, found);
   for (CIData* partner : found) {
     if (utdata::ClassOfElements(ClassOf(*partner)) != gdata_CScanAmplitude) continue;
-    matched = partner;
-    if (meridio) break;
-    partner->TakeSampleAxisOf(record, this);
+    if (isMeridio) {
+      partners.meridio = partner;
+      break;
+    }
+    partners.linked.AddTail(partner);
+    partners.matched = partner;
   }
-  return matched;
 }
 
-/// The sample axis of an amplitude C-scan is that of the positions beside it.
-void CIData::TakeSampleAxisOf(const CGDataTypeFDD& position, CIData* positionItem) {
-  UTDATA_ASSERT(position.dataMaximum >= 0);
-  const LockScope lock(*this);
-  m_descriptor->sampleQuantity = QuantityOf(double{position.dataMaximum});
-  m_descriptor->sampleResolution = position.dataResolution;
-  m_descriptor->sampleOffset = position.dataOffset;
-  m_descriptor->SetMatchedCScan(positionItem);
-  UpdateUnits();
-}
-
-CIData* CIData::MatchEddyCurrent(const CGDataTypeFDD& record, CFSet& set) {
+void CIData::FindForEddyCurrent(const CGDataTypeFDD& record, CFSet& set, Partners& partners) {
   const gdata_enumDataClass other = utdata::ClassOfElements(record.dataClass) == gdata_EddyCurrentX
                                         ? gdata_EddyCurrentY
                                         : gdata_EddyCurrentX;
@@ -152,12 +141,27 @@ CIData* CIData::MatchEddyCurrent(const CGDataTypeFDD& record, CFSet& set) {
                        anyClass,
                        fset_AnyId,
                        fset_AnyId);
-  CIData* matched = nullptr;
   for (CIData* partner : found) {
     if (ClassOf(*partner) != other) continue;
+    partners.linked.AddTail(partner);
+    partners.matched = partner;
+  }
+}
+
+void CIData::Link(const Partners& partners) {
+  m_descriptor->SetMatchedCScan(partners.matched);
+  for (CIData* partner : partners.linked) {
     const LockScope lock(*partner);
     partner->m_descriptor->SetMatchedCScan(this);
-    matched = partner;
+    if (utdata::HoldsPositions(m_record->dataClass)) partner->TakeSampleAxisOf(*m_record);
   }
-  return matched;
+}
+
+/// The sample axis of an amplitude C-scan is that of the positions beside it. Under the lock.
+void CIData::TakeSampleAxisOf(const CGDataTypeFDD& position) {
+  UTDATA_ASSERT(position.dataMaximum >= 0);
+  m_descriptor->sampleQuantity = QuantityOf(double{position.dataMaximum});
+  m_descriptor->sampleResolution = position.dataResolution;
+  m_descriptor->sampleOffset = position.dataOffset;
+  UpdateUnits();
 }

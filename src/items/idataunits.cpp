@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <new>
 #include <numbers>
 
 #include "utdata/error.h"
@@ -85,27 +86,34 @@ void UpdateAngleSamples(CUnitSet& set, double resolution) {
   set.AdjustSubUnit(kvt_AxisSample, unit_Point, 1, 0, 0, 0);
 }
 
+/// What a volume set or unit set has made; without memory, nothing.
+template <class Value>
+Value* Made(Value* made) {
+  if (!made) throw std::bad_alloc();
+  return made;
+}
+
 CUnit* ObtainUnit(CUnitSet& set, unit_enumUnits family, unit_enumDataUnit dataUnit, CUnit* base) {
   if (CUnit* const present = set.GetUnit(kvt_AxisAmplitude, family, dataUnit)) return present;
-  return set.AppendUnit(
+  return Made(set.AppendUnit(
       kvt_AxisAmplitude,
-      std::make_unique<CUnit>(family, dataUnit, unit_ConversionLinear, 1.0, 0.0, base));
+      std::make_unique<CUnit>(family, dataUnit, unit_ConversionLinear, 1.0, 0.0, base)));
 }
 
 /// Scaled analog data show in their own scale and in percent; all other data in percent and
 /// decibels.
 void UpdateAmplitudes(CUnitSet& set, const CRDataTypeDD& d, CUnit* base) {
   if (d.GetDataClass() != gdata_AnalogScaled) {
-    set.ModifyAmplitudeSubUnit(IsLinear(d));
+    Made(set.ModifyAmplitudeSubUnit(IsLinear(d)));
     return;
   }
-  if (CUnit* const scaled = ObtainUnit(set, unit_Scaled, unit_DataScaled, base))
-    scaled->CUpdateUnit(unit_Scaled,
-                        unit_DataScaled,
-                        unit_ConversionLinear,
-                        d.GetDataResol(),
-                        d.GetDataOffs(),
-                        base);
+  ObtainUnit(set, unit_Scaled, unit_DataScaled, base)
+      ->CUpdateUnit(unit_Scaled,
+                    unit_DataScaled,
+                    unit_ConversionLinear,
+                    d.GetDataResol(),
+                    d.GetDataOffs(),
+                    base);
   ObtainUnit(set, unit_Percent, unit_DataPercent, base);
 }
 
@@ -129,9 +137,10 @@ void CIData::InitializeUnits() {
   if (m_pUnitInfo) err_Assert("m_pUnitInfo == NULL", __FILE__, __LINE__);
   const auto address =
       static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(this) & 0xFFFFFFFFu);
-  m_pUnitInfo = m_volumes->vol_CreateUnitSet(vset_groupId(privateUnits, address, 0, 0, 0), nullptr);
+  m_pUnitInfo =
+      Made(m_volumes->vol_CreateUnitSet(vset_groupId(privateUnits, address, 0, 0, 0), nullptr));
   const auto add = [this](kvt_enumAxis axis, unit_enumUnits family) {
-    return m_pUnitInfo->AddSubUnit(axis, family, 1.0, 0.0, 0.0);
+    return Made(m_pUnitInfo->AddSubUnit(axis, family, 1.0, 0.0, 0.0));
   };
   for (const kvt_enumAxis axis : scanAxes) {
     m_pointUnits[axis] = add(axis, unit_Point);
@@ -141,13 +150,13 @@ void CIData::InitializeUnits() {
   for (const unit_enumUnits family :
        {unit_HalfPath, unit_Path, unit_Time, unit_OneWayTime, unit_Depth})
     add(kvt_AxisSample, family);
-  m_pUnitInfo->AddSubUnit(kvt_AxisSample, unit_TofdDepth, 0.0, 1.0, 1.0);
+  Made(m_pUnitInfo->AddSubUnit(kvt_AxisSample, unit_TofdDepth, 0.0, 1.0, 1.0));
   if (m_descriptor->GetDataClass() == gdata_CScanAngle)
     for (const unit_enumUnits family : {unit_Angle, unit_Length}) add(kvt_AxisSample, family);
   for (const kvt_enumAxis axis : {kvt_AxisSample, kvt_AxisAmplitude})
     m_pointUnits[axis] = add(axis, unit_Point);
   if (m_descriptor->GetDataClass() != gdata_AnalogScaled)
-    m_pUnitInfo->AddAmplitudeSubUnit(IsLinear(*m_descriptor));
+    Made(m_pUnitInfo->AddAmplitudeSubUnit(IsLinear(*m_descriptor)));
 }
 
 void CIData::ChooseInitialUnits() {

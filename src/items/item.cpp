@@ -1,6 +1,7 @@
 // The item pattern.
 #include "utdata/item.h"
 
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -31,18 +32,16 @@ template <> struct Family<CGSpecmatTypeDescr> : FamilyOf<gspecmat_Duplicate, gsp
 template <> struct Family<CGSubchanTypeDescr> : FamilyOf<gsubchan_Duplicate, gsubchan_Delete> {};
 // clang-format on
 
+/// All of it or, without memory, nothing.
+template <class Descriptor>
+void Duplicate(Descriptor& target, const Descriptor& source) {
+  if (Family<Descriptor>::duplicate(&target, &source) != SCFile::status_Ok) throw std::bad_alloc();
+}
+
 template <class Descriptor>
 void Empty(Descriptor& descriptor) {
   if constexpr (!std::is_null_pointer_v<decltype(Family<Descriptor>::release)>)
     Family<Descriptor>::release(&descriptor, 0);
-}
-
-/// Makes the working copy equal to a record, which may be itself.
-template <class Descriptor>
-void Renew(Descriptor& working, const Descriptor* source) {
-  if (source == &working) return;
-  Empty(working);
-  Family<Descriptor>::duplicate(&working, source);
 }
 
 }  // namespace
@@ -69,7 +68,7 @@ template <class Descriptor>
 Item<Descriptor>::Item(Descriptor* descriptor, int isNew)
     : PlacedItem(std::make_unique<State>(isNew ? nullptr : descriptor)) {
   if (!Given(descriptor)) return;
-  Family<Descriptor>::duplicate(&Inside().working, descriptor);
+  Duplicate(Inside().working, *descriptor);
   ItemAccess::PlaceOf(*this).ids.Begin(IdsOf(Inside().working));
 }
 
@@ -122,9 +121,9 @@ template <class Descriptor>
 void Item<Descriptor>::Replace(const Descriptor* source) {
   if (!Given(source)) return;
   const MutexScope lock(Inside().lock);
-  Descriptor* const fileSide = Inside().fileSide;
-  if (fileSide) *fileSide = *source;
-  Renew(Inside().working, fileSide ? fileSide : source);
+  Descriptor next(*source);
+  if (Descriptor* const fileSide = Inside().fileSide) Duplicate(*fileSide, *source);
+  Inside().working = std::move(next);
   ItemAccess::PublishIds(*this, IdsOf(Inside().working));
 }
 
@@ -132,8 +131,8 @@ template <class Descriptor>
 void Item<Descriptor>::Adopt(Descriptor* fileSide) {
   if (!Given(fileSide)) return;
   const MutexScope lock(Inside().lock);
+  Duplicate(Inside().working, *fileSide);
   Inside().fileSide = fileSide;
-  Renew(Inside().working, fileSide);
   ItemAccess::PublishIds(*this, IdsOf(Inside().working));
 }
 

@@ -10,7 +10,7 @@
 //   (CatchUp, and every addition and removal).
 // Each item has a number that grows along the list; the matches of all three are put in its order.
 //
-// The file set's lock guards all but Count and IsBehind: the writer side for Add, Move, Remove and
+// The file set's lock guards all but Count and IsBehind: the writer side for Add, Remove and
 // CatchUp, the reader side for the rest. Items report changes at any time, without it.
 #pragma once
 
@@ -190,18 +190,45 @@ class IndexedItemList final : private ItemHome {
       // One that waits may be in the table too.
       found.erase(std::unique(found.begin(), found.end()), found.end());
     }
+    Appending appending(out);
     for (const OrderedItem& entry : found) out.AddTail(static_cast<Item*>(entry.item));
+    appending.Keep();
   }
 
-  /// The items that are moved then belong to no file set.
-  void Move(fset_enumFilters filter, List& out, const Ids& ids) {
+  /// Takes each match out, which then belongs to no file set, and hands it to `take`. Takes no
+  /// memory. @return whether there was one
+  template <class Take>
+  bool Remove(fset_enumFilters filter, const Ids& ids, Take take) {
     CatchUp();
-    List moved;
-    Append(filter, moved, ids);
-    for (Item* item : moved) {
-      Leave(*item);
-      out.AddTail(item);
+    PlacedItem* first = nullptr;
+    PlacedItem** end = &first;
+    const auto consider = [&](const OrderedItem& candidate) {
+      ItemPlace& place = ItemAccess::PlaceOf(*candidate.item);
+      if (place.isLeaving || !Matches(*static_cast<Item*>(candidate.item), filter, ids))
+        return true;
+      place.isLeaving = true;
+      *end = candidate.item;
+      end = &place.nextLeaving;
+      return true;
+    };
+    if (const ItemTable* table = TableFor(filter, ids)) {
+      table->ForEach(HashOf(GivenIds(ids), ids), consider);
+      for (const LooseItem& loose : m_loose)
+        if (MayMatch(loose, ids)) consider(loose);
+      ForEachWaiting(consider);
+    } else {
+      for (Item* item : m_items) consider({ItemAccess::PlaceOf(*item).order, item});
     }
+    const bool isAny = first != nullptr;
+    while (first) {
+      Item& item = static_cast<Item&>(*first);
+      ItemPlace& place = ItemAccess::PlaceOf(item);
+      first = std::exchange(place.nextLeaving, nullptr);
+      place.isLeaving = false;
+      Leave(item);
+      take(&item);
+    }
+    return isAny;
   }
 
   /// Takes out one item, which then belongs to no file set. False when it is not in this list.

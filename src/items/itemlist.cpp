@@ -22,17 +22,25 @@ template <class ItemClass, std::size_t idQuantity>
 void ItemList<ItemClass, idQuantity>::Append(fset_enumFilters filter,
                                              ItemList& out,
                                              const Ids& ids) const {
+  Appending appending(out);
   Walk(*this, filter, ids, rulesOf<ItemClass>, [&out](POSITION, ItemClass* item) {
     out.AddTail(item);
     return true;
   });
+  appending.Keep();
 }
 
 template <class ItemClass, std::size_t idQuantity>
 void ItemList<ItemClass, idQuantity>::Move(fset_enumFilters filter, ItemList& out, const Ids& ids) {
+  std::ptrdiff_t count = 0;
+  Walk(*this, filter, ids, rulesOf<ItemClass>, [&count](POSITION, ItemClass*) {
+    ++count;
+    return true;
+  });
+  out.Reserve(count);
   Walk(*this, filter, ids, rulesOf<ItemClass>, [this, &out](POSITION place, ItemClass* item) {
-    this->RemoveAt(place);
     out.AddTail(item);
+    this->RemoveAt(place);
     return true;
   });
 }

@@ -102,6 +102,25 @@ template <class Item, std::size_t idQuantity>
   return true;
 }
 
+/// Takes back what was appended to a list, unless it is kept: a list gets all matches or none.
+template <class List>
+class Appending {
+ public:
+  explicit Appending(List& list) : m_list(list), m_before(list.GetTailPosition()) {}
+  Appending(const Appending&) = delete;
+  Appending& operator=(const Appending&) = delete;
+  ~Appending() {
+    while (!m_isKept && m_list.GetTailPosition() != m_before)
+      m_list.RemoveAt(m_list.GetTailPosition());
+  }
+  void Keep() noexcept { m_isKept = true; }
+
+ private:
+  List& m_list;
+  POSITION m_before;
+  bool m_isKept = false;
+};
+
 /// Hands each match of a list to `take(place, item)`, which may remove it, until that answers
 /// false.
 template <class List, class Take>

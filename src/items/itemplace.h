@@ -92,6 +92,8 @@ struct ItemPlace {
   std::uint64_t order = 0;      ///< grows along the list
   std::array<std::uint32_t, mostIds> filedIds{};
   PlacedItem* nextWaiting = nullptr;
+  bool isLeaving = false;  ///< in the chain of items that are being taken out
+  PlacedItem* nextLeaving = nullptr;
 };
 
 /// Access to what items hide from hosts.

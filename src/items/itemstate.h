@@ -37,6 +37,16 @@ auto ReadWorkingCopy(const Item<Descriptor>& item, Read read) {
   return read(state.working);
 }
 
+/// Puts an item's working copy back as it was.
+template <class Descriptor>
+void RestoreWorkingCopy(Item<Descriptor>& item, Descriptor&& record, bool isModified) noexcept {
+  auto& state = ItemAccess::StateOf(item);
+  const MutexScope lock(state.lock);
+  state.working = std::move(record);
+  state.isModified = isModified;
+  ItemAccess::PublishIds(item, IdsOf(state.working));
+}
+
 /// The ids that an item has now, in the order of its list's look-ups.
 template <class Descriptor>
 [[nodiscard]] auto IdsOf(const Item<Descriptor>& item) {

@@ -1,5 +1,6 @@
 #include "utdata/unitset.h"
 
+#include <new>
 #include <span>
 #include <utility>
 
@@ -120,16 +121,31 @@ CUnit* CUnitSet::AppendUnit(kvt_enumAxis axis, std::unique_ptr<CUnit> unit) {
   const bool hasAxis = axis < axisQuantity && m_units[axis];
   UTDATA_ASSERT(hasAxis);
   if (!hasAxis || !unit) return nullptr;
-  m_units[axis]->AddTail(unit.get());
-  return m_given.emplace_back(std::move(unit)).get();
+  try {
+    m_units[axis]->Reserve(1);
+    CUnit* const appended = m_given.emplace_back(std::move(unit)).get();
+    m_units[axis]->AddTail(appended);
+    return appended;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 }
 
-/// REQUIRES: the set has the axis.
-template <class... Parameters>
-CUnit* CUnitSet::MakeUnit(kvt_enumAxis axis, Parameters... parameters) {
-  CUnit* const unit = &m_made.emplace_back(parameters...);
-  m_units[axis]->AddTail(unit);
-  return unit;
+/// Adds what `make` makes in m_made, all or, without memory, nothing. REQUIRES: the set has the
+/// axis. @return the first unit made; null without memory
+template <class Make>
+CUnit* CUnitSet::AddMade(kvt_enumAxis axis, std::size_t quantity, Make make) {
+  const std::size_t before = m_made.size();
+  try {
+    m_units[axis]->Reserve(static_cast<std::ptrdiff_t>(quantity));
+    make();
+  } catch (const std::bad_alloc&) {
+    while (m_made.size() > before) m_made.pop_back();
+    return nullptr;
+  }
+  for (std::size_t index = before; index < m_made.size(); ++index)
+    m_units[axis]->AddTail(&m_made[index]);
+  return &m_made[before];
 }
 
 CUnit* CUnitSet::AddSubUnit(kvt_enumAxis axis,
@@ -143,20 +159,20 @@ CUnit* CUnitSet::AddSubUnit(kvt_enumAxis axis,
   const std::span<const ScaledUnit> units = UnitsOfFamily(family);
   UTDATA_ASSERT(!units.empty() && family != unit_Percent && family != unit_Decibel);
   CUnit* const base = BaseUnit(axis);
-  CUnit* firstUnit = nullptr;
-  for (const auto& [dataUnit, scale, squareScale] : units) {
-    CUnit* added = nullptr;
-    if (family == unit_TofdDepth)
-      added =
-          MakeUnit(axis, family, dataUnit, initialTofdSlope, scale * slope, scale * offset, base);
-    else if (family == unit_Decibel)
-      added = MakeUnit(axis, family, dataUnit, slope, offset, auxiliary, base);
-    else
-      added = MakeUnit(
-          axis, family, dataUnit, unit_ConversionLinear, scale * slope, scale * offset, base);
-    if (!firstUnit) firstUnit = added;
-  }
-  return firstUnit;
+  if (units.empty()) return nullptr;
+  return AddMade(axis, units.size(), [&] {
+    for (const auto& [dataUnit, scale, squareScale] : units) {
+      const double scaledSlope = scale * slope;
+      const double scaledOffset = scale * offset;
+      if (family == unit_TofdDepth)
+        m_made.emplace_back(family, dataUnit, initialTofdSlope, scaledSlope, scaledOffset, base);
+      else if (family == unit_Decibel)
+        m_made.emplace_back(family, dataUnit, slope, offset, auxiliary, base);
+      else
+        m_made.emplace_back(
+            family, dataUnit, unit_ConversionLinear, scaledSlope, scaledOffset, base);
+    }
+  });
 }
 
 CUnit* CUnitSet::AddAmplitudeSubUnit(int linear) { return SetAmplitudes(linear, nullptr, nullptr); }
@@ -185,12 +201,18 @@ CUnit* CUnitSet::SetAmplitudes(int linear, CUnit* percent, CUnit* decibel) {
   UTDATA_ASSERT(hasAxis);
   if (!hasAxis) return nullptr;
   CUnit* const base = BaseUnit(kvt_AxisAmplitude);
-  if (!percent)
-    percent = MakeUnit(
-        kvt_AxisAmplitude, unit_Percent, unit_DataPercent, unit_ConversionLinear, 1.0, 0.0, base);
-  if (!decibel)
-    decibel = MakeUnit(
-        kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel, unit_ConversionDecibel, 1.0, 0.0, base);
+  if (!percent || !decibel) {
+    const std::size_t before = m_made.size();
+    const auto make = [&] {
+      if (!percent)
+        m_made.emplace_back(unit_Percent, unit_DataPercent, unit_ConversionLinear, 1.0, 0.0, base);
+      if (!decibel)
+        m_made.emplace_back(unit_Decibel, unit_DataDecibel, unit_ConversionDecibel, 1.0, 0.0, base);
+    };
+    if (!AddMade(kvt_AxisAmplitude, 2, make)) return nullptr;
+    if (!percent) percent = &m_made[before];
+    if (!decibel) decibel = &m_made.back();
+  }
   SetPercent(*percent, linear, base);
   SetDecibel(*decibel, linear, base);
   return linear ? percent : decibel;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 
 namespace {
 
@@ -20,6 +21,7 @@ CVolumeSet::CVolumeSet(IGDataSupplier* document,
     : m_document(document) {
   UTDATA_ASSERT(document != nullptr);
   m_baseSet = vol_CreateUnitSet(vset_groupId(privateKind, 0, 0, 0, 0), nullptr);
+  if (!m_baseSet) throw std::bad_alloc();
 }
 
 CVolumeSet::~CVolumeSet() {
@@ -30,14 +32,19 @@ CVolumeSet::~CVolumeSet() {
 
 CUnitSet* CVolumeSet::vol_CreateUnitSet(const vset_groupId& identity, int* created) {
   CUnitSet* set = identity.kind == privateKind ? nullptr : GetUnitSet(identity);
-  if (created) *created = set ? 0 : 1;
+  if (created) *created = 0;
   if (set) {
     ++set->m_referenceCount;
     return set;
   }
-  auto newSet = std::make_unique<CUnitSet>(identity, this, m_baseSet);
-  newSet->m_place = m_unitSets.AddTail(newSet.get());
-  return newSet.release();
+  try {
+    auto newSet = std::make_unique<CUnitSet>(identity, this, m_baseSet);
+    newSet->m_place = m_unitSets.AddTail(newSet.get());
+    if (created) *created = 1;
+    return newSet.release();
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 }
 
 CUnitSet* CVolumeSet::GetUnitSet(const vset_groupId& identity) const {
@@ -93,8 +100,10 @@ int CVolumeSet::vol_FillBaseUnits(std::span<const kvt_enumAxis> angleAxes) {
   const auto add = [this, &added](
                        kvt_enumAxis axis, unit_enumUnits family, unit_enumDataUnit dataUnit) {
     if (vol_GetBaseUnit(axis)) return;
-    m_baseSet->AppendUnit(
-        axis, std::make_unique<CUnit>(family, dataUnit, unit_ConversionLinear, 1.0, 0.0, nullptr));
+    if (!m_baseSet->AppendUnit(
+            axis,
+            std::make_unique<CUnit>(family, dataUnit, unit_ConversionLinear, 1.0, 0.0, nullptr)))
+      throw std::bad_alloc();
     ++added;
   };
   for (const kvt_enumAxis axis : {kvt_AxisColumn, kvt_AxisRow, kvt_AxisFifth, kvt_AxisSixth}) {

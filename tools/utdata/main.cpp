@@ -13,6 +13,7 @@
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
 #include "terminal/text.h"
+#include "terminal/written.h"
 #include "verbs/verbs.h"
 
 namespace {
@@ -81,8 +82,13 @@ void TakeClosedStreams() {
 }
 
 int Fail(const char* why, int status) {
-  std::fprintf(stderr, "utdata: %s\n", why);
+  std::fprintf(stderr, "utdata: %s%s\n", why, WrittenNote());
   return status;
+}
+
+int FailInterrupted(const Interrupted& interrupted) {
+  std::fprintf(stderr, "utdata: %s%s\n", interrupted.what(), WhatWasWritten().data());
+  return interruptedStatus;
 }
 
 }  // namespace
@@ -90,14 +96,15 @@ int Fail(const char* why, int status) {
 int main(int argc, char** argv) {
   TakeClosedStreams();
   EndWhenAFileIsCut();
+  EndInOrderWithoutMemory();
   try {
     return Run(argc, argv);
   } catch (const Interrupted& interrupted) {
-    return Fail(interrupted.what(), interruptedStatus);
+    return FailInterrupted(interrupted);
   } catch (const Failure& failure) {
     return Fail(LineOf(failure).c_str(), jobFailed);
   } catch (const std::bad_alloc&) {
-    return Fail("not enough memory", jobFailed);
+    return Fail("out of memory", jobFailed);
   } catch (const std::exception& failure) {
     return Fail(failure.what(), jobFailed);
   }

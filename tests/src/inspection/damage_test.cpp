@@ -190,6 +190,26 @@ TEST_F(DamagedInspection, AcceptedDamageIsCellsWithoutSamples) {
   }
 }
 
+TEST_F(DamagedInspection, ChunksSideBySideAreOneDamage) {
+  constexpr std::uint64_t chunk = 65536;
+  constexpr std::uint64_t first = middleByte / chunk * chunk;
+  Make(ScanRecord(), ScanSamples(), middleByte);
+  FlipSampleBit(m_path, first + chunk + 3);
+  FlipSampleBit(m_path, first + 5 * chunk - 1);
+  const Inspection inspection = Open(SampleTables::Mapped, true);
+  const DataGroup group = inspection.Data()[0];
+  static_cast<void>(group.Table());
+  const std::uint64_t samples = group.Stored().samples.offset;
+  const std::vector<DamagedSamples> damage = inspection.Damage();
+  ASSERT_EQ(damage.size(), 2U);
+  EXPECT_EQ(damage[0].offset, samples + first);
+  EXPECT_EQ(damage[0].size, 2 * chunk);
+  EXPECT_EQ(damage[0].firstCell, first / cellBytes);
+  EXPECT_EQ(damage[0].lastCell, (first + 2 * chunk - 1) / cellBytes);
+  EXPECT_EQ(damage[1].offset, samples + first + 4 * chunk);
+  EXPECT_EQ(damage[1].size, chunk);
+}
+
 TEST_F(DamagedInspection, ADamagedOffsetTakesItsCellAlong) {
   CGDataTypeFDD record = ScanRecord();
   record.storageMode = kvt_StorIndexed;

@@ -40,7 +40,7 @@ struct Item {
 
 Item ReadItem(const SCFile::Node* parent, std::uint32_t index) {
   Item item;
-  thread_local std::vector<wchar_t> name(65536);
+  static std::vector<wchar_t> name(65536);
   Require(SCFile::file_ItemInfo(parent,
                                 index,
                                 &item.code,

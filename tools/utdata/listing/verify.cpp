@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 
 #include "interfaces/kvtiff19.h"
 #include "interfaces/os.h"
@@ -79,6 +80,9 @@ Verdict VerifyBytes(const std::string& path, bool quiet) {
     verdict.status = SCFile::file_Verify(ToWide(path).c_str(), &problem, ReportProgress, &progress);
   }
   ThrowIfInterrupted();
+  // That is no fault of the file.
+  if (verdict.status == SCFile::status_TooLarge && SCFile::file_LastError() == "out of memory")
+    throw std::bad_alloc();
   if (verdict.status == SCFile::status_Ok) {
     CheckDefects(verdict);
     if (verdict.IsClean()) Measure(verdict);

@@ -3,11 +3,21 @@
 #include <ft2build.h>
 #include FT_FREETYPE_H
 
+#include <new>
+
 #include "pictures/font_data.h"
-#include "terminal/failure.h"
 #include "terminal/text.h"
 
 namespace utdata::program {
+namespace {
+
+/// A picture without a part of its texts is no picture. The typeface is the program's own: only
+/// memory can be missing, whatever the library calls that.
+void Check(FT_Error error) {
+  if (error != FT_Err_Ok) throw std::bad_alloc();
+}
+
+}  // namespace
 
 void Font::Release::operator()(FT_LibraryRec_* library) const { FT_Done_FreeType(library); }
 void Font::Release::operator()(FT_FaceRec_* face) const { FT_Done_Face(face); }
@@ -16,31 +26,29 @@ Font::Font() {
   const std::span<const std::byte> data = FontData();
   FT_Library library = nullptr;
   FT_Face face = nullptr;
-  bool opened = FT_Init_FreeType(&library) == 0;
+  Check(FT_Init_FreeType(&library));
   m_library.reset(library);
-  opened = opened && FT_New_Memory_Face(library,
-                                        reinterpret_cast<const FT_Byte*>(data.data()),
-                                        static_cast<FT_Long>(data.size()),
-                                        0,
-                                        &face) == 0;
+  Check(FT_New_Memory_Face(library,
+                           reinterpret_cast<const FT_Byte*>(data.data()),
+                           static_cast<FT_Long>(data.size()),
+                           0,
+                           &face));
   m_face.reset(face);
-  if (!opened)
-    throw Failure("picture", "cannot be drawn", "the program's typeface cannot be opened");
 }
 
 template <class Visitor>
 int Font::ForEachGlyph(std::string_view text, int size, Visitor&& visit) const {
-  FT_Set_Pixel_Sizes(m_face.get(), 0, static_cast<FT_UInt>(size));
+  Check(FT_Set_Pixel_Sizes(m_face.get(), 0, static_cast<FT_UInt>(size)));
   int x = 0;
   FT_UInt before = 0;
   for (const wchar_t character : ToWide(text)) {
     const FT_UInt glyph = FT_Get_Char_Index(m_face.get(), static_cast<FT_ULong>(character));
     FT_Vector kerning = {};
-    if (before != 0 &&
-        FT_Get_Kerning(m_face.get(), before, glyph, FT_KERNING_DEFAULT, &kerning) == 0)
-      x += static_cast<int>(kerning.x / 64);
+    if (before != 0)
+      Check(FT_Get_Kerning(m_face.get(), before, glyph, FT_KERNING_DEFAULT, &kerning));
+    x += static_cast<int>(kerning.x / 64);
     before = glyph;
-    if (FT_Load_Glyph(m_face.get(), glyph, FT_LOAD_RENDER | FT_LOAD_TARGET_LIGHT) != 0) continue;
+    Check(FT_Load_Glyph(m_face.get(), glyph, FT_LOAD_RENDER | FT_LOAD_TARGET_LIGHT));
     visit(x);
     x += static_cast<int>((m_face->glyph->advance.x + 32) / 64);
   }

@@ -24,7 +24,7 @@ struct TextStyle {
 /// Used by one thread.
 class Font {
  public:
-  /// Throws Failure when the typeface cannot be opened.
+  /// Throws std::bad_alloc, as all that follows does.
   Font();
 
   /// Pixels that a text takes along its line. Texts are UTF-8; Failure is thrown when one is

@@ -18,9 +18,7 @@ using Failure = utdata::Error;
 /// The user stopped the program while it was making something.
 class Interrupted : public std::exception {
  public:
-  [[nodiscard]] const char* what() const noexcept override {
-    return "interrupted; nothing was written";
-  }
+  [[nodiscard]] const char* what() const noexcept override { return "interrupted"; }
 };
 
 }  // namespace utdata::program

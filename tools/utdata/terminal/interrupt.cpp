@@ -5,12 +5,15 @@
 
 #include <array>
 #include <atomic>
-#include <string_view>
+#include <cstdlib>
+#include <exception>
+#include <new>
 #include <utility>
 
 #include "interfaces/os.h"
 #include "terminal/failure.h"
 #include "terminal/text.h"
+#include "terminal/written.h"
 
 namespace utdata::program {
 namespace {
@@ -23,21 +26,35 @@ std::array<std::atomic<const char*>, 8> leftovers;
 static_assert(std::atomic<const char*>::is_always_lock_free, "signal handlers read them");
 
 /// Calls only what is allowed in a signal handler.
-[[noreturn]] void EndAtOnce(std::string_view line, int status) {
+[[noreturn]] void EndAtOnce(std::string_view why, int status) {
   for (const std::atomic<const char*>& leftover : leftovers)
     if (const char* path = leftover) unlink(path);
-  if (write(STDERR_FILENO, line.data(), line.size()) < 0) _exit(status);
+  for (const std::string_view part :
+       {std::string_view("utdata: "), why, WhatWasWritten(), std::string_view("\n")})
+    if (write(STDERR_FILENO, part.data(), part.size()) < 0) break;
   _exit(status);
+}
+
+/// What no handler catches is lack of memory where none may be missing: in destructors of other
+/// libraries, and in handlers of failures.
+[[noreturn]] void EndWithoutMemory() {
+  try {
+    if (std::current_exception()) throw;
+  } catch (const std::bad_alloc&) {
+    EndAtOnce("out of memory", 1);
+  } catch (...) {
+    std::abort();
+  }
+  std::abort();
 }
 
 extern "C" void OnStopSignal(int) {
   stopAsked = true;
-  if (stopAtOnce) EndAtOnce("utdata: interrupted; nothing was written\n", interruptedStatus);
+  if (stopAtOnce) EndAtOnce("interrupted", interruptedStatus);
 }
 
 extern "C" void OnBusError(int number, siginfo_t* info, void*) {
-  if (info->si_code == BUS_ADRERR)
-    EndAtOnce("utdata: a file was cut short or lost while it was read; nothing was written\n", 1);
+  if (info->si_code == BUS_ADRERR) EndAtOnce("a file was cut short or lost while it was read", 1);
   signal(number, SIG_DFL);  // a fault of another kind happens again
 }
 
@@ -63,6 +80,13 @@ InterruptScope::~InterruptScope() {
 void ThrowIfInterrupted() {
   if (stopAsked) throw Interrupted();
 }
+
+std::string_view WhatWasWritten() noexcept {
+  const std::string_view note = WrittenNote();
+  return note.empty() ? "; nothing was written" : note;
+}
+
+void EndInOrderWithoutMemory() { std::set_terminate(EndWithoutMemory); }
 
 void EndWhenAFileIsCut() {
   struct sigaction action = {};

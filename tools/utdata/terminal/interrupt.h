@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace utdata::program {
 
@@ -20,6 +21,14 @@ class InterruptScope {
 
 /// Throws Interrupted when the user has asked to stop.
 void ThrowIfInterrupted();
+
+/// "; weld.A01 is written" or "; nothing was written", behind the reason why the program ends.
+[[nodiscard]] std::string_view WhatWasWritten() noexcept;
+
+/// From now on memory that runs out where nobody can answer for it, as in a destructor, ends the
+/// program as a failed job: with a message and exit status 1, without what is left at the
+/// LeftoverScopes.
+void EndInOrderWithoutMemory();
 
 /// From now on a file that is cut short by another while it is read as memory ends the program with
 /// a message and exit status 1, and takes away what is left at the LeftoverScopes.

@@ -5,6 +5,7 @@
 
 #include "terminal/failure.h"
 #include "terminal/text.h"
+#include "terminal/written.h"
 
 namespace utdata::program {
 namespace {
@@ -32,13 +33,17 @@ void CheckNewFile(const std::string& path, bool replace) {
     throw Failure(path, cannotBeWritten, "its folder does not exist", "make the folder first");
 }
 
-NewFile::NewFile(std::string path, bool replace) : m_path(std::move(path)), m_replace(replace) {
+NewFile::NewFile(std::string path, bool replace)
+    : m_path(std::move(path)),
+      m_name(ToWide(m_path)),
+      m_partName(ToWide(UnfinishedPath())),
+      m_replace(replace) {
   os::FileSystem& disk = os::CurrentFileSystem();
-  const std::wstring unfinished = ToWide(UnfinishedPath());
-  os::Error error = disk.Open(unfinished, os::OpenMode::Create, m_file);
+  std::string leftover = UnfinishedPath();
+  os::Error error = disk.Open(m_partName, os::OpenMode::Create, m_file);
   if (error == os::Error::Exists && replace) {
-    ThrowOn(disk.Remove(unfinished), UnfinishedPath());
-    error = disk.Open(unfinished, os::OpenMode::Create, m_file);
+    ThrowOn(disk.Remove(m_partName), leftover);
+    error = disk.Open(m_partName, os::OpenMode::Create, m_file);
   }
   if (error == os::Error::Exists)
     throw Failure(m_path,
@@ -46,12 +51,11 @@ NewFile::NewFile(std::string path, bool replace) : m_path(std::move(path)), m_re
                   "'" + UnfinishedPath() + "' is in the way",
                   "move it away, or replace it with --force");
   ThrowOn(error, m_path);
-  m_leftover.emplace(UnfinishedPath());
+  m_leftover.emplace(std::move(leftover));
 }
 
 NewFile::~NewFile() {
-  if (m_file && !m_whole)
-    static_cast<void>(os::CurrentFileSystem().Remove(ToWide(UnfinishedPath())));
+  if (m_file && !m_whole) static_cast<void>(os::CurrentFileSystem().Remove(m_partName));
 }
 
 void NewFile::Append(std::span<const std::byte> bytes) {
@@ -71,24 +75,22 @@ void NewFile::Finish() {
   os::FileIdentity written;
   os::FileIdentity there;
   ThrowOn(m_file->Identify(written), m_path);
-  ThrowOn(disk.Identify(ToWide(UnfinishedPath()), there), m_path);
+  ThrowOn(disk.Identify(m_partName, there), m_path);
   if (written != there)
     throw Failure(m_path, cannotBeWritten, "'" + UnfinishedPath() + "' was removed");
   if (m_replace)
-    if (const os::Error error = m_file->CopyPermissionsOf(ToWide(m_path));
-        error != os::Error::NotFound)
+    if (const os::Error error = m_file->CopyPermissionsOf(m_name); error != os::Error::NotFound)
       ThrowOn(error, m_path);
 }
 
 void NewFile::TakeName() {
-  ThrowOn(os::CurrentFileSystem().Rename(ToWide(UnfinishedPath()), ToWide(m_path), m_replace),
-          m_path);
+  ThrowOn(os::CurrentFileSystem().Rename(m_partName, m_name, m_replace), m_path);
   m_whole = true;
   m_leftover.reset();
 }
 
 void NewFile::Withdraw() {
-  static_cast<void>(os::CurrentFileSystem().Remove(ToWide(m_whole ? m_path : UnfinishedPath())));
+  static_cast<void>(os::CurrentFileSystem().Remove(m_whole ? m_name : m_partName));
   m_whole = true;
   m_leftover.reset();
 }
@@ -103,6 +105,8 @@ void CommitTogether(NewFile& first, NewFile& second) {
     first.Withdraw();
     throw;
   }
+  NoteWritten(first.Path());
+  NoteWritten(second.Path());
 }
 
 void WriteNewFile(const std::string& path, std::span<const std::byte> bytes, bool replace) {
@@ -110,6 +114,7 @@ void WriteNewFile(const std::string& path, std::span<const std::byte> bytes, boo
   NewFile file(path, replace);
   file.Append(bytes);
   file.Commit();
+  NoteWritten(path);
 }
 
 }  // namespace utdata::program

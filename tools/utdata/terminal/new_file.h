@@ -46,6 +46,8 @@ class NewFile {
 
  private:
   std::string m_path;
+  std::wstring m_name;      ///< the path as the file system takes it: no end needs memory
+  std::wstring m_partName;  ///< of the unfinished form
   bool m_replace;
   std::optional<LeftoverScope> m_leftover;
   std::unique_ptr<os::File> m_file;

@@ -8,6 +8,7 @@
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "terminal/written.h"
 
 namespace utdata::program {
 
@@ -80,11 +81,16 @@ void SaveNew(Inspection& inspection,
              const Signature& signature) {
   const UnfinishedFileScope unfinished(path);
   inspection.SaveAs(path, replace, signature);
+  NoteWritten(path);
 }
 
 std::string Save(Inspection& inspection, const ChangeOutput& output) {
-  if (output.as == "append") return inspection.SaveAppended(output.signature);
-  if (output.as == "companion") return inspection.SaveCompanion(output.signature);
+  if (output.as == "append" || output.as == "companion") {
+    std::string path = output.as == "append" ? inspection.SaveAppended(output.signature)
+                                             : inspection.SaveCompanion(output.signature);
+    NoteWritten(path);
+    return path;
+  }
   SaveNew(inspection, output.path, output.force, output.signature);
   return output.path;
 }

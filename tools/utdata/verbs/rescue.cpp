@@ -8,6 +8,7 @@
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
 #include "terminal/text.h"
+#include "terminal/written.h"
 #include "utdata/companions.h"
 #include "verbs/verbs.h"
 
@@ -53,6 +54,7 @@ void RunRescue(const RescueOptions& options) {
   {
     const UnfinishedFileScope unfinished(options.output);
     rescued = Rescue(options.file, options.output, options.force);
+    NoteWritten(options.output);
   }
   if (options.json)
     PrintResult(nlohmann::ordered_json({{"path", options.file},
