@@ -204,7 +204,7 @@ SeenFields SeeItems(Inspection& inspection) {
       for (const Field& field : group.Values().All()) {
         const SCFile::FieldAccess& access = field.Info().access;
         std::string bits;
-        if (access.number) AddBits(bits, field.Number());
+        if (access.number) AddBits(bits, field.Number() + 0.0);  // an edit to -0 is none of 0
         if (access.text) bits = field.Text();
         if (access.numbers)
           for (const double number : field.Numbers()) AddBits(bits, number);
