@@ -251,7 +251,8 @@ class Session {
     const bool areTold = !(m_plan.hasDataTwins && m_plan.hasNumbers) && (isNew || !m_plan.hasTwins);
     if (areTold) RequireSame(memory.items, seen.items, "items come back");
     if (areTold) RequireSame(memory.data, seen.data, "samples and codes come back");
-    if (!isNew && areTold && !m_isAdded) RequireSame(memory.groups, seen.groups, "groups come back");
+    if (!isNew && areTold && !m_isAdded)
+      RequireSame(memory.groups, seen.groups, "groups come back");
     if (isNew) {
       Require(IsClean(ToWide(path)), "a new file is verified");
       Require(seen.history.size() == 1, "a new file has one write");

@@ -244,8 +244,9 @@ std::string Difference(const SeenFields& a, const SeenFields& b) {
 }
 
 std::string Difference(const std::vector<SeenData>& a, const std::vector<SeenData>& b) {
-  return FirstDifference(
-      a, b, [](const SeenData& seen) { return seen.description + "| " + seen.partners + "| " + seen.samples; });
+  return FirstDifference(a, b, [](const SeenData& seen) {
+    return seen.description + "| " + seen.partners + "| " + seen.samples;
+  });
 }
 
 std::string Difference(const std::vector<std::string>& a, const std::vector<std::string>& b) {

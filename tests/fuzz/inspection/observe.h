@@ -27,7 +27,7 @@ struct SeenData {
   /// bookmark types where the file gives none, and a save writes the one that was assigned: after
   /// it others may be chosen.
   std::string partners;
-  std::string samples;      ///< what is read of them, or why they are not
+  std::string samples;  ///< what is read of them, or why they are not
   bool isDamaged = false;
   friend bool operator==(const SeenData&, const SeenData&) = default;
 };
