@@ -98,8 +98,8 @@ class Line {
 std::string Describe(const DataGroup& group) {
   Line line;
   line << group.Label() << group.Caption() << group.IdLabel() << group.ClassName()
-       << group.TypeName() << group.BookmarkName() << group.IsListed() << group.IsMaster()
-       << group.HasTable() << group.IsTofd();
+       << group.TypeName() << group.BookmarkName() << group.IsMaster() << group.HasTable()
+       << group.IsTofd();
   line << group.Columns() << group.Rows() << group.Times() << group.HalfPaths() << group.Depths();
   line << group.Amplitudes().above << group.Amplitudes().below;
   line << group.Elements().size() << group.Gates().size();
@@ -108,6 +108,7 @@ std::string Describe(const DataGroup& group) {
 
 std::string PartnersOf(const DataGroup& group) {
   Line line;
+  line << group.IsListed();
   for (const auto& other : {group.Matched(), group.Master(), group.MeridioAmplitudes()})
     line << (other ? static_cast<std::int64_t>(other->Index()) : -1);
   return line.Text();

@@ -23,9 +23,9 @@ using SeenFields = std::vector<SeenField>;
 /// A data group as one line, and whether reading its samples was refused as damaged.
 struct SeenData {
   std::string description;  ///< names, axes, units
-  /// The groups that belong with it, by index. They are chosen when its item is made, among all
-  /// bookmark types where the file gives none, and a save writes the one that was assigned: after
-  /// it others may be chosen.
+  /// Whether its item is the file set's, and the groups that belong with it, by index. Both are
+  /// found when the item is made, by a bookmark type that matches any where the file gives none,
+  /// and a save writes the one that was assigned: after it other groups may be found.
   std::string partners;
   std::string samples;  ///< what is read of them, or why they are not
   bool isDamaged = false;
