@@ -113,8 +113,14 @@ const FieldInfo& FindField(const GroupTypeInfo& type, std::string_view key) {
       "is no field of a " + std::string(type.name) + (near.empty() ? "" : "; near ones: " + near));
 }
 
-/// Whether an id is the group's own, not that of what it belongs to.
-bool IsOwn(const GroupTypeInfo& type, const FieldInfo& id) { return type.key.ends_with(id.idName); }
+/// Whether an id is the group's own, not that of what it belongs to: the one that its type is
+/// called after, of a sub-channel not the channel's.
+bool IsOwn(const GroupTypeInfo& type, const FieldInfo& id) {
+  return type.key.ends_with(id.idName) &&
+         std::ranges::none_of(type.fields, [&](const FieldInfo& other) {
+           return other.idName.size() > id.idName.size() && type.key.ends_with(other.idName);
+         });
+}
 
 /// The ids, the group's own first.
 std::vector<const FieldInfo*> IdFields(const GroupTypeInfo& type) {

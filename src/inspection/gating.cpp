@@ -8,6 +8,7 @@
 #include <limits>
 #include <string>
 
+#include "src/inspection/addedrows.h"
 #include "src/inspection/amplitudes.h"
 #include "src/inspection/state.h"
 #include "src/items/idatarecord.h"
@@ -260,24 +261,6 @@ void Change(CIGate& gate, CGGateTypeDescr record) noexcept {
   *gate.igate1_GetInfoRef() = std::move(record);
   gate.igate1_ModifSetStatus(true);
 }
-
-/// Takes data groups that were added out again, unless they are kept.
-class AddedRows {
- public:
-  explicit AddedRows(InspectionState& inspection)
-      : m_inspection(inspection), m_before(inspection.rows.size()) {}
-  AddedRows(const AddedRows&) = delete;
-  AddedRows& operator=(const AddedRows&) = delete;
-  ~AddedRows() {
-    while (!m_isKept && m_inspection.rows.size() > m_before) m_inspection.RemoveLastRow();
-  }
-  void Keep() noexcept { m_isKept = true; }
-
- private:
-  InspectionState& m_inspection;
-  std::size_t m_before;
-  bool m_isKept = false;
-};
 
 }  // namespace
 
