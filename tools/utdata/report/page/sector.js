@@ -99,9 +99,9 @@ function drawSector() {
   if (other && reference.row === state.row && reference.column === state.column) cross(other, reference.sample, Plots.blue);
   cross(beam, sample, Plots.red);
   const length = steps => textAt(inChosenLengths({unit: 'mm', first: steps * sector.step, step: 0.1}), 0);
-  byId('read-leg').textContent = `In the part, leg ${beam.leg[sample] || '–'}`;
-  byId('read-place').textContent =
-      beam.leg[sample] ? `${length(beam.depth[sample])} deep, ${length(beam.distance[sample])} beside` : 'before the part';
+  const leg = beam.leg[sample];
+  byId('read-leg').textContent = leg ? `Depth and distance in leg ${leg}` : 'Depth and distance';
+  byId('read-place').textContent = leg ? `${length(beam.depth[sample])}, ${length(beam.distance[sample])}` : '–';
   byId('sector-caption').textContent = `Sector scan of ${sector.beams.length} beams at row ${state.row}, column ${state.column}; the ` +
                                        `cursor is on the beam at ${number(beam.angle, 1)}°, distances count from its index point`;
 }
