@@ -55,7 +55,7 @@ void SetTofdDepths(Section& section, const DataGroup& group) {
     return;
   }
   const double deepest = scale->depths.empty() ? 0 : scale->depths.back();
-  for (const Tick& tick : RoundTicks(0, deepest, 10).major)
+  for (const Tick& tick : RoundTicks(0, deepest, 20).major)
     if (const auto sample = scale->SampleAt(tick.value))
       plot.downMarks.push_back({plot.down.At(*sample), tick.label});
   plot.downMarksTitle = "Depth of a diffracting tip (mm)";
