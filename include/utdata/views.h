@@ -201,6 +201,20 @@ struct ProjectionView {
                                                        const ProjectionOptions& options = {},
                                                        const Watch& watch = {});
 
+/// Where the depths of time-of-flight diffraction data lie on their samples.
+struct TofdScale {
+  double lateralWave = 0;          ///< sample index at which it arrives
+  std::optional<double> backWall;  ///< sample index; none where the thickness is not known
+  std::vector<double> depths;      ///< mm at each sample; NaN before the lateral wave
+
+  /// The sample index of a depth in mm; none outside the samples.
+  [[nodiscard]] UTDATA_API std::optional<double> SampleAt(double depth) const;
+};
+
+/// Through the unit of the data group's item. None for data of another kind, and where the sound
+/// speed or the separation of the probes is not known.
+[[nodiscard]] UTDATA_API std::optional<TofdScale> TofdScaleOf(const DataGroup& group);
+
 /// The outline of a weld's preparation and caps, as lines of (across, depth) in mm; across counts
 /// as the column axis does. Empty where there is nothing to be drawn.
 /// @param thickness of the part, mm; 0: the weld's own

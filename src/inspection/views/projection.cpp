@@ -27,6 +27,10 @@ AxisScale InMillimetres(const DataGroup& group, AxisScale axis, const char* name
   throw Error(group.Name(), notProjected, std::string("its ") + name + " are not in millimetres");
 }
 
+/// Points of a lattice at any angle to the pixels that fall on the side of one, so that each pixel
+/// has a point: more than the diagonal of a square.
+constexpr double pointsOfPixel = 1.5;
+
 /// One beam: where its samples lie from the place of a cell.
 struct ProjectedBeam {
   explicit ProjectedBeam(const DataGroup& group)
@@ -291,7 +295,8 @@ std::vector<SpreadPoint> SpreadOf(const ProjectedBeam& placed,
     const bool isScanned = cells.quantity > 1;
     const double width =
         isScanned ? std::abs(cells.step) : path * placed.halfTurn * 2 * std::numbers::pi / 180;
-    const int steps = static_cast<int>(std::min(std::ceil(width / view.across.step), 1000.0)) | 1;
+    const int steps =
+        static_cast<int>(std::min(std::ceil(pointsOfPixel * width / view.across.step), 1000.0)) | 1;
     for (int step = 0; step < steps; ++step) {
       const double part = (2.0 * step + 1) / steps - 1;  // of the half width, to either side
       if (isScanned || steps == 1) {
@@ -446,8 +451,8 @@ ProjectionView MakeProjection(const std::vector<DataGroup>& groups,
   const bool isTop = wanted == PartView::Top;
   const AxisExtent columns = ExtentOfScan(beams, &ScanOffset::column, &ProjectedBeam::columns);
   const AxisExtent rows = ExtentOfScan(beams, &ScanOffset::row, &ProjectedBeam::rows);
-  // Of a top view, whose samples come one behind the other on few pixels, in stretches.
-  const double samplesOfPixel = isTop ? 8 : 1;
+  // Samples of a top view are taken in stretches; those of the others lie at any angle to the pixels.
+  const double samplesOfPixel = isTop ? 8 : pointsOfPixel;
   view.across = PixelsOf(wanted == PartView::Side ? rows : columns, options.widest, samplesOfPixel);
   view.down = PixelsOf(isTop ? rows : ExtentOfDepth(beams), options.highest, samplesOfPixel);
   ProjectionPainter painter(view);

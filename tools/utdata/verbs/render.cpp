@@ -112,6 +112,8 @@ Rendering RenderSection(const DataGroup& group, const RenderOptions& options, Cu
   facts["damaged_cells"] = section.damagedCells;
   facts["across"] = AxisFacts(section.plot.across);
   facts["down"] = AxisFacts(section.plot.down);
+  for (const PlotLine& line : section.plot.lines)
+    facts["lines"].push_back({{"name", line.label}, {"down", line.points.front().down}});
   return {Draw(section.plot, Font()), section.plot.title, section.plot.notes, std::move(facts)};
 }
 
