@@ -320,6 +320,19 @@ void Render(const RenderOptions& options) {
     PrintResult(Text(options, rendering));
 }
 
+/// A name that promises another format of pictures would deceive whoever opens the file. Empty when
+/// it does not.
+std::string NotPngWhy(const std::string& name) {
+  constexpr std::array others = {
+      ".jpg", ".jpeg", ".gif", ".bmp", ".tif", ".tiff", ".webp", ".svg", ".pdf"};
+  std::string extension = std::filesystem::path(name).extension().string();
+  std::ranges::transform(extension, extension.begin(), [](char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+  });
+  if (std::ranges::find(others, extension) == others.end()) return {};
+  return name + " is no name of a PNG file, which is what pictures are: end it with .png";
+}
+
 }  // namespace
 
 void AddRenderVerb(CLI::App& program) {
@@ -366,6 +379,7 @@ void AddRenderVerb(CLI::App& program) {
           ->capture_default_str();
   verb.add_option("-o,--output", options->output, "Picture to make, a PNG file")
       ->required()
+      ->check(CLI::Validator(NotPngWhy, "", "PNG"))
       ->type_name("PNG");
   verb.add_flag("--force", options->force, "Replace an existing file");
   AddTables(verb, options->tables);
