@@ -55,7 +55,8 @@ std::uint64_t FindCell(const std::vector<DataGroup>& groups,
   for (const DataGroup& group : groups) {
     if (group.RowQuantity() != first.RowQuantity() ||
         group.ColumnQuantity() != first.ColumnQuantity())
-      throw Error(group.Name(), "has no sector scan", "its beams have different scan positions");
+      throw Error(
+          group.Name(), "cannot be shown in the part", "its beams have different scan positions");
     if (cells.count == 1) continue;
     const StrongestSample found = group.Samples().FindPeaks(cells, watch).strongest;
     const double percent = std::abs(group.Percent(found.value));
@@ -102,7 +103,8 @@ void SetAxes(SectorView& view, const Extent& extent, const SectorOptions& option
                                 extent.bottom / std::max(options.highest, 1U)) *
                        rounding;
   if (!(pixel > 0) || !std::isfinite(pixel))
-    throw Error(view.beams.front().group.Name(), "has no sector scan", "its beams have no extent");
+    throw Error(
+        view.beams.front().group.Name(), "cannot be shown in the part", "its beams have no extent");
   view.across = PixelAxis(extent.left, extent.right, pixel);
   view.down = PixelAxis(0, extent.bottom, pixel);
 }
@@ -234,10 +236,7 @@ std::optional<SectorEcho> SectorView::EchoOf(std::size_t beam, std::uint32_t sam
   echo.beam = beam;
   echo.sample = sample;
   echo.halfPath = seen.halfPaths.At(sample);
-  const std::optional<BeamPoint> point =
-      seen.outsideRadius > 0 ? CurvedPart(seen.outsideRadius, seen.thickness)
-                                   .PointAt(echo.halfPath, seen.refractedAngle)
-                             : FlatPart(seen.thickness).PointAt(echo.halfPath, seen.refractedAngle);
+  const std::optional<BeamPoint> point = PointOf(seen, echo.halfPath);
   if (!point) return std::nullopt;
   echo.point = *point;
   const SectorLine::Point place = RayOf(seen).At(echo.halfPath);
