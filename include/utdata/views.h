@@ -77,7 +77,41 @@ enum class SectorAcross {
   ScanPosition  ///< in the direction of the beams
 };
 
-struct SectorView {
+/// Where the beams of a sector scan lie, and the pixels of its picture.
+struct SectorLayout {
+  std::uint32_t row = 0;  ///< the scan position
+  std::uint32_t column = 0;
+  std::vector<SectorBeam> beams;  ///< by the direction in which they lead
+  SectorAcross acrossOf = SectorAcross::Columns;
+  AxisScale across;                  ///< of the pixels, mm
+  AxisScale down;                    ///< the same, as long; depth in the first leg
+  std::vector<SectorLine> lines;     ///< walls, and the weld where the file describes one
+  std::vector<std::string> remarks;  ///< what could not be shown as it should be, a line each
+
+  /// Where a sample lies; its percent is not looked up. None before its beam enters the part, and
+  /// behind the first leg of a round one. Throws when there is no such sample.
+  [[nodiscard]] UTDATA_API std::optional<SectorEcho> PlaceOf(std::size_t beam,
+                                                             std::uint32_t sample) const;
+  /// The same with its percent; 0 where the beam has no samples.
+  [[nodiscard]] UTDATA_API std::optional<SectorEcho> EchoOf(std::size_t beam,
+                                                            std::uint32_t sample) const;
+};
+
+/// Which samples fall on which pixels, whatever they hold: for a host that shows one scan position
+/// after the other.
+struct SectorMap : SectorLayout {
+  /// Samples of one beam on one pixel, which shows the strongest of all its stretches.
+  struct Stretch {
+    std::uint32_t pixel = 0;  ///< row by row
+    std::uint32_t beam = 0;   ///< index in `beams`
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+  };
+
+  std::vector<Stretch> stretches;  ///< by pixel
+};
+
+struct SectorView : SectorLayout {
   /// What a pixel shows.
   struct Source {
     static constexpr std::uint32_t nothing = ~std::uint32_t{0};
@@ -86,24 +120,11 @@ struct SectorView {
     std::uint32_t sample = 0;
   };
 
-  std::uint32_t row = 0;  ///< the scan position
-  std::uint32_t column = 0;
-  std::vector<SectorBeam> beams;  ///< by the direction in which they lead
-  SectorAcross acrossOf = SectorAcross::Columns;
-  AxisScale across;  ///< of the pixels, mm
-  AxisScale down;    ///< the same, as long; depth in the first leg
   /// Row by row. A pixel shows the strongest of the samples that fall on it, of the beams that are
   /// at most half a beam away.
   std::vector<Source> pixels;
   std::vector<float> percents;          ///< of full scale, of each pixel; NaN for nothing
-  std::vector<SectorLine> lines;        ///< walls, and the weld where the file describes one
-  std::vector<std::string> remarks;     ///< what could not be shown as it should be, a line each
   std::optional<SectorEcho> strongest;  ///< between the half paths that were asked for
-
-  /// Where a sample lies. None before its beam enters the part, and behind the first leg of a round
-  /// one. Throws when there is no such sample.
-  [[nodiscard]] UTDATA_API std::optional<SectorEcho> EchoOf(std::size_t beam,
-                                                            std::uint32_t sample) const;
 };
 
 /// The sector scan of the beams that a master gathers.
@@ -112,6 +133,11 @@ struct SectorView {
 [[nodiscard]] UTDATA_API SectorView MakeSector(const DataGroup& group,
                                                const SectorOptions& options = {},
                                                const Watch& watch = {});
+
+/// The same without amplitudes, of the scan position that is given, or else of the first cell.
+/// Reads no samples. Throws as MakeSector does.
+[[nodiscard]] UTDATA_API SectorMap MakeSectorMap(const DataGroup& group,
+                                                 const SectorOptions& options = {});
 
 /// From where a part is looked at. The weld runs along the row axis, across the column axis.
 enum class PartView {

@@ -63,7 +63,7 @@ struct SectorWedge {
                                                 std::vector<std::string>& remarks);
 
 /// Walls and weld over a view, within its axes.
-[[nodiscard]] std::vector<SectorLine> LinesOver(const SectorView& view,
+[[nodiscard]] std::vector<SectorLine> LinesOver(const SectorLayout& view,
                                                 std::vector<std::string>& remarks);
 
 }  // namespace utdata
