@@ -26,7 +26,8 @@ function moveToStrongest() {
 // Which cell a place on each picture means; the C-scan's cursor stands at the strongest echo of its A-scan.
 const targets = {
   cscan: (across, down) => [down(state.view.rows), across(state.view.columns), null],
-  bscan: (across, down) => [state.row, across(state.view.columns), down(state.view.samples)],
+  bscan: (across, down) => alongOf(state.view) === 'rows' ? [across(state.view.rows), state.column, down(state.view.samples)]
+                                                          : [state.row, across(state.view.columns), down(state.view.samples)],
   ascan: across => [state.row, state.column, across(state.view.samples)],
 };
 const steps = {
@@ -36,7 +37,7 @@ const steps = {
 };
 
 // The axes of each picture; amplitudes are none that can be zoomed.
-const axesOf = {cscan: ['columns', 'rows'], bscan: ['columns', 'samples'], ascan: ['samples', null]};
+const axesOf = name => ({cscan: ['columns', 'rows'], bscan: [alongOf(state.view), 'samples'], ascan: ['samples', null]})[name];
 
 // Where the mouse is on a picture, in parts of its sides.
 function placeOn(name, event) {
@@ -63,7 +64,7 @@ function show(name, from, length) {
 
 // Around a place of a picture, which stays where it is.
 function zoom(name, place, factor) {
-  axesOf[name].forEach((axis, side) => {
+  axesOf(name).forEach((axis, side) => {
     if (!axis) return;
     const {from, to} = state.shown[axis], at = from + place[side] * (to - from);
     const least = Math.min(1, leastCells / state.view[axis].quantity);
@@ -74,7 +75,7 @@ function zoom(name, place, factor) {
 }
 
 function drag(name, moved, shown) {
-  axesOf[name].forEach((axis, side) => {
+  axesOf(name).forEach((axis, side) => {
     if (axis) show(axis, shown[axis].from - moved[side] * (shown[axis].to - shown[axis].from), shown[axis].to - shown[axis].from);
   });
   draw();
@@ -154,7 +155,7 @@ function setReference() {
 // ---- keys and choices
 
 function press(name, event) {
-  const middle = axesOf[name].map((axis, side) => axis && placeOf(axis, [state.column, state.row, state.sample][
+  const middle = axesOf(name).map((axis, side) => axis && placeOf(axis, [state.column, state.row, state.sample][
       ['columns', 'rows', 'samples'].indexOf(axis)]));
   if (event.key === 'Home') moveToStrongest();
   else if (event.key === 'r') setReference();
@@ -163,7 +164,8 @@ function press(name, event) {
   else if (event.key === '0') showWhole();
   else if (event.key === 'Enter') moveTo(state.row, state.column);
   else if (steps[name][event.key]) {
-    const [rows, columns, samples] = steps[name][event.key].map(step => step === undefined ? step : step * (event.shiftKey ? 10 : 1));
+    let [rows, columns, samples] = steps[name][event.key].map(step => step === undefined ? step : step * (event.shiftKey ? 10 : 1));
+    if (name === 'bscan' && alongOf(state.view) === 'rows') [rows, columns] = [columns, rows];
     moveTo(state.row + rows, state.column + columns, samples === undefined ? undefined : state.sample + samples);
   } else return;
   event.preventDefault();

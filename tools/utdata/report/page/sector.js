@@ -88,10 +88,15 @@ function drawSector() {
   frame.axis('left', edges(inChosenLengths(sector.down), 'Depth, unfolded', Plots.whole));
   Plots.colorBar(frame, colors, ...levelAxis({from: rangeOf(), to: 0, title: 'Amplitude (%)'}));
   const place = (axis, value) => ((value - axis.first) / axis.step + 0.5) / axis.quantity;
+  frame.context.save();
+  frame.context.beginPath();
+  frame.context.rect(frame.left, frame.top, frame.width, frame.height);
+  frame.context.clip();
   for (const {weld, dashed, points} of sector.lines) {
     const shown = points.map(([x, y]) => [frame.x(place(weld ? across : sector.across, x)), frame.y(place(sector.down, y))]);
     for (let at = 1; at < shown.length; ++at) frame.line(shown[at - 1], shown[at], weld ? Plots.green : Plots.cyan, dashed ? [5, 4] : []);
   }
+  frame.context.restore();
   const beam = sector.beams[beamOf(sector, state.view)], {sample, reference} = state;
   const cross = (beam, sample, color) =>
       frame.cross(place(sector.across, beam.across[sample] * sector.step), place(sector.down, beam.down[sample] * sector.step), color);

@@ -209,25 +209,30 @@ function drawCScan() {
   drawCursors(frame, 'columns', 'rows');
 }
 
+// Along which axis the samples are shown: along the rows, as a D-scan, where there is one column only.
+const alongOf = view => view.columns.quantity === 1 && view.rows.quantity > 1 ? 'rows' : 'columns';
+
 function drawBScan() {
-  const {view, row} = state, frame = frames.bscan = new Plots.Frame(byId('bscan'), {right: 84});
-  const range = rangeOf(), across = shownOf('columns'), down = shownOf('samples');
-  const place = view.wave ? (column, sample) => 0.5 + percentAt(row, column, sample) / range / 2
-                          : (column, sample) => Math.abs(percentAt(row, column, sample)) / range;
+  const {view, row: shownRow, column: shownColumn} = state, along = alongOf(view), isD = along === 'rows';
+  const cell = index => isD ? [index, shownColumn] : [shownRow, index], frame = frames.bscan = new Plots.Frame(byId('bscan'), {right: 84});
+  const range = rangeOf(), across = shownOf(along), down = shownOf('samples');
+  const place = view.wave ? (index, sample) => 0.5 + percentAt(...cell(index), sample) / range / 2
+                          : (index, sample) => Math.abs(percentAt(...cell(index), sample)) / range;
   const colors = paletteOf(view.wave ? Plots.palettes.grey : Plots.palettes.heat);
-  const key = JSON.stringify([frame.width, frame.height, range, row, choice('palette'), across, down]);
+  const key = JSON.stringify([frame.width, frame.height, range, cell(-1), choice('palette'), across, down]);
   if (view.pictureKey !== key) {
     view.picture = Plots.image(frame, across, down, place, colors, view.wave,
-                               view.isDamaged && (column => view.isDamaged[cellOf(row, column)]));
+                               view.isDamaged && (index => view.isDamaged[cellOf(...cell(index))]));
     view.pictureKey = key;
   }
   Plots.paint(frame, view.picture);
-  frame.axis('bottom', edges(inChosenLengths(view.columns), 'Scan position', across.part));
+  frame.axis('bottom', edges(inChosenLengths(view[along]), isD ? 'Index position' : 'Scan position', across.part));
   frame.axis('left', chosenSoundAxis(view));
   const levels = levelAxis({from: range, to: view.wave ? -range : 0, title: 'Amplitude (%)'});
   Plots.colorBar(frame, colors, ...view.wave ? levels.slice(0, 1) : levels);
-  drawCursors(frame, 'columns', 'samples');
-  byId('bscan-caption').textContent = 'B-scan at row ' + placeText(inChosenLengths(view.rows), row);
+  drawCursors(frame, along, 'samples');
+  byId('bscan-caption').textContent = isD ? 'D-scan at column ' + placeText(inChosenLengths(view.columns), shownColumn)
+                                          : 'B-scan at row ' + placeText(inChosenLengths(view.rows), shownRow);
 }
 
 // Echoes below zero are drawn so where the samples have a sign.
