@@ -142,6 +142,8 @@ TEST_F(DataItemsTest, EditChangesInspectionParametersAndNothingElse) {
   EXPECT_EQ(values["inspectionGeometry"], 1);
   Json expected = unchanged;
   expected[0]["columns"]["offset"] = 0.0125;
+  expected[0]["probe_angle"] = 45.0;
+  expected[0]["probe_separation"] = 0.04;
   expected[0]["rows"]["resolution"] = 0.003;
   expected[2]["samples"]["offset"] = 5e-7;
   EXPECT_EQ(RunJson("info weld.fpd --json --hash")["data"], expected);
