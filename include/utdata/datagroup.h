@@ -49,6 +49,7 @@ struct AxisScale {
   std::uint32_t quantity = 0;
 
   [[nodiscard]] double At(double index) const { return first + index * step; }
+  [[nodiscard]] double IndexOf(double value) const { return (value - first) / step; }
 };
 
 /// A gate on the axis of A-scans.

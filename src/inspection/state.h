@@ -123,6 +123,9 @@ struct InspectionState final : IGDataSupplier {
 
 /// What this layer sees of a data group beyond its public operations.
 struct DataGroupInside {
+  [[nodiscard]] static InspectionState& State(const DataGroup& group) {
+    return *group.m_inspection;
+  }
   [[nodiscard]] static const CellTable& Cells(const DataGroup& group) {
     return group.m_inspection->CellsOf(*group.m_row);
   }

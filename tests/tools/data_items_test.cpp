@@ -123,36 +123,6 @@ TEST_F(DataItemsTest, InfoShowsMastersAndTheOrderOfAChannel) {
   EXPECT_NE(text.find("no item"), std::string::npos) << text;
 }
 
-TEST_F(DataItemsTest, EditChangesInspectionParametersAndNothingElse) {
-  WriteInspection(
-      At("weld.fpd"),
-      {{gdata_AScan, 0, 0, 0}, {gdata_CScanAmplitude, 0, 0, 1}, {gdata_CScanPosition, 0, 0, 1}});
-  const std::string before = ReadFile(At("weld.fpd"));
-  const Json unchanged = RunJson("info weld.fpd --json --hash")["data"];
-  ASSERT_EQ(Run("edit weld.fpd data 0 probeAngle=45 columnOffset=12.5 --as companion").status, 0);
-  EXPECT_EQ(ReadFile(At("weld.fpd")), before);
-  ASSERT_EQ(Run("edit weld.fpd data class=3,gate=1 sampleOffset=0.5").status, 0);
-  ASSERT_EQ(
-      Run("edit weld.fpd data class=1 probeSeparation=40 rowResolution=3 inspectionGeometry=axial")
-          .status,
-      0);
-  const Json values = RunJson("edit weld.fpd data 0 --json")["values"];
-  EXPECT_EQ(values["probeAngle"], 45.0);
-  EXPECT_EQ(values["probeSeparation"], 0.04);
-  EXPECT_EQ(values["inspectionGeometry"], 1);
-  Json expected = unchanged;
-  expected[0]["columns"]["offset"] = 0.0125;
-  expected[0]["probe_angle"] = 45.0;
-  expected[0]["probe_separation"] = 0.04;
-  expected[0]["rows"]["resolution"] = 0.003;
-  expected[2]["samples"]["offset"] = 5e-7;
-  EXPECT_EQ(RunJson("info weld.fpd --json --hash")["data"], expected);
-  EXPECT_EQ(Run("verify weld.fpd weld.A01").status, 0);
-  ASSERT_EQ(Run("edit weld.fpd data 0 soundSpeed=3240 --as new -o other.fpd").status, 0);
-  EXPECT_EQ(RunJson("edit other.fpd data 0 --json")["values"]["soundSpeed"], 3240.0);
-  EXPECT_EQ(RunJson("info other.fpd --json --hash")["data"], expected);
-}
-
 TEST_F(DataItemsTest, EditRefusesWhatADataGroupDoesNotTake) {
   WriteInspection(
       At("weld.fpd"),

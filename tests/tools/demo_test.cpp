@@ -90,28 +90,5 @@ TEST_F(DemoTest, IsTheSameEachTimeAndReplacesOnlyWhenForced) {
   EXPECT_EQ(RunJson("info utdata-demo/weld.fpd --json --hash"), first);
 }
 
-TEST_F(DemoTest, ADamagedCompanionIsNotPassedOver) {
-  ASSERT_EQ(Run("demo --out .").status, 0);
-  std::filesystem::resize_file(At("weld.A01"), 5000);
-  ExpectOneLine(Run("info weld.fpd"), 1, "weld.A01");
-}
-
-TEST_F(DemoTest, EveryVerbExplainsItselfWithAnExampleThatWorks) {
-  for (const std::string verb :
-       {"demo", "edit", "gate", "import", "info", "render", "tree", "verify"}) {
-    SCOPED_TRACE(verb);
-    const ProgramResult help = Run(verb + " --help");
-    EXPECT_EQ(help.status, 0);
-    EXPECT_EQ(help.error, "");
-    const std::size_t example = help.out.find("Example:\n");
-    ASSERT_NE(example, std::string::npos) << help.out;
-    const std::string script =
-        "set -e; utdata() { '" UTDATA_PROGRAM "' \"$@\"; }\n" + help.out.substr(example + 9);
-    WriteFile(At("example.sh"), script);
-    const std::string command = "cd '" + m_folder.string() + "' && sh example.sh >/dev/null 2>&1";
-    EXPECT_EQ(std::system(command.c_str()), 0) << script;
-  }
-}
-
 }  // namespace
 }  // namespace utdata::test

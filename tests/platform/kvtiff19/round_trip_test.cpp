@@ -313,6 +313,18 @@ TEST(RoundTrip, CallsThatMakeNoSenseAreRefused) {
   EXPECT_EQ(utdata::test::SnapshotOf(path), before);
 }
 
+TEST(RoundTrip, AnErrorThatIsTooLongEndsWithAWholeCharacter) {
+  for (const std::size_t shift : {0u, 1u, 2u}) {
+    std::string text(shift, 'a');
+    while (text.size() < 10000) text += "\xE6\xBA\xB6";
+    file_Fail(status_Stopped, text.c_str());
+    const std::string error = file_LastError();
+    EXPECT_TRUE(text.starts_with(error));
+    EXPECT_EQ(error.size() % 3, shift);
+    EXPECT_GT(error.size(), 5000u);
+  }
+}
+
 TEST(RoundTrip, BlocksAreAlignedCheckedAndMappedAsPrivateCopies) {
   const FileFolder folder;
   const std::wstring path = folder / L"blocks.fpd";

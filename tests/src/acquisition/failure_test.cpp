@@ -2,11 +2,8 @@
 // and what is left of the file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <stdexcept>
 
@@ -122,35 +119,6 @@ TEST(FailedCreation, AfterTheFileWasMadeLeavesItEmpty) {
     std::filesystem::remove(folder.Path() / "f");
     system.Let(each.call, os::Error::None);
     EXPECT_EQ(writer.FileCreate(Estimate(5000)), 0u) << "the writer can be used on";
-  }
-}
-
-/// The same by limits that the system itself sets, in a process of its own: they cannot be taken
-/// back.
-TEST(FailedCreation, MeetsTheLimitsOfTheSystem) {
-  const struct {
-    int resource;
-    rlim_t limit;
-    int status;
-  } cases[] = {
-      {RLIMIT_FSIZE, 1000, EFBIG},     // the header
-      {RLIMIT_FSIZE, 1 << 20, EFBIG},  // the mapping
-#ifndef UTDATA_SANITIZED
-      {RLIMIT_AS, rlim_t{1} << 30, ENOMEM}  // the reserved addresses
-#endif
-  };
-  for (const auto& each : cases) {
-    const FileFolder folder;
-    const auto create = [&] {
-      std::signal(SIGXFSZ, SIG_IGN);
-      const rlimit limit{each.limit, each.limit};
-      if (::setrlimit(static_cast<__rlimit_resource_t>(each.resource), &limit) != 0) ::_exit(100);
-      utdata::SetReportSink([](const utdata::Report&) { return utdata::ReportAnswer::Continue; });
-      GDataManager writer(folder / L"f");
-      ::_exit(static_cast<int>(writer.FileCreate(Estimate(5000))));
-    };
-    EXPECT_EXIT(create(), testing::ExitedWithCode(each.status), "") << each.limit;
-    EXPECT_EQ(AcquisitionReader(folder / L"f").Size(), 0u) << each.limit;
   }
 }
 

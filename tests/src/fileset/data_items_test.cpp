@@ -232,31 +232,6 @@ TEST_F(DataGroups, OnlyACouplingMasterTakesTheGateNamesOfLaterElements) {
   }
 }
 
-TEST_F(DataGroups, ElementsMayComeAndGoInAnyOrder) {
-  const ReportCapture reports;
-  std::array<std::uint32_t, 3> coming{1, 2, 3};
-  do {
-    std::array<std::uint32_t, 3> going{1, 2, 3};
-    do {
-      std::vector<CIData*> elements;
-      for (const std::uint32_t number : coming)
-        elements.push_back(Add(Id(gdata_AScan, number, number)));
-      ASSERT_THAT(Masters(), SizeIs(1));
-      CIData* const master = Masters().front();
-      EXPECT_EQ(elements, Content(*master->idata1_SubChannelGetList()));
-      EXPECT_EQ(3U, master->idata1_GetInfoRef()->GetSubChannelID());
-      EXPECT_EQ(master, set.fset_GetIData(fset_All, 0, 0, 4, 3, 0, MasterOf(gdata_AScan)))
-          << "under its present id";
-      for (std::uint32_t left = 3; const std::uint32_t number : going) {
-        EXPECT_EQ(left--, master->idata1_SubChannelQty());
-        EXPECT_EQ(0U, Remove(Id(gdata_AScan, number, number)));
-      }
-      EXPECT_THAT(Masters(), IsEmpty());
-    } while (std::next_permutation(going.begin(), going.end()));
-  } while (std::next_permutation(coming.begin(), coming.end()));
-  EXPECT_EQ(0U, reports.Assertions());
-}
-
 TEST_F(DataGroups, RemovalLooksAtTheDataListAloneAndTakesWhatPasses) {
   CIData* const modified = Add(Id(gdata_AScan, 1, 0));
   CIData* const fresh = Add(Id(gdata_AScan, 2, 0));

@@ -1,12 +1,7 @@
-// Queries of a file set's data items: each against what it has to find, and all look-ups by ids
-// against a walk of the list.
+// Queries of a file set's data items, each against what it has to find.
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <iterator>
-#include <map>
-#include <random>
-#include <utility>
 
 #include "tests/src/fileset/data_fixture.h"
 #include "tests/support/report_capture.h"
@@ -150,109 +145,6 @@ TEST_F(DataGroups, QueriesWithoutAPlaceForTheirAnswerGiveNone) {
   EXPECT_EQ(0U, set.fset_GetSpecialIDataList(nullptr));
   EXPECT_EQ(0U, set.fset_GetGateSpecificIDataList(nullptr, fset_All, 0, 0, 0, 0, 0));
   EXPECT_EQ(2U, reports.Assertions());
-}
-
-class RandomDataGroups : public DataGroups {
- protected:
-  std::uint32_t Pick(std::uint32_t count) { return static_cast<std::uint32_t>(random() % count); }
-  /// Ids of few values each, the wildcard among them.
-  idata_typeId PickIds() {
-    constexpr std::uint32_t classes[] = {1, 2, 3, 10, 11, 12, 17};
-    const auto id = [this](std::uint32_t count) {
-      return Pick(12) == 0 ? fset_AnyId : Pick(count);
-    };
-    return {id(2),
-            id(3),
-            id(4),
-            Pick(3) + 2000 * Pick(2),
-            static_cast<gdata_enumDataClass>(classes[Pick(7)]),
-            static_cast<eDataBookmarkType>(id(4))};
-  }
-  std::mt19937 random{20250611};
-};
-
-/// What a walk of all items says decides about additions and answers look-ups.
-TEST_F(RandomDataGroups, LookupsAnswerAsTheWalkDoes) {
-  const ReportCapture reports;  // elements of one master need not agree
-  for (int step = 0; step < 1500; ++step) {
-    CIDataLst all, masters;
-    set.fset_GetIDataLst(&all);
-    set.fset_GetMSCIDataLst(&masters);
-    const idata_typeId id = PickIds();
-    const auto filter = static_cast<fset_enumFilters>(Pick(3));
-    const std::uint32_t any = Pick(64);  // bits: which ids to leave open
-    const auto open = [any](unsigned bit, std::uint32_t value) {
-      return any >> bit & 1U ? fset_AnyId : value;
-    };
-    const std::uint32_t bookmark = any & 1U ? 0 : std::uint32_t{id.bookmarkType};
-    const std::uint32_t dataClass = open(5, Pick(3) == 0 ? MasterOf(id.dataClass) : id.dataClass);
-    const auto ask = [&](auto lookup, auto&&... first) {
-      return lookup(std::forward<decltype(first)>(first)...,
-                    bookmark,
-                    open(1, id.patchId),
-                    open(2, id.channelId),
-                    open(3, id.subChannelId),
-                    open(4, id.gateId),
-                    dataClass);
-    };
-    const CIDataLst& walked =
-        dataClass != fset_AnyId && (dataClass & gdata_MultiChannelMaster) ? masters : all;
-    CIDataLst expected, actual;
-    ask([&](auto... ids) { walked.GetIDataLst(filter, &expected, ids...); });
-    ask([&](auto... ids) { set.fset_GetIDataLst(&actual, filter, ids..., 0, 0); });
-    ASSERT_EQ(Content(expected), Content(actual)) << "at step " << step;
-    CIData* const first = ask([&](auto... ids) { return set.fset_GetIData(filter, ids...); });
-    ASSERT_EQ(expected.IsEmpty() ? nullptr : expected.GetHead(), first) << "at step " << step;
-
-    if (step % 50 == 0 && &walked == &all) {
-      ask([&](auto... ids) { return set.fset_RemoveGData(filter, ids...); });
-      continue;
-    }
-    CIData* const there = all.GetIData(fset_All,
-                                       id.bookmarkType,
-                                       id.patchId,
-                                       id.channelId,
-                                       id.subChannelId,
-                                       id.gateId,
-                                       id.dataClass);
-    CIData* const added = Add(id);
-    ASSERT_EQ(there && id.dataClass != gdata_CScanAngle, added == nullptr) << "at step " << step;
-    if (there && added) {
-      ASSERT_EQ(there, added);
-    }
-    if (added && Pick(2)) added->idata3_Modified();
-    if (added && Pick(3) == 0) added->idata3_New();
-  }
-}
-
-/// Every gathered item is under exactly one master that is there, and every master has one.
-TEST_F(RandomDataGroups, MastersAreThoseOfTheElementsThatAreLeft) {
-  const ReportCapture reports;
-  for (int step = 0; step < 600; ++step) {
-    const idata_typeId id = PickIds();
-    if (step % 5 == 4)
-      Remove(id);
-    else
-      Add(id);
-    if (step % 20 != 0) continue;
-    std::map<CIData*, std::vector<CIData*>> elements;
-    for (CIData* item : All())
-      if (item->idata1_IsMultiChannelElement())
-        elements[item->idata1_SubChannelMaster()].push_back(item);
-    std::vector<CIData*> masters = Masters();
-    ASSERT_EQ(masters.size(), elements.size());
-    for (CIData* master : masters) {
-      EXPECT_EQ(elements[master], Content(*master->idata1_SubChannelGetList()));
-      idata_typeId of, own;
-      master->idata1_GetId(of);
-      for (CIData* element : elements[master]) {
-        element->idata1_GetId(own);
-        EXPECT_EQ(of.dataClass, MasterOf(own.dataClass));
-        EXPECT_EQ(of.bookmarkType, own.bookmarkType);
-        EXPECT_TRUE(own.channelId == of.channelId || own.channelId == fset_AnyId);
-      }
-    }
-  }
 }
 
 }  // namespace

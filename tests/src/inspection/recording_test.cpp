@@ -185,6 +185,7 @@ TEST_F(RecordingTest, WhatIsNoRecordingIsRefused) {
     }
   }
   EXPECT_THROW(static_cast<void>(Recording(NewPath())), Error);
+  EXPECT_NO_THROW(Recording(Write(std::string(headerSize, '\0')))) << "nothing was recorded yet";
 }
 
 }  // namespace

@@ -39,42 +39,6 @@ class DataMasters : public testing::Test {
   DataHost host;
 };
 
-TEST_F(DataMasters, ElementsComeAndGoInAnyOrder) {
-  std::array<std::uint32_t, 4> order = {1, 2, 5, 9};
-  do {
-    const auto master = Master();
-    std::vector<std::unique_ptr<CIData>> elements;
-    std::vector<CIData*> expected;
-    std::uint32_t largest = 0;
-    for (const std::uint32_t number : order) {
-      CIData* const element = elements.emplace_back(Element(number)).get();
-      EXPECT_FALSE(element->idata1_IsMultiChannelElement()) << "no master yet";
-      EXPECT_TRUE(master->idata1_SubChannelAdd(element));
-      EXPECT_TRUE(element->idata1_IsMultiChannelElement());
-      EXPECT_EQ(master.get(), element->idata1_SubChannelMaster());
-      expected.push_back(element);
-      EXPECT_EQ(expected, Content(*master->idata1_SubChannelGetList())) << "in the order of adding";
-      largest = std::max(largest, number);
-      EXPECT_EQ(largest, master->idata1_GetInfoRef()->GetSubChannelID());
-    }
-    for (const std::uint32_t number : {2U, 9U, 1U, 5U}) {
-      CIData* const element = master->idata1_SubChannelGet(1000);
-      EXPECT_EQ(expected.front(), element) << "a number beyond the quantity gives the first";
-      const auto found =
-          std::find_if(expected.begin(), expected.end(), [number](const CIData* item) {
-            return item->idata1_GetInfoRef()->GetSubChannelID() == number;
-          });
-      EXPECT_TRUE(master->idata1_SubChannelRemove(*found));
-      EXPECT_EQ(master.get(), (*found)->idata1_SubChannelMaster())
-          << "it goes on naming its master";
-      expected.erase(found);
-      EXPECT_EQ(expected, Content(*master->idata1_SubChannelGetList()));
-      EXPECT_EQ(9U, master->idata1_GetInfoRef()->GetSubChannelID()) << "the largest there was";
-    }
-    EXPECT_EQ(nullptr, master->idata1_SubChannelGet(1));
-  } while (std::next_permutation(order.begin(), order.end()));
-}
-
 TEST_F(DataMasters, AnElementIsGatheredOnlyInSomeClasses) {
   for (const std::uint32_t c : {1U, 2U, 3U, 4U, 5U, 7U, 10U, 11U, 12U, 13U, 17U, 2000U, 0x8001U}) {
     const auto master = Master();
@@ -263,21 +227,6 @@ TEST_F(DataMasters, ABookmarkTypeIsGivenToTheMasterAndTheElementsItCounts) {
   for (const CIData* item : {master.get(), one.get(), two.get()})
     EXPECT_EQ(bookmark_Coupling, typeOf(item));
   EXPECT_EQ(bookmark_MultiChannel, typeOf(nine.get())) << "number 9 is not among 1 to 3";
-}
-
-TEST_F(DataMasters, QueriesFindAnItemUnderTheBookmarkTypeItWasGiven) {
-  CGDataTypeFDD record =
-      SoundRecord({.subChannelId = 1, .gateId = 3, .dataClass = gdata_CScanAmplitude});
-  CIData* const element = host.set.fset_AddGData(&record, nullptr, &host.volumes, 0);
-  ASSERT_NE(nullptr, element);
-  element->SetDataBookmarkTypeofAssociatedChannel(bookmark_Tofd);
-  EXPECT_EQ(element,
-            host.set.fset_GetIData(fset_All, bookmark_Tofd, 0, 0, 1, 3, gdata_CScanAmplitude));
-  EXPECT_EQ(element->idata1_SubChannelMaster(),
-            host.set.fset_GetIData(fset_All, bookmark_Tofd, 0, 0, fset_AnyId, 3, masterOfCScans));
-  EXPECT_EQ(
-      nullptr,
-      host.set.fset_GetIData(fset_All, bookmark_MultiChannel, 0, 0, 1, 3, gdata_CScanAmplitude));
 }
 
 }  // namespace

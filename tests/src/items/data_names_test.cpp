@@ -89,16 +89,6 @@ TEST(DataItem, NamesPointIntoTheItem) {
   EXPECT_STREQ(L"B", names.gateName);
 }
 
-TEST(DataItem, ANameWithoutTerminatorIsCut) {
-  DataHost host;
-  CGDataTypeFDD record = SoundRecord();
-  std::wmemset(record.channelName, L'x', CGDataTypeFDD::nameSize);
-  std::wmemset(record.gateName, L'y', CGDataTypeFDD::nameSize);
-  std::wstring label, idLabel;
-  host.Make(record)->idata3_GetChannelIdName(&label, &idLabel, 0);
-  EXPECT_EQ(std::wstring(31, L'x') + L" " + std::wstring(31, L'y') + L" ", label);
-}
-
 TEST(DataItem, FlagsAreSetAndClearedOneByOne) {
   DataHost host;
   const auto item = host.Make(SoundRecord());
@@ -122,51 +112,6 @@ TEST(DataItem, FlagsAreSetAndClearedOneByOne) {
   EXPECT_EQ(1, flags());
   item->idata3_ClearNew();
   EXPECT_EQ(0, flags());
-}
-
-TEST(DataItem, ABareItemAnswersWithItsDefaults) {
-  DataHost host;
-  int data = 0;
-  CIData bare(&data, &host.volumes);
-  EXPECT_EQ(&host, bare.GetDocument());
-  EXPECT_EQ(nullptr, bare.idata1_GetGInfoRef());
-  EXPECT_EQ(nullptr, bare.idata1_GetInfoRef());
-  EXPECT_EQ(0, bare.idata1_ModifGetStatus());
-  EXPECT_EQ(1, bare.idata1_NewGetStatus());
-  bare.idata3_Modified();
-  bare.idata1_ModifClear();
-  EXPECT_EQ(1, bare.idata3_IsModified()) << "no descriptor, nothing done";
-  EXPECT_EQ(0, bare.idata1_ModifGetStatus());
-  EXPECT_FALSE(bare.idata1_IsMultiChannelMaster());
-  EXPECT_FALSE(bare.idata1_IsMultiChannelElement());
-  EXPECT_EQ(&bare, bare.idata1_SubChannelGet(1));
-  bare.SetDataBookmarkTypeofAssociatedChannel(bookmark_Tofd);
-  idata_typeId id{.patchId = 7};
-  bare.idata1_GetId(id);
-  EXPECT_EQ(7U, id.patchId);
-  std::wstring name = L"before";
-  bare.idata3_GetChannelName(&name);
-  EXPECT_EQ(L"before", name);
-  ReportCapture reports;
-  bare.idata3_GetChannelIdName(&name, &name, 0);
-  EXPECT_EQ(L"before", name);
-  EXPECT_EQ(1U, reports.Assertions());
-  CIData without(nullptr, nullptr, &host.volumes, 0, nullptr);
-  EXPECT_EQ(nullptr, without.idata1_GetInfoRef());
-  EXPECT_EQ(2U, reports.Assertions());
-}
-
-TEST(DataItem, MissingOutputsAreReported) {
-  DataHost host;
-  const auto item = host.Make(SoundRecord());
-  std::wstring text = L"before";
-  ReportCapture reports;
-  item->idata3_GetChannelIdName(&text, nullptr, 0);
-  item->idata3_GetChannelIdName(nullptr, &text, 0);
-  item->idata3_GetChannelName(nullptr);
-  item->idata1_GetName(nullptr);
-  EXPECT_EQ(4U, reports.Assertions());
-  EXPECT_EQ(L"before", text);
 }
 
 }  // namespace

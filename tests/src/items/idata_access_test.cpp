@@ -1,6 +1,8 @@
 // Data items: dimensions, kinds of data, loading, and the way to the samples.
 #include <gtest/gtest.h>
 
+#include <sstream>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -50,35 +52,21 @@ TEST(DataAccess, DimensionsAreTheRecordsAndResolutionsTheDescriptors) {
   EXPECT_EQ(item->idata3_GetDimQty(kvt_AxisAmplitude), 0xFFFFFFFFu);
 }
 
-/// What the getters of single values answer.
-std::vector<double> Answers(const CIData& item) {
+/// What the getters of single values answer, one after the other.
+std::string Answers(const CIData& item) {
   float extremes[] = {0, 0};
   item.idata3_GetAbsoluteMinMax(&extremes[0], &extremes[1]);
-  return {double(item.idata3_GetColQty()),
-          item.idata3_GetColResol(),
-          item.idata3_GetColOffs(),
-          double(item.idata3_GetColUnits()),
-          double(item.idata3_GetRowQty()),
-          item.idata3_GetRowResol(),
-          item.idata3_GetRowOffs(),
-          double(item.idata3_GetRowUnits()),
-          double(item.idata3_GetSampleQty()),
-          item.idata3_GetSampleResol(),
-          item.idata3_GetSampleOffs(),
-          double(item.idata3_GetSampleUnits()),
-          double(item.idata3_GetSampleSize()),
-          item.idata3_GetSoundSpeed(),
-          item.idata3_GetDataMin(),
-          item.idata3_GetDataMax(),
-          double(item.idata3_GetDataId()),
-          double(item.idata3_GetDataType()),
-          double(item.idata3_GetUnitSystem()),
-          extremes[0],
-          extremes[1],
-          item.idata3_GetProbeAngle(),
-          item.idata3_GetProbeSkew(),
-          item.idata3_GetPartThickness(),
-          double(item.idata3_IsTOFD())};
+  std::ostringstream text;
+  const auto put = [&text](auto... answers) { ((text << ' ' << answers), ...); };
+  put(item.idata3_GetColQty(), item.idata3_GetColResol(), item.idata3_GetColOffs());
+  put(item.idata3_GetColUnits(), item.idata3_GetRowQty(), item.idata3_GetRowResol());
+  put(item.idata3_GetRowOffs(), item.idata3_GetRowUnits(), item.idata3_GetSampleQty());
+  put(item.idata3_GetSampleResol(), item.idata3_GetSampleOffs(), item.idata3_GetSampleUnits());
+  put(item.idata3_GetSampleSize(), item.idata3_GetSoundSpeed(), item.idata3_GetDataMin());
+  put(item.idata3_GetDataMax(), item.idata3_GetDataId(), item.idata3_GetDataType());
+  put(item.idata3_GetUnitSystem(), extremes[0], extremes[1], item.idata3_GetProbeAngle());
+  put(item.idata3_GetProbeSkew(), item.idata3_GetPartThickness(), item.idata3_IsTOFD());
+  return text.str();
 }
 
 TEST(DataAccess, EachGetterAnswersItsOwnField) {
@@ -108,32 +96,7 @@ TEST(DataAccess, EachGetterAnswersItsOwnField) {
   d.SetDataType(kvt_UInt16);
   d.unitSystem = static_cast<kvt_enumUnitSystems>(kvt_SystemMetric + 1);
   d.tofd = 1;
-  EXPECT_EQ(Answers(*item),
-            (std::vector<double>{10,
-                                 15,
-                                 16,
-                                 kvt_UnitSecond,
-                                 11,
-                                 17,
-                                 18,
-                                 kvt_UnitDegree,
-                                 12,
-                                 19,
-                                 20,
-                                 kvt_UnitMetre,
-                                 13,
-                                 21,
-                                 22,
-                                 23,
-                                 gdata_AScan,
-                                 kvt_UInt16,
-                                 kvt_SystemMetric + 1,
-                                 22,
-                                 23,
-                                 24,
-                                 25,
-                                 26,
-                                 1}));
+  EXPECT_EQ(Answers(*item), " 10 15 16 1 11 17 18 3 12 19 20 2 13 21 22 23 1 5 1 22 23 24 25 26 1");
   const ReportCapture reports;
   float kept = 7;
   item->idata3_GetAbsoluteMinMax(&kept, nullptr);
@@ -146,13 +109,21 @@ TEST(DataAccess, EachGetterAnswersItsOwnField) {
 TEST(DataAccess, ABareItemHasNothingToAnswerAndTakesNothing) {
   DataHost host;
   CIData bare(nullptr, &host.volumes);
-  EXPECT_EQ(Answers(bare), std::vector<double>(25, 0.0));
+  std::string zeros;
+  for (int answer = 0; answer < 25; ++answer) zeros += " 0";
+  EXPECT_EQ(Answers(bare), zeros);
   for (const std::uint32_t axis : {0u, 1u, 2u, 3u}) {
     EXPECT_EQ(bare.idata3_GetDimQty(static_cast<kvt_enumAxis>(axis)), 0u);
     EXPECT_EQ(bare.idata3_GetDimResol(static_cast<kvt_enumAxis>(axis)), 0);
     EXPECT_EQ(bare.idata3_GetDimOffs(static_cast<kvt_enumAxis>(axis)), 0);
   }
   EXPECT_EQ(bare.idata3_GetVSet(), &host.volumes);
+  EXPECT_EQ(bare.idata1_GetGInfoRef(), nullptr);
+  EXPECT_EQ(bare.idata1_GetInfoRef(), nullptr);
+  EXPECT_EQ(bare.idata1_NewGetStatus(), 1);
+  EXPECT_FALSE(bare.idata1_IsMultiChannelMaster() || bare.idata1_IsMultiChannelElement());
+  EXPECT_EQ(bare.idata1_SubChannelGet(1), &bare);
+  bare.SetDataBookmarkTypeofAssociatedChannel(bookmark_Tofd);
   EXPECT_EQ(bare.idata0_Init(), 0);
   EXPECT_EQ(bare.idata1_SubChannelLastModifiedGet(), nullptr);
   bare.NotifyChangeToConsList();
@@ -169,6 +140,21 @@ TEST(DataAccess, ABareItemHasNothingToAnswerAndTakesNothing) {
   bare.idata3_GetTOFDParam(&tofd);
   bare.idata3_ModifyTOFDParam(&tofd, &params);
   bare.idata1_GetName(&names);
+  std::wstring name = L"before";
+  bare.idata3_GetChannelName(&name);
+  EXPECT_EQ(name, L"before");
+  {
+    const ReportCapture reports;
+    bare.idata3_GetChannelIdName(&name, &name, 0);
+    EXPECT_EQ(name, L"before");
+    const auto item = host.Make(SoundRecord());
+    item->idata3_GetChannelIdName(&name, nullptr, 0);
+    item->idata3_GetChannelIdName(nullptr, &name, 0);
+    item->idata3_GetChannelName(nullptr);
+    item->idata1_GetName(nullptr);
+    EXPECT_EQ(reports.Assertions(), 5U);
+    EXPECT_EQ(name, L"before") << "an output is missing";
+  }
   double geometry = 7;
   EXPECT_EQ(bare.GetCircularParameter(&geometry, &geometry), 0);
   EXPECT_TRUE(record == CGDataTypeFDD());

@@ -192,12 +192,4 @@ TEST(DataList, GatesAreComparedByNumberAndBookmarksByTheirOwnWildcard) {
   EXPECT_THAT(ContentOf(list), ElementsAre(&d));
 }
 
-TEST(ListRecord, ListsKnowTheirClass) {
-  CIPatchLst patches;
-  CIGateLst gates;
-  EXPECT_EQ(RUNTIME_CLASS(CIPatchLst), patches.GetRuntimeClass());
-  EXPECT_TRUE(gates.IsKindOf(RUNTIME_CLASS(CObject)));
-  EXPECT_FALSE(gates.IsKindOf(RUNTIME_CLASS(CIPatchLst)));
-}
-
 }  // namespace

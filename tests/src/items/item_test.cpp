@@ -169,74 +169,67 @@ TEST(Item, ReplaceCopiesIntoTheFileSideOrAdoptsIt) {
 }
 
 TEST(Item, IdsAndNamesAreThoseOfTheWorkingCopy) {
+  // Of the file's record, in which the id is another one by now.
+  const auto item = []<class Item, class Record>(Item*, Record& record, std::uint32_t Record::*id) {
+    record.*id = 7;
+    record.name = L"upstream";
+    auto made = std::make_unique<Item>(&record, 0);
+    record.*id = 8;
+    return made;
+  };
   CGSubchanTypeDescr beam;
-  beam.subChannelId = 3;
-  beam.channelId = 7;
-  beam.name = L"45 degrees";
-  CISubChan subChannel(&beam, 0);
-  beam.channelId = 8;
-  ischa_id id;
-  ischa_name name;
-  subChannel.ischa1_GetId(&id);
-  subChannel.ischa1_GetName(&name);
-  EXPECT_EQ(3U, id.subChannelId);
-  EXPECT_EQ(7U, id.channelId);
-  EXPECT_STREQ(L"45 degrees", name.name);
-
   CGGateTypeDescr echo;
+  CGChanTypeDescr record;
+  CGProbeTypeDescr angled;
+  CGPatchTypeDescr weld;
+  beam.subChannelId = 3;
   echo.gateId = 2003;
-  echo.channelId = 7;
-  echo.name = L"back wall";
-  CIGate gate(&echo, 0);
+  const auto subChannel =
+      item(static_cast<CISubChan*>(nullptr), beam, &CGSubchanTypeDescr::channelId);
+  const auto gate = item(static_cast<CIGate*>(nullptr), echo, &CGGateTypeDescr::channelId);
+  const auto channel = item(static_cast<CIChan*>(nullptr), record, &CGChanTypeDescr::channelId);
+  const auto probe = item(static_cast<CIProbe*>(nullptr), angled, &CGProbeTypeDescr::probeId);
+  const auto patch = item(static_cast<CIPatch*>(nullptr), weld, &CGPatchTypeDescr::patchId);
+  ischa_id beamId;
+  ischa_name beamName;
+  subChannel->ischa1_GetId(&beamId);
+  subChannel->ischa1_GetName(&beamName);
   igate_id gateId;
   std::wstring gateName;
-  gate.igate1_GetId(&gateId);
-  gate.igate1_GetName(gateName);
-  EXPECT_EQ(2003U, gateId.gateId);
-  EXPECT_EQ(7U, gateId.channelId);
-  EXPECT_EQ(L"back wall", gateName);
-
-  CGChanTypeDescr record;
-  record.channelId = 7;
-  record.name = L"upstream";
-  CIChan channel(&record, 1);
-  EXPECT_EQ(0, channel.ichan1_GetGInfoCopy(&record));
-  CIChan ofFile(&record, 0);
-  EXPECT_EQ(1, ofFile.ichan1_GetGInfoCopy(&record));
+  gate->igate1_GetId(&gateId);
+  gate->igate1_GetName(gateName);
   ichan_id channelId;
   ichan_name channelName;
-  channel.ichan1_GetId(&channelId);
-  channel.ichan1_GetName(&channelName);
-  EXPECT_EQ(7U, channelId.channelId);
-  EXPECT_STREQ(L"upstream", channelName.name);
-
-  CGProbeTypeDescr angled;
-  angled.probeId = 5;
-  angled.name = L"60 degrees";
-  CIProbe probe(&angled, 0);
+  channel->ichan1_GetId(&channelId);
+  channel->ichan1_GetName(&channelName);
   iprob_id probeId;
   iprob_name probeName;
-  probe.iprob1_GetId(&probeId);
-  probe.iprob1_GetName(&probeName);
-  EXPECT_EQ(5U, probeId.probeId);
-  EXPECT_STREQ(L"60 degrees", probeName.name);
-
-  CGPatchTypeDescr weld;
-  weld.patchId = 9;
-  CIPatch patch(&weld, 0);
+  probe->iprob1_GetId(&probeId);
+  probe->iprob1_GetName(&probeName);
   CIPatchTypeId patchId;
-  patch.ipatch1_GetId(&patchId);
-  EXPECT_EQ(9U, patchId.patchId);
+  patch->ipatch1_GetId(&patchId);
+  EXPECT_EQ(beamId.subChannelId, 3U);
+  EXPECT_EQ(gateId.gateId, 2003U);
+  for (const std::uint32_t id :
+       {beamId.channelId, gateId.channelId, channelId.channelId, probeId.probeId, patchId.patchId})
+    EXPECT_EQ(id, 7U);
+  for (const std::wstring& name : {std::wstring(beamName.name),
+                                   gateName,
+                                   std::wstring(channelName.name),
+                                   std::wstring(probeName.name)})
+    EXPECT_EQ(name, L"upstream");
+  EXPECT_EQ(1, channel->ichan1_GetGInfoCopy(&record));
+  EXPECT_EQ(0, CIChan(&record, 1).ichan1_GetGInfoCopy(&record));
 
   const ReportCapture reports;
-  subChannel.ischa1_GetId(nullptr);
-  subChannel.ischa1_GetName(nullptr);
-  gate.igate1_GetId(nullptr);
-  channel.ichan1_GetId(nullptr);
-  channel.ichan1_GetName(nullptr);
-  probe.iprob1_GetId(nullptr);
-  probe.iprob1_GetName(nullptr);
-  patch.ipatch1_GetId(nullptr);
+  subChannel->ischa1_GetId(nullptr);
+  subChannel->ischa1_GetName(nullptr);
+  gate->igate1_GetId(nullptr);
+  channel->ichan1_GetId(nullptr);
+  channel->ichan1_GetName(nullptr);
+  probe->iprob1_GetId(nullptr);
+  probe->iprob1_GetName(nullptr);
+  patch->ipatch1_GetId(nullptr);
   EXPECT_EQ(8U, reports.Assertions());
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <vector>
 
 #include "listing/data_rows.h"
@@ -50,6 +51,23 @@ bool IsIndex(const std::string& selector, std::size_t& index) {
   return error == std::errc() && at == end;
 }
 
+std::vector<std::size_t> Matches(const std::vector<Json>& rows, const std::string& selector) {
+  std::vector<std::size_t> matches;
+  std::size_t wanted = 0;
+  const bool byIndex = IsIndex(selector, wanted);
+  for (std::size_t index = 0; index < rows.size(); ++index)
+    if (byIndex ? index == wanted : HasAllPairs(rows[index], selector)) matches.push_back(index);
+  return matches;
+}
+
+std::vector<Json> RowsOf(const Inspection& inspection) {
+  if (inspection.Data().empty())
+    throw Failure(inspection.Path(), "nothing can be selected", "it has no data group");
+  std::vector<Json> rows;
+  for (const DataGroup& group : inspection.Data()) rows.push_back(DataRowJson(group));
+  return rows;
+}
+
 }  // namespace
 
 std::size_t SelectRow(const std::vector<Json>& rows,
@@ -57,11 +75,7 @@ std::size_t SelectRow(const std::vector<Json>& rows,
                       const std::string& file,
                       const std::string& what,
                       const std::function<std::string()>& list) {
-  std::vector<std::size_t> matches;
-  std::size_t wanted = 0;
-  const bool byIndex = IsIndex(selector, wanted);
-  for (std::size_t index = 0; index < rows.size(); ++index)
-    if (byIndex ? index == wanted : HasAllPairs(rows[index], selector)) matches.push_back(index);
+  const std::vector<std::size_t> matches = Matches(rows, selector);
   if (matches.size() == 1) return matches.front();
   PrintResult(list());
   const std::string which =
@@ -72,12 +86,21 @@ std::size_t SelectRow(const std::vector<Json>& rows,
 }
 
 DataGroup SelectGroup(const Inspection& inspection, const std::string& selector) {
-  if (inspection.Data().empty())
-    throw Failure(inspection.Path(), "nothing can be selected", "it has no data group");
-  std::vector<Json> rows;
-  for (const DataGroup& group : inspection.Data()) rows.push_back(DataRowJson(group));
-  return inspection.Data()[SelectRow(
-      rows, selector, inspection.Path(), "data group", [&] { return DataGroupTable(inspection); })];
+  return inspection
+      .Data()[SelectRow(RowsOf(inspection), selector, inspection.Path(), "data group", [&] {
+        return DataGroupTable(inspection);
+      })];
+}
+
+DataGroup SelectBeams(const Inspection& inspection, const std::string& selector) {
+  std::optional<DataGroup> master;
+  for (const std::size_t index : Matches(RowsOf(inspection), selector)) {
+    const std::optional<DataGroup> found = inspection.Data()[index].Master();
+    if (!found || (master && &master->Item() != &found->Item()))
+      return SelectGroup(inspection, selector);
+    master = found;
+  }
+  return master ? *master : SelectGroup(inspection, selector);
 }
 
 }  // namespace utdata::program

@@ -26,4 +26,8 @@ namespace utdata::program {
 /// The data group of a row of `info`, by its index or by fields of its JSON.
 [[nodiscard]] DataGroup SelectGroup(const Inspection& inspection, const std::string& selector);
 
+/// The same of a channel with several beams, whose data groups need not be told apart: where all
+/// that match are elements of one master, this master.
+[[nodiscard]] DataGroup SelectBeams(const Inspection& inspection, const std::string& selector);
+
 }  // namespace utdata::program

@@ -1,6 +1,8 @@
 #include "pictures/plot.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 #include "pictures/scale.h"
 
@@ -78,12 +80,73 @@ class Layout {
     for (int y = m_image.top; y < m_image.Bottom(); ++y)
       for (int x = m_image.left; x < m_image.Right(); ++x)
         canvas.Set({x, y}, (*m_plot.scale.colors)[codes[index++]]);
+    if (!m_plot.unseen.empty()) DrawUnseen(canvas);
     if (!m_plot.striped.empty()) DrawStripes(canvas);
+    for (const PlotLine& line : m_plot.lines) DrawLine(canvas, line);
     canvas.Outline(m_image, ink);
     m_across.Draw(canvas, m_image);
     m_down.Draw(canvas, m_image);
     if (m_downAgain) m_downAgain->Draw(canvas, m_image);
     if (m_plot.marked) DrawPointers(canvas, *m_plot.marked);
+  }
+
+  /// Where several cells fall on one pixel, it is seen when one of them is.
+  void DrawUnseen(Canvas& canvas) const {
+    constexpr Color unseen = {222, 225, 230};
+    std::vector<std::uint8_t> seen(m_plot.unseen.size());
+    std::transform(m_plot.unseen.begin(), m_plot.unseen.end(), seen.begin(), [](std::uint8_t is) {
+      return static_cast<std::uint8_t>(1 - is);
+    });
+    seen = Resample(seen,
+                    m_plot.across.quantity,
+                    static_cast<std::size_t>(m_image.width),
+                    static_cast<std::size_t>(m_image.height),
+                    false);
+    std::size_t index = 0;
+    for (int y = m_image.top; y < m_image.Bottom(); ++y)
+      for (int x = m_image.left; x < m_image.Right(); ++x)
+        if (seen[index++] == 0) canvas.Set({x, y}, unseen);
+  }
+
+  void DrawLine(Canvas& canvas, const PlotLine& line) const {
+    constexpr int dash = 6;
+    int drawn = 0;
+    for (std::size_t index = 1; index < line.points.size(); ++index) {
+      const auto [fromX, fromY] = PixelOf(line.points[index - 1]);
+      const auto [toX, toY] = PixelOf(line.points[index]);
+      const double longest = std::max({std::abs(toX - fromX), std::abs(toY - fromY), 1.0});
+      const int steps = static_cast<int>(std::min(longest, 1e5));
+      for (int step = 0; step < steps; ++step, ++drawn) {
+        const Point at = {static_cast<int>(std::floor(fromX + (toX - fromX) * step / steps)),
+                          static_cast<int>(std::floor(fromY + (toY - fromY) * step / steps))};
+        if (IsInImage(at) && (!line.isDashed || drawn / dash % 2 == 0)) canvas.Set(at, line.color);
+      }
+    }
+    if (!line.label.empty() && !line.points.empty()) DrawLineLabel(canvas, line);
+  }
+
+  /// At the line's end, on paper of its own, so that it is read over any colour.
+  void DrawLineLabel(Canvas& canvas, const PlotLine& line) const {
+    const int width = m_font.Width(line.label, tickSize);
+    const auto [endX, endY] = PixelOf(line.points.back());
+    const int right = std::clamp(static_cast<int>(endX), m_image.left + width, m_image.Right()) - 4;
+    const int base = static_cast<int>(endY) - 4;
+    if (base - tickSize < m_image.top || base > m_image.Bottom()) return;
+    canvas.Fill({right - width - 3, base - tickSize + 1, width + 6, tickSize + 3}, paper);
+    m_font.Draw(canvas, {right, base}, line.label, {tickSize, line.color, Anchor::End, false});
+  }
+
+  /// The place of a value, in pixels and parts of them.
+  [[nodiscard]] std::pair<double, double> PixelOf(const PlotLine::Point& point) const {
+    const PlotAxis& across = m_plot.across;
+    const PlotAxis& down = m_plot.down;
+    const double right = (point.across - across.From()) / (across.To() - across.From());
+    const double below = (point.down - down.From()) / (down.To() - down.From());
+    return {m_image.left + right * m_image.width, m_image.top + below * m_image.height};
+  }
+  [[nodiscard]] bool IsInImage(const Point& at) const {
+    return at.x >= m_image.left && at.x < m_image.Right() && at.y >= m_image.top &&
+           at.y < m_image.Bottom();
   }
 
   /// Slanting stripes of a colour that no code has; between them the image is seen.

@@ -28,6 +28,18 @@ struct ColorScale {
   std::string marksUnit;    ///< "dB"
 };
 
+/// A line over an image, from point to point, in the units of its axes.
+struct PlotLine {
+  struct Point {
+    double across = 0;
+    double down = 0;
+  };
+  std::vector<Point> points;
+  Color color;
+  bool isDashed = false;
+  std::string label;  ///< at its last point, above it; may be empty
+};
+
 struct ImagePlot {
   std::string title;
   std::vector<std::string> notes;     ///< lines below the title
@@ -37,6 +49,8 @@ struct ImagePlot {
   bool sameScale = false;             ///< a length is as long across as down
   std::vector<std::uint8_t> codes;    ///< down.quantity rows of across.quantity codes
   std::vector<std::uint8_t> striped;  ///< 1 for cells that are drawn striped, else 0; may be empty
+  std::vector<std::uint8_t> unseen;   ///< 1 for cells that show nothing, else 0; may be empty
+  std::vector<PlotLine> lines;
   ColorScale scale;
   struct Cell {
     std::size_t across;

@@ -10,6 +10,7 @@
 #include "pictures/ascan.h"
 #include "pictures/cscan.h"
 #include "pictures/section.h"
+#include "pictures/sector.h"
 #include "terminal/failure.h"
 #include "terminal/interrupt.h"
 #include "terminal/new_file.h"
@@ -24,7 +25,9 @@ namespace {
 constexpr const char* renderExample =
     R"(SELECTOR is the number of a row of 'utdata info', or fields of its JSON that match exactly
 one data group, as in class=1,channel=0. Without --gain, the soft gain is the largest with
-which the strongest echo of the picture stays within the scale.
+which the strongest echo of the picture stays within the scale. A sector scan (--view s) shows
+all beams of a channel at one cell; SELECTOR may name any of them, or the channel. Behind the
+first leg it is unfolded: the part is mirrored at its back wall and its surface.
 
 Example:
   utdata demo --force && utdata render utdata-demo/weld.fpd --data 0 --view b -o bscan.png
@@ -39,6 +42,8 @@ struct RenderOptions {
   std::optional<std::uint32_t> row;
   std::optional<std::uint32_t> column;
   std::optional<std::uint32_t> gain;
+  std::optional<double> from;
+  std::optional<double> to;
   std::string samples = "time";
   bool samplesGiven = false;
   bool force = false;
@@ -129,6 +134,34 @@ Rendering RenderCScan(const DataGroup& group, const RenderOptions& options) {
   return {Draw(scan.plot, Font()), scan.plot.title, scan.plot.notes, std::move(facts)};
 }
 
+Rendering RenderSector(const DataGroup& group, const RenderOptions& options) {
+  const Sector sector = MakeSectorPlot(
+      group, {options.row, options.column, options.from, options.to, options.gain, options.quiet});
+  const SectorView& view = sector.view;
+  nlohmann::ordered_json facts = {
+      {"row", view.row}, {"column", view.column}, {"beams", view.beams.size()}};
+  if (view.strongest) {
+    const SectorEcho& echo = *view.strongest;
+    const SectorBeam& beam = view.beams[echo.beam];
+    facts["strongest"] = {{"data", beam.group.Index()},
+                          {"angle", beam.refractedAngle},
+                          {"sample", echo.sample},
+                          {"percent", echo.percent},
+                          {"half_path", echo.halfPath},
+                          {"depth", echo.point.depth},
+                          {"distance", echo.point.distance},
+                          {"leg", echo.point.leg},
+                          {"across", echo.across},
+                          {"down", echo.down}};
+  }
+  facts["gain"] = sector.gain;
+  facts["damaged_cells"] = sector.damagedCells;
+  facts["across"] = AxisFacts(sector.plot.across);
+  facts["down"] = AxisFacts(sector.plot.down);
+  facts["remarks"] = view.remarks;
+  return {Draw(sector.plot, Font()), sector.plot.title, sector.plot.notes, std::move(facts)};
+}
+
 bool HasAScans(const DataGroup& group) { return group.HasAScans(); }
 bool HasCScan(const DataGroup& group) {
   return group.HasAScans() || group.Class() == gdata_CScanAmplitude ||
@@ -144,15 +177,25 @@ struct View {
   bool takesRow;
   bool takesColumn;
   bool hasSampleAxis;
+  bool showsBeams;  ///< all of a channel, in the part
   Rendering (*render)(const DataGroup&, const RenderOptions&);
 };
 
 constexpr const char* ascans = "A-scans";
 constexpr View views[] = {
-    {"a", "A-scan", HasAScans, ascans, true, true, true, RenderAScan},
-    {"b", "B-scan", HasAScans, ascans, true, false, true, RenderBScan},
-    {"c", "C-scan", HasCScan, "A-scans, amplitudes or positions", false, false, false, RenderCScan},
-    {"d", "D-scan", HasAScans, ascans, false, true, true, RenderDScan},
+    {"a", "A-scan", HasAScans, ascans, true, true, true, false, RenderAScan},
+    {"b", "B-scan", HasAScans, ascans, true, false, true, false, RenderBScan},
+    {"c",
+     "C-scan",
+     HasCScan,
+     "A-scans, amplitudes or positions",
+     false,
+     false,
+     false,
+     false,
+     RenderCScan},
+    {"d", "D-scan", HasAScans, ascans, false, true, true, false, RenderDScan},
+    {"s", "sector scan", HasAScans, ascans, true, true, false, true, RenderSector},
 };
 
 const View& FindView(const std::string& name) {
@@ -170,6 +213,8 @@ void CheckOptions(const RenderOptions& options) {
   check("--row", options.row.has_value(), view.takesRow);
   check("--column", options.column.has_value(), view.takesColumn);
   check("--samples", options.samplesGiven, view.hasSampleAxis);
+  check("--from", options.from.has_value(), view.showsBeams);
+  check("--to", options.to.has_value(), view.showsBeams);
 }
 
 nlohmann::ordered_json Facts(const RenderOptions& options, const Rendering& rendering) {
@@ -201,8 +246,9 @@ void Render(const RenderOptions& options) {
   const Inspection inspection =
       OpenInspection(options.file, options.tables, options.quiet, options.acceptDamage);
   CheckNotInput(inspection, options.output);
-  const DataGroup group = SelectGroup(inspection, options.selector);
   const View& view = FindView(options.view);
+  const DataGroup group =
+      (view.showsBeams ? SelectBeams : SelectGroup)(inspection, options.selector);
   if (!view.suits(group))
     throw Failure(group.Name(),
                   std::string("has no ") + view.spoken,
@@ -234,15 +280,23 @@ void AddRenderVerb(CLI::App& program) {
                   "a: A-scan, one cell with its gates; b: B-scan, samples over the columns of a "
                   "row; c: C-scan, rows "
                   "over columns; "
-                  "d: D-scan, samples over the rows of a column")
+                  "d: D-scan, samples over the rows of a column; "
+                  "s: sector scan, all beams of a channel at a cell, true to scale")
       ->required()
       ->check(CLI::IsMember(names));
-  verb.add_option("--row",
-                  options->row,
-                  "Row of an A- or B-scan, from 0; that of the strongest cell if not given");
-  verb.add_option("--column",
-                  options->column,
-                  "Column of an A- or D-scan, from 0; that of the strongest cell if not given");
+  verb.add_option(
+      "--row",
+      options->row,
+      "Row of an A-, B- or sector scan, from 0; that of the strongest cell if not given");
+  verb.add_option(
+      "--column",
+      options->column,
+      "Column of an A-, D- or sector scan, from 0; that of the strongest cell if not given");
+  verb.add_option("--from",
+                  options->from,
+                  "Half path in mm from which a sector scan's strongest echo is looked for, behind "
+                  "the initial pulse");
+  verb.add_option("--to", options->to, "Half path in mm up to which it is looked for");
   verb.add_option("--gain", options->gain, "Soft gain of 16-bit samples, a whole factor")
       ->check(CLI::Range(1, 1000));
   CLI::Option* samples =

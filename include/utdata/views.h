@@ -1,0 +1,123 @@
+// Views of a data group as it lies in the part: true to scale, from the geometry of each beam.
+//
+// A sector scan shows the beams of a channel at one scan position side by side. Behind the first
+// leg it is unfolded: beams stay straight, and the part is mirrored at each wall. Every pixel names
+// the sample that it shows.
+//
+// A view is good while its inspection lives. Making one reads samples, and may run in several
+// threads as long as no other thread changes the inspection. What cannot be shown as it is in the
+// part is thrown as utdata::Error.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "utdata/datagroup.h"
+#include "utdata/geometry.h"
+
+namespace utdata {
+
+/// One beam of a sector scan at a scan position, from its own record.
+struct SectorBeam {
+  DataGroup group;            ///< of its A-scans
+  double refractedAngle = 0;  ///< degrees
+  double skew = 0;            ///< degrees, from 0 up to 360
+  double index = 0;           ///< of its index point on the axis across, mm
+  double direction = 0;       ///< its angle in the view: above 0 towards rising positions
+  AxisScale halfPaths;        ///< mm at each sample
+  double thickness = 0;       ///< of the part, mm; 0: not known
+  double outsideRadius = 0;   ///< of a round part, mm; 0: the part is flat
+  bool hasSamples = true;     ///< at this scan position
+  bool isDamaged = false;     ///< its samples are, and it counts as one without
+};
+
+/// A sample of a sector scan: where it lies, and how strong it is.
+struct SectorEcho {
+  std::size_t beam = 0;  ///< index in SectorView::beams
+  std::uint32_t sample = 0;
+  double percent = 0;   ///< of full scale, negative for negative half waves
+  double halfPath = 0;  ///< mm
+  double across = 0;    ///< in the view, mm
+  double down = 0;      ///< in the view, mm: unfolded
+  BeamPoint point;      ///< in the part, mm, as its own beam passes it
+};
+
+/// A line over a sector scan, as (across, down) in mm.
+struct SectorLine {
+  enum class Kind { BackWall, Surface, Weld };
+  struct Point {
+    double across = 0;
+    double down = 0;
+  };
+  Kind kind = Kind::BackWall;
+  std::vector<Point> points;
+  std::uint32_t leg = 0;  ///< that ends there, of a wall
+};
+
+struct SectorOptions {
+  /// None: that of the strongest echo, of those of the column or row if one is given.
+  std::optional<std::uint32_t> row = {};
+  std::optional<std::uint32_t> column = {};
+  /// Half paths between which the strongest echo is looked for, mm: the initial pulse is often
+  /// stronger than any.
+  double from = 0;
+  double to = std::numeric_limits<double>::infinity();
+  std::uint32_t widest = 880;   ///< pixels at the most
+  std::uint32_t highest = 560;  ///< the same
+};
+
+/// What positions across a sector scan count from.
+enum class SectorAcross {
+  Columns,      ///< along the column axis, as that does
+  Rows,         ///< along the row axis, as that does
+  ScanPosition  ///< in the direction of the beams
+};
+
+struct SectorView {
+  /// What a pixel shows.
+  struct Source {
+    static constexpr std::uint32_t nothing = ~std::uint32_t{0};
+
+    std::uint32_t beam = nothing;  ///< index in `beams`; `nothing`: no beam sees this place
+    std::uint32_t sample = 0;
+  };
+
+  std::uint32_t row = 0;  ///< the scan position
+  std::uint32_t column = 0;
+  std::vector<SectorBeam> beams;  ///< by the direction in which they lead
+  SectorAcross acrossOf = SectorAcross::Columns;
+  AxisScale across;  ///< of the pixels, mm
+  AxisScale down;    ///< the same, as long; depth in the first leg
+  /// Row by row. A pixel shows the strongest of the samples that fall on it, of the beams that are
+  /// at most half a beam away.
+  std::vector<Source> pixels;
+  std::vector<float> percents;          ///< of full scale, of each pixel; NaN for nothing
+  std::vector<SectorLine> lines;        ///< walls, and the weld where the file describes one
+  std::vector<std::string> remarks;     ///< what could not be shown as it should be, a line each
+  std::optional<SectorEcho> strongest;  ///< between the half paths that were asked for
+
+  /// Where a sample lies. None before its beam enters the part, and behind the first leg of a round
+  /// one. Throws when there is no such sample.
+  [[nodiscard]] UTDATA_API std::optional<SectorEcho> EchoOf(std::size_t beam,
+                                                            std::uint32_t sample) const;
+};
+
+/// The sector scan of the beams that a master gathers.
+/// @param group the master, or one of its elements. Throws when it has no beams, they show no
+///   A-scans, do not lie in one plane, all lead the same way, or have no sound speed.
+[[nodiscard]] UTDATA_API SectorView MakeSector(const DataGroup& group,
+                                               const SectorOptions& options = {},
+                                               const Watch& watch = {});
+
+/// The outline of a weld's preparation and caps, as lines of (across, depth) in mm; across counts
+/// as the column axis does. Empty where there is nothing to be drawn.
+/// @param thickness of the part, mm; 0: the weld's own
+[[nodiscard]] UTDATA_API std::vector<std::vector<SectorLine::Point>> WeldOutline(
+    const CGWeldTypeDescr& weld,
+    double thickness = 0);
+
+}  // namespace utdata
