@@ -31,36 +31,38 @@ const char* SampleLabel(kvt_enumUnits units) {
   return units == kvt_UnitMetre ? "half sound path" : "sample";
 }
 
+/// A scan axis; one without a step counts its indices.
+DescribedAxis ScanAxisOf(const char* name,
+                         const char* label,
+                         kvt_enumUnits units,
+                         float first,
+                         float step,
+                         std::uint32_t quantity) {
+  if (step == 0 && quantity > 1) return {name, name, "", 0, 1, quantity};
+  return {name, label, ArrayUnitOf(units).name, Shortest(first), Shortest(step), quantity};
+}
+
 std::vector<DescribedAxis> AxesOf(const DataGroup& data) {
   const CGDataTypeFDD& group = data.Stored();
-  const auto axis = [](const char* name,
-                       const char* label,
-                       kvt_enumUnits units,
-                       float first,
-                       float step,
-                       std::uint32_t quantity) {
-    return DescribedAxis{
-        name, label, ArrayUnitOf(units).name, Shortest(first), Shortest(step), quantity};
-  };
-  std::vector<DescribedAxis> axes = {axis("row",
-                                          "row position",
-                                          group.rowUnits,
-                                          group.rowOffset,
-                                          group.rowResolution,
-                                          group.rowQuantity),
-                                     axis("column",
-                                          "column position",
-                                          group.columnUnits,
-                                          group.columnOffset,
-                                          group.columnResolution,
-                                          group.columnQuantity)};
+  std::vector<DescribedAxis> axes = {ScanAxisOf("row",
+                                                "row position",
+                                                group.rowUnits,
+                                                group.rowOffset,
+                                                group.rowResolution,
+                                                group.rowQuantity),
+                                     ScanAxisOf("column",
+                                                "column position",
+                                                group.columnUnits,
+                                                group.columnOffset,
+                                                group.columnResolution,
+                                                group.columnQuantity)};
   if (!data.IsCScan())
-    axes.push_back(axis("sample",
-                        SampleLabel(group.sampleUnits),
-                        group.sampleUnits,
-                        group.sampleOffset,
-                        group.sampleResolution,
-                        group.sampleQuantity));
+    axes.push_back({"sample",
+                    SampleLabel(group.sampleUnits),
+                    ArrayUnitOf(group.sampleUnits).name,
+                    Shortest(group.sampleOffset),
+                    Shortest(group.sampleResolution),
+                    group.sampleQuantity});
   return axes;
 }
 

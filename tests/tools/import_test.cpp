@@ -60,8 +60,10 @@ std::string SectorBytes(bool beamIsInside) {
   for (std::uint32_t outer = 0; outer < 6; ++outer) {
     const std::uint32_t beam = beamIsInside ? outer % 3 : outer / 2;
     const std::uint32_t cell = beamIsInside ? outer / 3 : outer % 2;
-    for (std::uint32_t sample = 0; sample < 4; ++sample)
-      Append(bytes, static_cast<std::uint16_t>(100 * beam + 10 * cell + sample), 2, false);
+    for (std::uint32_t sample = 0; sample < 4; ++sample) {
+      const std::uint32_t value = 100 * beam + 10 * cell + sample;
+      bytes += {static_cast<char>(value & 0xFFU), static_cast<char>(value >> 8U)};
+    }
   }
   return bytes;
 }
@@ -91,6 +93,31 @@ TEST_F(ImportTest, AnArrayWithABeamAxisBecomesAChannelOfBeams) {
     }
     ASSERT_EQ(info["masters"].size(), 1U);
     EXPECT_EQ(info["masters"][0]["elements"], nlohmann::json({0, 1, 2}));
+  }
+}
+
+/// Transmitters, receivers and pairs are numbers, not millimetres, also after an export and another
+/// import.
+TEST_F(ImportTest, AxesOfAFullMatrixCaptureAreCounted) {
+  WriteFile(At("fmc.raw"), SectorBytes(false));
+  for (const auto& [axes, shape, columns] :
+       {std::tuple("tx,rx,sample", "3,2,4", 2), std::tuple("pair,sample", "6,4", 6)}) {
+    ASSERT_EQ(Run(std::string("import fmc.raw -o fmc.fpd --force --dtype i16 --shape ") + shape +
+                  " --axes " + axes)
+                  .status,
+              0);
+    ASSERT_EQ(Run("export fmc.fpd --data 0 -o fmc.npy --force").status, 0);
+    ASSERT_EQ(Run("import fmc.npy -o again.fpd --force").status, 0);
+    for (const char* file : {"fmc.fpd", "again.fpd"}) {
+      const nlohmann::json info = RunJson(std::string("info ") + file + " --json");
+      EXPECT_TRUE(info["warnings"].empty()) << info;
+      EXPECT_EQ(info["data"][0]["columns"]["quantity"], columns);
+      EXPECT_EQ(info["data"][0]["columns"]["resolution"], 0.0);
+      const ProgramResult picture =
+          Run(std::string("render ") + file + " --data 0 --view b --row 0 -o b.png --force --json");
+      EXPECT_EQ(picture.status, 0) << picture.error;
+      EXPECT_EQ(picture.error, "");
+    }
   }
 }
 

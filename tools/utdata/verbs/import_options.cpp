@@ -149,7 +149,7 @@ void AddArrayOptions(CLI::App& verb, ArrayOptions& options) {
   verb.add_option("--axes",
                   options.axes,
                   "Names of the axes, first (outermost) one first: beam, row, column, sample in "
-                  "some order")
+                  "some order; tx, rx or pair, of a full-matrix capture, for row and column")
       ->type_name("A,B,C");
   verb.add_option("--dtype", options.dtype, "Sample type of a headerless file")
       ->check(CLI::IsMember({"u8", "i8", "u16", "i16"}).description(""))
@@ -237,17 +237,38 @@ std::vector<std::uint64_t> ParseShape(const std::string& text) {
 
 namespace {
 
+/// A name of an axis on the command line. The transmitters, receivers and pairs of a full-matrix
+/// capture are counted: they lie at no places of the scan.
+struct AxisName {
+  const char* name;
+  ArrayAxis axis;
+  bool isCounted;
+};
+constexpr AxisName axisNames[] = {{"beam", ArrayAxis::Beam, false},
+                                  {"row", ArrayAxis::Row, false},
+                                  {"column", ArrayAxis::Column, false},
+                                  {"sample", ArrayAxis::Sample, false},
+                                  {"tx", ArrayAxis::Row, true},
+                                  {"rx", ArrayAxis::Column, true},
+                                  {"pair", ArrayAxis::Column, true}};
+
+const AxisName* FindAxis(const std::string& name) {
+  const auto* const found =
+      std::ranges::find_if(axisNames, [&](const AxisName& known) { return name == known.name; });
+  return found == std::end(axisNames) ? nullptr : found;
+}
+
 std::vector<ArrayAxis> ParseAxes(const std::string& text) {
-  constexpr std::array<const char*, arrayAxisQuantity> names = {"beam", "row", "column", "sample"};
   std::vector<ArrayAxis> axes;
   for (const std::string& part : SplitAt(',', text)) {
-    const auto* const found = std::find(names.begin(), names.end(), part);
-    const auto axis = static_cast<ArrayAxis>(found - names.begin());
-    if (found == names.end() || std::find(axes.begin(), axes.end(), axis) != axes.end())
+    const AxisName* const found = FindAxis(part);
+    if (!found || std::ranges::count(axes, found->axis) > 0)
       throw CLI::ValidationError(
           "--axes",
-          "'" + text + "' is not beam, row, column and sample in some order, joined by commas");
-    axes.push_back(axis);
+          "'" + text +
+              "' is not beam, row (or tx), column (or rx or pair) and sample in some order, joined "
+              "by commas");
+    axes.push_back(found->axis);
   }
   return axes;
 }
@@ -301,13 +322,20 @@ std::string SetQuantities(const ArrayOptions& options,
                           bool hasSoundSpeed,
                           CGDataTypeFDD& record) {
   std::string nominal;
+  std::vector<float Record::*> known;  // steps that do not count, and what is known from elsewhere
+  if (hasSoundSpeed) known.push_back(&Record::soundSpeed);
+  for (const std::string& name : SplitAt(',', options.axes))
+    if (const AxisName* axis = FindAxis(name); axis && axis->isCounted) {
+      known.push_back(axis->axis == ArrayAxis::Row ? &Record::rowResolution
+                                                   : &Record::columnResolution);
+      record.*known.back() = 0;  // an axis without a step counts its indices
+    }
   for (std::size_t index = 0; index < std::size(quantityOptions); ++index) {
     const QuantityOption& option = quantityOptions[index];
     float& field = record.*option.field;
     if (options.quantities[index]) {
       field = static_cast<float>(*options.quantities[index] / option.PerBase());
-    } else if (option.isNominal && !isDescribed &&
-               !(hasSoundSpeed && option.field == &Record::soundSpeed)) {
+    } else if (option.isNominal && !isDescribed && std::ranges::count(known, option.field) == 0) {
       std::string name = option.name + 2;
       std::replace(name.begin(), name.end(), '-', ' ');
       nominal += (nominal.empty() ? "" : ", ") + name + " " + Number(field * option.PerBase()) +
