@@ -31,6 +31,9 @@ struct GateWindow {
   bool isCut = false;  ///< the gate reaches beyond the A-scans
 };
 
+/// The position of a cell where nothing reached the gate's level, or that has no samples.
+inline constexpr std::uint16_t noEchoPosition = 0;
+
 /// What a gate sees in each cell, in row-major order; both 0 in a cell without samples.
 struct GateReadings {
   std::vector<std::uint16_t> amplitudes;  ///< sample values on the positive scale

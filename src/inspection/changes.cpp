@@ -1,6 +1,5 @@
 // What is written: the items' changes, gathered as groups.
 #include <algorithm>
-#include <unordered_map>
 
 #include "src/container/matching.h"
 #include "src/inspection/groupitems.h"
@@ -31,7 +30,9 @@ Changes::Changes(InspectionState& inspection, Scope scope) {
   for (const DataRow& row : inspection.rows) {
     const bool isNew = row.added && row.isListed && isUnsaved(row.item);
     if (!isNew && row.item->idata1_ModifGetStatus() == 0) continue;
-    groups.data.AddTail(&records.emplace_back(Changed(row)));
+    CGDataTypeFDD* const record = &records.emplace_back(Changed(row));
+    bases.emplace(record, row.stored);
+    groups.data.AddTail(record);
     if (isNew) newItems.insert(row.item);
   }
   // Of the other types, the modified items and the new ones that stand in no file yet. Those that
@@ -59,19 +60,32 @@ Changes::Changes(InspectionState& inspection, Scope scope) {
 
 void MergeInto(CFContTypeFileDescr& copy,
                const CFContTypeFileDescr& loaded,
-               const CFContTypeFileDescr& changes) {
+               const Changes& changes) {
   using namespace container;
   ForEachType([&]<class Descriptor>(const GroupType<Descriptor>& type) {
     const CList<Descriptor*>& before = loaded.*type.list;
+    const CList<Descriptor*>& changed = changes.groups.*type.list;
     std::unordered_map<const Descriptor*, Descriptor*> replaced;
     const Matching<Descriptor> matching(before);
-    for (Descriptor* change : changes.*type.list) replaced[matching.Find(*change)] = change;
+    // Several data groups may have the same ids.
+    const auto baseOf = [&](const Descriptor& change) -> const Descriptor* {
+      if constexpr (std::is_same_v<Descriptor, CGDataTypeFDD>)
+        return changes.bases.at(&change);
+      else
+        return matching.Find(change);
+    };
+    for (Descriptor* change : changed) replaced[baseOf(*change)] = change;
     for (Descriptor* descriptor : before) {
       const auto found = replaced.find(descriptor);
-      (copy.*type.list).AddTail(found == replaced.end() ? descriptor : found->second);
+      if (found == replaced.end()) {
+        (copy.*type.list).AddTail(descriptor);
+        continue;
+      }
+      (copy.*type.list).AddTail(found->second);
+      replaced.erase(found);
     }
-    for (Descriptor* change : changes.*type.list)
-      if (!matching.Find(*change)) (copy.*type.list).AddTail(change);
+    for (Descriptor* change : changed)
+      if (replaced.count(baseOf(*change)) != 0) (copy.*type.list).AddTail(change);
   });
   for (stDefectExtern* defect : loaded.defects) copy.defects.AddTail(defect);
 }

@@ -385,12 +385,10 @@ void Inspection::SaveAs(const std::string& path, bool replace, const Signature& 
     if (std::filesystem::equivalent(file, path, ignored))
       throw Error(path, cannotBeWritten, "it is the inspection file itself", "choose another name");
   }
-  std::optional<BookmarksOfItems> bookmarks(std::in_place, *m_state);
   const Changes changes(*m_state, Changes::Scope::SinceOpening);
   CFContTypeFileDescr copy;
   if (!copy.SetPath(ToWide(path))) throw Error(path, cannotBeWritten, "the path is too long");
-  MergeInto(copy, *m_state->descriptor, changes.groups);
-  bookmarks.reset();
+  MergeInto(copy, *m_state->descriptor, changes);
   copy.defectTableFlag = copy.defects.IsEmpty() ? 0 : 1;
   SCFile::GroupHandle top = nullptr;
   SCFile::FileHandle file = nullptr;

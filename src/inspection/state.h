@@ -11,6 +11,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "src/inspection/celltable.h"
@@ -146,6 +147,8 @@ struct Changes {
 
   CFContTypeFileDescr groups;
   std::deque<CGDataTypeFDD> records;  ///< of data groups, listed in `groups`
+  /// What the data groups of `groups` were made of: a record of the descriptor, or of none yet.
+  std::unordered_map<const CGDataTypeFDD*, const CGDataTypeFDD*> bases;
   std::set<const void*> newItems;
   bool isEmpty = true;
 };
@@ -154,6 +157,6 @@ struct Changes {
 /// one, and the groups that are new. It owns none of them.
 void MergeInto(CFContTypeFileDescr& copy,
                const CFContTypeFileDescr& loaded,
-               const CFContTypeFileDescr& changes);
+               const Changes& changes);
 
 }  // namespace utdata

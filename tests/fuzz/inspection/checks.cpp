@@ -74,7 +74,7 @@ class Session {
     std::optional<Inspection> inspection = Open(m_path);
     Require(inspection || !areClean, "what is verified opens");
     if (!inspection) return;
-    const Observation whole = Observe(*inspection, false);
+    const Observation whole = Observe(*inspection, {.history = IsThorough()});
     for (const SeenData& data : whole.data)
       Require(!data.isDamaged || !areClean, "samples that were verified are read", data.samples);
     if (m_plan.damage) CheckDamage(*m_plan.damage, whole, areClean);
@@ -93,6 +93,8 @@ class Session {
 
   /// Whether codes of 16 bits are looked at.
   [[nodiscard]] bool WithWideCodes() const { return m_plan.lot % 64 == 0; }
+  /// Whether all writes are looked at, and all groups of a rescued file.
+  [[nodiscard]] bool IsThorough() const { return m_plan.lot % 8 == 2; }
   /// Whether a rescue may try every value of every byte of a damaged group.
   [[nodiscard]] bool IsLong() const { return m_plan.lot % 512 == 1; }
 
@@ -107,7 +109,7 @@ class Session {
     Require(hasTail || !IsClean(file.path), "damage is found by the verification");
     if (auto damaged = Open(m_path)) CheckSeen(*damaged, whole, hasTail);
     if (auto damaged = Open(m_path, {.acceptDamage = true}))
-      for (const SeenData& data : Observe(*damaged, false).data)
+      for (const SeenData& data : Observe(*damaged).data)
         Require(!data.isDamaged, "damage that is accepted is not refused", data.samples);
     if (wereClean && (place < kvtiff19::dataStart || hasTail || IsLong())) CheckRescue(file);
     m_disk.Put(file.path, file.bytes);
@@ -115,7 +117,7 @@ class Session {
 
   /// Damage leaves nothing different: samples that have it are refused, all else is as it was.
   static void CheckSeen(Inspection& damaged, const Observation& whole, bool hasTail) {
-    const Observation seen = Observe(damaged, false);
+    const Observation seen = Observe(damaged, {.history = !whole.history.empty()});
     RequireSame(seen.groups, whole.groups, "damage changes no group");
     RequireSame(seen.items, whole.items, "damage changes no item");
     RequireSame(seen.masters, whole.masters, "damage changes no master");
@@ -139,8 +141,8 @@ class Session {
     Require(IsClean(wide), "what is rescued is verified");
     std::optional<Inspection> rescued = Open(path);
     Require(rescued.has_value(), "what is rescued opens");
-    static_cast<void>(Observe(*rescued, false));
-    if (!findings.lost.empty() || !findings.unchecked.empty()) return;
+    static_cast<void>(Observe(*rescued));
+    if (!IsThorough() || !findings.lost.empty() || !findings.unchecked.empty()) return;
     m_disk.Put(damaged.path, damaged.bytes);
     Require(test::SnapshotOf(wide) == test::SnapshotOf(damaged.path),
             "a rescue that lost nothing has everything");
@@ -212,10 +214,11 @@ class Session {
       RequireSame(history, SeeHistory(inspection), "a save that is refused leaves no write");
       return;
     }
-    const Observation memory = Observe(inspection, WithWideCodes());
+    Observation memory = Observe(inspection, {WithWideCodes(), true});
     RequireSame(items, memory.items, "a save changes no item");
     for (const std::string& file : inspection.Files())
       Require(IsClean(ToWide(file)) || !areClean, "what is saved is verified");
+    for (SeenData& data : memory.data) data.partners.clear();
     CheckReloaded(path, memory, history.size(), save);
   }
 
@@ -242,11 +245,14 @@ class Session {
     std::optional<Inspection> reloaded =
         Open(path, {.tables = isNew ? SampleTables::InMemory : SampleTables::Mapped});
     Require(reloaded.has_value(), "what is saved opens");
-    const Observation seen = Observe(*reloaded, WithWideCodes());
-    if (m_plan.hasTwins && !isNew) return;
-    RequireSame(memory.items, seen.items, "items come back");
-    RequireSame(memory.data, seen.data, "samples and codes come back");
-    if (!isNew && !m_isAdded) RequireSame(memory.groups, seen.groups, "groups come back");
+    Observation seen = Observe(*reloaded, {WithWideCodes(), true});
+    for (SeenData& data : seen.data) data.partners.clear();
+    // Of data groups of equal ids any may get the number that the file gives their sub-channel.
+    const bool areTold = !(m_plan.hasDataTwins && m_plan.hasNumbers) && (isNew || !m_plan.hasTwins);
+    if (areTold) RequireSame(memory.items, seen.items, "items come back");
+    if (areTold) RequireSame(memory.data, seen.data, "samples and codes come back");
+    if (!isNew && areTold && !m_isAdded)
+      RequireSame(memory.groups, seen.groups, "groups come back");
     if (isNew) {
       Require(IsClean(ToWide(path)), "a new file is verified");
       Require(seen.history.size() == 1, "a new file has one write");

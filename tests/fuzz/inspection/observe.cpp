@@ -98,11 +98,17 @@ class Line {
 std::string Describe(const DataGroup& group) {
   Line line;
   line << group.Label() << group.Caption() << group.IdLabel() << group.ClassName()
-       << group.TypeName() << group.BookmarkName() << group.IsListed() << group.IsMaster()
-       << group.HasTable() << group.IsTofd();
+       << group.TypeName() << group.BookmarkName() << group.IsMaster() << group.HasTable()
+       << group.IsTofd();
   line << group.Columns() << group.Rows() << group.Times() << group.HalfPaths() << group.Depths();
   line << group.Amplitudes().above << group.Amplitudes().below;
   line << group.Elements().size() << group.Gates().size();
+  return line.Text();
+}
+
+std::string PartnersOf(const DataGroup& group) {
+  Line line;
+  line << group.IsListed();
   for (const auto& other : {group.Matched(), group.Master(), group.MeridioAmplitudes()})
     line << (other ? static_cast<std::int64_t>(other->Index()) : -1);
   return line.Text();
@@ -142,6 +148,7 @@ void AddSamples(Line& line, const DataGroup& group, bool withWideCodes) {
 SeenData SeeData(const DataGroup& group, bool withWideCodes) {
   SeenData seen;
   seen.description = Describe(group);
+  seen.partners = PartnersOf(group);
   if (!group.HasTable()) return seen;
   Line line;
   try {
@@ -221,10 +228,11 @@ std::vector<std::string> SeeHistory(const Inspection& inspection) {
   return lines;
 }
 
-Observation Observe(Inspection& inspection, bool withWideCodes) {
-  Observation seen{SeeGroups(inspection), SeeItems(inspection), {}, {}, SeeHistory(inspection)};
+Observation Observe(Inspection& inspection, const Thoroughness& with) {
+  Observation seen{SeeGroups(inspection), SeeItems(inspection), {}, {}, {}};
+  if (with.history) seen.history = SeeHistory(inspection);
   for (const DataGroup& group : inspection.Data())
-    seen.data.push_back(SeeData(group, withWideCodes));
+    seen.data.push_back(SeeData(group, with.wideCodes));
   for (const DataGroup& master : inspection.Masters()) seen.masters.push_back(Describe(master));
   return seen;
 }
@@ -237,8 +245,9 @@ std::string Difference(const SeenFields& a, const SeenFields& b) {
 }
 
 std::string Difference(const std::vector<SeenData>& a, const std::vector<SeenData>& b) {
-  return FirstDifference(
-      a, b, [](const SeenData& seen) { return seen.description + "| " + seen.samples; });
+  return FirstDifference(a, b, [](const SeenData& seen) {
+    return seen.description + "| " + seen.partners + "| " + seen.samples;
+  });
 }
 
 std::string Difference(const std::vector<std::string>& a, const std::vector<std::string>& b) {

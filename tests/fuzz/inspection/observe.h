@@ -23,7 +23,11 @@ using SeenFields = std::vector<SeenField>;
 /// A data group as one line, and whether reading its samples was refused as damaged.
 struct SeenData {
   std::string description;  ///< names, axes, units
-  std::string samples;      ///< what is read of them, or why they are not
+  /// Whether its item is the file set's, and the groups that belong with it, by index. Both are
+  /// found when the item is made, by a bookmark type that matches any where the file gives none,
+  /// and a save writes the one that was assigned: after it other groups may be found.
+  std::string partners;
+  std::string samples;  ///< what is read of them, or why they are not
   bool isDamaged = false;
   friend bool operator==(const SeenData&, const SeenData&) = default;
 };
@@ -33,15 +37,21 @@ struct Observation {
   SeenFields items;   ///< of the types that can be edited, as their items have them
   std::vector<SeenData> data;
   std::vector<std::string> masters;  ///< made anew at each loading, so that edits show later
-  std::vector<std::string> history;  ///< a line for each write
+  std::vector<std::string> history;  ///< a line for each write, where asked for
+};
+
+/// What of an observation takes longer than all the rest.
+struct Thoroughness {
+  /// What takes tables of all samples of 16 bits: display codes, and values that are not what is
+  /// stored.
+  bool wideCodes = false;
+  bool history = false;
 };
 
 [[nodiscard]] SeenFields SeeGroups(const Inspection& inspection);
 [[nodiscard]] SeenFields SeeItems(Inspection& inspection);
 [[nodiscard]] std::vector<std::string> SeeHistory(const Inspection& inspection);
-/// @param withWideCodes with what takes tables of all samples of 16 bits, longer than all the rest:
-///   display codes, and values that are not what is stored
-[[nodiscard]] Observation Observe(Inspection& inspection, bool withWideCodes);
+[[nodiscard]] Observation Observe(Inspection& inspection, const Thoroughness& with = {});
 
 /// Where two differ first; empty when they do not.
 [[nodiscard]] std::string Difference(const SeenFields& a, const SeenFields& b);

@@ -9,6 +9,7 @@
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/gating.h"
 #include "utdata/samples.h"
 
 namespace utdata::program {
@@ -95,6 +96,7 @@ class ViewMaker {
   static Json Frame(const DataGroup& group) {
     return {{"label", group.Caption()},
             {"kind", group.ClassName()},
+            {"channel", group.Stored().channelId},
             {"columns", AxisJson(group.Columns(), "column")},
             {"rows", AxisJson(group.Rows(), "row")},
             {"layers", Json::array()}};
@@ -131,6 +133,7 @@ class ViewMaker {
     if (!group.HasAScans()) layer["gate"] = group.Stored().gateId;
     if (!hasPositions) layer["amplitude"] = AmplitudeJson(group);
     if (hasPositions) layer["position"] = AxisJson(group.Times(), "value");
+    if (hasPositions) layer["noEcho"] = noEchoPosition;
     if (const auto path = group.HalfPaths(); hasPositions && path)
       layer["path"] = AxisJson(*path, "value");
     return layer;

@@ -35,16 +35,102 @@ const steps = {
   ascan: {ArrowLeft: [0, 0, -1], ArrowRight: [0, 0, 1], ArrowUp: [0, -1, 0], ArrowDown: [0, 1, 0], PageUp: [-1, 0, 0], PageDown: [1, 0, 0]},
 };
 
-function follow(name, event) {
+// The axes of each picture; amplitudes are none that can be zoomed.
+const axesOf = {cscan: ['columns', 'rows'], bscan: ['columns', 'samples'], ascan: ['samples', null]};
+
+// Where the mouse is on a picture, in parts of its sides.
+function placeOn(name, event) {
   const frame = frames[name], bounds = byId(name).getBoundingClientRect();
-  const cell = (part, axis) => inside(Math.floor(part * axis.quantity), axis.quantity);
-  const across = axis => cell((event.clientX - bounds.left - frame.left) / frame.width, axis);
-  const down = axis => cell((event.clientY - bounds.top - frame.top) / frame.height, axis);
-  moveTo(...targets[name](across, down));
+  return [(event.clientX - bounds.left - frame.left) / frame.width, (event.clientY - bounds.top - frame.top) / frame.height];
 }
 
+function follow(name, event) {
+  const [across, down] = placeOn(name, event);
+  const cell = (place, axis, {from, to}) => inside(Math.floor((from + place * (to - from)) * axis.quantity), axis.quantity);
+  const shownOf = axis => state.shown[Object.keys(state.shown).find(key => state.view[key] === axis)];
+  moveTo(...targets[name](axis => cell(across, axis, shownOf(axis)), axis => cell(down, axis, shownOf(axis))));
+}
+
+// ---- zoom and drag: pictures that share an axis show the same part of it
+
+const leastCells = 4;
+
+function show(name, from, length) {
+  const least = Math.min(1, leastCells / state.view[name].quantity), size = Math.min(1, Math.max(least, length));
+  const start = Math.min(1 - size, Math.max(0, from));
+  state.shown[name] = {from: start, to: start + size};
+}
+
+// Around a place of a picture, which stays where it is.
+function zoom(name, place, factor) {
+  axesOf[name].forEach((axis, side) => {
+    if (!axis) return;
+    const {from, to} = state.shown[axis], at = from + place[side] * (to - from);
+    const least = Math.min(1, leastCells / state.view[axis].quantity);
+    const size = Math.min(1, Math.max(least, (to - from) * factor));
+    show(axis, at - place[side] * size, size);
+  });
+  draw();
+}
+
+function drag(name, moved, shown) {
+  axesOf[name].forEach((axis, side) => {
+    if (axis) show(axis, shown[axis].from - moved[side] * (shown[axis].to - shown[axis].from), shown[axis].to - shown[axis].from);
+  });
+  draw();
+}
+
+function showWhole() {
+  for (const name of Object.keys(state.shown)) state.shown[name] = Plots.whole;
+  draw();
+}
+
+// A press that moves drags the picture; one that does not holds the cursor, or lets it go.
+function listenToMouse(name, canvas) {
+  const nearly = 4;  // pixels
+  let press = null;
+  canvas.addEventListener('pointerdown', event => {
+    press = {x: event.clientX, y: event.clientY, place: placeOn(name, event), shown: {...state.shown}, isDrag: false};
+    if (event.isTrusted) canvas.setPointerCapture(event.pointerId);
+  });
+  canvas.addEventListener('pointermove', event => {
+    if (!press) return state.isHeld || follow(name, event);
+    press.isDrag ||= Math.hypot(event.clientX - press.x, event.clientY - press.y) > nearly;
+    const place = placeOn(name, event);
+    if (press.isDrag) drag(name, place.map((part, side) => part - press.place[side]), press.shown);
+  });
+  canvas.addEventListener('pointerup', event => {
+    if (press && !press.isDrag) {
+      state.isHeld = !state.isHeld;
+      follow(name, event);
+    }
+    press = null;
+  });
+  canvas.addEventListener('pointercancel', () => press = null);
+  canvas.addEventListener('wheel', event => {
+    event.preventDefault();
+    zoom(name, placeOn(name, event), 1.2 ** Math.sign(event.deltaY));
+  }, {passive: false});
+  canvas.addEventListener('dblclick', showWhole);
+}
+
+function setReference() {
+  const {row, column, sample, reference} = state;
+  const isThere = reference && reference.row === row && reference.column === column && reference.sample === sample;
+  state.reference = isThere ? null : {row, column, sample};
+  draw();
+}
+
+// ---- keys and choices
+
 function press(name, event) {
+  const middle = axesOf[name].map((axis, side) => axis && placeOf(axis, [state.column, state.row, state.sample][
+      ['columns', 'rows', 'samples'].indexOf(axis)]));
   if (event.key === 'Home') moveToStrongest();
+  else if (event.key === 'r') setReference();
+  else if (event.key === '+') zoom(name, middle, 1 / 1.5);
+  else if (event.key === '-') zoom(name, middle, 1.5);
+  else if (event.key === '0') showWhole();
   else if (event.key === 'Enter') moveTo(state.row, state.column);
   else if (steps[name][event.key]) {
     const [rows, columns, samples] = steps[name][event.key].map(step => step === undefined ? step : step * (event.shiftKey ? 10 : 1));
@@ -56,11 +142,7 @@ function press(name, event) {
 function listen() {
   for (const name of Object.keys(targets)) {
     const canvas = byId(name);
-    canvas.addEventListener('pointermove', event => state.isHeld || follow(name, event));
-    canvas.addEventListener('pointerdown', event => {
-      state.isHeld = !state.isHeld;
-      follow(name, event);
-    });
+    listenToMouse(name, canvas);
     canvas.addEventListener('keydown', event => press(name, event));
     canvas.setAttribute('aria-label', `${canvas.parentElement.className.split(' ')[0]}; the arrow keys move the cursor`);
   }
@@ -70,7 +152,9 @@ function listen() {
     fitColors();
     moveTo(state.row, state.column);
   });
-  for (const id of ['lengths', 'axis', 'levels', 'range']) byId(id).addEventListener('input', draw);
+  for (const id of ['lengths', 'axis', 'levels', 'palette', 'range']) byId(id).addEventListener('input', draw);
+  byId('reference').addEventListener('click', setReference);
+  byId('whole').addEventListener('click', showWhole);
   byId('choices').addEventListener('submit', event => event.preventDefault());
   window.addEventListener('resize', draw);
 }
@@ -78,6 +162,19 @@ function listen() {
 function setOptions(select, names) {
   select.replaceChildren(...names.map((name, index) => new Option(name, String(index))));
   select.disabled = names.length < 2;
+}
+
+// The views of each channel together, where there are several channels.
+function setViews(select) {
+  setOptions(select, facts.views.map(view => `${view.label} (${view.kind})`));
+  const channels = [...new Set(facts.views.map(view => view.channel))];
+  if (channels.length < 2) return;
+  const options = [...select.options];
+  select.replaceChildren(...channels.map(channel => {
+    const group = element('optgroup', null, ...options.filter((_, index) => facts.views[index].channel === channel));
+    group.label = `Channel ${channel}`;
+    return group;
+  }));
 }
 
 // Colours up to the strongest cell of the C-scan.
@@ -93,6 +190,8 @@ async function showView(index) {
   for (const shown of [view, ...view.layers]) shown.isDamaged ??= spread(shown.damaged, cells);
   if (typeof view.ascans === 'number') view.data ??= await unpack(view.ascans, view.signed);
   state.view = view;
+  state.reference = null;
+  for (const name of Object.keys(state.shown)) state.shown[name] = Plots.whole;
   const first = Math.max(0, view.layers.findIndex(layer => layer.gate !== undefined && layer.amplitude));
   state.layer = view.layers[first];
   setOptions(byId('layer'), view.layers.map(layer => layer.label));
@@ -165,7 +264,7 @@ async function start() {
   showTables();
   if (facts.views.length > 0) {
     byId('viewer').hidden = false;
-    setOptions(byId('view'), facts.views.map(view => `${view.label} (${view.kind})`));
+    setViews(byId('view'));
     listen();
     await openAtPlace();
   }

@@ -17,9 +17,14 @@ const Plots = (() => {
     }
     return table;
   }
+  // Perceptual: its lightness rises all the way. Rainbow: as amplitudes have long been shown. Grey: dark to light.
   const heat = colorTable([[0, 0, 4], [31, 12, 72], [85, 15, 109], [136, 34, 106], [186, 54, 85], [227, 89, 51],
                            [249, 140, 10], [249, 201, 50], [252, 255, 164]]);
   const grey = colorTable([[0, 0, 0], [255, 255, 255]]);
+  const rainbow = colorTable([[255, 255, 255], [120, 180, 255], [0, 60, 255], [0, 200, 200], [0, 190, 0], [255, 240, 0],
+                              [255, 140, 0], [255, 0, 0], [150, 0, 0]]);
+  const palettes = {heat, rainbow, grey};
+  const whole = {from: 0, to: 1};
 
   // Round values between two ends: at 1, 2 or 5 times a power of ten.
   function ticks(from, to, most) {
@@ -109,45 +114,52 @@ const Plots = (() => {
       this.context.setLineDash([]);
     }
 
-    // Lines through a place of the area, in parts of its sides, which leave the place itself free; `down` may be missing.
-    cross(across, down) {
-      const x = Math.floor(this.x(across)) + 0.5;
-      if (down === null) return this.line([x, this.top], [x, this.bottom]);
-      const y = Math.floor(this.y(down)) + 0.5, free = 9;
-      for (const [color, width] of [['rgba(255, 255, 255, 0.5)', 3], [red, 1]]) {
+    // Lines through a place of the area, in parts of its sides, which leave the place itself free; `down` may be missing, and what
+    // lies outside of the area is not drawn.
+    cross(across, down, color = red) {
+      const isIn = part => part >= 0 && part <= 1;
+      const x = Math.floor(this.x(across)) + 0.5, y = Math.floor(this.y(down ?? 0)) + 0.5, free = down === null ? 0 : 9;
+      for (const [shade, width] of [['rgba(255, 255, 255, 0.5)', 3], [color, 1]]) {
         this.context.lineWidth = width;
-        this.line([x, this.top], [x, Math.max(this.top, y - free)], color);
-        this.line([x, Math.min(this.bottom, y + free)], [x, this.bottom], color);
-        this.line([this.left, y], [Math.max(this.left, x - free), y], color);
-        this.line([Math.min(this.right, x + free), y], [this.right, y], color);
+        if (isIn(across)) {
+          this.line([x, this.top], [x, Math.min(this.bottom, Math.max(this.top, y - free))], shade);
+          this.line([x, Math.max(this.top, Math.min(this.bottom, y + free))], [x, this.bottom], shade);
+        }
+        if (down === null || !isIn(down)) continue;
+        this.line([this.left, y], [Math.min(this.right, Math.max(this.left, x - free)), y], shade);
+        this.line([Math.max(this.left, Math.min(this.right, x + free)), y], [this.right, y], shade);
       }
+      this.context.lineWidth = 1;
     }
   }
 
-  // The cells that one pixel shows, as [begin, end).
-  function cellsOfPixel(pixel, pixels, cells) {
-    if (pixels >= cells) {
-      const nearest = Math.floor((2 * pixel + 1) * cells / (2 * pixels));
+  // The cells that one pixel shows of a part of an axis, as [begin, end).
+  function cellsOfPixel(pixel, pixels, cells, part) {
+    const first = part.from * cells, shown = (part.to - part.from) * cells;
+    if (pixels >= shown) {
+      const nearest = Math.min(cells - 1, Math.floor(first + (2 * pixel + 1) * shown / (2 * pixels)));
       return [nearest, nearest + 1];
     }
-    return [Math.floor(pixel * cells / pixels), Math.ceil((pixel + 1) * cells / pixels)];
+    return [Math.floor(first + pixel * shown / pixels), Math.min(cells, Math.ceil(first + (pixel + 1) * shown / pixels))];
   }
 
-  // An image of cells whose places on the colour scale are 0 to 1. Where several fall on one pixel, the strongest is shown: an echo
-  // never vanishes. `signed`: the strongest is the one farthest from the middle.
-  // `damaged`: whether a cell is; null where none is. Such cells are striped.
-  function image(frame, columns, rows, place, colors, signed, damaged) {
+  // An image of cells whose places on the colour scale are 0 to 1; NaN is left free. Where several fall on one pixel, the strongest
+  // is shown: an echo never vanishes. `across` and `down`: how many cells there are, and which part of them is shown.
+  // `signed`: the strongest is the one farthest from the middle. `damaged`: whether a cell is; null where none is. Such cells are
+  // striped.
+  function image(frame, {cells: columns, part: across}, {cells: rows, part: down}, place, colors, signed, damaged) {
     const width = Math.round(frame.width * frame.sharpness), height = Math.round(frame.height * frame.sharpness);
     const picture = document.createElement('canvas');
     picture.width = width;
     picture.height = height;
     const context = picture.getContext('2d'), pixels = context.createImageData(width, height);
-    const stronger = signed ? (a, b) => Math.abs(a - 0.5) < Math.abs(b - 0.5) ? b : a : (a, b) => a < b ? b : a;
-    const spans = Array.from({length: width}, (_, x) => cellsOfPixel(x, width, columns));
+    const isStronger = signed ? (a, b) => Math.abs(a - 0.5) < Math.abs(b - 0.5) : (a, b) => a < b;
+    const stronger = (a, b) => isStronger(a, b) || Number.isNaN(a) ? b : a;
+    const spans = Array.from({length: width}, (_, x) => cellsOfPixel(x, width, columns, across));
     const line = new Float32Array(columns), striped = new Uint8Array(columns);
     let lineBegin = -1, lineEnd = -1;
     for (let y = 0, at = 0; y < height; ++y) {
-      const [begin, end] = cellsOfPixel(y, height, rows);
+      const [begin, end] = cellsOfPixel(y, height, rows, down);
       if (begin !== lineBegin || end !== lineEnd) {
         for (let column = 0; column < columns; ++column) {
           let strongest = place(column, begin);
@@ -170,6 +182,7 @@ const Plots = (() => {
             continue;
           }
         }
+        if (Number.isNaN(strongest)) continue;
         const code = 3 * Math.round(255 * Math.min(1, Math.max(0, strongest)));
         pixels.data[at] = colors[code];
         pixels.data[at + 1] = colors[code + 1];
@@ -187,8 +200,8 @@ const Plots = (() => {
   }
 
   // A bar of the colours at the right of the area, with its scale.
-  function colorBar(frame, colors, axis, right) {
-    const left = frame.right + right, width = 14;
+  function colorBar(frame, colors, axis, marks) {
+    const left = frame.right + 24, width = 14;
     for (let y = 0; y < frame.height; ++y) {
       const code = 3 * Math.round(255 * (1 - y / Math.max(1, frame.height - 1)));
       frame.context.fillStyle = `rgb(${colors[code]}, ${colors[code + 1]}, ${colors[code + 2]})`;
@@ -196,11 +209,12 @@ const Plots = (() => {
     }
     const bar = Object.assign(Object.create(Frame.prototype), frame, {left, width});
     bar.outline();
-    bar.axis('right', axis);
+    bar.axis('right', axis, {marks});
   }
 
-  // A curve of `quantity` values, each at the middle of its cell, between low and high. Where several fall on one pixel it spans all.
-  function curve(frame, quantity, valueAt, low, high) {
+  // A curve of the values of cells, each at the middle of its cell, between low and high. Where several fall on one pixel it spans
+  // all.
+  function curve(frame, {cells, part}, valueAt, low, high) {
     const context = frame.context;
     const y = value => frame.y(1 - (Math.min(high, Math.max(low, value)) - low) / (high - low));
     context.save();
@@ -211,10 +225,12 @@ const Plots = (() => {
     context.lineWidth = 1.4;
     context.lineJoin = 'round';
     context.beginPath();
-    for (let cell = 0; cell < quantity; ++cell) context.lineTo(frame.x((cell + 0.5) / quantity), y(valueAt(cell)));
+    const first = Math.max(0, Math.floor(part.from * cells) - 1), end = Math.min(cells, Math.ceil(part.to * cells) + 1);
+    for (let cell = first; cell < end; ++cell)
+      context.lineTo(frame.x(((cell + 0.5) / cells - part.from) / (part.to - part.from)), y(valueAt(cell)));
     context.stroke();
     context.restore();
   }
 
-  return {Frame, heat, grey, image, paint, colorBar, curve, red, pale};
+  return {Frame, palettes, whole, image, paint, colorBar, curve, red, blue, pale};
 })();

@@ -22,20 +22,30 @@ function spread(runs, cells) {
   return spread;
 }
 
-const state = {view: null, layer: null, row: 0, column: 0, sample: 0, isHeld: false};
+// `reference`: where the second cursor stands, or null. `shown`: which part of each axis the pictures show.
+const state = {view: null, layer: null, row: 0, column: 0, sample: 0, isHeld: false, reference: null,
+               shown: {rows: Plots.whole, columns: Plots.whole, samples: Plots.whole}};
 const choice = id => byId(id).value;
-const number = value => Number.isFinite(value) ? String(Number(value.toPrecision(6))) : '–';
+// With the digits that a tenth of a step has.
+function number(value, step) {
+  if (!Number.isFinite(value)) return '–';
+  const decimals = step ? Math.min(9, Math.max(0, 1 - Math.floor(Math.log10(Math.abs(step)) + 1e-9))) : 3;
+  return String(Number(value.toFixed(decimals)) + 0);
+}
 
 // ---- amplitudes and axes, in the chosen units
 
 function percentOf(amplitude, value) {
   return value * (value < 0 ? amplitude.below : amplitude.above);
 }
+function decibelsOf(percent) {
+  return facts.decibels.full + facts.decibels.perDecade * Math.log10(Math.abs(percent) / 100);
+}
+const decibelMarks = () => [0, -3, -6, -9, -12, -18, -24, -30, -40].map(level => ({
+  value: 100 * 10 ** ((level - facts.decibels.full) / facts.decibels.perDecade), label: String(level)}));
 function levelText(percent) {
   if (choice('levels') === 'percent') return percent.toFixed(1) + ' %';
-  const {full, perDecade} = facts.decibels;
-  const decibels = full + perDecade * Math.log10(Math.abs(percent) / 100);
-  return percent === 0 ? '−∞ dB' : decibels.toFixed(1) + ' dB';
+  return percent === 0 ? '−∞ dB' : decibelsOf(percent).toFixed(1) + ' dB';
 }
 // An axis of the file in the chosen unit of length.
 function inChosenLengths(axis) {
@@ -44,18 +54,21 @@ function inChosenLengths(axis) {
   return {...axis, unit: isInch ? 'in' : axis.unit, first: axis.first * scale, step: axis.step * scale};
 }
 const at = (axis, index) => axis.first + index * axis.step;
-const textAt = (axis, index) => number(at(axis, index)) + (axis.unit === '°' ? '°' : ' ' + axis.unit);
+const withUnit = (text, axis) => text + (axis.unit === '°' ? '°' : ' ' + axis.unit);
+const textAt = (axis, index) => withUnit(number(at(axis, index), axis.step), axis);
 const placeText = (axis, index) => axis.plain ? String(index) : `${index} (${textAt(axis, index)})`;
-const edges = (axis, title) => ({
-  from: at(axis, -0.5), to: at(axis, axis.quantity - 0.5), title: axis.plain ? title : `${title} (${axis.unit})`});
+// The part of an axis that is shown.
+const edges = (axis, title, part) => ({from: at(axis, part.from * axis.quantity - 0.5), to: at(axis, part.to * axis.quantity - 0.5),
+                                       title: axis.plain ? title : `${title} (${axis.unit})`});
 
 // Of TOFD data the depth of a diffracting tip, which no evenly spaced axis has: one number a sample.
-function depthText(view, sample) {
-  if (view.tofdDepths) {
-    const depth = view.tofdDepths[sample];
-    return depth === null ? '–' : textAt(inChosenLengths({unit: 'mm', first: depth, step: 0}), 0);
-  }
-  return view.depth ? textAt(inChosenLengths(view.depth), sample) : '–';
+// An axis and an index on it, or null.
+function depthAt(view, sample) {
+  if (!view.tofdDepths) return view.depth ? [inChosenLengths(view.depth), sample] : null;
+  const depth = view.tofdDepths[sample];
+  if (depth === null) return null;
+  const next = view.tofdDepths[sample + 1] ?? view.tofdDepths[sample - 1] ?? depth;
+  return [inChosenLengths({unit: 'mm', first: depth, step: Math.abs(next - depth)}), 0];
 }
 function soundAxes(view) {
   const axes = {time: {axis: view.samples, title: view.samples.unit === 'µs' ? 'Time of flight' : 'Sound path'}};
@@ -65,7 +78,7 @@ function soundAxes(view) {
 }
 function chosenSoundAxis(view) {
   const axes = soundAxes(view), chosen = axes[choice('axis')] ?? axes.time;
-  return edges(chosen.axis, chosen.title);
+  return edges(chosen.axis, chosen.title, state.shown.samples);
 }
 
 // ---- samples of the view
@@ -90,21 +103,54 @@ function strongestSample(row, column) {
 
 // ---- read-outs
 
+// A position C-scan has 0 where no echo reached the gate's level.
+const hasEcho = (layer, cell) => layer.amplitude || layer.data[cell] !== layer.noEcho;
+
+function layerText(layer, cell) {
+  if (layer.isDamaged?.[cell]) return 'damaged';
+  const value = layer.data[cell];
+  if (layer.amplitude) return levelText(percentOf(layer.amplitude, value));
+  if (!hasEcho(layer, cell)) return 'no echo';
+  return textAt(layer.position, value) + (layer.path ? `, ${textAt(inChosenLengths(layer.path), value)}` : '');
+}
+
+// From the reference to the cursor.
+function differenceText(here, there) {
+  return here && there ? withUnit(number(at(...here) - at(...there), here[0].step || there[0].step), here[0]) : '–';
+}
+
+function showDifferences() {
+  const {view, row, column, sample, reference} = state;
+  for (const element of document.querySelectorAll('.difference')) element.hidden = !reference;
+  if (!reference) return;
+  const show = (name, here, there) => byId('difference-' + name).textContent = differenceText(here, there);
+  const rows = inChosenLengths(view.rows), columns = inChosenLengths(view.columns);
+  show('row', [rows, row], [rows, reference.row]);
+  show('column', [columns, column], [columns, reference.column]);
+  if (!hasAScans()) return;
+  const {path} = soundAxes(view);
+  show('time', [view.samples, sample], [view.samples, reference.sample]);
+  show('path', path && [path.axis, sample], path && [path.axis, reference.sample]);
+  show('depth', depthAt(view, sample), depthAt(view, reference.sample));
+  const levels = [percentAt(row, column, sample), percentAt(reference.row, reference.column, reference.sample)];
+  byId('difference-amplitude').textContent =
+      levels.includes(0) ? '–' : (decibelsOf(levels[0]) - decibelsOf(levels[1])).toFixed(1) + ' dB';
+}
+
 function showReadout() {
   const {view, layer, row, column, sample} = state;
   byId('read-row').textContent = placeText(inChosenLengths(view.rows), row);
   byId('read-column').textContent = placeText(inChosenLengths(view.columns), column);
   byId('read-layer-name').textContent = layer.label;
-  const value = layer.data[cellOf(row, column)];
-  byId('read-layer').textContent = layer.isDamaged?.[cellOf(row, column)] ? 'damaged' : layer.amplitude
-      ? levelText(percentOf(layer.amplitude, value))
-      : textAt(layer.position, value) + (layer.path ? `, ${textAt(inChosenLengths(layer.path), value)}` : '');
+  byId('read-layer').textContent = layerText(layer, cellOf(row, column));
+  showDifferences();
   if (!hasAScans()) return;
   const axes = soundAxes(view);
   byId('read-sample').textContent = sample;
   byId('read-time').textContent = view.samples.plain ? '–' : textAt(view.samples, sample);
   byId('read-path').textContent = axes.path ? textAt(axes.path.axis, sample) : '–';
-  byId('read-depth').textContent = depthText(view, sample);
+  const depth = depthAt(view, sample);
+  byId('read-depth').textContent = depth ? textAt(...depth) : '–';
   const isDamaged = view.isDamaged?.[cellOf(row, column)];
   byId('read-amplitude').textContent = isDamaged ? 'damaged' : levelText(percentAt(row, column, sample));
   byId('read-value').textContent = isDamaged ? 'damaged' : valueAt(row, column, sample);
@@ -114,49 +160,67 @@ function showReadout() {
 
 const rangeOf = () => Math.max(0.1, Number(choice('range')) || 100);
 const frames = {};
+const paletteOf = usual => Plots.palettes[choice('palette')] ?? usual;
+// The levels of the colours: in percent, or at the same places in decibels.
+const levelAxis = percents => choice('levels') === 'percent' ? [percents]
+                                                              : [{...percents, title: 'Amplitude (dB)'}, decibelMarks()];
+const shownOf = name => ({cells: state.view[name].quantity, part: state.shown[name]});
+// Where a cell's middle lies in the part of its axis that is shown.
+const placeOf = (name, cell) => ((cell + 0.5) / state.view[name].quantity - state.shown[name].from) /
+                                (state.shown[name].to - state.shown[name].from);
+
+function drawCursors(frame, across, down) {
+  const cross = (place, color) => frame.cross(placeOf(across, place[across]), down && placeOf(down, place[down]), color);
+  const placed = ({row, column, sample}) => ({rows: row, columns: column, samples: sample});
+  if (state.reference) cross(placed(state.reference), Plots.blue);
+  cross(placed(state), Plots.red);
+}
 
 function cscanScale() {
   const {layer} = state;
   if (layer.amplitude)
-    return {place: value => Math.abs(percentOf(layer.amplitude, value)) / rangeOf(),
-            axis: {from: rangeOf(), to: 0, title: 'Amplitude (%)'}};
+    return {place: cell => Math.abs(percentOf(layer.amplitude, layer.data[cell])) / rangeOf(),
+            axis: levelAxis({from: rangeOf(), to: 0, title: 'Amplitude (%)'})};
   const largest = Math.max(1, layer.data.reduce((a, b) => Math.max(a, b), 0)), axis = layer.position;
-  return {place: value => value / largest,
-          axis: {from: at(axis, largest), to: at(axis, 0), title: `Position (${axis.unit})`}};
+  return {place: cell => hasEcho(layer, cell) ? layer.data[cell] / largest : NaN,
+          axis: [{from: at(axis, largest), to: at(axis, 0), title: `Position (${axis.unit})`}]};
 }
 
 function drawCScan() {
   const {view, layer} = state, frame = frames.cscan = new Plots.Frame(byId('cscan'), {right: 110});
-  const scale = cscanScale(), key = [frame.width, frame.height, rangeOf()].join();
+  const scale = cscanScale(), colors = paletteOf(Plots.palettes.heat);
+  const across = shownOf('columns'), down = shownOf('rows');
+  const key = JSON.stringify([frame.width, frame.height, rangeOf(), choice('palette'), across, down]);
   if (layer.pictureKey !== key) {
-    const {quantity: columns} = view.columns;
-    layer.picture = Plots.image(frame, columns, view.rows.quantity,
-                                (column, row) => scale.place(layer.data[row * columns + column]), Plots.heat, false,
-                                layer.isDamaged && ((column, row) => layer.isDamaged[row * columns + column]));
+    layer.picture = Plots.image(frame, across, down, (column, row) => scale.place(cellOf(row, column)), colors, false,
+                                layer.isDamaged && ((column, row) => layer.isDamaged[cellOf(row, column)]));
     layer.pictureKey = key;
   }
   Plots.paint(frame, layer.picture);
-  frame.axis('bottom', edges(inChosenLengths(view.columns), 'Scan position'));
-  frame.axis('left', edges(inChosenLengths(view.rows), 'Index position'));
-  Plots.colorBar(frame, Plots.heat, scale.axis, 24);
-  frame.cross((state.column + 0.5) / view.columns.quantity, (state.row + 0.5) / view.rows.quantity);
+  frame.axis('bottom', edges(inChosenLengths(view.columns), 'Scan position', across.part));
+  frame.axis('left', edges(inChosenLengths(view.rows), 'Index position', down.part));
+  Plots.colorBar(frame, colors, ...scale.axis);
+  drawCursors(frame, 'columns', 'rows');
 }
 
 function drawBScan() {
-  const {view, row} = state, frame = frames.bscan = new Plots.Frame(byId('bscan'), {});
-  const range = rangeOf(), columns = view.columns.quantity, samples = view.samples.quantity;
+  const {view, row} = state, frame = frames.bscan = new Plots.Frame(byId('bscan'), {right: 84});
+  const range = rangeOf(), across = shownOf('columns'), down = shownOf('samples');
   const place = view.wave ? (column, sample) => 0.5 + percentAt(row, column, sample) / range / 2
                           : (column, sample) => Math.abs(percentAt(row, column, sample)) / range;
-  const key = [frame.width, frame.height, range, row].join();
+  const colors = paletteOf(view.wave ? Plots.palettes.grey : Plots.palettes.heat);
+  const key = JSON.stringify([frame.width, frame.height, range, row, choice('palette'), across, down]);
   if (view.pictureKey !== key) {
-    view.picture = Plots.image(frame, columns, samples, place, view.wave ? Plots.grey : Plots.heat, view.wave,
-                                view.isDamaged && (column => view.isDamaged[cellOf(row, column)]));
+    view.picture = Plots.image(frame, across, down, place, colors, view.wave,
+                               view.isDamaged && (column => view.isDamaged[cellOf(row, column)]));
     view.pictureKey = key;
   }
   Plots.paint(frame, view.picture);
-  frame.axis('bottom', edges(inChosenLengths(view.columns), 'Scan position'));
+  frame.axis('bottom', edges(inChosenLengths(view.columns), 'Scan position', across.part));
   frame.axis('left', chosenSoundAxis(view));
-  frame.cross((state.column + 0.5) / columns, (state.sample + 0.5) / samples);
+  const levels = levelAxis({from: range, to: view.wave ? -range : 0, title: 'Amplitude (%)'});
+  Plots.colorBar(frame, colors, ...view.wave ? levels.slice(0, 1) : levels);
+  drawCursors(frame, 'columns', 'samples');
   byId('bscan-caption').textContent = 'B-scan at row ' + placeText(inChosenLengths(view.rows), row);
 }
 
@@ -164,7 +228,8 @@ function drawBScan() {
 const hasSign = view => view.signed;
 
 function drawGate(frame, gate, low, high) {
-  const samples = state.view.samples.quantity, part = place => Math.min(1, Math.max(0, (place + 0.5) / samples));
+  const part = place => Math.min(1, Math.max(0, placeOf('samples', place)));
+  if (part(gate.from) === part(gate.to)) return;
   const levels = hasSign(state.view) ? [gate.above, -gate.below] : [gate.above];
   for (const level of levels) {
     const y = frame.y(1 - (Math.min(high, Math.max(low, level)) - low) / (high - low));
@@ -176,19 +241,18 @@ function drawGate(frame, gate, low, high) {
 }
 
 function drawAScan() {
-  const {view, row, column} = state, samples = view.samples.quantity;
+  const {view, row, column} = state, samples = shownOf('samples');
   const frame = frames.ascan = new Plots.Frame(byId('ascan'), {right: 56});
   const levels = view.gates.flatMap(gate => [gate.above, gate.below]);
   const high = Math.min(100, Math.max(rangeOf(), ...levels) * 1.05), low = hasSign(view) ? -high : 0;
   const values = {from: high, to: low, title: 'Amplitude (%)'};
   frame.axis('bottom', chosenSoundAxis(view), {lines: true});
   frame.axis('left', values, {lines: true});
-  const decibels = [0, -6, -12, -18, -24, -30].map(level => ({value: 100 * 10 ** (level / 20), label: String(level)}));
-  frame.axis('right', {...values, title: 'Level (dB)'}, {marks: decibels});
+  frame.axis('right', {...values, title: 'Level (dB)'}, {marks: decibelMarks()});
   Plots.curve(frame, samples, sample => percentAt(row, column, sample), low, high);
   for (const gate of view.gates) drawGate(frame, gate, low, high);
   frame.outline();
-  frame.cross((state.sample + 0.5) / samples, null);
+  drawCursors(frame, 'samples', null);
   byId('ascan-caption').textContent =
       `A-scan at row ${row}, column ${column}` + (view.isDamaged?.[cellOf(row, column)] ? ': damaged, shown without samples' : '');
 }
