@@ -26,6 +26,8 @@ struct WeldFlaw {
   double diffracted = 0;                  ///< in the TOFD scan, signed
 };
 
+inline constexpr std::size_t weldSides = 2;  ///< left and right
+
 /// The plate with its weld, and what is done to it.
 struct ButtWeld {
   double thickness = 20e-3;      ///< m
@@ -59,11 +61,36 @@ struct ButtWeld {
 
   ButtWeld();
 
+  [[nodiscard]] double AngleOf(std::uint32_t beam) const {  ///< degrees
+    return firstAngle + beam * angleStep;
+  }
+  /// When the first sample of the beams is taken, s.
+  [[nodiscard]] double BeamStartTime() const { return 2 * beamStart / shearSpeed; }
   /// Where the beams of a side enter the part, across the weld, m.
   [[nodiscard]] double IndexPoint(std::size_t side) const {
     return centre + (side == 0 ? -probeDistance : probeDistance);
   }
 };
+
+/// How a flaw is seen from one side: in a leg, at an angle and a half path.
+struct Sight {
+  int leg = 1;
+  double angle = 0;     ///< degrees
+  double halfPath = 0;  ///< m
+};
+
+/// All ways in up to three legs, whether a beam takes them or not. The part is mirrored at its
+/// walls, so that each beam runs straight on.
+[[nodiscard]] std::vector<Sight> SightsOf(const ButtWeld& weld,
+                                          const WeldFlaw& flaw,
+                                          std::size_t side);
+
+/// Half of the way from TOFD probe to probe over a tip, m.
+[[nodiscard]] double TofdHalfPath(const ButtWeld& weld, double x, double depth);
+
+/// The A-scans along the weld of all that is recorded: of each beam, those of the left before those
+/// of the right, and then of TOFD. Throws Interrupted.
+[[nodiscard]] std::vector<std::vector<std::int16_t>> SimulateWeld(const ButtWeld& weld, bool quiet);
 
 struct ButtWeldFiles {
   std::string acquisition;
