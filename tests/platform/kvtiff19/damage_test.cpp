@@ -242,6 +242,7 @@ TEST(Damage, HostileChainsAndRecords) {
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.newest.offset = ~std::uint64_t{3}; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.newest.size = ~std::uint64_t{0}; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.newest.size = 8; }));
+  EXPECT_NE(file_LastError().find("its size is impossible"), std::string::npos);
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.newest.offset = 4096; }));
   // A group that names itself as the one before it, with every checksum right, would need a
   // checksum that contains itself; one that names the same segment twice is caught by its number.
