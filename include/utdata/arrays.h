@@ -79,13 +79,15 @@ UTDATA_API void ForEachPiece(
 
 // ---- an array as A-scans
 
-enum class ArrayAxis : std::uint8_t { Row, Column, Sample };
+enum class ArrayAxis : std::uint8_t { Beam, Row, Column, Sample };
+inline constexpr std::size_t arrayAxisQuantity = 4;
 
 /// How an array lies in its file.
 struct ArrayLayout {
-  std::array<std::uint32_t, 3> shape = {};  ///< quantities, outermost axis first; none is 0
-  std::array<ArrayAxis, 3> axes = {};       ///< a permutation, outermost first
-  std::uint32_t sampleSize = 2;             ///< bytes: 1 or 2
+  /// Quantities, outermost axis first; none is 0.
+  std::array<std::uint32_t, arrayAxisQuantity> shape = {};
+  std::array<ArrayAxis, arrayAxisQuantity> axes = {};  ///< a permutation, outermost first
+  std::uint32_t sampleSize = 2;                        ///< bytes: 1 or 2
   bool bigEndian = false;   ///< samples of two bytes are stored most significant byte first
   std::uint64_t start = 0;  ///< bytes before the array
 
@@ -110,8 +112,9 @@ class UTDATA_API ArraySource {
   virtual void Read(std::uint64_t firstElement, std::span<std::byte> bytes) = 0;
 };
 
-/// Gathers an array into A-scans: cells in row-major order (row outer, column inner), each its
-/// samples in order, in the machine's byte order. Holds a few tens of megabytes beside them.
+/// Gathers an array into A-scans: beam after beam, of each the cells in row-major order (row outer,
+/// column inner), of each its samples in order, in the machine's byte order. Holds a few tens of
+/// megabytes beside them.
 /// @param gathered as many bytes as the layout has
 UTDATA_API void GatherAScans(ArraySource& source,
                              const ArrayLayout& layout,

@@ -89,7 +89,8 @@ struct ChannelSetup {
 /// and sound speed, one probe, or for TOFD data a pair of them; with a sub-channel id one beam.
 [[nodiscard]] UTDATA_API ChannelSetup SetupOf(const CGDataTypeFDD& record);
 
-/// The beams of a sector or of an electronic scan, with the range of the record: "Beam 1" and on.
+/// The beams of a sector or of an electronic scan, with the range of the record: "Beam 1" and on,
+/// or from the record's sub-channel id on where it has one.
 /// @param angles refracted, degrees, one a beam
 [[nodiscard]] UTDATA_API std::vector<CGSubchanTypeDescr> BeamsOf(const CGDataTypeFDD& record,
                                                                  std::span<const double> angles);

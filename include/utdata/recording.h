@@ -92,4 +92,19 @@ struct RecordedBlocks {
                                                    const InstrumentGate& gate,
                                                    const Watch& watch = {});
 
+/// The A-scans of one beam, to be recorded as a block.
+struct AScanBlock {
+  ScanGrid grid;
+  std::span<const std::int16_t> samples;  ///< one A-scan after the other, cells in row-major order
+};
+
+/// Writes an acquisition file of several blocks of A-scans, as the host of an instrument with many
+/// beams does. Throws Error, and leaves no file, when one cannot be made.
+/// REQUIRES: no quantity of a grid is 0, and all spans have the elements that it says.
+/// @param path of a file that does not exist yet
+/// @return where each block is, bytes from the start of the file
+[[nodiscard]] UTDATA_API std::vector<std::uint64_t> RecordBeams(const std::string& path,
+                                                                std::span<const AScanBlock> blocks,
+                                                                const Watch& watch = {});
+
 }  // namespace utdata

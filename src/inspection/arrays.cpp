@@ -31,36 +31,38 @@ const char* SampleLabel(kvt_enumUnits units) {
   return units == kvt_UnitMetre ? "half sound path" : "sample";
 }
 
+/// A scan axis; one without a step counts its indices.
+DescribedAxis ScanAxisOf(const char* name,
+                         const char* label,
+                         kvt_enumUnits units,
+                         float first,
+                         float step,
+                         std::uint32_t quantity) {
+  if (step == 0 && quantity > 1) return {name, name, "", 0, 1, quantity};
+  return {name, label, ArrayUnitOf(units).name, Shortest(first), Shortest(step), quantity};
+}
+
 std::vector<DescribedAxis> AxesOf(const DataGroup& data) {
   const CGDataTypeFDD& group = data.Stored();
-  const auto axis = [](const char* name,
-                       const char* label,
-                       kvt_enumUnits units,
-                       float first,
-                       float step,
-                       std::uint32_t quantity) {
-    return DescribedAxis{
-        name, label, ArrayUnitOf(units).name, Shortest(first), Shortest(step), quantity};
-  };
-  std::vector<DescribedAxis> axes = {axis("row",
-                                          "row position",
-                                          group.rowUnits,
-                                          group.rowOffset,
-                                          group.rowResolution,
-                                          group.rowQuantity),
-                                     axis("column",
-                                          "column position",
-                                          group.columnUnits,
-                                          group.columnOffset,
-                                          group.columnResolution,
-                                          group.columnQuantity)};
+  std::vector<DescribedAxis> axes = {ScanAxisOf("row",
+                                                "row position",
+                                                group.rowUnits,
+                                                group.rowOffset,
+                                                group.rowResolution,
+                                                group.rowQuantity),
+                                     ScanAxisOf("column",
+                                                "column position",
+                                                group.columnUnits,
+                                                group.columnOffset,
+                                                group.columnResolution,
+                                                group.columnQuantity)};
   if (!data.IsCScan())
-    axes.push_back(axis("sample",
-                        SampleLabel(group.sampleUnits),
-                        group.sampleUnits,
-                        group.sampleOffset,
-                        group.sampleResolution,
-                        group.sampleQuantity));
+    axes.push_back({"sample",
+                    SampleLabel(group.sampleUnits),
+                    ArrayUnitOf(group.sampleUnits).name,
+                    Shortest(group.sampleOffset),
+                    Shortest(group.sampleResolution),
+                    group.sampleQuantity});
   return axes;
 }
 
@@ -169,37 +171,56 @@ class CellPacker {
 
 constexpr std::uint64_t bufferSize = std::uint64_t{32} << 20U;  ///< bytes read at a time
 
-/// The array as its file has it: `outer` matrices of `samples` x `inner` elements. The scan axes
-/// outside the sample axis make up `outer`, those inside it `inner`, so that outer * inner is the
-/// number of cells.
+/// The array as its file has it: `outer` matrices of `samples` x `inner` elements. The axes of
+/// beams and cells outside the sample axis make up `outer`, those inside it `inner`, so that
+/// outer * inner is the number of A-scans.
 struct Matrices {
   std::uint64_t outer = 1;
   std::uint64_t samples = 1;
   std::uint64_t inner = 1;
-  std::uint64_t rows = 1;
-  std::uint64_t columns = 1;
-  bool rowFirst = true;  ///< of the scan axes, the row axis is the outer one in the file
 
   explicit Matrices(const ArrayLayout& layout) {
+    // The place of an A-scan among all grows by this from one index of an axis to the next.
+    const std::uint64_t columns = layout.Quantity(ArrayAxis::Column);
+    const std::uint64_t cells = columns * layout.Quantity(ArrayAxis::Row);
     bool afterSample = false;
     for (std::size_t index = 0; index < layout.axes.size(); ++index) {
-      if (layout.axes[index] == ArrayAxis::Sample) {
-        samples = layout.shape[index];
+      const ArrayAxis axis = layout.axes[index];
+      const std::uint64_t quantity = layout.shape[index];
+      if (axis == ArrayAxis::Sample) {
+        samples = quantity;
         afterSample = true;
-      } else {
-        (afterSample ? inner : outer) *= layout.shape[index];
+        continue;
       }
+      (afterSample ? inner : outer) *= quantity;
+      if (quantity == 1) continue;
+      m_axes[m_axisQuantity++] = {quantity,
+                                  axis == ArrayAxis::Beam  ? cells
+                                  : axis == ArrayAxis::Row ? columns
+                                                           : 1};
     }
-    rows = layout.Quantity(ArrayAxis::Row);
-    columns = layout.Quantity(ArrayAxis::Column);
-    const auto rowAt = std::find(layout.axes.begin(), layout.axes.end(), ArrayAxis::Row);
-    rowFirst = std::find(rowAt, layout.axes.end(), ArrayAxis::Column) != layout.axes.end();
+    std::uint64_t following = 1;
+    for (std::size_t axis = m_axisQuantity; axis-- > 0; following *= m_axes[axis].quantity)
+      m_isInOrder = m_isInOrder && m_axes[axis].step == following;
   }
 
-  /// The row-major index of the cell that is the n-th in the file.
+  /// The place, beams outermost and columns innermost, of the A-scan that is the n-th in the file.
   [[nodiscard]] std::uint64_t Cell(std::uint64_t n) const {
-    return rowFirst ? n : n % rows * columns + n / rows;
+    if (m_isInOrder) return n;
+    std::uint64_t cell = 0;
+    for (std::size_t axis = m_axisQuantity; axis-- > 0; n /= m_axes[axis].quantity)
+      cell += n % m_axes[axis].quantity * m_axes[axis].step;
+    return cell;
   }
+
+ private:
+  struct Axis {
+    std::uint64_t quantity;
+    std::uint64_t step;
+  };
+  std::array<Axis, arrayAxisQuantity> m_axes{};  ///< of beams and cells, outermost first
+  std::size_t m_axisQuantity = 0;
+  bool m_isInOrder = true;
 };
 
 /// Elements of samples x width, as read; they belong to the cells from the `firstCell`-th of the

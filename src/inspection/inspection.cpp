@@ -303,7 +303,8 @@ DataGroup Inspection::AddData(const CGDataTypeFDD& record, std::span<std::byte> 
     m_state->RemoveLastRow();
     throw Error(Path() + ": data group " + std::to_string(m_state->rows.size()),
                 "cannot be added",
-                "another data group has its ids");
+                "another data group has its ids",
+                "give it another channel, sub-channel or gate");
   }
   return {*m_state, row};
 }

@@ -259,10 +259,10 @@ std::vector<CGSubchanTypeDescr> BeamsOf(const CGDataTypeFDD& record,
                                         std::span<const double> angles) {
   CGDataTypeFDD unnamed = record;
   unnamed.subChannelName[0] = 0;
+  std::uint32_t number = std::max(record.subChannelId, 1U);
   std::vector<CGSubchanTypeDescr> beams;
   for (const double angle : angles)
-    beams.push_back(
-        BeamOf(unnamed, static_cast<std::uint32_t>(beams.size()) + 1, static_cast<float>(angle)));
+    beams.push_back(BeamOf(unnamed, number++, static_cast<float>(angle)));
   return beams;
 }
 

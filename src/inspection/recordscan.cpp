@@ -20,13 +20,16 @@ Aurelis::Patch PatchOf(const ScanGrid& grid) {
   return Aurelis::Patch(Aurelis::Patch::Box(Eigen::Vector2i(0, 0), last));
 }
 
+Aurelis::Ultrasound::AscanDataDescriptor DescriptorOf(const ScanGrid& grid) {
+  const Aurelis::Axis time(static_cast<std::int32_t>(grid.samples), grid.sampleStep);
+  return Aurelis::Ultrasound::AscanDataDescriptor(storedBytes, time);
+}
+
 /// The A-scans as the instrument delivers them: 4 bytes a sample.
 MemoryAscanPatchBuffer AscansOf(const ScanGrid& grid,
                                 std::span<const std::int16_t> samples,
                                 const Watch& watch) {
-  const Aurelis::Axis time(static_cast<std::int32_t>(grid.samples), grid.sampleStep);
-  MemoryAscanPatchBuffer buffer(Aurelis::Ultrasound::AscanDataDescriptor(storedBytes, time),
-                                PatchOf(grid));
+  MemoryAscanPatchBuffer buffer(DescriptorOf(grid), PatchOf(grid));
   for (std::uint32_t row = 0; row < grid.rows; ++row) {
     if (watch) watch("recording", std::uint64_t{row} * grid.columns, samples.size() / grid.samples);
     for (std::uint32_t column = 0; column < grid.columns; ++column) {
@@ -66,21 +69,32 @@ void RemoveEmpty(const std::string& path) {
     static_cast<void>(fileSystem.Remove(ToWide(path)));
 }
 
-/// Saves the blocks in turn. @return false when one was refused
-bool SaveBlocks(GDataManager& writer,
-                const MemoryAscanPatchBuffer& ascans,
-                const MemoryCscanPatchBuffer& readings,
-                RecordedBlocks& blocks) {
-  blocks.ascans = writer.SavePatchBuffer(ascans);
-  const std::int64_t amplitudes = writer.SaveCscanBuffer(readings, &CscanRecord::amplitude);
-  const std::int64_t positions = writer.SaveCscanBuffer(readings, &CscanRecord::position);
-  if (blocks.ascans == GDataManager::ascan_Refused || amplitudes == GDataManager::cscan_Refused ||
-      positions == GDataManager::cscan_Refused)
-    return false;
-  blocks.amplitudes = static_cast<std::uint64_t>(amplitudes);
-  blocks.positions = static_cast<std::uint64_t>(positions);
-  blocks.size = writer.GetWrittenSize();
-  return true;
+/// Writes an acquisition file.
+/// @param save puts the blocks into it, in turn, and says whether none was refused
+template <class Save>
+void Record(const std::string& path, const Aurelis::MemoryData& memory, Save&& save) {
+  const bool wasThere = os::CurrentFileSystem().Exists(ToWide(path));
+  GDataManager writer(ToWide(path));
+  std::uint32_t status = writer.FileCreate(memory);
+  if (status != 0) {
+    if (!wasThere) RemoveEmpty(path);
+    throw Error(path, cannotBeRecorded, RecordingReason(status));
+  }
+  // An unusable file is not left behind; if removing it fails too, the first failure is reported.
+  const auto remove = [&] { (void)os::CurrentFileSystem().Remove(ToWide(path)); };
+  bool saved = false;
+  try {
+    saved = save(writer);
+  } catch (...) {
+    writer.FileClose();
+    remove();
+    throw;
+  }
+  status = writer.FileClose();
+  if (saved && status == 0) return;
+  remove();
+  throw Error(
+      path, cannotBeRecorded, saved ? RecordingReason(status) : "there is no room for a block");
 }
 
 }  // namespace
@@ -95,22 +109,36 @@ RecordedBlocks RecordScan(const std::string& path,
   Aurelis::MemoryData memory;
   memory.AddAscanBlocks(ascans.GetPatch(), ascans.GetDescriptor());
   memory.AddCscanBlocks(readings.GetPatch(), 2);
-
-  const bool wasThere = os::CurrentFileSystem().Exists(ToWide(path));
-  GDataManager writer(ToWide(path));
-  std::uint32_t status = writer.FileCreate(memory);
-  if (status != 0) {
-    if (!wasThere) RemoveEmpty(path);
-    throw Error(path, cannotBeRecorded, RecordingReason(status));
-  }
   RecordedBlocks blocks;
-  const bool saved = SaveBlocks(writer, ascans, readings, blocks);
-  status = writer.FileClose();
-  if (saved && status == 0) return blocks;
-  // An unusable file is not left behind; if removing it fails too, the first failure is reported.
-  (void)os::CurrentFileSystem().Remove(ToWide(path));
-  throw Error(
-      path, cannotBeRecorded, saved ? RecordingReason(status) : "there is no room for a block");
+  Record(path, memory, [&](GDataManager& writer) {
+    blocks.ascans = writer.SavePatchBuffer(ascans);
+    const std::int64_t amplitudes = writer.SaveCscanBuffer(readings, &CscanRecord::amplitude);
+    const std::int64_t positions = writer.SaveCscanBuffer(readings, &CscanRecord::position);
+    blocks.amplitudes = static_cast<std::uint64_t>(amplitudes);
+    blocks.positions = static_cast<std::uint64_t>(positions);
+    blocks.size = writer.GetWrittenSize();
+    return blocks.ascans != GDataManager::ascan_Refused &&
+           amplitudes != GDataManager::cscan_Refused && positions != GDataManager::cscan_Refused;
+  });
+  return blocks;
+}
+
+std::vector<std::uint64_t> RecordBeams(const std::string& path,
+                                       std::span<const AScanBlock> blocks,
+                                       const Watch& watch) {
+  Aurelis::MemoryData memory;
+  for (const AScanBlock& block : blocks)
+    memory.AddAscanBlocks(PatchOf(block.grid), DescriptorOf(block.grid));
+  std::vector<std::uint64_t> places;
+  Record(path, memory, [&](GDataManager& writer) {
+    for (const AScanBlock& block : blocks) {
+      if (watch) watch("recording", places.size(), blocks.size());
+      places.push_back(writer.SavePatchBuffer(AscansOf(block.grid, block.samples, {})));
+      if (places.back() == GDataManager::ascan_Refused) return false;
+    }
+    return true;
+  });
+  return places;
 }
 
 }  // namespace utdata

@@ -50,8 +50,11 @@ std::string RepairsOf(const CGDataTypeFDD& stored, const CGDataTypeFDD& taken) {
   repairs.CompareQuantity("row quantity", &CGDataTypeFDD::rowQuantity);
   if (hasSamples) repairs.CompareQuantity("sample quantity", &CGDataTypeFDD::sampleQuantity);
   repairs.Compare("sample size", &CGDataTypeFDD::sampleSize);
-  if (taken.columnQuantity > 1) repairs.Compare("column step", &CGDataTypeFDD::columnResolution);
-  if (taken.rowQuantity > 1) repairs.Compare("row step", &CGDataTypeFDD::rowResolution);
+  // A step of 0 says that indices are counted.
+  if (taken.columnQuantity > 1 && stored.columnResolution != 0)
+    repairs.Compare("column step", &CGDataTypeFDD::columnResolution);
+  if (taken.rowQuantity > 1 && stored.rowResolution != 0)
+    repairs.Compare("row step", &CGDataTypeFDD::rowResolution);
   if (hasSamples) repairs.Compare("sample step", &CGDataTypeFDD::sampleResolution);
   repairs.Compare("column offset", &CGDataTypeFDD::columnOffset);
   repairs.Compare("row offset", &CGDataTypeFDD::rowOffset);

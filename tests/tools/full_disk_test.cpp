@@ -178,7 +178,7 @@ TEST_F(FullDisk, LeavesADemonstrationWholeAsFarAsItWent) {
     fs::remove_all(m_disk / "demo");
     disk.FillUpTo((std::uint64_t{12} << 20) * static_cast<std::uint64_t>(point) /
                   static_cast<std::uint64_t>(points));
-    const ProgramResult result = RunThere("demo --out demo --quiet");
+    const ProgramResult result = RunThere("demo --out demo --quiet --scans raster");
     EXPECT_TRUE(result.status == 0 || result.status == 1) << result.status;
     m_refused += result.status == 1;
     std::uint64_t made = 0;

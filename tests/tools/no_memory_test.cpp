@@ -31,7 +31,7 @@ class NoMemory : public ProgramTest {
  protected:
   void SetUp() override {
     ProgramTest::SetUp();
-    ASSERT_EQ(Run("demo --out .").status, 0);
+    ASSERT_EQ(Run("demo --out . --scans raster").status, 0);
     for (const std::string& name : Names()) m_files[name] = ReadFile(At(name));
     ASSERT_EQ(Run(jobs[2].arguments).status, 0);
     m_picture = ReadFile(At("made.png"));

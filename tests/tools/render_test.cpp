@@ -178,6 +178,7 @@ TEST_F(RenderTest, RefusesWhatItCannotDraw) {
            {"outside.fpd --data 0 --view c -o p.png", 1, "cell 5 is said to begin at byte 41", ""},
            {"odd.fpd --data 0 --view c -o p.png", 1, "cell 5 is said to begin at byte 25", ""},
            {"short.fpd --data 0 --view c -o p.png", 1, "its layout needs 6 cells of 8 bytes", ""},
+           {"weld.fpd --data 0 --view b -o p.jpg", 2, "no name of a PNG file", ""},
            {"weld.fpd --data 0 --view b --column 3 -o p.png",
             2,
             "--column: a B-scan takes none",

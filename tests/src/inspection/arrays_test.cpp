@@ -27,21 +27,22 @@ void ExpectGathered(ArrayLayout layout) {
   ASSERT_TRUE(layout.Size(size));
   ArrayInMemory<Element> array(size / sizeof(Element));
   std::vector<Element> natural(array.elements.size());
-  const std::array quantities = {layout.Quantity(ArrayAxis::Row),
-                                 layout.Quantity(ArrayAxis::Column),
-                                 layout.Quantity(ArrayAxis::Sample)};
-  std::array<std::uint64_t, 3> steps{};  // from one row, column and sample to the next
-  for (std::size_t axis = 3, step = 1; axis-- > 0; step *= layout.shape[axis])
+  // From one beam, row, column and sample to the next.
+  std::array<std::uint64_t, arrayAxisQuantity> steps{};
+  for (std::size_t axis = arrayAxisQuantity, step = 1; axis-- > 0; step *= layout.shape[axis])
     steps[static_cast<std::size_t>(layout.axes[axis])] = step;
-  std::size_t number = 0;
-  for (std::uint64_t row = 0; row < quantities[0]; ++row)
-    for (std::uint64_t column = 0; column < quantities[1]; ++column)
-      for (std::uint64_t sample = 0; sample < quantities[2]; ++sample, ++number) {
-        const auto value = static_cast<Element>(number + 30000);
-        natural[number] = value;
-        array.elements[row * steps[0] + column * steps[1] + sample * steps[2]] =
-            layout.bigEndian ? static_cast<Element>(value << 8U | value >> 8U) : value;
-      }
+  for (std::size_t number = 0; number < natural.size(); ++number) {
+    std::uint64_t rest = number, place = 0;
+    for (const ArrayAxis axis :
+         {ArrayAxis::Sample, ArrayAxis::Column, ArrayAxis::Row, ArrayAxis::Beam}) {
+      place += rest % layout.Quantity(axis) * steps[static_cast<std::size_t>(axis)];
+      rest /= layout.Quantity(axis);
+    }
+    const auto value = static_cast<Element>(number + 30000);
+    natural[number] = value;
+    array.elements[place] =
+        layout.bigEndian ? static_cast<Element>(value << 8U | value >> 8U) : value;
+  }
   std::vector<Element> gathered(natural.size());
   std::uint64_t done = 0;
   GatherAScans(array,
@@ -57,10 +58,11 @@ void ExpectGathered(ArrayLayout layout) {
 }
 
 TEST(GatheredArrays, HoldTheElementsOfEveryOrderOfAxes) {
-  std::array axes = {ArrayAxis::Row, ArrayAxis::Column, ArrayAxis::Sample};
+  std::array axes = {ArrayAxis::Beam, ArrayAxis::Row, ArrayAxis::Column, ArrayAxis::Sample};
   do {
-    SCOPED_TRACE(testing::Message() << static_cast<int>(axes[0]) << static_cast<int>(axes[1]));
-    ArrayLayout layout{.shape = {5, 37, 70}, .axes = axes};
+    SCOPED_TRACE(testing::Message() << static_cast<int>(axes[0]) << static_cast<int>(axes[1])
+                                    << static_cast<int>(axes[2]));
+    ArrayLayout layout{.shape = {3, 5, 37, 40}, .axes = axes};
     ExpectGathered<std::uint8_t>(layout);
     ExpectGathered<std::uint16_t>(layout);
     layout.bigEndian = true;
@@ -71,9 +73,11 @@ TEST(GatheredArrays, HoldTheElementsOfEveryOrderOfAxes) {
 // What does not fit the buffer is read a part of the columns at a time, or some rows.
 TEST(GatheredArrays, MayBeLargerThanWhatIsReadAtOnce) {
   ExpectGathered<std::uint16_t>(
-      {.shape = {2, 3000, 5600}, .axes = {ArrayAxis::Row, ArrayAxis::Sample, ArrayAxis::Column}});
+      {.shape = {1, 2, 3000, 5600},
+       .axes = {ArrayAxis::Beam, ArrayAxis::Row, ArrayAxis::Sample, ArrayAxis::Column}});
   ExpectGathered<std::uint16_t>(
-      {.shape = {90, 1000, 200}, .axes = {ArrayAxis::Column, ArrayAxis::Row, ArrayAxis::Sample}});
+      {.shape = {90, 1000, 1, 200},
+       .axes = {ArrayAxis::Column, ArrayAxis::Row, ArrayAxis::Beam, ArrayAxis::Sample}});
 }
 
 }  // namespace

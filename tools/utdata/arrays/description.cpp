@@ -119,9 +119,10 @@ class RecordReader {
     const auto* found = std::find_if(
         std::begin(axes), std::end(axes), [&](const Fields& axis) { return name == axis.name; });
     if (found == std::end(axes)) Refuse(name, "is not row, column or sample");
-    m_record.*found->first = first;
-    m_record.*found->step = step;
-    m_record.*found->units = units;
+    const bool isCounted = units == kvt_UnitNone && found->axis != ArrayAxis::Sample;
+    m_record.*found->first = isCounted ? 0 : first;
+    m_record.*found->step = isCounted ? 0 : step;
+    if (!isCounted) m_record.*found->units = units;
     return found->axis;
   }
 

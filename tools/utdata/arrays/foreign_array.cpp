@@ -64,14 +64,17 @@ class ArrayFile final : public ArraySource {
     const bool fits = layout.Size(expected);
     size -= std::min(size, m_start);
     if (fits && size == expected) return;
-    const auto& shape = layout.shape;
+    std::string shape;
+    for (const std::uint32_t quantity : layout.shape)
+      if (!shape.empty() || quantity != 1)
+        shape += (shape.empty() ? "" : " x ") + std::to_string(quantity);
+    if (shape.empty()) shape = "1";
     const std::string needed = fits ? std::to_string(expected) : "more than 18446744073709551615";
     throw Failure(path,
                   "does not fit the shape",
                   "the file holds " + std::to_string(size) + " bytes" +
-                      (m_start > 0 ? " behind its header, " : ", ") + std::to_string(shape[0]) +
-                      " x " + std::to_string(shape[1]) + " x " + std::to_string(shape[2]) +
-                      " samples of " + std::to_string(layout.sampleSize) + " bytes are " + needed,
+                      (m_start > 0 ? " behind its header, " : ", ") + shape + " samples of " +
+                      std::to_string(layout.sampleSize) + " bytes are " + needed,
                   remedy);
   }
 
@@ -120,10 +123,11 @@ ArrayLayout LayoutOf(const ForeignArray& array,
                      const std::vector<ArrayAxis>& axes,
                      const std::string& name) {
   ArrayLayout layout;
-  layout.shape = {1, 1, 1};
+  layout.shape.fill(1);
   std::size_t place = layout.axes.size() - axes.size();
   std::size_t missing = 0;
-  for (const ArrayAxis axis : {ArrayAxis::Sample, ArrayAxis::Row, ArrayAxis::Column})
+  for (const ArrayAxis axis :
+       {ArrayAxis::Beam, ArrayAxis::Sample, ArrayAxis::Row, ArrayAxis::Column})
     if (std::find(axes.begin(), axes.end(), axis) == axes.end()) layout.axes[missing++] = axis;
   for (std::size_t index = 0; index < axes.size(); ++index, ++place) {
     const std::size_t from = array.fortranOrder ? axes.size() - 1 - index : index;

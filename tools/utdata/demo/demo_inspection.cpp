@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "demo/echoes.h"
 #include "utdata/newscan.h"
 
 namespace utdata::program {

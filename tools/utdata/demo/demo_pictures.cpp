@@ -7,6 +7,7 @@
 #include "demo/demo_inspection.h"
 #include "pictures/cscan.h"
 #include "pictures/section.h"
+#include "pictures/sector.h"
 #include "terminal/failure.h"
 #include "terminal/new_file.h"
 #include "terminal/quantity.h"
@@ -56,6 +57,19 @@ std::string DrawFlaws(const Inspection& inspection,
   flaws.plot.notes = {"Three side-drilled holes, and the " + crack + " between them"};
   WriteNewFile(path, Draw(flaws.plot, Font()).canvas.Png(), replace);
   return "the gate from above: three holes, and the " + crack;
+}
+
+std::string DrawSector(const Inspection& inspection,
+                       const ButtWeld& weld,
+                       const std::string& path,
+                       bool replace) {
+  const WeldFlaw& crack = weld.flaws.front();
+  SectorPlotOptions view;
+  view.row = Nearest((crack.from + crack.to) / 2, weld.rowStep);
+  view.quiet = true;
+  Sector sector = MakeSectorPlot(inspection.Masters().front(), view);
+  WriteNewFile(path, Draw(sector.plot, Font()).canvas.Png(), replace);
+  return "the beams from the left, the crack at the root of the weld at " + Millimetres(crack.x);
 }
 
 }  // namespace utdata::program

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "demo/butt_weld.h"
 #include "demo/simulate.h"
 #include "utdata/inspection.h"
 
@@ -23,5 +24,14 @@ std::string DrawFlaws(const Inspection& inspection,
                       const WeldScan& scan,
                       const std::string& path,
                       bool replace);
+
+/// The sector scan from the left through the middle of the crack at the root. REQUIRES: an
+/// InterruptScope.
+/// @param inspection the reloaded one
+/// @return what is to be seen, in a few words
+std::string DrawSector(const Inspection& inspection,
+                       const ButtWeld& weld,
+                       const std::string& path,
+                       bool replace);
 
 }  // namespace utdata::program

@@ -3,36 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <random>
 #include <span>
 
+#include "demo/echoes.h"
 #include "terminal/progress.h"
 
 namespace utdata::program {
 namespace {
-
-constexpr double halvingExponent = std::numbers::ln2;
-
-/// A sinusoid at the probe's frequency under a Gaussian envelope, the shape of a damped probe's
-/// echo.
-class Pulse {
- public:
-  explicit Pulse(const WeldScan& scan)
-      : m_angularFrequency(2 * std::numbers::pi * scan.frequency),
-        m_sigma(std::sqrt(halvingExponent / 2) /
-                (std::numbers::pi * scan.frequency * scan.bandwidth / 200)) {}
-
-  [[nodiscard]] double At(double time) const {
-    const double ratio = time / m_sigma;
-    return std::cos(m_angularFrequency * time) * std::exp(-ratio * ratio / 2);
-  }
-  /// Beyond this time on either side of its middle nothing is left of it, s.
-  [[nodiscard]] double HalfLength() const { return 4 * m_sigma; }
-
- private:
-  double m_angularFrequency;
-  double m_sigma;  ///< of the envelope, s
-};
 
 /// Adds up the echoes of one A-scan.
 class AScan {
@@ -41,21 +18,15 @@ class AScan {
       : m_samples(samples), m_scan(scan), m_pulse(pulse) {}
 
   void AddEcho(double time, double amplitude) {
-    const double last = static_cast<double>(m_samples.size()) - 1;
-    const double from = std::max(0.0, std::ceil((time - m_pulse.HalfLength()) / m_scan.sampleStep));
-    const double to = std::min(last, std::floor((time + m_pulse.HalfLength()) / m_scan.sampleStep));
-    for (double sample = from; sample <= to; ++sample)
-      m_samples[static_cast<std::size_t>(sample)] +=
-          amplitude * m_pulse.At(sample * m_scan.sampleStep - time);
+    EchoTrain{m_samples, m_scan.sampleStep, 0}.Add(m_pulse, time, amplitude);
   }
 
   /// The echo of a small reflector `offset` beside the beam's axis: later and weaker than from
   /// straight above, so that it draws an arc over the columns.
   void AddReflector(double offset, double depth, double radius, double amplitude) {
     const double path = std::hypot(offset, depth) - radius;
-    const double angle =
-        std::atan2(std::abs(offset), depth) * 180 / std::numbers::pi / m_scan.beamHalfAngle;
-    const double beam = std::exp(-halvingExponent * angle * angle);
+    const double angle = std::atan2(std::abs(offset), depth) * 180 / std::numbers::pi;
+    const double beam = BeamFactor(angle, m_scan.beamHalfAngle);
     AddEcho(2 * path / m_scan.soundSpeed, amplitude * beam * (depth - radius) / path);
   }
 
@@ -93,50 +64,11 @@ void AddEchoes(AScan& ascan, const WeldScan& scan, double x, double y) {
   ascan.AddReflector(x - scan.crack.x, scan.thickness, 0, -scan.crack.cornerAmplitude * part);
 }
 
-/// Grain noise: many small echoes at random, that is, random numbers shaped by the pulse.
-class GrainNoise {
- public:
-  GrainNoise(const WeldScan& scan, const Pulse& pulse) : m_random(scan.seed) {
-    const auto reach = static_cast<int>(pulse.HalfLength() / scan.sampleStep);
-    double energy = 0;
-    for (int sample = -reach; sample <= reach; ++sample) {
-      m_shape.push_back(pulse.At(sample * scan.sampleStep));
-      energy += m_shape.back() * m_shape.back();
-    }
-    for (double& value : m_shape) value *= scan.noise / std::sqrt(energy);
-  }
-
-  void AddTo(std::span<double> samples) {
-    m_grains.resize(samples.size() + m_shape.size());
-    for (double& grain : m_grains) grain = Grain();
-    for (std::size_t sample = 0; sample < samples.size(); ++sample)
-      for (std::size_t index = 0; index < m_shape.size(); ++index)
-        samples[sample] += m_grains[sample + index] * m_shape[index];
-  }
-
- private:
-  /// Nearly normal, of variance 1: the sum of four uniform numbers, the same on every machine.
-  double Grain() {
-    double sum = -2;
-    for (int term = 0; term < 4; ++term) sum += static_cast<double>(m_random() >> 11U) * 0x1p-53;
-    return sum * std::sqrt(3.0);
-  }
-
-  std::mt19937_64 m_random;
-  std::vector<double> m_shape;
-  std::vector<double> m_grains;
-};
-
-std::int16_t Digitise(double value) {
-  constexpr double fullScale = simulatedFullScale;
-  return static_cast<std::int16_t>(std::lround(std::clamp(value, -1.0, 1.0) * fullScale));
-}
-
 }  // namespace
 
 std::vector<std::int16_t> Simulate(const WeldScan& scan, bool quiet) {
-  const Pulse pulse(scan);
-  GrainNoise noise(scan, pulse);
+  const Pulse pulse(scan.frequency, scan.bandwidth);
+  GrainNoise noise(pulse, scan.sampleStep, scan.noise, scan.seed);
   std::vector<std::int16_t> digitised;
   digitised.reserve(std::size_t{scan.rows} * scan.columns * scan.samples);
   std::vector<double> samples(scan.samples);

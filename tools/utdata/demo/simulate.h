@@ -51,9 +51,6 @@ struct WeldScan {
   std::uint64_t seed = 20;
 };
 
-/// The largest value of a simulated sample: full scale.
-inline constexpr std::int16_t simulatedFullScale = 32767;
-
 /// The A-scans of a scan, not rectified: rows x columns cells in row-major order, each `samples`
 /// values. Shows progress on long work; throws Interrupted.
 /// @param quiet shows no progress

@@ -42,6 +42,21 @@ std::vector<std::size_t> ElementRows(const DataGroup& master) {
   return rows;
 }
 
+/// "0 to 80, 83": numbers that rise, with those that follow each other put together.
+std::string RunsText(const std::vector<std::size_t>& numbers) {
+  std::string text;
+  for (std::size_t at = 0; at < numbers.size();) {
+    std::size_t end = at + 1;
+    while (end < numbers.size() && numbers[end] == numbers[end - 1] + 1) ++end;
+    const bool isRun = end - at > 2;
+    if (!isRun) end = at + 1;
+    text += (text.empty() ? "" : ", ") + std::to_string(numbers[at]);
+    if (isRun) text += " to " + std::to_string(numbers[end - 1]);
+    at = end;
+  }
+  return text;
+}
+
 }  // namespace
 
 Json DataGroupJson(const DataGroup& group) {
@@ -56,6 +71,10 @@ Json DataGroupJson(const DataGroup& group) {
       {"gate", stored.gateId},
       {"patch", stored.GetPatchID()},
       {"bookmark", static_cast<std::uint32_t>(group.Descriptor().GetDataBookmarkType())},
+      {"probe_angle", JsonNumber(stored.probeAngle)},
+      {"probe_skew", JsonNumber(stored.probeSkew)},
+      {"tofd", group.IsTofd()},
+      {"probe_separation", JsonNumber(stored.probeSeparation)},
       {"type", group.TypeName()},
       {"rectified", stored.GetDataRectification() != gdata_RectifNone},
       {"columns", AxisJson(stored.columnQuantity, stored.columnResolution, stored.columnOffset)},
@@ -100,15 +119,12 @@ std::string MastersText(const Inspection& inspection) {
   if (masters.empty()) return {};
   TextTable table({"master", "label", "class", "bookmark", "gathers rows", "matches"});
   for (const DataGroup& master : masters) {
-    std::string rows;
-    for (const std::size_t row : ElementRows(master))
-      rows += (rows.empty() ? "" : ", ") + std::to_string(row);
     const auto matched = master.Matched();
     table.Add({std::to_string(master.Index()),
                master.Label(),
                master.ClassName(),
                master.BookmarkName(),
-               rows,
+               RunsText(ElementRows(master)),
                matched ? "master " + std::to_string(matched->Index()) : "-"});
   }
   return table.Text();

@@ -62,10 +62,21 @@ std::string AmplitudeRange(const DataGroup& group) {
          group.AmplitudeText(largest, unit_DataDecibel);
 }
 
+/// "channel 1.41 at 70°": which beam of which channel, and its refracted angle.
+std::string BeamText(const DataGroup& group) {
+  const CGDataTypeFDD& stored = group.Stored();
+  std::string text = "channel " + std::to_string(stored.channelId);
+  if (stored.subChannelId != 0) text += "." + std::to_string(stored.subChannelId);
+  if (group.IsTofd())
+    return text + " TOFD, probes " + Millimetres(stored.probeSeparation) + " apart";
+  return text + " at " + Number(stored.probeAngle) + "°";
+}
+
 std::vector<std::string> RangeRow(const DataGroup& group) {
   const CGDataTypeFDD& stored = group.Stored();
   const std::optional<AxisScale> path = group.HalfPaths();
   return {std::to_string(group.Index()),
+          BeamText(group),
           RangeText(group.Columns()),
           RangeText(group.Rows()),
           RangeText(group.Times()),
@@ -165,8 +176,10 @@ std::string InfoText(const Inspection& inspection, const InfoContent& content) {
   if (inspection.Data().empty()) return text + history;
   const Groups groups = GroupsOf(inspection, content.sorted);
   text += "\n" + KindTable(groups) + "\n";
-  text += TableOfGroups(
-      groups, {"#", "columns", "rows", "samples", "half path", "values", "amplitude"}, RangeRow);
+  text +=
+      TableOfGroups(groups,
+                    {"#", "beam", "columns", "rows", "samples", "half path", "values", "amplitude"},
+                    RangeRow);
   const std::string masters = MastersText(inspection);
   if (!masters.empty()) text += "\n" + masters;
   if (content.hash) text += "\n" + HashLines(inspection, groups, content.quiet);

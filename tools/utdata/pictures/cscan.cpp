@@ -7,6 +7,7 @@
 #include "pictures/captions.h"
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
+#include "utdata/gating.h"
 
 namespace utdata::program {
 namespace {
@@ -39,22 +40,23 @@ ColorScale PositionScale(const DataGroup& group, const CodeSpan& span, std::uint
   return scale;
 }
 
-/// "Echoes from 1.2 to 4.8 µs (3.54 to 14.2 mm half path)"; a cell at 0 has none.
+/// "Echoes from 1.2 to 4.8 µs (3.54 to 14.2 mm half path) · 12 grey cells without an echo".
 std::string PositionNote(const DataGroup& group, const Peaks& peaks) {
   double nearest = 0;
   double farthest = 0;
   std::size_t empty = 0;
   for (const double value : peaks.values) {
-    if (value == 0) ++empty;
-    if (value != 0 && (nearest == 0 || value < nearest)) nearest = value;
+    if (value == noEchoPosition) ++empty;
+    if (value != noEchoPosition && (nearest == 0 || value < nearest)) nearest = value;
     farthest = std::max(farthest, value);
   }
   const auto range = [&](const AxisScale& axis) {
     return Number(axis.At(nearest)) + " to " + AxisText(axis, farthest);
   };
+  if (empty == peaks.values.size()) return "No cell has an echo";
   std::string note = "Echoes from " + range(group.Times());
   if (const auto path = group.HalfPaths()) note += " (" + range(*path) + " half path)";
-  return empty == 0 ? note : note + " · " + std::to_string(empty) + " cells at 0";
+  return empty == 0 ? note : note + " · " + std::to_string(empty) + " grey cells without an echo";
 }
 
 std::string EchoNote(const CScan& scan, const DataGroup& group) {
@@ -112,6 +114,8 @@ CScan MakeCScan(const DataGroup& group, const CScanOptions& options) {
     plot.scale = PositionScale(group, samples.Span(), scan.gain);
     for (std::uint8_t& code : plot.codes) code = samples.Span().PlaceOf(code);
     plot.notes = {PositionNote(group, peaks)};
+    for (const std::int32_t value : peaks.values)
+      plot.unseen.push_back(value == noEchoPosition ? 1 : 0);
   } else {
     plot.marked = ImagePlot::Cell{scan.column, scan.row};
     ShowAmplitudes(scan, group, samples.Span());

@@ -27,8 +27,8 @@ std::map<std::size_t, std::size_t> ViewsWithAScans(const ReportViews& views) {
   return found;
 }
 
-/// The step in which tables of a page hold lengths: a hundredth of a millimetre, or what lets all of
-/// a sector scan's fit 16 bits.
+/// The step in which tables of a page hold lengths: a hundredth of a millimetre, or what lets all
+/// of a sector scan's fit 16 bits.
 double StepOf(const SectorMap& map) {
   double longest = 0;
   for (const AxisScale& axis : {map.across, map.down})

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "demo/butt_weld.h"
 #include "demo/demo_inspection.h"
 #include "demo/demo_pictures.h"
 #include "demo/simulate.h"
@@ -33,6 +34,7 @@ constexpr const char* demoExample =
 
 struct DemoOptions {
   std::string folder = "utdata-demo";
+  std::string scans = "all";  ///< all, raster or phased
   bool force = false;
   Signature signature;
   bool quiet = false;
@@ -66,6 +68,8 @@ struct DemoPaths {
   std::string companion;
   std::string crack;
   std::string flaws;
+  ButtWeldFiles phased;
+  std::string sector;
 };
 
 void Remove(const std::string& path) {
@@ -75,10 +79,10 @@ void Remove(const std::string& path) {
 }
 
 /// Removes the companions of an earlier demonstration, those of later edits included.
-void RemoveCompanions(const std::string& folder) {
+void RemoveCompanions(const std::string& base) {
   for (int number = 1; number <= 99; ++number) {
     const std::string path =
-        folder + "/weld.A" + std::to_string(number / 10) + std::to_string(number % 10);
+        base + ".A" + std::to_string(number / 10) + std::to_string(number % 10);
     if (!os::CurrentFileSystem().Exists(ToWide(path))) return;
     Remove(path);
   }
@@ -91,14 +95,22 @@ DemoPaths Prepare(const DemoOptions& options) {
   std::filesystem::create_directories(options.folder, error);
   if (error) throw Failure(options.folder, "cannot be made", error.message());
   const std::string weld = options.folder + "/weld";
-  const DemoPaths paths = {weld + ".acq",
-                           weld + ".fpd",
-                           weld + ".A01",
-                           options.folder + "/crack.png",
-                           options.folder + "/cscan.png"};
-  if (options.force) RemoveCompanions(options.folder);
-  CheckNewInspection(paths.inspection, options.force);
-  for (const std::string& path : {paths.acquisition, paths.crack, paths.flaws})
+  const DemoPaths paths = {
+      weld + ".acq",
+      weld + ".fpd",
+      weld + ".A01",
+      options.folder + "/crack.png",
+      options.folder + "/cscan.png",
+      {options.folder + "/paut.acq", options.folder + "/paut.fpd", options.folder + "/flaws.json"},
+      options.folder + "/sector.png"};
+  if (options.force) {
+    RemoveCompanions(weld);
+    RemoveCompanions(options.folder + "/paut");
+  }
+  for (const std::string& path : {paths.inspection, paths.phased.inspection})
+    CheckNewInspection(path, options.force);
+  for (const std::string& path :
+       {paths.acquisition, paths.crack, paths.flaws, paths.phased.acquisition, paths.phased.flaws})
     CheckNewFile(path, options.force);
   return paths;
 }
@@ -153,6 +165,13 @@ CGGateTypeDescr WriteGated(const DemoPaths& paths, Signature signature, Steps& s
   return gate;
 }
 
+void CheckClean(const std::string& path, bool quiet, Steps& steps) {
+  for (const Verdict& verdict : Verify(path, quiet)) {
+    if (!verdict.IsClean()) throw Failure(verdict.path, verdict.Word(), verdict.problems.front());
+    steps.Done("verify", verdict.Line());
+  }
+}
+
 /// Loads everything back, compares it with what was written, and draws it.
 void Show(const DemoPaths& paths,
           const WeldScan& scan,
@@ -172,33 +191,63 @@ void Show(const DemoPaths& paths,
              paths.crack + ": " + DrawCrack(inspection, scan, paths.crack, options.force));
   steps.Done("picture",
              paths.flaws + ": " + DrawFlaws(inspection, scan, paths.flaws, options.force));
-  for (const Verdict& verdict : Verify(paths.inspection, options.quiet)) {
-    if (!verdict.IsClean()) throw Failure(verdict.path, verdict.Word(), verdict.problems.front());
-    steps.Done("verify", verdict.Line());
-  }
+  CheckClean(paths.inspection, options.quiet, steps);
   if (!options.quiet) PrintResult("\n" + InfoText(inspection, {}));
+}
+
+/// The sector scans and the TOFD scan of a butt weld.
+void ShowPhasedArrays(const DemoPaths& paths, const DemoOptions& options, Steps& steps) {
+  if (options.force) Remove(paths.phased.acquisition);
+  const ButtWeld weld;
+  const std::vector<std::string> flaws =
+      MakeButtWeld(paths.phased, weld, options.signature, options.force, options.quiet);
+  steps.Done("paut",
+             paths.phased.inspection + ": a butt weld, " + std::to_string(weld.beams) +
+                 " beams from either side, and TOFD");
+  const Inspection inspection = Inspection::Open(paths.phased.inspection);
+  if (inspection.Masters().size() != 2 || inspection.Data().size() != 2 * weld.beams + 1)
+    throw Failure(paths.phased.inspection,
+                  "does not load as it was written",
+                  "its beams are not gathered under a master of each side");
+  steps.Done("picture",
+             paths.sector + ": " + DrawSector(inspection, weld, paths.sector, options.force));
+  CheckClean(paths.phased.inspection, options.quiet, steps);
+  steps.Done("flaws", paths.phased.flaws + ": where they were put, and from where they are seen");
+  if (options.quiet) return;
+  for (const std::string& flaw : flaws) PrintResult("          " + flaw + "\n");
 }
 
 void SayWhatNext(const DemoOptions& options) {
   const std::string folder = Printable(options.folder);
   const std::string inspection = folder + "/weld.fpd";
-  PrintResult("\nThe files and pictures are in " + folder +
-              ": look at crack.png and cscan.png.\nTry next:\n" + "  utdata render " + inspection +
-              " --data 0 --view a --row 5 --column 132 -o " + folder +
-              "/ascan.png\n  utdata gate " + inspection +
-              " --channel 0 --gate 3 --start 4 --width 2 --as append\n" + "  utdata tree " +
-              folder + "/weld.A01\n");
+  std::string text = "\nThe files and pictures are in " + folder;
+  if (options.scans != "phased")
+    text += ": look at crack.png and cscan.png.\nTry next:\n  utdata render " + inspection +
+            " --data 0 --view a --row 5 --column 132 -o " + folder + "/ascan.png\n  utdata gate " +
+            inspection + " --channel 0 --gate 3 --start 4 --width 2 --as append\n" +
+            "  utdata tree " + folder + "/weld.A01\n";
+  else
+    text += ": look at sector.png.\nTry next:\n";
+  if (options.scans != "raster")
+    text += "  utdata render " + folder + "/paut.fpd --data channel=2 --view d -o " + folder +
+            "/tofd.png\n";
+  PrintResult(text);
+}
+
+void ShowRaster(const DemoPaths& paths, const DemoOptions& options, Steps& steps) {
+  const WeldScan scan;
+  const RecordedBlocks blocks = Acquire(paths, scan, options, steps);
+  WriteInspection(paths, scan, blocks, options.force, options.signature, steps);
+  const CGGateTypeDescr gate = WriteGated(paths, options.signature, steps, options.quiet);
+  Show(paths, scan, gate, options, steps);
 }
 
 void Demo(const DemoOptions& options) {
   const InterruptScope interrupts;
   Steps steps(options.quiet);
   const DemoPaths paths = Prepare(options);
-  const WeldScan scan;
-  const RecordedBlocks blocks = Acquire(paths, scan, options, steps);
-  WriteInspection(paths, scan, blocks, options.force, options.signature, steps);
-  const CGGateTypeDescr gate = WriteGated(paths, options.signature, steps, options.quiet);
-  Show(paths, scan, gate, options, steps);
+  if (options.scans != "phased") ShowRaster(paths, options, steps);
+  if (options.scans != "raster") ShowPhasedArrays(paths, options, steps);
   if (!options.quiet) SayWhatNext(options);
 }
 
@@ -211,6 +260,12 @@ void AddDemoVerb(CLI::App& program) {
   verb.add_option("--out", options->folder, "Folder for the files")
       ->capture_default_str()
       ->type_name("DIR");
+  verb.add_option("--scans",
+                  options->scans,
+                  "Which: the raster scan of weld.fpd, the phased-array and TOFD scans of paut.fpd")
+      ->check(CLI::IsMember({"all", "raster", "phased"}).description(""))
+      ->capture_default_str()
+      ->type_name("all|raster|phased");
   verb.add_flag("--force", options->force, "Replace the files of an earlier demonstration");
   AddSignature(verb, options->signature);
   verb.add_flag("--quiet", options->quiet, "Print no messages and no progress");

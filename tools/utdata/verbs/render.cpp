@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <array>
+#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -324,17 +326,14 @@ void Render(const RenderOptions& options) {
     PrintResult(Text(options, rendering));
 }
 
-/// A name that promises another format of pictures would deceive whoever opens the file. Empty when
-/// it does not.
-std::string NotPngWhy(const std::string& name) {
-  constexpr std::array others = {
-      ".jpg", ".jpeg", ".gif", ".bmp", ".tif", ".tiff", ".webp", ".svg", ".pdf"};
-  std::string extension = std::filesystem::path(name).extension().string();
-  std::ranges::transform(extension, extension.begin(), [](char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-  });
-  if (std::ranges::find(others, extension) == others.end()) return {};
-  return name + " is no name of a PNG file, which is what pictures are: end it with .png";
+/// A name that says another kind of picture is refused: what is made is a PNG file.
+std::string CheckPictureName(const std::string& path) {
+  constexpr std::array others = {".jpg", ".jpeg", ".gif", ".bmp", ".tif", ".tiff", ".webp", ".svg"};
+  std::string extension = std::filesystem::path(path).extension().string();
+  for (char& letter : extension)
+    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
+  if (std::find(others.begin(), others.end(), extension) == others.end()) return {};
+  return "'" + path + "' is no name of a PNG file, which is what is made";
 }
 
 }  // namespace
@@ -387,7 +386,7 @@ void AddRenderVerb(CLI::App& program) {
           ->capture_default_str();
   verb.add_option("-o,--output", options->output, "Picture to make, a PNG file")
       ->required()
-      ->check(CLI::Validator(NotPngWhy, "", "PNG"))
+      ->check(CLI::Validator(CheckPictureName, ""))
       ->type_name("PNG");
   verb.add_flag("--force", options->force, "Replace an existing file");
   AddTables(verb, options->tables);
