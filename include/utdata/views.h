@@ -77,7 +77,41 @@ enum class SectorAcross {
   ScanPosition  ///< in the direction of the beams
 };
 
-struct SectorView {
+/// Where the beams of a sector scan lie, and the pixels of its picture.
+struct SectorLayout {
+  std::uint32_t row = 0;  ///< the scan position
+  std::uint32_t column = 0;
+  std::vector<SectorBeam> beams;  ///< by the direction in which they lead
+  SectorAcross acrossOf = SectorAcross::Columns;
+  AxisScale across;                  ///< of the pixels, mm
+  AxisScale down;                    ///< the same, as long; depth in the first leg
+  std::vector<SectorLine> lines;     ///< walls, and the weld where the file describes one
+  std::vector<std::string> remarks;  ///< what could not be shown as it should be, a line each
+
+  /// Where a sample lies; its percent is not looked up. None before its beam enters the part, and
+  /// behind the first leg of a round one. Throws when there is no such sample.
+  [[nodiscard]] UTDATA_API std::optional<SectorEcho> PlaceOf(std::size_t beam,
+                                                             std::uint32_t sample) const;
+  /// The same with its percent; 0 where the beam has no samples.
+  [[nodiscard]] UTDATA_API std::optional<SectorEcho> EchoOf(std::size_t beam,
+                                                            std::uint32_t sample) const;
+};
+
+/// Which samples fall on which pixels, whatever they hold: for a host that shows one scan position
+/// after the other.
+struct SectorMap : SectorLayout {
+  /// Samples of one beam on one pixel, which shows the strongest of all its stretches.
+  struct Stretch {
+    std::uint32_t pixel = 0;  ///< row by row
+    std::uint32_t beam = 0;   ///< index in `beams`
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+  };
+
+  std::vector<Stretch> stretches;  ///< by pixel
+};
+
+struct SectorView : SectorLayout {
   /// What a pixel shows.
   struct Source {
     static constexpr std::uint32_t nothing = ~std::uint32_t{0};
@@ -86,24 +120,11 @@ struct SectorView {
     std::uint32_t sample = 0;
   };
 
-  std::uint32_t row = 0;  ///< the scan position
-  std::uint32_t column = 0;
-  std::vector<SectorBeam> beams;  ///< by the direction in which they lead
-  SectorAcross acrossOf = SectorAcross::Columns;
-  AxisScale across;  ///< of the pixels, mm
-  AxisScale down;    ///< the same, as long; depth in the first leg
   /// Row by row. A pixel shows the strongest of the samples that fall on it, of the beams that are
   /// at most half a beam away.
   std::vector<Source> pixels;
   std::vector<float> percents;          ///< of full scale, of each pixel; NaN for nothing
-  std::vector<SectorLine> lines;        ///< walls, and the weld where the file describes one
-  std::vector<std::string> remarks;     ///< what could not be shown as it should be, a line each
   std::optional<SectorEcho> strongest;  ///< between the half paths that were asked for
-
-  /// Where a sample lies. None before its beam enters the part, and behind the first leg of a round
-  /// one. Throws when there is no such sample.
-  [[nodiscard]] UTDATA_API std::optional<SectorEcho> EchoOf(std::size_t beam,
-                                                            std::uint32_t sample) const;
 };
 
 /// The sector scan of the beams that a master gathers.
@@ -112,6 +133,87 @@ struct SectorView {
 [[nodiscard]] UTDATA_API SectorView MakeSector(const DataGroup& group,
                                                const SectorOptions& options = {},
                                                const Watch& watch = {});
+
+/// The same without amplitudes, of the scan position that is given, or else of the first cell.
+/// Reads no samples. Throws as MakeSector does.
+[[nodiscard]] UTDATA_API SectorMap MakeSectorMap(const DataGroup& group,
+                                                 const SectorOptions& options = {});
+
+/// From where a part is looked at. The weld runs along the row axis, across the column axis.
+enum class PartView {
+  Top,   ///< rows over columns
+  Side,  ///< depth over rows: along the weld
+  End    ///< depth over columns: across the weld
+};
+
+struct ProjectionOptions {
+  /// Half paths between which samples are shown, mm: behind the initial pulse.
+  double from = 0;
+  double to = std::numeric_limits<double>::infinity();
+  std::uint32_t widest = 880;   ///< pixels at the most, along an axis that beams run along
+  std::uint32_t highest = 560;  ///< the same
+};
+
+/// A sample of a projection: where it was recorded, and where it lies in the part.
+struct ProjectedEcho {
+  std::size_t beam = 0;  ///< index in ProjectionView::beams
+  std::uint32_t row = 0;
+  std::uint32_t column = 0;
+  std::uint32_t sample = 0;
+  double percent = 0;   ///< of full scale, negative for negative half waves
+  double halfPath = 0;  ///< mm
+  ScanOffset place;     ///< on the scan axes, mm
+  BeamPoint point;      ///< as its beam passes it, mm
+};
+
+/// The largest amplitudes of many beams, looked at along one of the part's axes.
+struct ProjectionView {
+  /// What a pixel shows: a sample of the beam, at a cell of a top view; of the others at one of the
+  /// cells of a column (end view) or row (side view).
+  struct Source {
+    static constexpr std::uint32_t nothing = ~std::uint32_t{0};
+
+    std::uint32_t beam = nothing;  ///< `nothing`: no sample lies there
+    std::uint32_t sample = 0;
+    std::uint64_t cells = 0;  ///< the cell; the column; the row
+  };
+
+  PartView view = PartView::Top;
+  std::vector<DataGroup> beams;
+  AxisScale across;             ///< of the pixels, mm
+  AxisScale down;               ///< the same
+  std::vector<Source> pixels;   ///< row by row
+  std::vector<float> percents;  ///< of full scale, of each pixel; NaN for nothing
+  std::vector<std::vector<SectorLine::Point>> weld;  ///< its outline in an end view
+  std::vector<std::string> remarks;  ///< what could not be shown as it should be, a line each
+
+  /// What a pixel shows; none for nothing. Reads samples.
+  [[nodiscard]] UTDATA_API std::optional<ProjectedEcho> EchoAt(std::size_t pixel) const;
+  /// What the first of the strongest pixels shows.
+  [[nodiscard]] UTDATA_API std::optional<ProjectedEcho> Strongest() const;
+};
+
+/// Projects the A-scans of some data groups; a master stands for its elements. Each beam lies
+/// where its own record has it. Throws when a scan axis is not in millimetres, a beam cannot be
+/// placed, or none is left: TOFD data have no beams, and are left out.
+[[nodiscard]] UTDATA_API ProjectionView MakeProjection(const std::vector<DataGroup>& groups,
+                                                       PartView view,
+                                                       const ProjectionOptions& options = {},
+                                                       const Watch& watch = {});
+
+/// Where the depths of time-of-flight diffraction data lie on their samples.
+struct TofdScale {
+  double lateralWave = 0;          ///< sample index at which it arrives
+  std::optional<double> backWall;  ///< sample index; none where the thickness is not known
+  std::vector<double> depths;      ///< mm at each sample; NaN before the lateral wave
+
+  /// The sample index of a depth in mm; none outside the samples.
+  [[nodiscard]] UTDATA_API std::optional<double> SampleAt(double depth) const;
+};
+
+/// Through the unit of the data group's item. None for data of another kind, and where the sound
+/// speed or the separation of the probes is not known.
+[[nodiscard]] UTDATA_API std::optional<TofdScale> TofdScaleOf(const DataGroup& group);
 
 /// The outline of a weld's preparation and caps, as lines of (across, depth) in mm; across counts
 /// as the column axis does. Empty where there is nothing to be drawn.

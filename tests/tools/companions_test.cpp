@@ -119,53 +119,6 @@ TEST_F(CompanionsTest, ARenamedBaseGetsItsCompanionsBack) {
   EXPECT_EQ(Run("adopt tube.fpd").out, "tube.fpd: nothing to rename\n");
 }
 
-TEST_F(CompanionsTest, OnlyItsOwnAreAdopted) {
-  Make("pipe");
-  ExpectOneLine(Run("adopt weld.fpd pipe.A01"),
-                1,
-                "pipe.A01: cannot be renamed: it is a companion "
-                "of another inspection");
-  ExpectOneLine(
-      Run("adopt weld.fpd pipe.fpd"), 1, "pipe.fpd: cannot be renamed: it is no companion");
-  ExpectOneLine(Run("adopt weld.A01 weld.A02"), 1, "weld.A01");
-  ExpectOneLine(Run("adopt weld.fpd weld.A07"), 1, "weld.A07");
-  std::filesystem::create_directory(At("away"));
-  std::filesystem::copy_file(At("weld.A03"), At("away/weld.A03"));
-  ExpectOneLine(Run("adopt weld.fpd away/weld.A03"), 1, "another folder");
-  std::filesystem::copy_file(At("weld.A03"), At("weld.A09"));
-  ExpectOneLine(Run("adopt weld.fpd"), 1, "weld.A03 has the same number");
-  std::filesystem::remove(At("weld.A03"));
-  EXPECT_EQ(Run("adopt weld.fpd").out, "weld.A09 -> weld.A03\n");
-  EXPECT_EQ(Run("verify weld.fpd").status, 0);
-}
-
-TEST_F(CompanionsTest, SwappedNumbersArePutRight) {
-  const std::vector<std::vector<std::string>> turns = {
-      {"A01", "A02"}, {"A01", "A02", "A03"}, {"A03", "A01", "A02"}};
-  for (const auto& turn : turns) {
-    SCOPED_TRACE(turn.front() + " to " + turn.back());
-    for (const std::string& number : turn) Rename("weld." + number, "away." + number);
-    for (std::size_t at = 0; at < turn.size(); ++at)
-      Rename("away." + turn[at], "weld." + turn[(at + 1) % turn.size()]);
-    EXPECT_EQ(Run("verify weld.fpd").status, 1);
-    // An interruption between any two steps leaves what the next adoption finds.
-    const Json plan = RunJson("adopt weld.fpd --dry-run --json")["renamed"];
-    ASSERT_EQ(plan.size(), turn.size() + 1);
-    for (std::size_t done = 0; done < plan.size(); ++done) {
-      EXPECT_EQ(RunJson("adopt weld.fpd --dry-run --json")["renamed"].size(), plan.size() - done);
-      Rename(plan[done]["from"], plan[done]["to"]);
-    }
-    EXPECT_EQ(Run("adopt weld.fpd").out, "weld.fpd: nothing to rename\n");
-    EXPECT_EQ(Run("verify weld.fpd").status, 0);
-    EXPECT_EQ(Gain("weld.fpd"), 3);
-  }
-  Rename("weld.A03", "weld.A04");
-  Rename("weld.A02", "weld.A03");
-  EXPECT_EQ(Run("adopt weld.fpd").out, "weld.A03 -> weld.A02\nweld.A04 -> weld.A03\n");
-  ExpectOneLine(Run("adopt weld.fpd weld.A02 weld.A01 weld.A04"), 1, "weld.A04");
-  EXPECT_EQ(Gain("weld.fpd"), 3);
-}
-
 TEST_F(CompanionsTest, ARescuedOneStaysOneOfItsBase) {
   ASSERT_EQ(Run("edit weld.fpd channel 0 gain=4").status, 0);  // at the end of weld.A03
   const std::string damaged = ReadFile(At("weld.A03"));
@@ -196,22 +149,6 @@ TEST_F(CompanionsTest, ARescuedOneStaysOneOfItsBase) {
       << partly.out;
   std::filesystem::rename(At("rescued.A03"), At("weld.A03"));
   EXPECT_EQ(Gain("weld.fpd"), 3);
-}
-
-TEST_F(CompanionsTest, ACopyOfTheBaseIsABaseToo) {
-  std::filesystem::copy_file(At("weld.fpd"), At("copy.fpd"));
-  EXPECT_EQ(Run("info copy.fpd").error, "") << "the companions have their base beside them";
-  EXPECT_EQ(Run("adopt copy.fpd").out, "copy.fpd: nothing to rename\n");
-  std::filesystem::copy_file(At("weld.A01"), At("copy.A01"));
-  EXPECT_EQ(Gain("copy.fpd"), 1);
-  ASSERT_EQ(Run("edit copy.fpd channel 0 gain=5 --as companion").status, 0);
-  EXPECT_EQ(Gain("copy.fpd"), 5);
-  EXPECT_EQ(Run("verify copy.fpd weld.fpd").status, 0);
-  // What is saved anew is another inspection.
-  ASSERT_EQ(Run("edit weld.fpd channel 0 gain=6 --as new -o new.fpd").status, 0);
-  std::filesystem::copy_file(At("weld.A01"), At("new.A01"));
-  EXPECT_EQ(Gain("new.fpd"), 6);
-  EXPECT_EQ(Run("verify new.fpd").status, 1);
 }
 
 TEST_F(CompanionsTest, TheHistoryListsEveryWrite) {

@@ -74,12 +74,32 @@ TEST_F(SectorViewTest, DrawsTheBeamsOfAChannelTrueToScale) {
   EXPECT_EQ(View("sector.fpd", "--data 3 --view s").facts["strongest"]["sample"], 3);
 }
 
+TEST_F(SectorViewTest, DrawsTheSameEchoFromEachSide) {
+  const double angle = 50 * 3.14159265358979 / 180;
+  const double away = 25 * std::sin(angle), depth = 25 * std::cos(angle);
+  for (const auto& [view, across, down] :
+       {std::tuple("top", away, 0.0), {"side", 0.0, depth}, {"end", away, depth}}) {
+    const Drawing drawing =
+        View("sector.fpd", std::string("--data class=1 --from 5 --view ") + view);
+    EXPECT_EQ(drawing.facts["beams"], 11) << view;
+    const nlohmann::json& strongest = drawing.facts["strongest"];
+    EXPECT_EQ(strongest["data"], 5) << view;
+    EXPECT_EQ(strongest["sample"], 250) << view;
+    EXPECT_NEAR(strongest["column_position"].get<double>(), away, 1e-3) << view;
+    EXPECT_NEAR(strongest["depth"].get<double>(), depth, 1e-3) << view;
+    const Drawing::Spot echo = drawing.BrightestWithin(across - 2, across + 2, down - 2, down + 2);
+    EXPECT_NEAR(echo.across, across, 0.5) << view;
+    EXPECT_NEAR(echo.down, down, 0.5) << view;
+  }
+}
+
 TEST_F(SectorViewTest, RefusesWhatIsNoSector) {
   Import(std::string(200, '\1'), "1,1,100", "u16", "--rectified");
   for (const auto& [arguments, status, why] :
        {std::tuple("scan.fpd --data 0 --view s", 1, "no sub-channels"),
         {"sector.fpd --data channel=0 --view b", 1, "matches 11 data groups"},
         {"sector.fpd --data 0 --view b --from 5", 2, "takes none"},
+        {"sector.fpd --data 0 --view end --row 0", 2, "an end view takes none"},
         {"sector.fpd --data 0 --view s --row 1", 1, "rows are 0 to 0"}}) {
     const ProgramResult result = Run(std::string("render -o picture.png --force ") + arguments);
     EXPECT_EQ(result.status, status) << arguments;

@@ -55,7 +55,8 @@ std::uint64_t FindCell(const std::vector<DataGroup>& groups,
   for (const DataGroup& group : groups) {
     if (group.RowQuantity() != first.RowQuantity() ||
         group.ColumnQuantity() != first.ColumnQuantity())
-      throw Error(group.Name(), "has no sector scan", "its beams have different scan positions");
+      throw Error(
+          group.Name(), "cannot be shown in the part", "its beams have different scan positions");
     if (cells.count == 1) continue;
     const StrongestSample found = group.Samples().FindPeaks(cells, watch).strongest;
     const double percent = std::abs(group.Percent(found.value));
@@ -95,36 +96,35 @@ AxisScale PixelAxis(double from, double to, double pixel) {
   return {"mm", from + pixel / 2, pixel, quantity};
 }
 
-void SetAxes(SectorView& view, const Extent& extent, const SectorOptions& options) {
+void SetAxes(SectorLayout& view, const Extent& extent, const SectorOptions& options) {
   constexpr double rounding = 1 + 1e-9;  // so that a whole number of pixels stays one
   const double width = extent.right - extent.left;
   const double pixel = std::max(width / std::max(options.widest, 1U),
                                 extent.bottom / std::max(options.highest, 1U)) *
                        rounding;
   if (!(pixel > 0) || !std::isfinite(pixel))
-    throw Error(view.beams.front().group.Name(), "has no sector scan", "its beams have no extent");
+    throw Error(
+        view.beams.front().group.Name(), "cannot be shown in the part", "its beams have no extent");
   view.across = PixelAxis(extent.left, extent.right, pixel);
   view.down = PixelAxis(0, extent.bottom, pixel);
 }
 
-/// Puts the samples of one beam into the pixels of its wedge.
-class BeamPainter {
+/// Finds the samples of one beam that fall on the pixels of its wedge, and calls
+/// `put(pixel, first, last)` for each.
+template <class Put>
+class BeamPixels {
  public:
-  BeamPainter(SectorView& view,
-              std::uint32_t beam,
-              const SectorWedge& wedge,
-              const std::vector<float>& percents)
+  BeamPixels(const SectorLayout& view, std::size_t beam, const SectorWedge& wedge, Put put)
       : m_view(view),
-        m_beam(beam),
         m_wedge(wedge),
-        m_percents(percents),
+        m_put(std::move(put)),
         m_paths(view.beams[beam].halfPaths),
         m_last(LastPath(view.beams[beam])),
         m_sine(std::sin(wedge.middle.angle)),
         m_cosine(std::cos(wedge.middle.angle)),
         m_pixel(view.across.step) {}
 
-  void Paint() {
+  void Find() {
     const SectorRay& middle = m_wedge.middle;
     for (std::uint32_t y = 0; y < m_view.down.quantity; ++y) {
       const double down = m_view.down.At(y);
@@ -134,10 +134,10 @@ class BeamPainter {
       const double first = std::ceil(std::min(left, right));
       const double end = std::ceil(std::max(left, right));
       if (first < end) {
-        PaintRow(y, first, end, (std::abs(m_sine) + m_cosine) * m_pixel / 2);
+        FindInRow(y, first, end, (std::abs(m_sine) + m_cosine) * m_pixel / 2);
       } else {  // narrower than a pixel: all that falls on this row is put into the nearest
         const double nearest = std::round(m_view.across.IndexOf(AcrossOf(middle, down)));
-        PaintRow(y, nearest, nearest + 1, m_pixel / 2 / m_cosine);
+        FindInRow(y, nearest, nearest + 1, m_pixel / 2 / m_cosine);
       }
     }
   }
@@ -148,7 +148,7 @@ class BeamPainter {
   }
 
   /// @param reach half of the stretch of the beam that falls on one pixel, mm
-  void PaintRow(std::uint32_t y, double first, double end, double reach) {
+  void FindInRow(std::uint32_t y, double first, double end, double reach) {
     const double limit = m_view.across.quantity;
     const auto from = static_cast<std::uint32_t>(std::clamp(first, 0.0, limit));
     const auto to = static_cast<std::uint32_t>(std::clamp(end, 0.0, limit));
@@ -156,38 +156,48 @@ class BeamPainter {
     for (std::uint32_t x = from; x < to; ++x) {
       const double path = alongDown + (m_view.across.At(x) - m_wedge.middle.across) * m_sine;
       if (path + reach >= 0 && path - reach <= m_last)
-        PaintPixel(std::size_t{y} * m_view.across.quantity + x, path, reach);
+        FindOfPixel(y * m_view.across.quantity + x, path, reach);
     }
   }
 
-  void PaintPixel(std::size_t pixel, double path, double reach) {
+  void FindOfPixel(std::uint32_t pixel, double path, double reach) {
     const double middle = (path - m_paths.first) / m_paths.step;
     const double half = reach / m_paths.step;
-    const double last = static_cast<double>(m_percents.size()) - 1;
+    const double last = static_cast<double>(m_paths.quantity) - 1;
     double low = std::ceil(middle - half), high = std::floor(middle + half);
     if (low > high) low = high = std::round(middle);  // between two samples
     if (high < 0 || low > last) return;
-    const auto begin = static_cast<std::uint32_t>(std::max(low, 0.0));
-    const auto end = static_cast<std::uint32_t>(std::min(high, last));
-    std::uint32_t strongest = begin;
-    for (std::uint32_t sample = begin + 1; sample <= end; ++sample)
-      if (std::abs(m_percents[sample]) > std::abs(m_percents[strongest])) strongest = sample;
-    float& shown = m_view.percents[pixel];
-    if (std::abs(shown) >= std::abs(m_percents[strongest])) return;  // false for nothing
-    shown = m_percents[strongest];
-    m_view.pixels[pixel] = {m_beam, strongest};
+    m_put(pixel,
+          static_cast<std::uint32_t>(std::max(low, 0.0)),
+          static_cast<std::uint32_t>(std::min(high, last)));
   }
 
-  SectorView& m_view;
-  std::uint32_t m_beam;
+  const SectorLayout& m_view;
   const SectorWedge& m_wedge;
-  const std::vector<float>& m_percents;
+  Put m_put;
   const AxisScale m_paths;
   const double m_last;
   const double m_sine;
   const double m_cosine;
   const double m_pixel;
 };
+
+/// Puts the samples of one beam into its pixels.
+void Paint(SectorView& view,
+           std::uint32_t beam,
+           const SectorWedge& wedge,
+           const std::vector<float>& percents) {
+  const auto put = [&](std::uint32_t pixel, std::uint32_t first, std::uint32_t last) {
+    std::uint32_t strongest = first;
+    for (std::uint32_t sample = first + 1; sample <= last; ++sample)
+      if (std::abs(percents[sample]) > std::abs(percents[strongest])) strongest = sample;
+    float& shown = view.percents[pixel];
+    if (std::abs(shown) >= std::abs(percents[strongest])) return;  // false for nothing
+    shown = percents[strongest];
+    view.pixels[pixel] = {beam, strongest};
+  };
+  BeamPixels(view, beam, wedge, put).Find();
+}
 
 /// The strongest sample between two half paths.
 void FindStrongest(SectorView& view,
@@ -212,7 +222,7 @@ void FindStrongest(SectorView& view,
   if (view.strongest) view.strongest->percent = percents[strongest->first][strongest->second];
 }
 
-void RemarkOnBeams(SectorView& view) {
+void RemarkOnBeams(SectorLayout& view) {
   const auto count = [&](auto test) {
     return std::count_if(view.beams.begin(), view.beams.end(), test);
   };
@@ -224,9 +234,24 @@ void RemarkOnBeams(SectorView& view) {
     view.remarks.push_back("Round part: only the first leg is shown");
 }
 
+/// Places the beams of a channel at a cell, and the pixels over them. @return their wedges
+std::vector<SectorWedge> Lay(SectorLayout& layout,
+                             const std::vector<DataGroup>& groups,
+                             std::uint64_t cell,
+                             const SectorOptions& options) {
+  layout.row = static_cast<std::uint32_t>(cell / groups.front().ColumnQuantity());
+  layout.column = static_cast<std::uint32_t>(cell % groups.front().ColumnQuantity());
+  SectorBeams placed = PlaceBeams(groups, layout.row, layout.column);
+  layout.beams = std::move(placed.beams);
+  layout.acrossOf = placed.acrossOf;
+  std::vector<SectorWedge> wedges = WedgesOf(layout.beams, layout.remarks);
+  SetAxes(layout, ExtentOf(layout.beams, wedges), options);
+  return wedges;
+}
+
 }  // namespace
 
-std::optional<SectorEcho> SectorView::EchoOf(std::size_t beam, std::uint32_t sample) const {
+std::optional<SectorEcho> SectorLayout::PlaceOf(std::size_t beam, std::uint32_t sample) const {
   if (beam >= beams.size() || sample >= beams[beam].halfPaths.quantity)
     throw Error("", "there is no such sample", "it is outside the sector scan");
   const SectorBeam& seen = beams[beam];
@@ -234,19 +259,21 @@ std::optional<SectorEcho> SectorView::EchoOf(std::size_t beam, std::uint32_t sam
   echo.beam = beam;
   echo.sample = sample;
   echo.halfPath = seen.halfPaths.At(sample);
-  const std::optional<BeamPoint> point =
-      seen.outsideRadius > 0 ? CurvedPart(seen.outsideRadius, seen.thickness)
-                                   .PointAt(echo.halfPath, seen.refractedAngle)
-                             : FlatPart(seen.thickness).PointAt(echo.halfPath, seen.refractedAngle);
+  const std::optional<BeamPoint> point = PointOf(seen, echo.halfPath);
   if (!point) return std::nullopt;
   echo.point = *point;
   const SectorLine::Point place = RayOf(seen).At(echo.halfPath);
   echo.across = place.across;
   echo.down = place.down;
-  if (seen.hasSamples) {
-    const std::uint64_t cell = std::uint64_t{row} * seen.group.ColumnQuantity() + column;
-    echo.percent = seen.group.Percent(seen.group.Samples().Values(cell)[sample]);
-  }
+  return echo;
+}
+
+std::optional<SectorEcho> SectorLayout::EchoOf(std::size_t beam, std::uint32_t sample) const {
+  std::optional<SectorEcho> echo = PlaceOf(beam, sample);
+  if (!echo || !beams[beam].hasSamples) return echo;
+  const DataGroup& group = beams[beam].group;
+  const std::uint64_t cell = std::uint64_t{row} * group.ColumnQuantity() + column;
+  echo->percent = group.Percent(group.Samples().Values(cell)[sample]);
   return echo;
 }
 
@@ -254,14 +281,7 @@ SectorView MakeSector(const DataGroup& group, const SectorOptions& options, cons
   const std::vector<DataGroup> groups = BeamGroupsOf(group);
   const std::uint64_t cell = FindCell(groups, options, watch);
   SectorView view;
-  view.row = static_cast<std::uint32_t>(cell / groups.front().ColumnQuantity());
-  view.column = static_cast<std::uint32_t>(cell % groups.front().ColumnQuantity());
-  SectorBeams placed = PlaceBeams(groups, view.row, view.column);
-  view.beams = std::move(placed.beams);
-  view.acrossOf = placed.acrossOf;
-  const std::vector<SectorWedge> wedges = WedgesOf(view.beams, view.remarks);
-  SetAxes(view, ExtentOf(view.beams, wedges), options);
-
+  const std::vector<SectorWedge> wedges = Lay(view, groups, cell, options);
   const std::size_t pixels = std::size_t{view.across.quantity} * view.down.quantity;
   view.pixels.assign(pixels, {});
   view.percents.assign(pixels, nothingSeen);
@@ -269,12 +289,31 @@ SectorView MakeSector(const DataGroup& group, const SectorOptions& options, cons
   for (std::uint32_t beam = 0; beam < view.beams.size(); ++beam) {
     percents.push_back(PercentsOf(view.beams[beam], cell));
     if (view.beams[beam].hasSamples || view.beams[beam].isDamaged)
-      BeamPainter(view, beam, wedges[beam], percents[beam]).Paint();
+      Paint(view, beam, wedges[beam], percents[beam]);
   }
   FindStrongest(view, percents, options);
   RemarkOnBeams(view);
   view.lines = LinesOver(view, view.remarks);
   return view;
+}
+
+SectorMap MakeSectorMap(const DataGroup& group, const SectorOptions& options) {
+  const std::vector<DataGroup> groups = BeamGroupsOf(group);
+  SectorOptions position = options;
+  position.row = options.row.value_or(0);
+  position.column = options.column.value_or(0);
+  SectorMap map;
+  const std::vector<SectorWedge> wedges = Lay(map, groups, FindCell(groups, position, {}), options);
+  for (std::uint32_t beam = 0; beam < map.beams.size(); ++beam) {
+    const auto put = [&](std::uint32_t pixel, std::uint32_t first, std::uint32_t last) {
+      map.stretches.push_back({pixel, beam, first, last});
+    };
+    BeamPixels(map, beam, wedges[beam], put).Find();
+  }
+  std::ranges::stable_sort(map.stretches, {}, &SectorMap::Stretch::pixel);
+  RemarkOnBeams(map);
+  map.lines = LinesOver(map, map.remarks);
+  return map;
 }
 
 }  // namespace utdata

@@ -11,7 +11,7 @@
 namespace utdata {
 namespace {
 
-constexpr const char* noSector = "has no sector scan";
+constexpr const char* noView = "cannot be shown in the part";
 constexpr double radian = std::numbers::pi / 180;
 constexpr double sameAngle = 1e-3;          // degrees
 constexpr double samePlace = 1e-2;          // mm
@@ -24,23 +24,8 @@ std::string Degrees(double angle) {
   return text + "°";
 }
 
-[[noreturn]] void RefuseSector(const DataGroup& group, const std::string& why) {
-  throw Error(group.Name(), noSector, why);
-}
-
-/// The index point of a beam from the zero of both scan axes, mm: its place at a cell and the
-/// offset that its sub-channel, or without one its channel, has beside it.
-ScanOffset OffsetOf(const DataGroup& group) {
-  CFSet& set = DataGroupInside::State(group).set;
-  const CRDataTypeDD& record = group.Descriptor();
-  if (const CISubChan* beam =
-          set.fset_GetISubChan(fset_All, record.GetSubChannelID(), record.GetChannelID()))
-    return {double{beam->ischa1_GetInfoRef()->indexOffset} * millimetre,
-            double{beam->ischa1_GetInfoRef()->scanOffset} * millimetre};
-  if (const CIChan* channel = set.fset_GetIChan(fset_All, record.GetChannelID()))
-    return {double{channel->ichan1_GetInfoRef()->indexOffset} * millimetre,
-            double{channel->ichan1_GetInfoRef()->scanOffset} * millimetre};
-  return {};
+[[noreturn]] void RefuseView(const DataGroup& group, const std::string& why) {
+  throw Error(group.Name(), noView, why);
 }
 
 double PlaceOn(const AxisScale& axis, std::uint32_t index) {
@@ -52,37 +37,24 @@ double RadiusOf(const DataGroup& group) {
   const CRDataTypeDD& record = group.Descriptor();
   if (record.inspectionGeometry == gdata_GeometryFlat) return 0;
   if (record.geometryKind == 18 || record.geometryKind == 19)
-    RefuseSector(group, "its probes are on the inner surface of a round part");
+    RefuseView(group, "its probes are on the inner surface of a round part");
   const bool isKnown = group.Stored().inspectionRadius > 0 ||
                        group.Taken().inspectionRadius != record.inspectionRadius;
-  if (!isKnown) RefuseSector(group, "the part is round, and its radius is not known");
+  if (!isKnown) RefuseView(group, "the part is round, and its radius is not known");
   const double radius = double{record.inspectionRadius} * millimetre;
   const double thickness = double{group.Item().idata3_GetPartThickness()} * millimetre;
   if (thickness > radius)
-    RefuseSector(group, "the outside radius of the part is below the thickness of its wall");
+    RefuseView(group, "the outside radius of the part is below the thickness of its wall");
   return radius;
 }
 
 AxisScale PathsOf(const DataGroup& group) {
   const std::optional<AxisScale> paths = group.HalfPaths();
-  if (!paths) RefuseSector(group, "its sound speed is not known, or its samples count no time");
+  if (!paths) RefuseView(group, "its sound speed is not known, or its samples count no time");
   const double last = paths->At(paths->quantity);
   if (paths->quantity == 0 || !(paths->step > 0) || !std::isfinite(last) || last <= 0)
-    RefuseSector(group, "no sample lies behind its index point");
+    RefuseView(group, "no sample lies behind its index point");
   return *paths;
-}
-
-SectorBeam BeamOf(const DataGroup& group) {
-  const CIData& item = group.Item();
-  SectorBeam beam{.group = group, .halfPaths = PathsOf(group)};
-  beam.refractedAngle = double{item.idata3_GetProbeAngle()};
-  beam.skew = double{item.idata3_GetProbeSkew()};
-  if (!(std::abs(beam.refractedAngle) < 90))
-    RefuseSector(group, "its refracted angle is not between -90° and 90°");
-  const double thickness = double{item.idata3_GetPartThickness()} * millimetre;
-  beam.thickness = std::isfinite(thickness) && thickness > 0 ? thickness : 0;
-  beam.outsideRadius = RadiusOf(group);
-  return beam;
 }
 
 /// The plane that skewed beams lie in: its direction on the surface.
@@ -145,9 +117,9 @@ void CheckDirections(const std::vector<SectorBeam>& beams, bool haveAngles) {
     const SectorBeam& beam = beams[index];
     const bool sameDirection = beam.direction - before.direction < sameAngle;
     if (haveAngles && sameDirection && beam.index - before.index > samePlace)
-      RefuseSector(beam.group,
-                   "beams of " + Degrees(beam.refractedAngle) +
-                       " start at several index points, and cross the others");
+      RefuseView(beam.group,
+                 "beams of " + Degrees(beam.refractedAngle) +
+                     " start at several index points, and cross the others");
   }
 }
 
@@ -157,15 +129,47 @@ SectorLine::Point SectorRay::At(double path) const {
   return {across + path * std::sin(angle), down + path * std::cos(angle)};
 }
 
+SectorBeam BeamOf(const DataGroup& group) {
+  const CIData& item = group.Item();
+  SectorBeam beam{.group = group, .halfPaths = PathsOf(group)};
+  beam.refractedAngle = double{item.idata3_GetProbeAngle()};
+  beam.skew = double{item.idata3_GetProbeSkew()};
+  if (!(std::abs(beam.refractedAngle) < 90))
+    RefuseView(group, "its refracted angle is not between -90° and 90°");
+  const double thickness = double{item.idata3_GetPartThickness()} * millimetre;
+  beam.thickness = std::isfinite(thickness) && thickness > 0 ? thickness : 0;
+  beam.outsideRadius = RadiusOf(group);
+  return beam;
+}
+
+ScanOffset IndexOffsetOf(const DataGroup& group) {
+  CFSet& set = DataGroupInside::State(group).set;
+  const CRDataTypeDD& record = group.Descriptor();
+  if (const CISubChan* beam =
+          set.fset_GetISubChan(fset_All, record.GetSubChannelID(), record.GetChannelID()))
+    return {double{beam->ischa1_GetInfoRef()->indexOffset} * millimetre,
+            double{beam->ischa1_GetInfoRef()->scanOffset} * millimetre};
+  if (const CIChan* channel = set.fset_GetIChan(fset_All, record.GetChannelID()))
+    return {double{channel->ichan1_GetInfoRef()->indexOffset} * millimetre,
+            double{channel->ichan1_GetInfoRef()->scanOffset} * millimetre};
+  return {};
+}
+
+std::optional<BeamPoint> PointOf(const SectorBeam& beam, double halfPath) {
+  if (beam.outsideRadius > 0)
+    return CurvedPart(beam.outsideRadius, beam.thickness).PointAt(halfPath, beam.refractedAngle);
+  return FlatPart(beam.thickness).PointAt(halfPath, beam.refractedAngle);
+}
+
 std::vector<DataGroup> BeamGroupsOf(const DataGroup& group) {
   const std::optional<DataGroup> master = group.IsMaster() ? group : group.Master();
-  if (!group.HasAScans()) RefuseSector(group, "it holds no A-scans");
+  if (!group.HasAScans()) RefuseView(group, "it holds no A-scans");
   if (!master)
-    RefuseSector(group, "it is no beam of a channel with several: the file has no sub-channels");
+    RefuseView(group, "it is no beam of a channel with several: the file has no sub-channels");
   std::vector<DataGroup> beams = master->Elements();
   if (beams.size() < 2)
-    RefuseSector(group, "its channel has one beam, and a sector needs two at least");
-  if (group.IsTofd()) RefuseSector(group, "time-of-flight diffraction data have no beams");
+    RefuseView(group, "its channel has one beam, and a sector needs two at least");
+  if (group.IsTofd()) RefuseView(group, "time-of-flight diffraction data have no beams");
   return beams;
 }
 
@@ -181,12 +185,12 @@ SectorBeams PlaceBeams(const std::vector<DataGroup>& groups,
   double aside = 0;
   for (SectorBeam& beam : placed.beams) {
     if (!plane.Holds(beam.skew))
-      RefuseSector(beam.group,
-                   "its beams do not lie in one plane: their skews are " +
-                       Degrees(placed.beams.front().skew) + " and " + Degrees(beam.skew));
+      RefuseView(beam.group,
+                 "its beams do not lie in one plane: their skews are " +
+                     Degrees(placed.beams.front().skew) + " and " + Degrees(beam.skew));
     if (beam.outsideRadius != placed.beams.front().outsideRadius)
-      RefuseSector(beam.group, "its beams see parts of different radius");
-    ScanOffset offset = OffsetOf(beam.group);
+      RefuseView(beam.group, "its beams see parts of different radius");
+    ScanOffset offset = IndexOffsetOf(beam.group);
     const ScanOffset cell = {PlaceOn(beam.group.Columns(), column),
                              PlaceOn(beam.group.Rows(), row)};
     const ScanOffset first = {PlaceOn(groups.front().Columns(), column),
@@ -198,7 +202,7 @@ SectorBeams PlaceBeams(const std::vector<DataGroup>& groups,
     beam.direction = plane.IsForward(beam.skew) ? beam.refractedAngle : -beam.refractedAngle;
     if (&beam == &placed.beams.front()) aside = parts.row;
     if (std::abs(parts.row - aside) > samePlace)
-      RefuseSector(beam.group, "its beams do not lie in one plane: their index points are aside");
+      RefuseView(beam.group, "its beams do not lie in one plane: their index points are aside");
   }
   const auto key = [](const SectorBeam& beam) {
     const SectorRay ray = RayOf(beam);
@@ -239,9 +243,9 @@ std::vector<SectorWedge> WedgesOf(const std::vector<SectorBeam>& beams,
   const double turn = UsualStep(turns);
   const double step = turn > 0 ? 0 : UsualStep(steps);
   if (turn == 0 && step == 0)
-    RefuseSector(beams.front().group,
-                 "all of its beams have the refracted angle " +
-                     Degrees(beams.front().refractedAngle) + " and the same index point");
+    RefuseView(beams.front().group,
+               "all of its beams have the refracted angle " +
+                   Degrees(beams.front().refractedAngle) + " and the same index point");
   CheckDirections(beams, turn > 0);
   if (covered > 0)
     remarks.push_back(std::to_string(covered) + (covered == 1 ? " beam has" : " beams have") +

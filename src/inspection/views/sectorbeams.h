@@ -1,6 +1,7 @@
 // The beams of a sector scan, and the rays along which they run in the view.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,17 @@ struct SectorBeams {
   std::vector<SectorBeam> beams;  ///< by angle and index point of their rays
   SectorAcross acrossOf = SectorAcross::Columns;
 };
+
+/// A beam as its own record has it, without its place. Throws when something is missing that places
+/// its samples.
+[[nodiscard]] SectorBeam BeamOf(const DataGroup& group);
+
+/// Its index point beside the place of a cell, along the scan axes, mm.
+[[nodiscard]] ScanOffset IndexOffsetOf(const DataGroup& group);
+
+/// Where a half path of it leads. None before the index point, and behind the first leg of a round
+/// part.
+[[nodiscard]] std::optional<BeamPoint> PointOf(const SectorBeam& beam, double halfPath);
 
 /// The elements of a group's master that hold A-scans. Throws when there are fewer than two.
 [[nodiscard]] std::vector<DataGroup> BeamGroupsOf(const DataGroup& group);
@@ -51,7 +63,7 @@ struct SectorWedge {
                                                 std::vector<std::string>& remarks);
 
 /// Walls and weld over a view, within its axes.
-[[nodiscard]] std::vector<SectorLine> LinesOver(const SectorView& view,
+[[nodiscard]] std::vector<SectorLine> LinesOver(const SectorLayout& view,
                                                 std::vector<std::string>& remarks);
 
 }  // namespace utdata

@@ -14,7 +14,7 @@ namespace {
 using Line = std::vector<SectorLine::Point>;
 
 /// The thickness that all beams agree on, mm; 0 where they do not, or it is not known.
-double CommonThickness(const SectorView& view, std::vector<std::string>& remarks) {
+double CommonThickness(const SectorLayout& view, std::vector<std::string>& remarks) {
   const auto [thinnest, thickest] = std::minmax_element(
       view.beams.begin(), view.beams.end(), [](const SectorBeam& a, const SectorBeam& b) {
         return a.thickness < b.thickness;
@@ -27,7 +27,7 @@ double CommonThickness(const SectorView& view, std::vector<std::string>& remarks
 }
 
 /// A wall of a round part, as far as the view reaches.
-Line Arc(double radius, double outsideRadius, const SectorView& view) {
+Line Arc(double radius, double outsideRadius, const SectorLayout& view) {
   constexpr int points = 181;
   const double left = view.across.At(-0.5), right = view.across.At(view.across.quantity - 0.5);
   const double turn = std::asin(std::min(1.0, std::max(-left, right) / radius));
@@ -131,7 +131,7 @@ std::vector<Line> WeldOutline(const CGWeldTypeDescr& weld, double thickness) {
   return outline;
 }
 
-std::vector<SectorLine> LinesOver(const SectorView& view, std::vector<std::string>& remarks) {
+std::vector<SectorLine> LinesOver(const SectorLayout& view, std::vector<std::string>& remarks) {
   std::vector<SectorLine> lines;
   const double thickness = CommonThickness(view, remarks);
   const double radius = view.beams.front().outsideRadius;

@@ -1,6 +1,7 @@
 // Rescuing damaged files: what is whole comes back, what is not is listed, and nothing is wrong.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <string>
@@ -158,6 +159,20 @@ TEST(Rescue, WhatIsLostOfCutAndTornFilesIsListed) {
           << round << ": " << values[index];
   }
   EXPECT_GT(rescued, 500U);
+}
+
+TEST(Rescue, WithoutACommitRecordADamagedLastGroupIsListedToo) {
+  FaultyFileSystem disk;
+  const FileSystemInPlace inPlace(disk);
+  auto bytes = MakeThreeGroups(disk);
+  for (const std::uint64_t slot : slotOffsets)
+    std::memset(bytes.data() + slot, 0x55, static_cast<std::size_t>(slotSize));
+  std::memset(bytes.data() + bytes.size() - 20, 0xA5, 20);
+  const RescueOutcome outcome = RescueOf(disk, bytes);
+  EXPECT_EQ(outcome.status, status_Ok);
+  const auto names = [](const std::string& line) { return line.starts_with("top group 2 "); };
+  EXPECT_EQ(std::ranges::count_if(outcome.findings.lost, names), 1)
+      << testing::PrintToString(outcome.findings.lost);
 }
 
 TEST(Rescue, BlocksOfOtherGroupsHoldZerosWhereTheyAreDamaged) {

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <thread>
 
 #include "src/acquisition/narrow.h"
 #include "tests/src/acquisition/acquisition_reader.h"
@@ -67,22 +66,6 @@ TEST(AcquisitionFile, IsAHeaderOfZerosWhenNothingIsSaved) {
   EXPECT_EQ(writer.GetMapViewOfFile(), nullptr);
   const auto bytes = AcquisitionReader(path).Bytes(0, 4096);
   EXPECT_TRUE(bytes.size() == 2048 && AreZeros(bytes));
-}
-
-TEST(AcquisitionFile, HoldsASparsePatchAsDrawn) {
-  const FileFolder folder;
-  const std::wstring path = folder / L"f";
-  const HasAscan corners = [](auto column, auto row) {
-    return (column == 0 && row == 0) || (column == 2 && row == 1);
-  };
-  GDataManager writer(path);
-  ASSERT_EQ(writer.FileCreate(Aurelis::MemoryData()), 0u);
-  EXPECT_EQ(writer.SavePatchBuffer(MakeAscans(MakePatch(0, 0, 3, 2), 1, 10, corners)), 2048u);
-  EXPECT_EQ(writer.GetWrittenSize(), 2048u + 24 + 24);
-  EXPECT_EQ(writer.FileClose(), 0u);
-  AcquisitionReader file(path);
-  EXPECT_EQ(file.Table(2048, 6), (std::vector<std::uint32_t>{2072, 0, 0, 0, 0, 2084}));
-  EXPECT_EQ(ExpectAscans(file, 2048, 3, 2, 1, 10, corners), file.Size());
 }
 
 TEST(AcquisitionFile, HoldsEveryShapeOfPatch) {
@@ -194,30 +177,6 @@ TEST(AcquisitionFile, HasItsBlocksAtOnceAndIsClosedByTheNext) {
   ASSERT_EQ(second.FileCreate(Aurelis::MemoryData()), 0u);
   EXPECT_EQ(second.FileClose(), 0u);
   EXPECT_EQ(second.FileClose(), 0u) << "closing twice is nothing";
-}
-
-TEST(AcquisitionFile, IsWrittenBySeveralWritersAtOnce) {
-  const FileFolder folder;
-  const HasAscan all = [](auto, auto) { return true; };
-  std::vector<std::thread> threads;
-  for (int number = 1; number <= 4; ++number)
-    threads.emplace_back([&folder, number] {
-      const Aurelis::Patch patch = MakePatch(-number, number, number, 5);
-      const auto ascans = MakeAscans(patch, 1 + number % 2, 100 * number);
-      GDataManager writer(folder / std::to_wstring(number));
-      ASSERT_EQ(writer.FileCreate(Aurelis::MemoryData()), 0u);
-      for (int block = 0; block < 20; ++block)
-        ASSERT_NE(writer.SavePatchBuffer(ascans), GDataManager::ascan_Refused);
-      ASSERT_EQ(writer.FileClose(), 0u);
-    });
-  for (std::thread& thread : threads) thread.join();
-  for (std::uint32_t number = 1; number <= 4; ++number) {
-    AcquisitionReader file(folder / std::to_wstring(number));
-    std::uint64_t end = 2048;
-    for (int block = 0; block < 20; ++block)
-      end = ExpectAscans(file, end, number, 5, 1 + static_cast<int>(number) % 2, 100 * number, all);
-    EXPECT_EQ(file.Size(), end);
-  }
 }
 
 TEST(Narrow, KeepsTheLowBitsOnEveryPath) {

@@ -177,6 +177,7 @@ TEST(Write, ANewDataGroupLeavesACopyUnderFlagZero) {
     const CGDataTypeFDD& copy = *base->data.GetTail();
     EXPECT_TRUE(copy == *added);
     EXPECT_EQ(copy.dataPointer, nullptr) << "the samples in memory are the host's";
+    EXPECT_EQ(copy.dataSize, 0u);
     EXPECT_EQ(SamplesOf(copy).size(),
               SamplesOf(*base->data.GetHead()).size() ? copy.samples.size / 2 : 0);
 

@@ -105,25 +105,6 @@ TEST_F(DataThreads, ViewersReadWhileALoaderAddsAndRemovesAndAnEditorEdits) {
   EXPECT_EQ(0U, reports.Assertions());
 }
 
-TEST_F(DataThreads, ViewersWaitForTheTablesThatALoaderAttaches) {
-  std::vector<std::vector<char>> tables(staying.size(), std::vector<char>(5000, 1));
-  std::atomic<int> wrong{0};
-  std::vector<std::thread> viewers;
-  for (std::size_t index = 0; index < staying.size(); ++index)
-    viewers.emplace_back([&, index] {
-      const void* const table = staying[index]->idata3_GetDataTablePtr();
-      wrong += table != tables[index].data() || static_cast<const char*>(table)[4999] != 2;
-    });
-  std::uint32_t round = 0;
-  for (std::size_t index = 0; index < staying.size(); ++index, ++round) {
-    Load(round);
-    tables[index][4999] = 2;
-    staying[index]->idata1_GetInfoRef()->SetDiskTable(tables[index].data(), true);
-  }
-  for (std::thread& viewer : viewers) viewer.join();
-  EXPECT_EQ(0, wrong);
-}
-
 /// Each of these takes the locks of a master and of its elements.
 TEST_F(DataThreads, MastersAreLockedBeforeTheirElements) {
   const ReportCapture reports;

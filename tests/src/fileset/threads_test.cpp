@@ -347,22 +347,4 @@ TEST(FileSetThreads, IdsThatChangeTogetherAreNeverSeenApart) {
     }
 }
 
-TEST(FileSetThreads, TheThreadOfAChangeIsGrantedBothSidesAgain) {
-  Inspection inspection;
-  CFSet& set = inspection.set;
-  bool called = false;
-  InsideTheWriterSide(set, [&] {
-    called = true;
-    EXPECT_EQ(0, QueryAll(set));
-    auto added = WithId(&CGChanTypeDescr::channelId, 1),
-         edited = WithId(&CGChanTypeDescr::channelId, 2);
-    CIChan* channel = set.fset_AddGChan(&added, 0);
-    channel->ichan1_SetInfoCopy(&edited);
-    EXPECT_EQ(channel, set.fset_GetIChan(fset_Modified, 2));
-    EXPECT_EQ(0U, set.fset_RemoveGChan(fset_All, 2));
-    EXPECT_EQ(0, set.fset_IsModified());
-  });
-  EXPECT_TRUE(called);
-}
-
 }  // namespace

@@ -191,6 +191,12 @@ TEST(InspectionSamples, BothEndsOfAWaveAreFullScaleEverywhere) {
     EXPECT_TRUE(std::isnan(position.percent));
   }
   EXPECT_THROW(Gate(inspection, {0, 1, 1e-6, 0.4e-6, {}}), Error) << "it has C-scans already";
+  inspection.Gate(0, 1).SetStart(1.1e-6);
+  const std::vector<PlacedGate> gates = group.Gates();
+  ASSERT_EQ(gates.size(), 1U);
+  EXPECT_TRUE(gates[0].isPlaced);
+  EXPECT_NEAR(gates[0].from, 5, 1e-3);
+  EXPECT_NEAR(gates[0].to, 25, 1e-3);
 }
 
 TEST(InspectionTables, InMemoryAndMappedTablesHoldTheSame) {
@@ -225,12 +231,16 @@ TEST(InspectionSaving, ChangesComeBackWhicheverWayTheyWereSaved) {
     inspection.Gate(0, 1).SetStart(1.2e-6);
     EXPECT_EQ(inspection.SaveCompanion(), path.substr(0, path.size() - 4) + ".A01");
     inspection.Gate(0, 1).SetWidth(0.4e-6);
-    Gate(inspection, {0, 2, 1.1e-6, 0.2e-6, {}});
+    const GateResult gated = Gate(inspection, {0, 2, 1.1e-6, 0.2e-6, {}});
     CGGateTypeDescr third;
     third.gateId = 3;
     inspection.FileSet().fset_AddGGate(&third, 1);
     inspection.SaveAppended();
     EXPECT_THROW(inspection.SaveAppended(), Error) << "nothing is left to save";
+    const GatedData& seen = gated.data[0];
+    EXPECT_EQ(seen.positions.Stored().dataClass, gdata_CScanPosition);
+    for (const DataGroup& group : {seen.amplitudes, seen.positions})
+      EXPECT_NE(group.Stored().samples.offset, gdata_typeSampleRef::none) << "it is in a file now";
     inspection.Gate(0, 2).SetLevel(33);
     inspection.SaveAs(copy);
     EXPECT_TRUE(inspection.IsModified()) << "a copy elsewhere is no save of this file";

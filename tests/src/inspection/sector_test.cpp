@@ -172,6 +172,25 @@ TEST_F(SectorTest, LosesNoEchoAndShowsNothingFartherThanHalfABeam) {
   EXPECT_GT(seen, view.pixels.size() / 4);
   EXPECT_EQ(view.pixels[PixelAt(view, 30 * std::sin(0.349066), 30 * std::cos(0.349066))].beam,
             SectorView::Source::nothing);
+  // The map shows the same at any scan position.
+  const SectorMap map =
+      MakeSectorMap(inspection.Masters().front(), {.widest = 200, .highest = 200});
+  ASSERT_EQ(map.across.quantity, view.across.quantity);
+  std::vector<double> strongest(view.pixels.size(), -1);
+  std::uint32_t last = 0;
+  for (const SectorMap::Stretch& stretch : map.stretches) {
+    ASSERT_GE(stretch.pixel, last);
+    last = stretch.pixel;
+    for (std::uint32_t sample = stretch.first; sample <= stretch.last; ++sample) {
+      const bool isEcho = std::ranges::count(beams[stretch.beam].echoes, sample) != 0;
+      strongest[last] = std::max(strongest[last], isEcho ? 100.0 : 1.0);
+    }
+  }
+  for (std::size_t pixel = 0; pixel < strongest.size(); ++pixel)
+    if (strongest[pixel] < 0)
+      EXPECT_TRUE(std::isnan(view.percents[pixel])) << pixel;
+    else
+      EXPECT_NEAR(view.percents[pixel], strongest[pixel], 1e-4) << pixel;
   for (std::size_t beam = 0; beam < beams.size(); ++beam)
     for (const std::uint32_t echo : beams[beam].echoes) {
       const auto place = view.EchoOf(beam, echo);

@@ -218,19 +218,4 @@ TEST(DataItemUnits, SamplesOfAnAngleCScanAreAngles) {
   ExpectClose(Base(*item, kvt_AxisSample, unit_Point, unit_DataPoint, 90), 90);
 }
 
-// The samples of an amplitude C-scan are those of its position C-scan: they stand at the positions
-// that the latter's values name.
-TEST(DataItemUnits, FollowThePartnerThatCameLater) {
-  DataHost host;
-  CGDataTypeFDD amplitude = SoundRecord({.gateId = 3, .dataClass = gdata_CScanAmplitude});
-  CGDataTypeFDD position = SoundRecord({.gateId = 3, .dataClass = gdata_CScanPosition});
-  position.dataResolution = 4e-8f;
-  position.dataOffset = 1e-6f;
-  const CIData* const item = host.set.fset_AddGData(&amplitude, nullptr, &host.volumes, 0);
-  ASSERT_NE(item, nullptr);
-  ASSERT_NE(host.set.fset_AddGData(&position, nullptr, &host.volumes, 0), nullptr);
-  ExpectClose(Base(*item, kvt_AxisSample, unit_Point, unit_DataPoint, 25), 2e-6 * 5900 / 2);
-  ExpectClose(item->idata1_GetInfoRef()->GetSampleStop(), (1e-6 + 255 * 4e-8) * 5900 / 2);
-}
-
 }  // namespace

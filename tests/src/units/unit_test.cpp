@@ -129,10 +129,6 @@ TEST(Unit, ZeroSlopeIsReportedAndGivesZeroWhereItIsGuarded) {
   EXPECT_EQ(reports.Assertions(), before + 4);
 }
 
-TEST(Unit, HasTheRuntimeClassOfItsRoot) {
-  EXPECT_EQ(Base().GetRuntimeClass(), RUNTIME_CLASS(CObject));
-}
-
 TEST(Unit, EachBrokenInvariantIsReported) {
   ReportCapture reports;
   const auto after = [&reports](const auto& act) {

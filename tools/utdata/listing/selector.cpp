@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <vector>
 
 #include "listing/data_rows.h"
@@ -92,15 +91,19 @@ DataGroup SelectGroup(const Inspection& inspection, const std::string& selector)
       })];
 }
 
-DataGroup SelectBeams(const Inspection& inspection, const std::string& selector) {
-  std::optional<DataGroup> master;
+std::vector<DataGroup> SelectChannels(const Inspection& inspection, const std::string& selector) {
+  std::vector<DataGroup> channels;
   for (const std::size_t index : Matches(RowsOf(inspection), selector)) {
-    const std::optional<DataGroup> found = inspection.Data()[index].Master();
-    if (!found || (master && &master->Item() != &found->Item()))
-      return SelectGroup(inspection, selector);
-    master = found;
+    const DataGroup& group = inspection.Data()[index];
+    if (!group.HasAScans()) continue;
+    const DataGroup channel = group.Master().value_or(group);
+    const bool isThere = std::any_of(channels.begin(), channels.end(), [&](const DataGroup& other) {
+      return &other.Item() == &channel.Item();
+    });
+    if (!isThere) channels.push_back(channel);
   }
-  return master ? *master : SelectGroup(inspection, selector);
+  if (channels.empty()) channels.push_back(SelectGroup(inspection, selector));
+  return channels;
 }
 
 }  // namespace utdata::program

@@ -26,8 +26,9 @@ namespace utdata::program {
 /// The data group of a row of `info`, by its index or by fields of its JSON.
 [[nodiscard]] DataGroup SelectGroup(const Inspection& inspection, const std::string& selector);
 
-/// The same of a channel with several beams, whose data groups need not be told apart: where all
-/// that match are elements of one master, this master.
-[[nodiscard]] DataGroup SelectBeams(const Inspection& inspection, const std::string& selector);
+/// The A-scans of all data groups that a selector names; elements of a master stand for it, so that
+/// the beams of a channel need not be told apart. Throws as SelectGroup does when there are none.
+[[nodiscard]] std::vector<DataGroup> SelectChannels(const Inspection& inspection,
+                                                    const std::string& selector);
 
 }  // namespace utdata::program

@@ -25,6 +25,10 @@ class Layout {
         m_values(font, Side::Right, plot.scale.high, plot.scale.low),
         m_marks(font, Side::Left, plot.scale.high, plot.scale.low) {
     if (plot.downAgain) m_downAgain.emplace(font, Side::Right, *plot.downAgain, m_image.height);
+    if (!plot.downMarks.empty()) {
+      m_downAgain.emplace(font, Side::Right, plot.down.From(), plot.down.To());
+      m_downAgain->Mark(plot.downMarks, m_image.height);
+    }
     m_values.Mark(m_barHeight);
     m_marks.Mark(plot.scale.marks, m_barHeight);
     Place();
@@ -67,7 +71,7 @@ class Layout {
                   m_font,
                   m_image.Right() + m_downAgain->Depth() + gap + axisSize - 2,
                   m_image,
-                  m_plot.downAgain->Caption());
+                  m_plot.downMarks.empty() ? m_plot.downAgain->Caption() : m_plot.downMarksTitle);
   }
 
   void DrawImage(Canvas& canvas) const {

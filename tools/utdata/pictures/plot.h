@@ -46,6 +46,9 @@ struct ImagePlot {
   PlotAxis across;                    ///< left to right
   PlotAxis down;                      ///< top to bottom
   std::optional<PlotAxis> downAgain;  ///< the same cells in another unit, at the right side
+  std::vector<Tick> downMarks;        ///< instead of these: places on `down`, their text in a unit
+                                      ///< that does not rise evenly with it
+  std::string downMarksTitle;         ///< "Depth (mm)"
   bool sameScale = false;             ///< a length is as long across as down
   std::vector<std::uint8_t> codes;    ///< down.quantity rows of across.quantity codes
   std::vector<std::uint8_t> striped;  ///< 1 for cells that are drawn striped, else 0; may be empty

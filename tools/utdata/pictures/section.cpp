@@ -1,8 +1,12 @@
 #include "pictures/section.h"
 
+#include <cmath>
+
 #include "terminal/progress.h"
 
 #include "pictures/amplitude_scale.h"
+#include "pictures/part_plot.h"
+#include "utdata/views.h"
 
 namespace utdata::program {
 namespace {
@@ -33,6 +37,33 @@ void SetTexts(Section& section, const DataGroup& group, const SectionOptions& op
       "Strongest echo " + AmplitudeText(group, section.percent) + " at " +
       (alongRow ? ColumnPlace(group, section.column) : RowPlace(group, section.row)) + ", " +
       SamplePlace(group, section.sample) + GainText(section.gain)};
+}
+
+/// A line across the whole picture at a sample.
+PlotLine LineAt(const ImagePlot& plot, double sample, const char* label) {
+  const double down = plot.down.At(sample);
+  return {{{plot.across.From(), down}, {plot.across.To(), down}}, wallColor, true, label};
+}
+
+/// Depths of diffracting tips beside the picture, and over it the waves between which they lie.
+void SetTofdDepths(Section& section, const DataGroup& group) {
+  if (!group.IsTofd()) return;
+  ImagePlot& plot = section.plot;
+  const std::optional<TofdScale> scale = TofdScaleOf(group);
+  if (!scale) {
+    plot.notes.emplace_back("No depths: probe separation or sound speed is not known");
+    return;
+  }
+  const double deepest = scale->depths.empty() ? 0 : scale->depths.back();
+  for (const Tick& tick : RoundTicks(0, deepest, 20).major)
+    if (const auto sample = scale->SampleAt(tick.value))
+      plot.downMarks.push_back({plot.down.At(*sample), tick.label});
+  plot.downMarksTitle = "Depth of a diffracting tip (mm)";
+  if (scale->lateralWave >= 0 && scale->lateralWave < group.SampleQuantity())
+    plot.lines.push_back(LineAt(plot, scale->lateralWave, "lateral wave"));
+  if (scale->backWall) plot.lines.push_back(LineAt(plot, *scale->backWall, "back wall"));
+  const double depth = scale->depths[section.sample];
+  if (!std::isnan(depth)) plot.notes.back() += ", " + LengthText(depth) + " deep";
 }
 
 void MarkDamage(Section& section, const Samples& samples, const CellRange& shown) {
@@ -76,6 +107,7 @@ Section MakeSection(const DataGroup& group, const SectionOptions& options) {
   plot.codes = Upright(samples.Codes(shown, section.gain), group.SampleQuantity(), meaning);
   plot.marked = ImagePlot::Cell{alongRow ? section.column : section.row, section.sample};
   SetTexts(section, group, options);
+  SetTofdDepths(section, group);
   MarkDamage(section, samples, shown);
   return section;
 }

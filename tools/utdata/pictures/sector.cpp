@@ -1,35 +1,16 @@
 #include "pictures/sector.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <string>
 
 #include "pictures/amplitude_scale.h"
 #include "pictures/captions.h"
+#include "pictures/part_plot.h"
 #include "terminal/progress.h"
 
 namespace utdata::program {
 namespace {
-
-constexpr Color wallColor = {0, 150, 200};
-constexpr Color weldColor = {40, 175, 90};
-
-/// A length to a hundredth of a millimetre, as fine as samples lie.
-std::string Length(double millimetres) {
-  std::array<char, 40> text{};
-  const double rounded = std::round(millimetres * 100) / 100;
-  std::snprintf(text.data(), text.size(), "%.2f mm", rounded == 0 ? 0.0 : rounded);
-  return text.data();
-}
-
-std::string AngleText(double degrees) {
-  std::array<char, 40> text{};
-  const double rounded = std::round(degrees * 10) / 10;
-  std::snprintf(text.data(), text.size(), "%.4g°", rounded == 0 ? 0.0 : rounded);
-  return text.data();
-}
 
 const char* AcrossTitle(SectorAcross across) {
   switch (across) {
@@ -53,22 +34,16 @@ bool HasLegs(const SectorView& view) {
 void SetImage(Sector& sector) {
   const SectorView& view = sector.view;
   ImagePlot& plot = sector.plot;
-  const auto axis = [](const AxisScale& scale, const char* title) {
-    return PlotAxis{title, scale.symbol, scale.first, scale.step, scale.quantity};
-  };
-  plot.across = axis(view.across, AcrossTitle(view.acrossOf));
-  plot.down = axis(view.down, HasLegs(view) ? "Depth, unfolded" : "Depth");
+  plot.across = PartAxis(view.across, AcrossTitle(view.acrossOf));
+  plot.down = PartAxis(view.down, HasLegs(view) ? "Depth, unfolded" : "Depth");
   plot.sameScale = true;
   const bool hasDamage = std::any_of(
       view.beams.begin(), view.beams.end(), [](const SectorBeam& beam) { return beam.isDamaged; });
-  for (std::size_t pixel = 0; pixel < view.pixels.size(); ++pixel) {
-    const bool isSeen = view.pixels[pixel].beam != SectorView::Source::nothing;
-    const double percent = isSeen ? std::abs(double{view.percents[pixel]}) : 0;
-    const double place = percent * sector.gain / 100 * 255;
-    plot.codes.push_back(static_cast<std::uint8_t>(std::lround(std::min(place, 255.0))));
-    plot.unseen.push_back(isSeen ? 0 : 1);
-    if (hasDamage)
-      plot.striped.push_back(isSeen && view.beams[view.pixels[pixel].beam].isDamaged ? 1 : 0);
+  SetPercents(plot, view.percents, sector.gain);
+  if (!hasDamage) return;
+  for (const SectorView::Source& source : view.pixels) {
+    const bool isSeen = source.beam != SectorView::Source::nothing;
+    plot.striped.push_back(isSeen && view.beams[source.beam].isDamaged ? 1 : 0);
   }
 }
 
@@ -92,9 +67,9 @@ std::string StrongestText(const Sector& sector) {
   const SectorEcho& echo = *view.strongest;
   const SectorBeam& beam = view.beams[echo.beam];
   return "Strongest echo " + AmplitudeText(beam.group, echo.percent) + " at " +
-         AngleText(beam.refractedAngle) + ", " + Length(echo.halfPath) +
-         " half path: " + Length(echo.point.depth) + " deep, " + Length(echo.point.distance) +
-         " from the index point" +
+         AngleText(beam.refractedAngle) + ", " + LengthText(echo.halfPath) +
+         " half path: " + LengthText(echo.point.depth) + " deep, " +
+         LengthText(echo.point.distance) + " from the index point" +
          (beam.thickness > 0 ? ", leg " + std::to_string(echo.point.leg) : "") +
          GainText(sector.gain);
 }
@@ -107,8 +82,9 @@ void SetSectorTexts(Sector& sector, const DataGroup& group, const SectorPlotOpti
                       AngleText(view.beams.back().refractedAngle);
   if (cells.RowQuantity() > 1) title += " at " + RowText(cells, view.row);
   if (cells.ColumnQuantity() > 1) title += ", " + ColumnText(cells, view.column);
-  if (cells.AllCells().count > 1 && !(options.row && options.column))
-    title += ", the strongest cell";
+  const bool isFound =
+      (cells.RowQuantity() > 1 && !options.row) || (cells.ColumnQuantity() > 1 && !options.column);
+  if (isFound) title += ", that of the strongest cell";
   sector.plot.title = std::move(title);
   sector.plot.notes = {StrongestText(sector)};
   for (const std::string& remark : view.remarks) sector.plot.notes.push_back(remark);

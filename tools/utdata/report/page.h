@@ -10,6 +10,7 @@ namespace utdata::program {
 [[nodiscard]] std::string_view PlotsText();  ///< JavaScript: colours, axes, images and curves
 [[nodiscard]] std::string_view
 ViewsText();  ///< JavaScript: the views with their units and read-outs
+[[nodiscard]] std::string_view SectorText();  ///< JavaScript: the sector scan over the views
 [[nodiscard]] std::string_view
 CursorText();  ///< JavaScript: how the cursor moves, the choices, and the tables
 

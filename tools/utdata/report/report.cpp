@@ -8,6 +8,7 @@
 #include "listing/damage.h"
 #include "listing/history.h"
 #include "report/page.h"
+#include "report/sectors.h"
 #include "report/tables.h"
 #include "report/views.h"
 #include "terminal/text.h"
@@ -58,6 +59,7 @@ void Replace(std::string& page, std::string_view mark, std::string_view text) {
 
 Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
   ReportViews views = MakeViews(inspection, options.sampleLimit, options.quiet);
+  Json sectors = MakeSectors(inspection, views, options.quiet);
   for (std::string& line : DamageLines(inspection)) views.missing.push_back(std::move(line));
   Json files = Json::array();
   for (const std::string& file : inspection.Files()) files.push_back(FileName(file));
@@ -69,6 +71,7 @@ Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
       {"decibels", DecibelsJson(inspection)},
       {"millimetresPerInch", FindArrayUnit("mm")->perBase / FindArrayUnit("in")->perBase},
       {"views", views.views},
+      {"sectors", std::move(sectors)},
       {"missing", views.missing},
       {"defects", DefectsJson(inspection)},
       {"history", HistoryJson(inspection)}};
@@ -80,6 +83,7 @@ Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
   Replace(report.html, "/*STYLE*/", StyleText());
   Replace(report.html, "/*PLOTS*/", PlotsText());
   Replace(report.html, "/*VIEWS*/", ViewsText());
+  Replace(report.html, "/*SECTOR*/", SectorText());
   Replace(report.html, "/*CURSOR*/", CursorText());
   Replace(report.html, "<!--FACTS-->", JsonText(facts));
   Replace(report.html, "<!--VALUES-->", values);

@@ -96,6 +96,7 @@ class ViewMaker {
   static Json Frame(const DataGroup& group) {
     return {{"label", group.Caption()},
             {"kind", group.ClassName()},
+            {"group", group.Index()},
             {"channel", group.Stored().channelId},
             {"columns", AxisJson(group.Columns(), "column")},
             {"rows", AxisJson(group.Rows(), "row")},

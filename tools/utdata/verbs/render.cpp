@@ -9,6 +9,7 @@
 #include "listing/selector.h"
 #include "pictures/ascan.h"
 #include "pictures/cscan.h"
+#include "pictures/projection.h"
 #include "pictures/section.h"
 #include "pictures/sector.h"
 #include "terminal/failure.h"
@@ -27,7 +28,9 @@ constexpr const char* renderExample =
 one data group, as in class=1,channel=0. Without --gain, the soft gain is the largest with
 which the strongest echo of the picture stays within the scale. A sector scan (--view s) shows
 all beams of a channel at one cell; SELECTOR may name any of them, or the channel. Behind the
-first leg it is unfolded: the part is mirrored at its back wall and its surface.
+first leg it is unfolded: the part is mirrored at its back wall and its surface. Top, side and end
+views show the A-scans of all groups that SELECTOR matches, without TOFD, where they lie in the
+part: the weld runs along the rows.
 
 Example:
   utdata demo --force && utdata render utdata-demo/weld.fpd --data 0 --view b -o bscan.png
@@ -65,12 +68,15 @@ struct Rendering {
   nlohmann::ordered_json facts;
 };
 
+using Groups = std::vector<DataGroup>;
+
 nlohmann::ordered_json AxisFacts(const PlotAxis& axis) {
   return {
       {"unit", axis.unit}, {"first", axis.first}, {"step", axis.step}, {"quantity", axis.quantity}};
 }
 
-Rendering RenderAScan(const DataGroup& group, const RenderOptions& options) {
+Rendering RenderAScan(const Groups& groups, const RenderOptions& options) {
+  const DataGroup& group = groups.front();
   const AScan scan = MakeAScan(
       group, {options.row, options.column, options.gain, options.Samples(), options.quiet});
   nlohmann::ordered_json gates = nlohmann::ordered_json::array();
@@ -106,18 +112,21 @@ Rendering RenderSection(const DataGroup& group, const RenderOptions& options, Cu
   facts["damaged_cells"] = section.damagedCells;
   facts["across"] = AxisFacts(section.plot.across);
   facts["down"] = AxisFacts(section.plot.down);
+  for (const PlotLine& line : section.plot.lines)
+    facts["lines"].push_back({{"name", line.label}, {"down", line.points.front().down}});
   return {Draw(section.plot, Font()), section.plot.title, section.plot.notes, std::move(facts)};
 }
 
-Rendering RenderBScan(const DataGroup& group, const RenderOptions& options) {
-  return RenderSection(group, options, Cut::AlongRow);
+Rendering RenderBScan(const Groups& groups, const RenderOptions& options) {
+  return RenderSection(groups.front(), options, Cut::AlongRow);
 }
 
-Rendering RenderDScan(const DataGroup& group, const RenderOptions& options) {
-  return RenderSection(group, options, Cut::AlongColumn);
+Rendering RenderDScan(const Groups& groups, const RenderOptions& options) {
+  return RenderSection(groups.front(), options, Cut::AlongColumn);
 }
 
-Rendering RenderCScan(const DataGroup& group, const RenderOptions& options) {
+Rendering RenderCScan(const Groups& groups, const RenderOptions& options) {
+  const DataGroup& group = groups.front();
   const CScan scan = MakeCScan(group, {options.gain, options.quiet});
   const ColorScale& scale = scan.plot.scale;
   const bool hasPositions = group.HoldsPositions();
@@ -134,7 +143,8 @@ Rendering RenderCScan(const DataGroup& group, const RenderOptions& options) {
   return {Draw(scan.plot, Font()), scan.plot.title, scan.plot.notes, std::move(facts)};
 }
 
-Rendering RenderSector(const DataGroup& group, const RenderOptions& options) {
+Rendering RenderSector(const Groups& groups, const RenderOptions& options) {
+  const DataGroup& group = groups.front();
   const Sector sector = MakeSectorPlot(
       group, {options.row, options.column, options.from, options.to, options.gain, options.quiet});
   const SectorView& view = sector.view;
@@ -162,11 +172,53 @@ Rendering RenderSector(const DataGroup& group, const RenderOptions& options) {
   return {Draw(sector.plot, Font()), sector.plot.title, sector.plot.notes, std::move(facts)};
 }
 
+Rendering RenderProjection(const Groups& groups, const RenderOptions& options, PartView wanted) {
+  const Projection shown =
+      MakeProjectionPlot(groups, wanted, {options.from, options.to, options.gain, options.quiet});
+  nlohmann::ordered_json facts = {{"beams", shown.view.beams.size()}};
+  if (shown.strongest) {
+    const ProjectedEcho& echo = *shown.strongest;
+    facts["strongest"] = {{"data", shown.view.beams[echo.beam].Index()},
+                          {"row", echo.row},
+                          {"column", echo.column},
+                          {"sample", echo.sample},
+                          {"percent", echo.percent},
+                          {"half_path", echo.halfPath},
+                          {"depth", echo.point.depth},
+                          {"leg", echo.point.leg},
+                          {"column_position", echo.place.column},
+                          {"row_position", echo.place.row}};
+  }
+  facts["gain"] = shown.gain;
+  facts["across"] = AxisFacts(shown.plot.across);
+  facts["down"] = AxisFacts(shown.plot.down);
+  facts["remarks"] = shown.view.remarks;
+  return {Draw(shown.plot, Font()), shown.plot.title, shown.plot.notes, std::move(facts)};
+}
+
+Rendering RenderTop(const Groups& groups, const RenderOptions& options) {
+  return RenderProjection(groups, options, PartView::Top);
+}
+Rendering RenderSide(const Groups& groups, const RenderOptions& options) {
+  return RenderProjection(groups, options, PartView::Side);
+}
+Rendering RenderEnd(const Groups& groups, const RenderOptions& options) {
+  return RenderProjection(groups, options, PartView::End);
+}
+
 bool HasAScans(const DataGroup& group) { return group.HasAScans(); }
 bool HasCScan(const DataGroup& group) {
   return group.HasAScans() || group.Class() == gdata_CScanAmplitude ||
          group.Class() == gdata_CScanPosition;
 }
+
+enum ViewTraits : unsigned {
+  takesRow = 1,
+  takesColumn = 2,
+  hasSampleAxis = 4,
+  showsBeams = 8,      ///< all of a channel, in the part
+  showsChannels = 16,  ///< as many as the selector names
+};
 
 /// A view of the command line, the data classes and options that it has, and what draws it.
 struct View {
@@ -174,28 +226,23 @@ struct View {
   const char* spoken;
   bool (*suits)(const DataGroup&);
   const char* needs;
-  bool takesRow;
-  bool takesColumn;
-  bool hasSampleAxis;
-  bool showsBeams;  ///< all of a channel, in the part
-  Rendering (*render)(const DataGroup&, const RenderOptions&);
+  unsigned traits;
+  Rendering (*render)(const Groups&, const RenderOptions&);
+
+  [[nodiscard]] bool Has(ViewTraits trait) const { return (traits & trait) != 0; }
 };
 
 constexpr const char* ascans = "A-scans";
+constexpr unsigned ofPart = showsBeams | showsChannels;
 constexpr View views[] = {
-    {"a", "A-scan", HasAScans, ascans, true, true, true, false, RenderAScan},
-    {"b", "B-scan", HasAScans, ascans, true, false, true, false, RenderBScan},
-    {"c",
-     "C-scan",
-     HasCScan,
-     "A-scans, amplitudes or positions",
-     false,
-     false,
-     false,
-     false,
-     RenderCScan},
-    {"d", "D-scan", HasAScans, ascans, false, true, true, false, RenderDScan},
-    {"s", "sector scan", HasAScans, ascans, true, true, false, true, RenderSector},
+    {"a", "A-scan", HasAScans, ascans, takesRow | takesColumn | hasSampleAxis, RenderAScan},
+    {"b", "B-scan", HasAScans, ascans, takesRow | hasSampleAxis, RenderBScan},
+    {"c", "C-scan", HasCScan, "A-scans, amplitudes or positions", 0, RenderCScan},
+    {"d", "D-scan", HasAScans, ascans, takesColumn | hasSampleAxis, RenderDScan},
+    {"s", "sector scan", HasAScans, ascans, takesRow | takesColumn | showsBeams, RenderSector},
+    {"top", "top view", HasAScans, ascans, ofPart, RenderTop},
+    {"side", "side view", HasAScans, ascans, ofPart, RenderSide},
+    {"end", "end view", HasAScans, ascans, ofPart, RenderEnd},
 };
 
 const View& FindView(const std::string& name) {
@@ -203,18 +250,20 @@ const View& FindView(const std::string& name) {
       std::begin(views), std::end(views), [&](const View& view) { return name == view.name; });
 }
 
+std::string Article(const View& view) { return view.name == std::string("end") ? "an " : "a "; }
+
 /// An option that a view has no use for is a mistake, which the user should hear of.
 void CheckOptions(const RenderOptions& options) {
   const View& view = FindView(options.view);
   const auto check = [&](const char* option, bool isGiven, bool isTaken) {
     if (isGiven && !isTaken)
-      throw CLI::ValidationError(option, std::string("a ") + view.spoken + " takes none");
+      throw CLI::ValidationError(option, Article(view) + view.spoken + " takes none");
   };
-  check("--row", options.row.has_value(), view.takesRow);
-  check("--column", options.column.has_value(), view.takesColumn);
-  check("--samples", options.samplesGiven, view.hasSampleAxis);
-  check("--from", options.from.has_value(), view.showsBeams);
-  check("--to", options.to.has_value(), view.showsBeams);
+  check("--row", options.row.has_value(), view.Has(takesRow));
+  check("--column", options.column.has_value(), view.Has(takesColumn));
+  check("--samples", options.samplesGiven, view.Has(hasSampleAxis));
+  check("--from", options.from.has_value(), view.Has(showsBeams));
+  check("--to", options.to.has_value(), view.Has(showsBeams));
 }
 
 nlohmann::ordered_json Facts(const RenderOptions& options, const Rendering& rendering) {
@@ -239,6 +288,14 @@ std::string Text(const RenderOptions& options, const Rendering& rendering) {
   return text;
 }
 
+/// One, or as many as the view shows.
+Groups GroupsOf(const Inspection& inspection, const View& view, const std::string& selector) {
+  if (!view.Has(showsBeams)) return {SelectGroup(inspection, selector)};
+  Groups channels = SelectChannels(inspection, selector);
+  if (channels.size() > 1 && !view.Has(showsChannels)) return {SelectGroup(inspection, selector)};
+  return channels;
+}
+
 void Render(const RenderOptions& options) {
   CheckOptions(options);
   const InterruptScope interrupts;
@@ -247,14 +304,14 @@ void Render(const RenderOptions& options) {
       OpenInspection(options.file, options.tables, options.quiet, options.acceptDamage);
   CheckNotInput(inspection, options.output);
   const View& view = FindView(options.view);
-  const DataGroup group =
-      (view.showsBeams ? SelectBeams : SelectGroup)(inspection, options.selector);
+  const Groups groups = GroupsOf(inspection, view, options.selector);
+  const DataGroup& group = groups.front();
   if (!view.suits(group))
     throw Failure(group.Name(),
                   std::string("has no ") + view.spoken,
-                  std::string("it is ") + group.ClassName() + ", and a " + view.spoken + " needs " +
-                      view.needs);
-  const Rendering rendering = view.render(group, options);
+                  std::string("it is ") + group.ClassName() + ", and " + Article(view) +
+                      view.spoken + " needs " + view.needs);
+  const Rendering rendering = view.render(groups, options);
   WarnOfDamage(inspection);
   WriteNewFile(options.output, rendering.picture.canvas.Png(), options.force);
   if (options.json)
@@ -281,7 +338,9 @@ void AddRenderVerb(CLI::App& program) {
                   "row; c: C-scan, rows "
                   "over columns; "
                   "d: D-scan, samples over the rows of a column; "
-                  "s: sector scan, all beams of a channel at a cell, true to scale")
+                  "s: sector scan, all beams of a channel at a cell, true to scale; "
+                  "top, side, end: the largest amplitudes of all beams in the part, rows over "
+                  "columns, depth over rows, depth over columns")
       ->required()
       ->check(CLI::IsMember(names));
   verb.add_option(
@@ -294,9 +353,9 @@ void AddRenderVerb(CLI::App& program) {
       "Column of an A-, D- or sector scan, from 0; that of the strongest cell if not given");
   verb.add_option("--from",
                   options->from,
-                  "Half path in mm from which a sector scan's strongest echo is looked for, behind "
-                  "the initial pulse");
-  verb.add_option("--to", options->to, "Half path in mm up to which it is looked for");
+                  "Half path in mm, behind the initial pulse, from which a sector scan's strongest "
+                  "echo is looked for, and from which top, side and end views show samples");
+  verb.add_option("--to", options->to, "Half path in mm up to which they do");
   verb.add_option("--gain", options->gain, "Soft gain of 16-bit samples, a whole factor")
       ->check(CLI::Range(1, 1000));
   CLI::Option* samples =

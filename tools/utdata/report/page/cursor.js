@@ -114,10 +114,40 @@ function listenToMouse(name, canvas) {
   canvas.addEventListener('dblclick', showWhole);
 }
 
+// ---- the sector scan: another beam is another view, at the same cell
+
+function moveToBeam(index, sample) {
+  const {beams} = sectorOf(state.view), {row, column} = state, label = state.layer.label;
+  const view = facts.views[beams[inside(index, beams.length)].view];
+  if (view !== state.view) {
+    useView(view);
+    const same = view.layers.findIndex(layer => layer.label === label);
+    if (same >= 0) useLayer(same);
+  }
+  moveTo(row, column, sample);
+}
+
+function followSector(event) {
+  const sector = sectorOf(state.view), place = placeOn('sector', event);
+  const [x, y] = [sector.across, sector.down].map((axis, side) => Math.floor(place[side] * axis.quantity));
+  if (x < 0 || y < 0 || x >= sector.across.quantity || y >= sector.down.quantity) return;
+  const seen = strongestOn(sector, y * sector.across.quantity + x, state.row, state.column);
+  if (seen) moveToBeam(seen.beam, seen.sample);
+}
+
+function pressOnSector(event) {
+  const moves = {ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, -1], ArrowDown: [0, 1]}[event.key];
+  if (!moves) return press('ascan', event);
+  const [beams, samples] = moves.map(step => step * (event.shiftKey ? 10 : 1));
+  moveToBeam(inside(beamOf(sectorOf(state.view), state.view) + beams, Infinity), state.sample + samples);
+  event.preventDefault();
+}
+
 function setReference() {
-  const {row, column, sample, reference} = state;
-  const isThere = reference && reference.row === row && reference.column === column && reference.sample === sample;
-  state.reference = isThere ? null : {row, column, sample};
+  const {view, row, column, sample, reference} = state;
+  const isThere = reference && reference.view === view && reference.row === row && reference.column === column &&
+                  reference.sample === sample;
+  state.reference = isThere ? null : {view, row, column, sample, percent: hasAScans() ? percentAt(row, column, sample) : 0};
   draw();
 }
 
@@ -146,9 +176,17 @@ function listen() {
     canvas.addEventListener('keydown', event => press(name, event));
     canvas.setAttribute('aria-label', `${canvas.parentElement.className.split(' ')[0]}; the arrow keys move the cursor`);
   }
+  const sector = byId('sector');
+  sector.addEventListener('pointermove', event => state.isHeld || followSector(event));
+  sector.addEventListener('pointerdown', event => {
+    state.isHeld = !state.isHeld;
+    followSector(event);
+  });
+  sector.addEventListener('keydown', pressOnSector);
+  sector.setAttribute('aria-label', 'sector scan; the arrow keys go from beam to beam and along it');
   byId('view').addEventListener('change', event => showView(Number(event.target.value)));
   byId('layer').addEventListener('change', event => {
-    state.layer = state.view.layers[Number(event.target.value)];
+    useLayer(Number(event.target.value));
     fitColors();
     moveTo(state.row, state.column);
   });
@@ -166,7 +204,8 @@ function setOptions(select, names) {
 
 // The views of each channel together, where there are several channels.
 function setViews(select) {
-  setOptions(select, facts.views.map(view => `${view.label} (${view.kind})`));
+  const angleOf = view => sectorOf(view)?.beams[beamOf(sectorOf(view), view)].angle;
+  setOptions(select, facts.views.map(view => `${view.label} (${sectorOf(view) ? `beam at ${number(angleOf(view), 1)}°` : view.kind})`));
   const channels = [...new Set(facts.views.map(view => view.channel))];
   if (channels.length < 2) return;
   const options = [...select.options];
@@ -183,19 +222,17 @@ function fitColors() {
   if (amplitude) byId('range').value = Math.max(0.1, Math.ceil(10 * Math.abs(percentOf(amplitude, data[strongest]))) / 10);
 }
 
-async function showView(index) {
-  const view = facts.views[index];
-  for (const layer of view.layers) layer.data ??= await unpack(layer.values, layer.signed);
-  const cells = view.columns.quantity * view.rows.quantity;
-  for (const shown of [view, ...view.layers]) shown.isDamaged ??= spread(shown.damaged, cells);
-  if (typeof view.ascans === 'number') view.data ??= await unpack(view.ascans, view.signed);
+function useLayer(index) {
+  state.layer = state.view.layers[index];
+  byId('layer').value = String(index);
+}
+
+// Takes a view that is unpacked, with its first C-scan of a gate.
+function useView(view) {
   state.view = view;
-  state.reference = null;
-  for (const name of Object.keys(state.shown)) state.shown[name] = Plots.whole;
-  const first = Math.max(0, view.layers.findIndex(layer => layer.gate !== undefined && layer.amplitude));
-  state.layer = view.layers[first];
+  byId('view').value = String(facts.views.indexOf(view));
   setOptions(byId('layer'), view.layers.map(layer => layer.label));
-  byId('layer').value = String(first);
+  useLayer(Math.max(0, view.layers.findIndex(layer => layer.gate !== undefined && layer.amplitude)));
   for (const element of document.querySelectorAll('.sound')) element.hidden = !view.data;
   if (view.samples) {
     const axes = soundAxes(view), chosen = choice('axis');
@@ -203,6 +240,15 @@ async function showView(index) {
     if (axes[chosen]) byId('axis').value = chosen;
   }
   byId('axis').parentElement.hidden = !view.data;
+}
+
+async function showView(index) {
+  const view = facts.views[index], sector = sectorOf(view);
+  await unpackView(view);
+  if (sector) await unpackSector(sector);
+  state.reference = null;
+  for (const name of Object.keys(state.shown)) state.shown[name] = Plots.whole;
+  useView(view);
   fitColors();
   moveToStrongest();
   draw();

@@ -1,7 +1,7 @@
 'use strict';
 // Pictures on a canvas: an area between its axes, with an image or a curve in it. Knows pixels and numbers, nothing of inspections.
 const Plots = (() => {
-  const ink = '#202024', pale = '#60626a', grid = '#e4e5e9', blue = '#184ea0', red = '#d62828';
+  const ink = '#202024', pale = '#60626a', grid = '#e4e5e9', blue = '#184ea0', red = '#d62828', green = '#28af5a', cyan = '#0096c8';
   const font = '12px "DejaVu Sans", "Segoe UI", system-ui, sans-serif';
 
   // 256 colours whose lightness rises evenly between the anchors.
@@ -101,7 +101,7 @@ const Plots = (() => {
         else this.text(label, side === 'left' ? this.left - 8 : this.right + 8, y + 4, side === 'left' ? 'right' : 'left');
       }
       if (level) this.text(axis.title, this.x(0.5), this.bottom + 34, 'center', pale);
-      else this.upwards(axis.title, side === 'left' ? 12 : this.right + 44);
+      else this.upwards(axis.title, side === 'left' ? this.left - 46 : this.right + 44);
     }
 
     line(from, to, color = red, dash = []) {
@@ -232,5 +232,5 @@ const Plots = (() => {
     context.restore();
   }
 
-  return {Frame, palettes, whole, image, paint, colorBar, curve, red, blue, pale};
+  return {Frame, palettes, whole, image, paint, colorBar, curve, red, blue, green, cyan, pale};
 })();

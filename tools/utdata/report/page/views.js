@@ -22,7 +22,14 @@ function spread(runs, cells) {
   return spread;
 }
 
-// `reference`: where the second cursor stands, or null. `shown`: which part of each axis the pictures show.
+async function unpackView(view) {
+  for (const layer of view.layers) layer.data ??= await unpack(layer.values, layer.signed);
+  const cells = view.columns.quantity * view.rows.quantity;
+  for (const shown of [view, ...view.layers]) shown.isDamaged ??= spread(shown.damaged, cells);
+  if (typeof view.ascans === 'number') view.data ??= await unpack(view.ascans, view.signed);
+}
+
+// `reference`: where the second cursor stands, in which view, and how strong it is there; or null. `shown`: which part of each axis the pictures show.
 const state = {view: null, layer: null, row: 0, column: 0, sample: 0, isHeld: false, reference: null,
                shown: {rows: Plots.whole, columns: Plots.whole, samples: Plots.whole}};
 const choice = id => byId(id).value;
@@ -124,17 +131,16 @@ function showDifferences() {
   for (const element of document.querySelectorAll('.difference')) element.hidden = !reference;
   if (!reference) return;
   const show = (name, here, there) => byId('difference-' + name).textContent = differenceText(here, there);
-  const rows = inChosenLengths(view.rows), columns = inChosenLengths(view.columns);
-  show('row', [rows, row], [rows, reference.row]);
-  show('column', [columns, column], [columns, reference.column]);
+  show('row', [inChosenLengths(view.rows), row], [inChosenLengths(reference.view.rows), reference.row]);
+  show('column', [inChosenLengths(view.columns), column], [inChosenLengths(reference.view.columns), reference.column]);
   if (!hasAScans()) return;
-  const {path} = soundAxes(view);
-  show('time', [view.samples, sample], [view.samples, reference.sample]);
-  show('path', path && [path.axis, sample], path && [path.axis, reference.sample]);
-  show('depth', depthAt(view, sample), depthAt(view, reference.sample));
-  const levels = [percentAt(row, column, sample), percentAt(reference.row, reference.column, reference.sample)];
+  const {path} = soundAxes(view), there = soundAxes(reference.view).path;
+  show('time', [view.samples, sample], [reference.view.samples, reference.sample]);
+  show('path', path && [path.axis, sample], there && [there.axis, reference.sample]);
+  show('depth', depthAt(view, sample), depthAt(reference.view, reference.sample));
+  const percent = percentAt(row, column, sample);
   byId('difference-amplitude').textContent =
-      levels.includes(0) ? '–' : (decibelsOf(levels[0]) - decibelsOf(levels[1])).toFixed(1) + ' dB';
+      percent && reference.percent ? (decibelsOf(percent) - decibelsOf(reference.percent)).toFixed(1) + ' dB' : '–';
 }
 
 function showReadout() {
@@ -172,7 +178,7 @@ const placeOf = (name, cell) => ((cell + 0.5) / state.view[name].quantity - stat
 function drawCursors(frame, across, down) {
   const cross = (place, color) => frame.cross(placeOf(across, place[across]), down && placeOf(down, place[down]), color);
   const placed = ({row, column, sample}) => ({rows: row, columns: column, samples: sample});
-  if (state.reference) cross(placed(state.reference), Plots.blue);
+  if (state.reference?.view === state.view) cross(placed(state.reference), Plots.blue);
   cross(placed(state), Plots.red);
 }
 
@@ -264,4 +270,5 @@ function draw() {
     drawBScan();
     drawAScan();
   }
+  drawSector();
 }

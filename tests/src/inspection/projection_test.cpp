@@ -1,0 +1,171 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <random>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tests/support/scratch_directory.h"
+#include "utdata/failure.h"
+#include "utdata/newscan.h"
+#include "utdata/samples.h"
+#include "utdata/views.h"
+
+namespace utdata::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr std::uint32_t rows = 7, columns = 4, quantity = 150;
+
+/// Beams of 45, 50 and 55 degrees in a plate of 10 mm; a sample counts 0.2 mm of half path. Rows
+/// are 2 mm apart and columns 5 mm.
+class ProjectionTest : public testing::Test {
+ protected:
+  /// @param samples of each beam, in the order of rows, columns and samples
+  [[nodiscard]] Inspection Make(const std::vector<std::vector<std::int16_t>>& samples,
+                                const std::function<void(CGDataTypeFDD&)>& change = {}) const {
+    Inspection inspection = Inspection::New((m_folder.Path() / "part.fpd").string());
+    const SampleType& type = *FindSampleType("i16");
+    for (std::uint32_t beam = 0; beam < samples.size(); ++beam) {
+      CGDataTypeFDD record = NominalRecord(type);
+      SetLayout(record, type, {columns, rows, quantity, true});
+      record.SetDataRectification(gdata_RectifNone);
+      record.SetDataBookmarkType(bookmark_MultiChannel);
+      record.dataMinimum = -1000;
+      record.dataMaximum = 1000;
+      record.subChannelId = beam + 1;
+      record.probeAngle = 45 + 5 * static_cast<float>(beam);
+      record.soundSpeed = 5000;
+      record.sampleResolution = 80e-9F;
+      record.partThickness = 0.01F;
+      record.columnResolution = 0.005F;
+      record.rowResolution = 0.002F;
+      if (change) change(record);
+      const auto bytes = std::as_bytes(std::span(samples[beam]));
+      inspection.AddData(record, {bytes.begin(), bytes.end()});
+    }
+    return inspection;
+  }
+
+  [[nodiscard]] static std::vector<std::vector<std::int16_t>> Silence() {
+    return std::vector(3, std::vector<std::int16_t>(rows * columns * quantity, 1));
+  }
+  [[nodiscard]] static std::vector<std::vector<std::int16_t>> Noise() {
+    std::mt19937 random(5);
+    std::vector<std::vector<std::int16_t>> noise = Silence();
+    for (auto& beam : noise)
+      for (std::int16_t& sample : beam) sample = static_cast<std::int16_t>(random() % 1999) - 999;
+    return noise;
+  }
+  static std::size_t At(std::uint32_t row, std::uint32_t column, std::uint32_t sample) {
+    return (std::size_t{row} * columns + column) * quantity + sample;
+  }
+  static std::size_t PixelAt(const ProjectionView& view, double across, double down) {
+    const auto x = static_cast<std::size_t>(std::lround(view.across.IndexOf(across)));
+    const auto y = static_cast<std::size_t>(std::lround(view.down.IndexOf(down)));
+    return y * view.across.quantity + x;
+  }
+
+  ScratchDirectory m_folder;
+};
+
+// 45 degrees, sample 100: 20 mm of half path, 14.14 mm unfolded and to the side, 5.86 mm deep on
+// the way up.
+TEST_F(ProjectionTest, PutsAnEchoIntoEachViewWhereItLies) {
+  auto samples = Silence();
+  samples[0][At(3, 2, 100)] = -900;
+  samples[1][At(3, 2, 20)] = 999;  // before the half paths that are shown
+  const Inspection inspection = Make(samples);
+  const double away = 20 * std::sqrt(0.5), depth = 20 - away;
+  for (const auto& [wanted, across, down] : {std::tuple(PartView::Top, 10 + away, 6.0),
+                                             {PartView::Side, 6.0, depth},
+                                             {PartView::End, 10 + away, depth}}) {
+    const ProjectionView view = MakeProjection(inspection.Masters(), wanted, {.from = 5});
+    const auto strongest = view.Strongest();
+    ASSERT_TRUE(strongest);
+    EXPECT_EQ(strongest->beam, 0U);
+    EXPECT_EQ(strongest->row, 3U);
+    EXPECT_EQ(strongest->column, 2U);
+    EXPECT_EQ(strongest->sample, 100U);
+    EXPECT_NEAR(strongest->percent, -90, 1e-3);
+    EXPECT_NEAR(strongest->place.column, 10 + away, 1e-3);
+    EXPECT_NEAR(strongest->place.row, 6, 1e-6);
+    EXPECT_NEAR(strongest->point.depth, depth, 1e-3);
+    EXPECT_EQ(strongest->point.leg, 2U);
+    EXPECT_NEAR(view.percents[PixelAt(view, across, down)], -90, 1e-3);
+  }
+}
+
+TEST_F(ProjectionTest, ShowsTheStrongestOfWhatFallsOnAPixelAndNamesIt) {
+  const auto noise = Noise();
+  for (const float skew : {0.0F, 90.0F, 210.0F}) {
+    const Inspection inspection =
+        Make(noise, [&](CGDataTypeFDD& record) { record.probeSkew = skew; });
+    for (const PartView wanted : {PartView::Top, PartView::Side, PartView::End}) {
+      const ProjectionView view = MakeProjection(inspection.Masters(), wanted, {.from = 2});
+      std::size_t seen = 0;
+      for (std::size_t pixel = 0; pixel < view.pixels.size(); pixel += 7) {
+        const auto echo = view.EchoAt(pixel);
+        ASSERT_EQ(echo.has_value(), !std::isnan(view.percents[pixel]));
+        if (!echo) continue;
+        ++seen;
+        EXPECT_NEAR(echo->percent, view.percents[pixel], 1e-3);
+        EXPECT_GE(echo->halfPath, 2);
+      }
+      EXPECT_GT(seen, view.pixels.size() / 7 / 4) << static_cast<int>(wanted) << " " << skew;
+
+      // No sample is stronger than the pixel on its place, but for those that a stretch of a top
+      // view carries to the pixel beside it.
+      std::size_t lost = 0, all = 0;
+      for (std::uint32_t beam = 0; beam < 3; ++beam)
+        for (std::uint32_t row = 0; row < rows; ++row)
+          for (std::uint32_t column = 0; column < columns; ++column)
+            for (std::uint32_t sample = 10; sample < quantity; ++sample) {
+              const BeamPoint point = *FlatPart(10).PointAt(0.2 * sample, 45.0 + 5 * beam);
+              const ScanOffset turned = TurnedBySkew(point.distance, skew);
+              const double x = 5 * column + turned.column, y = 2 * row + turned.row;
+              const std::size_t pixel = wanted == PartView::Top    ? PixelAt(view, x, y)
+                                        : wanted == PartView::Side ? PixelAt(view, y, point.depth)
+                                                                   : PixelAt(view, x, point.depth);
+              if (pixel >= view.pixels.size()) continue;  // on the outer edge of the last
+              ++all;
+              const double percent = noise[beam][At(row, column, sample)] / 10.0;
+              if (!(std::abs(view.percents[pixel]) >= std::abs(percent) - 1e-3)) ++lost;
+            }
+      EXPECT_LE(lost, wanted == PartView::Top ? all / 2 : all / 100)
+          << static_cast<int>(wanted) << " " << skew;
+    }
+  }
+}
+
+TEST_F(ProjectionTest, RefusesWhatHasNoPlaceInThePart) {
+  struct Case {
+    std::function<void(CGDataTypeFDD&)> change;
+    const char* why;
+  };
+  for (const Case& test :
+       {Case{[](CGDataTypeFDD& record) { record.tofd = 1; }, "no beam is left"},
+        Case{[](CGDataTypeFDD& record) { record.columnUnits = kvt_UnitDegree; }, "columns"},
+        Case{[](CGDataTypeFDD& record) { record.sampleOffset = 1; }, "half paths"},
+        Case{[](CGDataTypeFDD& record) { record.soundSpeed = 0; }, "sound speed"}}) {
+    const Inspection inspection = Make(Silence(), test.change);
+    try {
+      (void)MakeProjection(inspection.Data(), PartView::End, {.to = 1000});
+      ADD_FAILURE() << "drawn: " << test.why;
+    } catch (const Error& error) {
+      EXPECT_THAT(error.Why(), HasSubstr(test.why));
+    }
+  }
+  const Inspection unknown =
+      Make(Silence(), [](CGDataTypeFDD& record) { record.partThickness = 0; });
+  EXPECT_THAT(MakeProjection(unknown.Masters(), PartView::End).remarks,
+              ElementsAre(HasSubstr("thickness is not known")));
+}
+
+}  // namespace
+}  // namespace utdata::test
