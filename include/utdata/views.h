@@ -215,6 +215,13 @@ struct TofdScale {
 /// speed or the separation of the probes is not known.
 [[nodiscard]] UTDATA_API std::optional<TofdScale> TofdScaleOf(const DataGroup& group);
 
+/// By how many samples each A-scan of some cells is to be moved to larger indices, so that the peak
+/// of its lateral wave lies where the separation of the probes has it. The wave is found by what is
+/// alike in the A-scans around that place. Throws for data without a TofdScale, and where the place
+/// is not within the samples.
+[[nodiscard]] UTDATA_API std::vector<std::int32_t> StraighteningShifts(const DataGroup& group,
+                                                                       const CellRange& cells);
+
 /// The outline of a weld's preparation and caps, as lines of (across, depth) in mm; across counts
 /// as the column axis does. Empty where there is nothing to be drawn.
 /// @param thickness of the part, mm; 0: the weld's own

@@ -107,5 +107,40 @@ TEST_F(SectorViewTest, RefusesWhatIsNoSector) {
   }
 }
 
+// A pair of probes 90 mm apart on a plate of 30 mm: the lateral wave runs 45 mm to the middle, the
+// back wall's echo 54.08 mm. A sample counts 0.05 mm of half path, from 42 mm; the wave of the
+// second column comes 20 samples late.
+TEST_F(SectorViewTest, DrawsTofdDataBetweenLateralWaveAndBackWall) {
+  std::vector<std::int16_t> samples(2 * 400);
+  for (const std::size_t wave : {60U, 480U}) samples[wave] = 10000;
+  for (const std::size_t wall : {242U, 662U}) samples[wall] = -30000;
+  WriteGroup("tofd.fpd", [&](CGDataTypeFDD& group) {
+    group.rowQuantity = 1;
+    group.sampleQuantity = 400;
+    group.cellSize = 800;
+    group.SetDataType(kvt_Int16);
+    group.dataMinimum = -32768;
+    group.dataMaximum = 32767;
+    group.soundSpeed = 5000;
+    group.sampleResolution = 20e-9F;
+    group.sampleOffset = 16.8e-6F;
+    group.tofd = 1;
+    group.probeSeparation = 0.09F;
+    group.partThickness = 0.03F;
+    group.dataPointer = samples.data();
+  });
+  const Drawing drawing = View("tofd.fpd", "--data 0 --view b");
+  ASSERT_EQ(drawing.facts["lines"].size(), 2U);
+  EXPECT_NEAR(drawing.facts["lines"][0]["down"].get<double>(), 18, 1e-3);
+  EXPECT_NEAR(drawing.facts["lines"][1]["down"].get<double>(), 2 * 54.0833 / 5, 1e-3);
+  EXPECT_EQ(drawing.facts["strongest"]["sample"], 242);
+  const ProgramResult straightened =
+      Run("render tofd.fpd --data 0 --view b --straighten -o picture.png --force");
+  EXPECT_EQ(straightened.status, 0) << straightened.error;
+  EXPECT_THAT(straightened.out, HasSubstr("30.0"));
+  EXPECT_EQ(Run("render sector.fpd --data 0 --view b --straighten -o picture.png --force").status,
+            1);
+}
+
 }  // namespace
 }  // namespace utdata::test

@@ -3,8 +3,100 @@
 
 #include "src/inspection/state.h"
 #include "src/inspection/views/sectorbeams.h"
+#include "utdata/failure.h"
+#include "utdata/samples.h"
 
 namespace utdata {
+namespace {
+
+/// The lateral wave of some A-scans: samples around the place where it is expected.
+struct LateralWindow {
+  std::int32_t middle = 0;  ///< sample index
+  std::int32_t half = 0;    ///< samples to either side that are compared
+  std::int32_t reach = 0;   ///< samples to either side by which an A-scan may be off
+
+  [[nodiscard]] std::int32_t Size() const { return 2 * half + 1; }
+};
+
+LateralWindow WindowOf(const DataGroup& group) {
+  const std::optional<TofdScale> scale = TofdScaleOf(group);
+  const auto refuse = [&](const char* why) {
+    throw Error(group.Name(), "cannot be straightened", why);
+  };
+  if (!scale) refuse("it is no TOFD data, or probe separation or sound speed is not known");
+  const auto samples = static_cast<double>(group.SampleQuantity());
+  if (!(scale->lateralWave >= 0 && scale->lateralWave < samples))
+    refuse("no sample lies where the lateral wave is expected");
+  // Half of the way to the back wall, so that its echo is not taken for the lateral wave.
+  const double toBackWall = scale->backWall ? *scale->backWall - scale->lateralWave : samples / 4;
+  constexpr double mostSamples = 200;
+  LateralWindow window;
+  window.middle = static_cast<std::int32_t>(std::lround(scale->lateralWave));
+  window.half = static_cast<std::int32_t>(std::clamp(toBackWall / 4, 2.0, mostSamples));
+  window.reach = window.half;
+  return window;
+}
+
+/// How alike an A-scan, read from `lag` samples later on, is to a wave in the window.
+double Likeness(const std::vector<double>& wave,
+                const std::vector<std::int32_t>& ascan,
+                const LateralWindow& window,
+                std::int32_t lag) {
+  double sum = 0;
+  for (std::int32_t at = 0; at < window.Size(); ++at) {
+    const std::int32_t sample = window.middle - window.half + at + lag;
+    if (sample >= 0 && sample < static_cast<std::int32_t>(ascan.size()))
+      sum += wave[static_cast<std::size_t>(at)] * ascan[static_cast<std::size_t>(sample)];
+  }
+  return sum;
+}
+
+std::int32_t FindLag(const std::vector<double>& wave,
+                     const std::vector<std::int32_t>& ascan,
+                     const LateralWindow& window) {
+  std::int32_t best = 0;
+  double most = Likeness(wave, ascan, window, 0);
+  for (std::int32_t away = 1; away <= window.reach; ++away)  // the nearest of equal ones
+    for (const std::int32_t lag : {-away, away})
+      if (const double alike = Likeness(wave, ascan, window, lag); alike > most) {
+        most = alike;
+        best = lag;
+      }
+  return best;
+}
+
+void AddTo(std::vector<double>& wave,
+           const std::vector<std::int32_t>& ascan,
+           const LateralWindow& window,
+           std::int32_t lag) {
+  for (std::int32_t at = 0; at < window.Size(); ++at) {
+    const std::int32_t sample = window.middle - window.half + at + lag;
+    if (sample >= 0 && sample < static_cast<std::int32_t>(ascan.size()))
+      wave[static_cast<std::size_t>(at)] += ascan[static_cast<std::size_t>(sample)];
+  }
+}
+
+}  // namespace
+
+std::vector<std::int32_t> StraighteningShifts(const DataGroup& group, const CellRange& cells) {
+  const LateralWindow window = WindowOf(group);
+  const Samples samples = group.Samples();
+  // The wave grows from A-scan to A-scan, each put on it where it is most alike: neighbours differ
+  // by little, so that it is followed over any distance.
+  std::vector<double> wave(static_cast<std::size_t>(window.Size()));
+  std::vector<std::int32_t> lags;
+  for (std::uint64_t index = 0; index < cells.count; ++index) {
+    const std::vector<std::int32_t> ascan = samples.Values(cells.At(index));
+    lags.push_back(index == 0 ? 0 : FindLag(wave, ascan, window));
+    AddTo(wave, ascan, window, lags.back());
+  }
+  const auto peak = std::max_element(
+      wave.begin(), wave.end(), [](double a, double b) { return std::abs(a) < std::abs(b); });
+  const auto offPlace = static_cast<std::int32_t>(peak - wave.begin()) - window.half;
+  std::vector<std::int32_t> shifts;
+  for (const std::int32_t lag : lags) shifts.push_back(-lag - offPlace);
+  return shifts;
+}
 
 std::optional<double> TofdScale::SampleAt(double depth) const {
   const auto first =

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstring>
+#include <cwchar>
 #include <new>
 #include <vector>
 
@@ -323,6 +324,33 @@ TEST(Descriptor, TablesWithOffsetsEndWithTheirLastCell) {
     descriptor.SetDiskTable(table.data(), true);
     EXPECT_EQ(descriptor.KnownTableSize(), c.size);
   }
+}
+
+TEST(Descriptor, AnswersItsFields) {
+  CRDataTypeDD d;
+  d.channelId = 7;
+  std::wcscpy(d.channelName, L"left");
+  d.compressionBits = 12;
+  d.compressionLSBit = 4;
+  d.inspectionGeometry = gdata_GeometryAxial;
+  d.cellSize = 99;
+  d.SetRowUnits(kvt_UnitDegree);
+  EXPECT_EQ(d.GetChannelID(), 7u);
+  EXPECT_STREQ(d.GetChannelIDName(), L"left");
+  EXPECT_EQ(d.GetDataCompBits(), 12u);
+  EXPECT_EQ(d.GetDataCompLSBitsPos(), 4u);
+  EXPECT_EQ(d.GetInspGeometry(), gdata_GeometryAxial);
+  EXPECT_EQ(d.GetCellSize(), 99u);
+  EXPECT_EQ(d.GetRowUnits(), kvt_UnitDegree);
+  EXPECT_EQ(d.GetPointUnit(kvt_AxisFifth), nullptr);
+  for (const double fixed : {double(d.GetModeID()),
+                             double(d.GetSubModeID()),
+                             d.GetLAB(),
+                             d.GetInUncontroled(),
+                             d.GetInUncontroledPos(),
+                             d.GetOutUncontroled(),
+                             d.GetOutUncontroledPos()})
+    EXPECT_EQ(fixed, 0);
 }
 
 TEST(Descriptor, SamplesAreCutToTheirSize) {

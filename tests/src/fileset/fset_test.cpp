@@ -332,6 +332,18 @@ TEST(Specimen, AnInfoFieldCarriesItsTexts) {
   EXPECT_EQ(0, copy.IsActiveView());
   EXPECT_EQ(4U, copy.GetViewType());
   EXPECT_EQ(&dataId, copy.GetDataId());
+  copy.SetDescription(L"other");
+  copy.SetShortName(L"o");
+  copy.SetUnit(L"s");
+  copy.SetViewType(static_cast<scandora_enumViewType>(5));
+  copy.SetIsActiveView(1);
+  copy.SetDataId(nullptr);
+  EXPECT_EQ(L"other", copy.GetDescription());
+  EXPECT_EQ(L"o", copy.GetShortName());
+  EXPECT_EQ(L"s", copy.GetUnit());
+  EXPECT_EQ(5U, copy.GetViewType());
+  EXPECT_EQ(1, copy.IsActiveView());
+  EXPECT_EQ(nullptr, copy.GetDataId());
 }
 
 }  // namespace

@@ -191,6 +191,9 @@ TEST(InspectionSamples, BothEndsOfAWaveAreFullScaleEverywhere) {
     EXPECT_TRUE(std::isnan(position.percent));
   }
   EXPECT_THROW(Gate(inspection, {0, 1, 1e-6, 0.4e-6, {}}), Error) << "it has C-scans already";
+  const auto byChannel = inspection.DataByChannel();
+  ASSERT_EQ(byChannel.size(), 1U);
+  EXPECT_EQ(byChannel.begin()->second.size(), 3U);
   inspection.Gate(0, 1).SetStart(1.1e-6);
   const std::vector<PlacedGate> gates = group.Gates();
   ASSERT_EQ(gates.size(), 1U);
@@ -499,6 +502,7 @@ TEST(InspectionOpening, FailuresSayFileAndReason) {
       static_cast<void>(Inspection::Open(path));
     } catch (const Error& error) {
       EXPECT_EQ(error.File(), path);
+      EXPECT_EQ(error.What(), "cannot be loaded");
       return error.Why();
     }
     return std::string();

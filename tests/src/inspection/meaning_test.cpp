@@ -131,6 +131,12 @@ TEST(Meaning, SamplesLieAsTheirRecordSays) {
   EXPECT_EQ(valuesOf(0, 0), (Values{0, 0x4000}));
   EXPECT_EQ(valuesOf(0, 1), (Values{0, 0}));
   EXPECT_EQ(valuesOf(0, 2), (Values{-0x4000, 32767}));
+  ForEachPiece(DescribeArray(inspection.Data()[0]),
+               inspection.Data()[0],
+               [](std::span<const std::byte> piece, std::uint64_t) {
+                 EXPECT_EQ(std::vector(piece.begin(), piece.end()),
+                           BytesOf({0, 0x80, 0, 0xC0, 0, 0x80, 0, 0x80, 0, 0x40, 0xFF, 0xFF}));
+               });
   EXPECT_DOUBLE_EQ(inspection.Data()[0].ReadOut(0, 2, 0).percent, -50);
   EXPECT_EQ(valuesOf(1, 0), (Values{256}));
   EXPECT_DOUBLE_EQ(inspection.Data()[1].ReadOut(0, 0, 0).percent, 25.6);

@@ -8,8 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/failing_file_system.h"
-#include "tests/support/faulty_file_system.h"
 #include "tests/support/scratch_directory.h"
 #include "utdata/fset.h"
 #include "utdata/idata.h"
@@ -193,28 +191,6 @@ TEST_F(RescuedInspection, ACompanionKeepsWhatEachOfItsWritesModifies) {
   EXPECT_EQ(inspection.Files().size(), 2U);
   EXPECT_EQ(static_cast<float>(inspection.Gate(0, 1).Start()), 5e-6F);
   EXPECT_EQ(inspection.Data().front().Item().idata3_GetSoundSpeed(), 3200);
-}
-
-TEST_F(RescuedInspection, TakesNothingForWholeThatItCannotCheck) {
-  const std::uint64_t block = Inspection::Open(m_damaged).Data()[0].Stored().samples.offset;
-  Spoil(m_damaged, block + 10, 3);
-  test::FailingFileSystem system;
-  const test::FileSystemInPlace inPlace(system);
-  bool hasFailed = true;
-  for (std::uint64_t call = 1; hasFailed; ++call) {
-    system.FailAt(call, os::Error::Other, false);
-    try {
-      static_cast<void>(Rescue(m_damaged, m_rescued, true));
-    } catch (const Error& error) {
-      EXPECT_FALSE(error.Why().empty());
-    }
-    hasFailed = system.FailedCall().has_value();
-    system.FailAt(0, os::Error::None, false);
-    if (!std::filesystem::exists(m_rescued)) continue;
-    const Inspection inspection = Inspection::Open(m_rescued);
-    for (const DataGroup& group : inspection.Data())
-      EXPECT_TRUE(group.AScan<std::uint16_t>(0, 0).empty()) << call;
-  }
 }
 
 TEST_F(RescuedInspection, RefusesWhatItCannotDo) {

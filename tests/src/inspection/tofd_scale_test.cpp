@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "tests/support/scratch_directory.h"
+#include "utdata/failure.h"
 #include "utdata/newscan.h"
 #include "utdata/views.h"
 
@@ -54,6 +56,37 @@ TEST(TofdScale, IsNotThereWhereItsUnitKnowsNoDepth) {
     change(record);
     EXPECT_FALSE(TofdScaleOf(inspection.AddData(record, std::vector<std::byte>(200))));
   }
+}
+
+// A wave of three samples wanders by 10 samples over 60 columns; the back wall's stronger echo lies
+// at sample 70.
+TEST(TofdScale, StraightensByTheLateralWave) {
+  const ScratchDirectory folder;
+  Inspection inspection = Inspection::New((folder.Path() / "tofd.fpd").string());
+  CGDataTypeFDD record = TofdRecord();
+  SetLayout(record, *FindSampleType("i16"), {60, 1, 100, true});
+  std::vector<std::int16_t> samples(60 * 100);
+  std::vector<std::int32_t> places;
+  for (std::int32_t column = 0; column < 60; ++column) {
+    const auto place = static_cast<std::int32_t>(std::lround(12 + 5 * std::sin(column / 9.0)));
+    places.push_back(place);
+    std::int16_t* const ascan = samples.data() + column * 100;
+    ascan[place - 1] = ascan[place + 1] = -400;
+    ascan[place] = 1000;
+    ascan[70] = -30000;
+    ascan[(column * 37) % 90 + 5] += 150;  // noise
+  }
+  const auto bytes = std::as_bytes(std::span(samples));
+  const DataGroup group = inspection.AddData(record, {bytes.begin(), bytes.end()});
+  const std::vector<std::int32_t> shifts = StraighteningShifts(group, group.AllCells());
+  ASSERT_EQ(shifts.size(), places.size());
+  for (std::size_t column = 0; column < places.size(); ++column)
+    EXPECT_EQ(places[column] + shifts[column], 10) << column;
+
+  record.channelId = 1;
+  record.sampleOffset = 20e-6F;  // behind the lateral wave
+  const DataGroup late = inspection.AddData(record, {bytes.begin(), bytes.end()});
+  EXPECT_THROW((void)StraighteningShifts(late, late.AllCells()), Error);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "pictures/section.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "terminal/progress.h"
@@ -27,12 +28,39 @@ std::vector<std::uint8_t> Upright(const std::vector<std::uint8_t>& codes,
   return places;
 }
 
+/// Moves the A-scans of a section down, or up where a shift is negative. What has no samples any
+/// more is not seen.
+void Shift(ImagePlot& plot, const std::vector<std::int32_t>& shifts) {
+  const std::vector<std::uint8_t> codes = plot.codes;
+  const auto samples = static_cast<std::int64_t>(plot.down.quantity);
+  plot.unseen.assign(codes.size(), 0);
+  for (std::size_t cell = 0; cell < shifts.size(); ++cell)
+    for (std::int64_t sample = 0; sample < samples; ++sample) {
+      const std::int64_t from = sample - shifts[cell];
+      const std::size_t at = static_cast<std::size_t>(sample) * shifts.size() + cell;
+      if (from >= 0 && from < samples)
+        plot.codes[at] = codes[static_cast<std::size_t>(from) * shifts.size() + cell];
+      else
+        plot.unseen[at] = 1;
+    }
+}
+
+void Straighten(Section& section, const DataGroup& group, const CellRange& shown, Cut cut) {
+  const std::vector<std::int32_t> shifts = StraighteningShifts(group, shown);
+  Shift(section.plot, shifts);
+  const std::int64_t moved =
+      section.sample + std::int64_t{shifts[cut == Cut::AlongRow ? section.column : section.row]};
+  section.sample = static_cast<std::uint32_t>(
+      std::clamp<std::int64_t>(moved, 0, std::int64_t{group.SampleQuantity()} - 1));
+}
+
 void SetTexts(Section& section, const DataGroup& group, const SectionOptions& options) {
   const bool alongRow = options.cut == Cut::AlongRow;
   section.plot.title =
       Caption(group) + (alongRow ? " · B-scan at " + RowText(group, section.row)
                                  : " · D-scan at " + ColumnText(group, section.column));
   if (!options.position) section.plot.title += ", that of the strongest cell";
+  if (options.straighten) section.plot.title += ", straightened by the lateral wave";
   section.plot.notes = {
       "Strongest echo " + AmplitudeText(group, section.percent) + " at " +
       (alongRow ? ColumnPlace(group, section.column) : RowPlace(group, section.row)) + ", " +
@@ -105,6 +133,7 @@ Section MakeSection(const DataGroup& group, const SectionOptions& options) {
   plot.scale = AmplitudeColors(meaning, group, section.gain);
   const CellRange shown = CellsOf(group, options.cut, alongRow ? section.row : section.column);
   plot.codes = Upright(samples.Codes(shown, section.gain), group.SampleQuantity(), meaning);
+  if (options.straighten) Straighten(section, group, shown, options.cut);
   plot.marked = ImagePlot::Cell{alongRow ? section.column : section.row, section.sample};
   SetTexts(section, group, options);
   SetTofdDepths(section, group);

@@ -22,7 +22,8 @@ struct SectionOptions {
   std::optional<std::uint32_t> gain;  ///< soft gain, a whole factor from 1; none: as much as the
                                       ///< strongest echo of the section allows
   SampleAxis samples = SampleAxis::Time;
-  bool quiet = false;  ///< shows no progress
+  bool straighten = false;  ///< moves each A-scan of TOFD data by its lateral wave
+  bool quiet = false;       ///< shows no progress
 };
 
 /// What a section shows, beside the picture of it.
@@ -30,7 +31,7 @@ struct Section {
   ImagePlot plot;
   std::uint32_t row = 0;     ///< of the section, or of its strongest echo
   std::uint32_t column = 0;  ///< of the section, or of its strongest echo
-  std::uint32_t sample = 0;  ///< of the section's strongest echo
+  std::uint32_t sample = 0;  ///< of the section's strongest echo, where it is shown
   double percent = 0;        ///< of full scale, of that echo, negative below zero
   std::uint32_t gain = 1;
   std::uint64_t damagedCells = 0;  ///< striped in the picture

@@ -49,6 +49,7 @@ struct RenderOptions {
   std::optional<double> to;
   std::string samples = "time";
   bool samplesGiven = false;
+  bool straighten = false;
   bool force = false;
   bool quiet = false;
   bool json = false;
@@ -102,6 +103,7 @@ Rendering RenderSection(const DataGroup& group, const RenderOptions& options, Cu
                                        alongRow ? options.row : options.column,
                                        options.gain,
                                        options.Samples(),
+                                       options.straighten,
                                        options.quiet});
   nlohmann::ordered_json facts;
   facts[alongRow ? "row" : "column"] = alongRow ? section.row : section.column;
@@ -218,6 +220,7 @@ enum ViewTraits : unsigned {
   hasSampleAxis = 4,
   showsBeams = 8,      ///< all of a channel, in the part
   showsChannels = 16,  ///< as many as the selector names
+  isSection = 32,      ///< A-scans side by side
 };
 
 /// A view of the command line, the data classes and options that it has, and what draws it.
@@ -236,9 +239,9 @@ constexpr const char* ascans = "A-scans";
 constexpr unsigned ofPart = showsBeams | showsChannels;
 constexpr View views[] = {
     {"a", "A-scan", HasAScans, ascans, takesRow | takesColumn | hasSampleAxis, RenderAScan},
-    {"b", "B-scan", HasAScans, ascans, takesRow | hasSampleAxis, RenderBScan},
+    {"b", "B-scan", HasAScans, ascans, takesRow | hasSampleAxis | isSection, RenderBScan},
     {"c", "C-scan", HasCScan, "A-scans, amplitudes or positions", 0, RenderCScan},
-    {"d", "D-scan", HasAScans, ascans, takesColumn | hasSampleAxis, RenderDScan},
+    {"d", "D-scan", HasAScans, ascans, takesColumn | hasSampleAxis | isSection, RenderDScan},
     {"s", "sector scan", HasAScans, ascans, takesRow | takesColumn | showsBeams, RenderSector},
     {"top", "top view", HasAScans, ascans, ofPart, RenderTop},
     {"side", "side view", HasAScans, ascans, ofPart, RenderSide},
@@ -262,6 +265,7 @@ void CheckOptions(const RenderOptions& options) {
   check("--row", options.row.has_value(), view.Has(takesRow));
   check("--column", options.column.has_value(), view.Has(takesColumn));
   check("--samples", options.samplesGiven, view.Has(hasSampleAxis));
+  check("--straighten", options.straighten, view.Has(isSection));
   check("--from", options.from.has_value(), view.Has(showsBeams));
   check("--to", options.to.has_value(), view.Has(showsBeams));
 }
@@ -351,6 +355,10 @@ void AddRenderVerb(CLI::App& program) {
       "--column",
       options->column,
       "Column of an A-, D- or sector scan, from 0; that of the strongest cell if not given");
+  verb.add_flag("--straighten",
+                options->straighten,
+                "Move each A-scan of a TOFD B- or D-scan so that its lateral wave lies where the "
+                "separation of the probes has it");
   verb.add_option("--from",
                   options->from,
                   "Half path in mm, behind the initial pulse, from which a sector scan's strongest "
