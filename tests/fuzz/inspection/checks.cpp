@@ -179,6 +179,7 @@ class Session {
       return;
     }
     if (type.key == "info" && !changed.empty()) m_isInfoChanged = true;
+    m_isRepairEdited = m_isRepairEdited || !inspection.Warnings().empty();
     const SeenFields after = SeeItems(inspection);
     Require(before.size() == after.size(), "an edit makes no group");
     for (std::size_t at = 0; at < before.size(); ++at)
@@ -247,8 +248,9 @@ class Session {
     Require(reloaded.has_value(), "what is saved opens");
     Observation seen = Observe(*reloaded, {WithWideCodes(), true});
     for (SeenData& data : seen.data) data.partners.clear();
-    // Of data groups of equal ids any may get the number that the file gives their sub-channel.
-    const bool areTold = !(m_plan.hasDataTwins && m_plan.hasNumbers) && (isNew || !m_plan.hasTwins);
+    // Of data groups of equal ids others may be the file set's, and a repaired axis has no unit
+    // until its step is edited and loaded anew.
+    const bool areTold = !m_plan.hasDataTwins && !m_isRepairEdited && (isNew || !m_plan.hasTwins);
     if (areTold) RequireSame(memory.items, seen.items, "items come back");
     if (areTold) RequireSame(memory.data, seen.data, "samples and codes come back");
     if (!isNew && areTold && !m_isAdded)
@@ -271,7 +273,8 @@ class Session {
   std::string m_path = std::string(folder) + "weld.fpd";
   std::vector<ForgedFile> m_files;
   bool m_isInfoChanged = false;  ///< which a new file takes only
-  bool m_isAdded = false;        ///< groups that the file descriptor gets by loading only
+  bool m_isRepairEdited = false;
+  bool m_isAdded = false;  ///< groups that the file descriptor gets by loading only
 };
 
 }  // namespace

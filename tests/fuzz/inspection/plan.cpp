@@ -409,7 +409,7 @@ class Parser {
   void AddItem(const Instruction& is) {
     PlannedItem item;
     const bool isNumber = is.a % 2 == 0;
-    m_plan.hasNumbers = m_plan.hasNumbers || isNumber;
+    if (isNumber) m_plan.hasDataTwins = true;  // two groups may get one number
     item.code = static_cast<std::uint16_t>(isNumber ? 200 : 300 + is.a);
     item.type =
         isNumber ? std::uint8_t{SCFile::value_UInt32} : static_cast<std::uint8_t>(2 + is.b % 11);

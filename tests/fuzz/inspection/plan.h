@@ -123,7 +123,6 @@ struct Plan {
   bool isSound = true;        ///< nothing in the files is wrong on purpose
   bool hasTwins = false;      ///< groups that a modification may not tell from each other
   bool hasDataTwins = false;  ///< data groups of equal ids: told from each other, or not saved
-  bool hasNumbers = false;    ///< sub-channels that the file numbers
   /// A checksum of the plan. What takes long is done for some values of it, so that it stays rare
   /// whatever plans the fuzzer prefers.
   std::uint64_t lot = 0;
