@@ -1,6 +1,6 @@
-// The tables of docs/group-types.md are written from the catalogue, so that both say the same. After
-// a change of a field table, run this test with UTDATA_WRITE_PAGES=1 in the environment to write them
-// anew.
+// The tables of docs/group-types.md are written from the catalogue, so that both say the same.
+// After a change of a field table, run this test with UTDATA_WRITE_PAGES=1 in the environment to
+// write them anew.
 #include <gtest/gtest.h>
 
 #include <algorithm>
