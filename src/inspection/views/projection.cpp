@@ -372,7 +372,8 @@ void PaintLines(ProjectionPainter& painter,
   });
 }
 
-/// Samples of a cell of a top view that are put into one pixel: they are not farther from each other.
+/// Samples of a cell of a top view that are put into one pixel: they are not farther from each
+/// other.
 struct Stretch {
   std::uint32_t begin = 0;  ///< of the samples that are shown
   std::uint32_t end = 0;
@@ -451,7 +452,8 @@ ProjectionView MakeProjection(const std::vector<DataGroup>& groups,
   const bool isTop = wanted == PartView::Top;
   const AxisExtent columns = ExtentOfScan(beams, &ScanOffset::column, &ProjectedBeam::columns);
   const AxisExtent rows = ExtentOfScan(beams, &ScanOffset::row, &ProjectedBeam::rows);
-  // Samples of a top view are taken in stretches; those of the others lie at any angle to the pixels.
+  // Samples of a top view are taken in stretches; those of the others lie at any angle to the
+  // pixels.
   const double samplesOfPixel = isTop ? 8 : pointsOfPixel;
   view.across = PixelsOf(wanted == PartView::Side ? rows : columns, options.widest, samplesOfPixel);
   view.down = PixelsOf(isTop ? rows : ExtentOfDepth(beams), options.highest, samplesOfPixel);
