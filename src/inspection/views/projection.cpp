@@ -3,14 +3,12 @@
 // pixel of a top view. Only what is left is put into pixels.
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <numbers>
-#include <span>
 #include <type_traits>
 
-#include "src/inspection/amplitudes.h"
 #include "src/inspection/state.h"
+#include "src/inspection/views/groupedextremes.h"
 #include "src/inspection/views/sectorbeams.h"
 #include "utdata/failure.h"
 #include "utdata/fcont.h"
@@ -171,231 +169,240 @@ AxisScale PixelsOf(const AxisExtent& extent, std::uint32_t most, double samplesO
   return {"mm", extent.low + pixel / 2, pixel, static_cast<std::uint32_t>(quantity)};
 }
 
+/// Some pixels of a row, `begin` to before `end`.
+struct PixelRange {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+
 /// Pixels of a view, and the strongest sample that falls on each.
 class ProjectionPainter {
  public:
-  explicit ProjectionPainter(ProjectionView& view) : m_view(view) {
-    const std::size_t pixels = std::size_t{view.across.quantity} * view.down.quantity;
-    view.pixels.assign(pixels, {});
-    view.percents.assign(pixels, std::numeric_limits<float>::quiet_NaN());
-  }
+  explicit ProjectionPainter(ProjectionView& view)
+      : m_view(view),
+        m_width(view.across.quantity),
+        m_height(view.down.quantity),
+        m_acrossStep(view.view == PartView::Top ? 1 : m_height),
+        m_downStep(view.view == PartView::Top ? m_width : 1),
+        m_percents(m_width * m_height, std::numeric_limits<float>::quiet_NaN()),
+        m_sources(m_width * m_height) {}
 
-  static constexpr std::size_t outside = ~std::size_t{0};
-
-  /// @param across, down in pixels, from the outer edges of the first
-  [[nodiscard]] std::size_t PixelAt(double across, double down) const {
-    const bool isInside = across >= 0 && across < m_width && down >= 0 && down < m_height;
-    return isInside ? static_cast<std::size_t>(down) * m_view.across.quantity +
-                          static_cast<std::size_t>(across)
-                    : outside;
+  /// The pixels of a row whose middles lie between two edges, or else that in the middle of these.
+  /// @param left, right in pixels, from the outer edge of the first
+  [[nodiscard]] PixelRange PixelsBetween(double left, double right) const {
+    double first = std::ceil(left - 0.5), last = std::ceil(right - 0.5) - 1;
+    if (first > last) first = last = std::floor((left + right) / 2);
+    const auto width = static_cast<double>(m_width);
+    if (!(last >= 0 && first < width)) return {};
+    return {static_cast<std::size_t>(std::max(first, 0.0)),
+            static_cast<std::size_t>(std::min(last, width - 1)) + 1};
   }
-  [[nodiscard]] bool IsStronger(std::size_t pixel, float percent) const {
-    return !(std::abs(m_view.percents[pixel]) >= std::abs(percent));  // true for nothing
+  /// The one pixel of a row in which a place lies; none outside.
+  [[nodiscard]] PixelRange PixelAt(double place) const {
+    if (!(place >= 0 && place < static_cast<double>(m_width))) return {};
+    return {static_cast<std::size_t>(place), static_cast<std::size_t>(place) + 1};
   }
-  void Put(std::size_t pixel, float percent, const ProjectionView::Source& source) {
-    if (!IsStronger(pixel, percent)) return;
-    m_view.percents[pixel] = percent;
-    m_view.pixels[pixel] = source;
+  /// Where an amplitude is the strongest so far, `sourceOf` gives what is shown, and whether it is
+  /// below zero.
+  /// @param amplitude percent of full scale, without sign
+  template <class SourceOf>
+  void Put(const PixelRange& pixels, std::size_t row, float amplitude, const SourceOf& sourceOf) {
+    for (std::size_t x = pixels.begin; x < pixels.end; ++x) {
+      const std::size_t at = x * m_acrossStep + row * m_downStep;
+      if (std::abs(m_percents[at]) >= amplitude) continue;  // never of one that shows nothing
+      bool isNegative = false;
+      m_sources[at] = sourceOf(isNegative);
+      m_percents[at] = isNegative ? -amplitude : amplitude;
+    }
+  }
+  /// Gives the pixels to the view, row by row.
+  void Finish() {
+    m_view.pixels.reserve(m_sources.size());
+    m_view.percents.reserve(m_percents.size());
+    for (std::size_t row = 0; row < m_height; ++row)
+      for (std::size_t x = 0; x < m_width; ++x) {
+        const std::size_t at = x * m_acrossStep + row * m_downStep;
+        m_view.pixels.push_back(m_sources[at]);
+        m_view.percents.push_back(m_percents[at]);
+      }
   }
 
  private:
   ProjectionView& m_view;
-  double m_width = m_view.across.quantity;
-  double m_height = m_view.down.quantity;
+  std::size_t m_width;
+  std::size_t m_height;
+  // What is painted after each other lies near each other: samples of a top view along a row, those
+  // of the others along a column.
+  std::size_t m_acrossStep;
+  std::size_t m_downStep;
+  std::vector<float> m_percents;
+  std::vector<ProjectionView::Source> m_sources;
 };
 
 /// A value on an axis in pixels, from the outer edge of the first.
 double InPixels(const AxisScale& axis, double value) { return axis.IndexOf(value) + 0.5; }
 
-/// Whether raw samples are in the order of their values.
-template <class Values>
-inline constexpr bool keepsOrder = true;
-template <class Sample>
-inline constexpr bool keepsOrder<CorrectedValues<Sample>> = false;
-
-/// The largest and smallest of several A-scans, sample by sample, in the order of their values.
-template <class Values>
-class SampleExtremes {
- public:
-  using Raw = typename Values::Raw;
-  static constexpr bool isInOrder = keepsOrder<Values>;
-  using Kept = std::conditional_t<isInOrder, Raw, std::int32_t>;
-
-  explicit SampleExtremes(std::size_t quantity) : m_highest(quantity), m_lowest(quantity) {}
-
-  void Take(const Values& values, const Raw* samples) {
-    Kept* const highest = m_highest.data();
-    Kept* const lowest = m_lowest.data();
-    std::size_t at = 0;
-    if constexpr (isInOrder) {
-      using Lanes [[gnu::vector_size(16)]] = Raw;
-      constexpr std::size_t lanes = sizeof(Lanes) / sizeof(Raw);
-      for (; !m_isEmpty && at + lanes <= m_highest.size(); at += lanes) {
-        Lanes high, low, taken;
-        std::memcpy(&taken, samples + at, sizeof taken);
-        std::memcpy(&high, highest + at, sizeof high);
-        std::memcpy(&low, lowest + at, sizeof low);
-        high = high < taken ? taken : high;
-        low = taken < low ? taken : low;
-        std::memcpy(highest + at, &high, sizeof high);
-        std::memcpy(lowest + at, &low, sizeof low);
-      }
-    }
-    for (; at < m_highest.size(); ++at) {
-      const Kept value = KeptOf(values, samples[at]);
-      highest[at] = m_isEmpty ? value : std::max(highest[at], value);
-      lowest[at] = m_isEmpty ? value : std::min(lowest[at], value);
-    }
-    m_isEmpty = false;
-  }
-  void Clear() { m_isEmpty = true; }
-  [[nodiscard]] bool IsEmpty() const { return m_isEmpty; }
-  [[nodiscard]] Extremes At(const Values& values, std::size_t sample) const {
-    if constexpr (isInOrder)
-      return {values.ValueOf(m_highest[sample]), values.ValueOf(m_lowest[sample])};
-    else
-      return {m_highest[sample], m_lowest[sample]};
-  }
-
- private:
-  static Kept KeptOf(const Values& values, Raw sample) {
-    if constexpr (isInOrder)
-      return sample;
-    else
-      return values.ValueOf(sample);
-  }
-
-  std::vector<Kept> m_highest;
-  std::vector<Kept> m_lowest;
-  bool m_isEmpty = true;
-};
-
-/// Where a sample of a beam goes in an end or side view, from the place of its column or row.
-struct SpreadPoint {
-  std::uint32_t sample = 0;  ///< of those that are shown
-  double across = 0;         ///< in pixels
-  double down = 0;           ///< in pixels, from the outer edge of the first
-};
-
-/// A sample fills the width of its cell, or of its beam where there is one scan position.
-std::vector<SpreadPoint> SpreadOf(const ProjectedBeam& placed,
-                                  double ScanOffset::*along,
-                                  const AxisScale& cells,
-                                  const ProjectionView& view) {
-  std::vector<SpreadPoint> points;
-  const double edge = InPixels(view.across, 0);
-  const auto add = [&](std::uint32_t sample, double away, double depth) {
-    points.push_back(
-        {sample, edge + away / view.across.step, InPixels(view.down, std::max(depth, 0.0))});
+/// As many samples of a beam together as none is farther from the first than the farthest.
+/// @param distance from one sample to another in the view, in pixels
+template <class Distance>
+GroupSize GroupSizeOf(const ProjectedBeam& placed, const Distance& distance, double farthest) {
+  constexpr GroupSize largestGroup = 64;
+  const auto fits = [&](GroupSize size) {
+    for (std::size_t sample = 0; sample < placed.offsets.size(); ++sample)
+      if (distance(sample - sample % size, sample) > farthest) return false;
+    return true;
   };
-  const SectorBeam& beam = placed.beam;
-  for (std::uint32_t sample = 0; sample < placed.offsets.size(); ++sample) {
-    const double middle = placed.offsets[sample].*along;
-    const double path = beam.halfPaths.At(placed.first + sample);
-    const bool isScanned = cells.quantity > 1;
-    const double width =
-        isScanned ? std::abs(cells.step) : path * placed.halfTurn * 2 * std::numbers::pi / 180;
-    const int steps =
-        static_cast<int>(std::min(std::ceil(pointsOfPixel * width / view.across.step), 1000.0)) | 1;
-    for (int step = 0; step < steps; ++step) {
-      const double part = (2.0 * step + 1) / steps - 1;  // of the half width, to either side
-      if (isScanned || steps == 1) {
-        add(sample, middle + part * width / 2, placed.depths[sample]);
-        continue;
-      }
-      SectorBeam turned = beam;
-      turned.refractedAngle = std::clamp(beam.refractedAngle + part * placed.halfTurn, -89.9, 89.9);
-      if (const auto point = PointOf(turned, path)) {
-        const ScanOffset away = TurnedBySkew(point->distance, beam.skew);
-        add(sample, placed.index.*along + away.*along, point->depth);
-      }
-    }
-  }
-  return points;
+  GroupSize size = largestGroup;
+  while (size > 1 && !fits(size)) size /= 2;
+  return size;
 }
+
+/// Cells that a view looks through: each line of them becomes one.
+struct CellLines {
+  std::uint64_t quantity = 0;   ///< of lines
+  std::uint64_t step = 0;       ///< from the first cell of a line to that of the next
+  std::uint64_t cells = 0;      ///< of a line
+  std::uint64_t cellsStep = 0;  ///< from one cell of a line to the next
+};
 
 /// Called with the bytes of a beam that were read.
 using Progress = std::function<void(std::uint64_t bytes)>;
 
-/// An end or side view of one beam: the cells of each line, which are looked through, are reduced.
-void PaintLines(ProjectionPainter& painter,
-                const ProjectionView& view,
-                const ProjectedBeam& placed,
-                std::uint32_t beam,
-                const Progress& progress) {
+/// Calls `paint(line, extremes)` of each line of a beam that has samples.
+template <class Paint>
+void ReadLines(const ProjectedBeam& placed,
+               const CellLines& lines,
+               GroupSize groupSize,
+               const Progress& progress,
+               const Paint& paint) {
   const DataGroup& group = placed.beam.group;
   const CellTable& table = DataGroupInside::Cells(group);
-  const bool isEnd = view.view == PartView::End;
-  const AxisScale& lines = isEnd ? placed.columns : placed.rows;
-  const auto points = SpreadOf(placed, isEnd ? &ScanOffset::column : &ScanOffset::row, lines, view);
-  const AmplitudeRule rule(group.Descriptor());
-  const AmplitudeScale scale = group.Amplitudes();
-  const std::uint64_t columns = group.ColumnQuantity(), rows = group.RowQuantity();
+  const std::size_t shown = placed.offsets.size();
   WithValues(group.Descriptor(), [&](const auto& values) {
     using Values = std::remove_cvref_t<decltype(values)>;
     using Raw = typename Values::Raw;
-    const std::size_t shown = placed.end - placed.first;
-    // Columns are taken a few at a time, so that what is kept of them stays in the cache while the
-    // rows are read in their order.
+    // Lines that lie beside each other are taken a few at a time, so that what is kept of them
+    // stays in the cache while the cells are read in their order.
     constexpr std::size_t cache = std::size_t{256} << 10U;
+    const bool areBeside = lines.step < lines.cellsStep;
     const std::uint64_t together =
-        isEnd ? std::max<std::uint64_t>(1, cache / (2 * shown * sizeof(Raw) + 1)) : 1;
-    std::vector<float> percents(shown);
-    std::vector<SampleExtremes<Values>> kept(together, SampleExtremes<Values>(shown));
-    const std::uint64_t quantity = isEnd ? columns : rows;
-    for (std::uint64_t first = 0; first < quantity; first += together) {
-      const std::uint64_t count = std::min(together, quantity - first);
-      for (std::uint64_t outer = 0; outer < (isEnd ? rows : columns); ++outer)
+        areBeside ? std::max<std::uint64_t>(1, cache / (2 * shown * sizeof(Raw) + 1)) : 1;
+    std::vector<GroupedExtremes<Values>> kept(
+        std::min(together, lines.quantity),
+        GroupedExtremes<Values>(values, group, shown, groupSize));
+    for (std::uint64_t first = 0; first < lines.quantity; first += kept.size()) {
+      const std::uint64_t count = std::min<std::uint64_t>(kept.size(), lines.quantity - first);
+      for (std::uint64_t cell = 0; cell < lines.cells; ++cell)
         for (std::uint64_t line = 0; line < count; ++line) {
-          const std::uint64_t cell =
-              isEnd ? outer * columns + first + line : (first + line) * columns + outer;
-          if (const std::byte* samples = table.Cell(cell))
-            kept[line].Take(values, reinterpret_cast<const Raw*>(samples) + placed.first);
+          const std::byte* samples =
+              table.Cell((first + line) * lines.step + cell * lines.cellsStep);
+          if (samples) kept[line].Take(reinterpret_cast<const Raw*>(samples) + placed.first);
         }
       for (std::uint64_t line = 0; line < count; ++line) {
-        if (kept[line].IsEmpty()) continue;
-        for (std::size_t sample = 0; sample < shown; ++sample)
-          percents[sample] =
-              static_cast<float>(scale.Percent(rule.Larger(kept[line].At(values, sample))));
+        if (!kept[line].IsEmpty()) paint(first + line, kept[line]);
         kept[line].Clear();
-        const double place = lines.At(static_cast<double>(first + line)) / view.across.step;
-        for (const SpreadPoint& point : points) {
-          const std::size_t pixel = painter.PixelAt(place + point.across, point.down);
-          if (pixel != ProjectionPainter::outside)
-            painter.Put(
-                pixel, percents[point.sample], {beam, placed.first + point.sample, first + line});
-        }
       }
-      progress(count * (isEnd ? rows : columns) * table.VectorBytes());
+      progress(count * lines.cells * table.VectorBytes());
     }
     return true;
   });
 }
 
-/// Samples of a cell of a top view that are put into one pixel: they are not farther from each
-/// other.
-struct Stretch {
-  std::uint32_t begin = 0;  ///< of the samples that are shown
-  std::uint32_t end = 0;
-  ScanOffset offset;  ///< of its middle from the cell, in pixels
+/// Where a group of samples goes in an end or side view, from the place of its line.
+struct LinePlace {
+  std::size_t group = 0;
+  double left = 0;  ///< in pixels
+  double right = 0;
+  std::size_t row = 0;  ///< of the pixels
 };
 
-std::vector<Stretch> StretchesOf(const ProjectedBeam& placed, const ProjectionView& view) {
-  std::vector<Stretch> stretches;
-  const auto samples = static_cast<std::uint32_t>(placed.offsets.size());
-  for (std::uint32_t begin = 0; begin < samples;) {
-    std::uint32_t end = begin + 1;
-    const ScanOffset& from = placed.offsets[begin];
-    while (end < samples &&
-           std::abs(placed.offsets[end].column - from.column) <= view.across.step &&
-           std::abs(placed.offsets[end].row - from.row) <= view.down.step)
-      ++end;
-    const ScanOffset& middle = placed.offsets[begin + (end - begin) / 2];
-    stretches.push_back(
-        {begin, end, {middle.column / view.across.step, middle.row / view.down.step}});
-    begin = end;
+/// Cells of a scan are as wide as the step to the next.
+std::vector<LinePlace> PlacesOfCells(const ProjectedBeam& placed,
+                                     double ScanOffset::*along,
+                                     const AxisScale& cells,
+                                     const ProjectionView& view,
+                                     GroupSize size) {
+  const double halfWidth = std::abs(cells.step / view.across.step) / 2;
+  const double edge = InPixels(view.across, 0);
+  std::vector<LinePlace> places;
+  for (std::size_t begin = 0; begin < placed.offsets.size(); begin += size) {
+    const std::size_t last = std::min(begin + size, placed.offsets.size()) - 1;
+    const double middle = (placed.offsets[begin].*along + placed.offsets[last].*along) / 2;
+    const double depth = (placed.depths[begin] + placed.depths[last]) / 2;
+    const double across = edge + middle / view.across.step;
+    const double row = std::clamp(InPixels(view.down, depth), 0.0, view.down.quantity - 1.0);
+    places.push_back(
+        {begin / size, across - halfWidth, across + halfWidth, static_cast<std::size_t>(row)});
   }
-  return stretches;
+  return places;
+}
+
+/// Where there is one scan position, beams are as wide as the angle to the next.
+std::vector<LinePlace> PlacesOfFan(const ProjectedBeam& placed,
+                                   double ScanOffset::*along,
+                                   const ProjectionView& view) {
+  std::vector<LinePlace> places;
+  const double edge = InPixels(view.across, 0);
+  SectorBeam turned = placed.beam;
+  for (std::size_t sample = 0; sample < placed.offsets.size(); ++sample) {
+    const double path = turned.halfPaths.At(static_cast<double>(placed.first + sample));
+    const double width = path * placed.halfTurn * 2 * std::numbers::pi / 180;
+    const int steps =
+        static_cast<int>(std::min(std::ceil(pointsOfPixel * width / view.across.step), 1000.0)) | 1;
+    for (int step = 0; step < steps; ++step) {
+      const double part = (2.0 * step + 1) / steps - 1;  // of the half width, to either side
+      turned.refractedAngle =
+          std::clamp(placed.beam.refractedAngle + part * placed.halfTurn, -89.9, 89.9);
+      const auto point = PointOf(turned, path);
+      if (!point) continue;
+      const ScanOffset away = TurnedBySkew(point->distance, turned.skew);
+      const double across = edge + (placed.index.*along + away.*along) / view.across.step;
+      const double row = InPixels(view.down, std::max(point->depth, 0.0));
+      if (row < view.down.quantity)
+        places.push_back({sample, across, across, static_cast<std::size_t>(row)});
+    }
+  }
+  return places;
+}
+
+/// An end or side view of one beam: the cells of each column or row, which are looked through, are
+/// reduced.
+void PaintLines(ProjectionPainter& painter,
+                const ProjectionView& view,
+                const ProjectedBeam& placed,
+                std::uint32_t beam,
+                const Progress& progress) {
+  const std::uint64_t columns = placed.columns.quantity, rows = placed.rows.quantity;
+  const bool isEnd = view.view == PartView::End;
+  const AxisScale& scan = isEnd ? placed.columns : placed.rows;
+  double ScanOffset::*const along = isEnd ? &ScanOffset::column : &ScanOffset::row;
+  const auto distance = [&](std::size_t from, std::size_t to) {
+    return std::max(
+        std::abs(placed.offsets[to].*along - placed.offsets[from].*along) / view.across.step,
+        std::abs(placed.depths[to] - placed.depths[from]) / view.down.step);
+  };
+  const bool isScanned = scan.quantity > 1;
+  const GroupSize size = isScanned ? GroupSizeOf(placed, distance, 0.5) : 1;
+  const std::vector<LinePlace> places =
+      isScanned ? PlacesOfCells(placed, along, scan, view, size) : PlacesOfFan(placed, along, view);
+  const CellLines lines =
+      isEnd ? CellLines{columns, 1, rows, columns} : CellLines{rows, columns, columns, 1};
+  ReadLines(placed, lines, size, progress, [&](std::uint64_t line, auto& samples) {
+    const std::vector<float>& amplitudes = samples.Amplitudes();
+    const double place = scan.At(static_cast<double>(line)) / view.across.step;
+    PixelRange across;
+    double left = std::numeric_limits<double>::quiet_NaN();
+    for (const LinePlace& to : places) {
+      if (to.left != left) {  // it seldom is, where beams do not run along the line
+        left = to.left;
+        across = painter.PixelsBetween(place + left, place + to.right);
+      }
+      painter.Put(across, to.row, amplitudes[to.group], [&](bool& isNegative) {
+        return ProjectionView::Source{
+            beam, placed.first + samples.StrongestOf(to.group, isNegative), line};
+      });
+    }
+  });
 }
 
 void PaintTop(ProjectionPainter& painter,
@@ -403,40 +410,36 @@ void PaintTop(ProjectionPainter& painter,
               const ProjectedBeam& placed,
               std::uint32_t beam,
               const Progress& progress) {
-  const DataGroup& group = placed.beam.group;
-  const CellTable& table = DataGroupInside::Cells(group);
-  const std::vector<Stretch> stretches = StretchesOf(placed, view);
-  const AmplitudeRule rule(group.Descriptor());
-  const AmplitudeScale scale = group.Amplitudes();
-  const std::uint32_t columns = group.ColumnQuantity();
-  WithValues(group.Descriptor(), [&](const auto& values) {
-    using Raw = typename std::remove_cvref_t<decltype(values)>::Raw;
-    for (std::uint32_t row = 0; row < group.RowQuantity(); ++row) {
-      for (std::uint32_t column = 0; column < columns; ++column) {
-        const std::uint64_t cell = std::uint64_t{row} * columns + column;
-        const auto* begin = reinterpret_cast<const Raw*>(table.Cell(cell));
-        if (!begin) continue;
-        const double across = InPixels(view.across, placed.columns.At(column));
-        const double down = InPixels(view.down, placed.rows.At(row));
-        for (const Stretch& stretch : stretches) {
-          const std::size_t pixel =
-              painter.PixelAt(across + stretch.offset.column, down + stretch.offset.row);
-          if (pixel == ProjectionPainter::outside) continue;
-          const std::span<const Raw> samples(begin + placed.first + stretch.begin,
-                                             stretch.end - stretch.begin);
-          const Extremes extremes = values.Of(samples);
-          const auto percent = static_cast<float>(scale.Percent(rule.Larger(extremes)));
-          if (!painter.IsStronger(pixel, percent)) continue;
-          const std::size_t sample = FirstLargest(rule, values, samples, extremes);
-          painter.Put(
-              pixel,
-              percent,
-              {beam, placed.first + stretch.begin + static_cast<std::uint32_t>(sample), cell});
-        }
-      }
-      progress(columns * table.VectorBytes());
+  const auto distance = [&](std::size_t from, std::size_t to) {
+    const ScanOffset &one = placed.offsets[from], &other = placed.offsets[to];
+    return std::max(std::abs(other.column - one.column) / view.across.step,
+                    std::abs(other.row - one.row) / view.down.step);
+  };
+  const GroupSize size = GroupSizeOf(placed, distance, 1);
+  std::vector<ScanOffset> places;  // of the groups from their cell, in pixels
+  for (std::size_t begin = 0; begin < placed.offsets.size(); begin += size) {
+    const ScanOffset& middle =
+        placed.offsets[std::min(begin + size / 2, placed.offsets.size() - 1)];
+    places.push_back({middle.column / view.across.step, middle.row / view.down.step});
+  }
+  const std::uint64_t columns = placed.columns.quantity, rows = placed.rows.quantity;
+  const CellLines cells = {rows * columns, 1, 1, 1};
+  ReadLines(placed, cells, size, progress, [&](std::uint64_t cell, auto& samples) {
+    const std::vector<float>& amplitudes = samples.Amplitudes();
+    const double across =
+        InPixels(view.across, placed.columns.At(static_cast<double>(cell % columns)));
+    const double down = InPixels(view.down, placed.rows.At(static_cast<double>(cell / columns)));
+    for (std::size_t group = 0; group < places.size(); ++group) {
+      const double row = down + places[group].row;
+      if (!(row >= 0 && row < view.down.quantity)) continue;
+      painter.Put(painter.PixelAt(across + places[group].column),
+                  static_cast<std::size_t>(row),
+                  amplitudes[group],
+                  [&](bool& isNegative) {
+                    return ProjectionView::Source{
+                        beam, placed.first + samples.StrongestOf(group, isNegative), cell};
+                  });
     }
-    return true;
   });
 }
 
@@ -472,6 +475,7 @@ ProjectionView MakeProjection(const std::vector<DataGroup>& groups,
     isUnknown |= beams[beam].beam.thickness == 0;
     (isTop ? PaintTop : PaintLines)(painter, view, beams[beam], beam, progress);
   }
+  painter.Finish();
   if (wanted == PartView::End)
     for (const CGWeldTypeDescr* weld : DataGroupInside::State(view.beams.front()).descriptor->welds)
       for (std::vector<SectorLine::Point>& line : WeldOutline(*weld, beams.front().beam.thickness))
