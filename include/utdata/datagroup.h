@@ -41,6 +41,16 @@ struct CellRange {
   [[nodiscard]] std::uint64_t At(std::uint64_t index) const { return first + index * step; }
 };
 
+/// Some indices of an axis, one after the other.
+struct IndexRange {
+  std::uint32_t first = 0;
+  std::uint32_t count = ~std::uint32_t{0};  ///< as many as there are, where they are fewer
+
+  [[nodiscard]] bool Holds(std::uint32_t index) const {
+    return index >= first && index - first < count;
+  }
+};
+
 /// An axis in one unit, its values evenly spaced.
 struct AxisScale {
   std::string symbol;  ///< of the unit; empty for plain numbers
@@ -50,6 +60,9 @@ struct AxisScale {
 
   [[nodiscard]] double At(double index) const { return first + index * step; }
   [[nodiscard]] double IndexOf(double value) const { return (value - first) / step; }
+  /// Those of its indices whose values lie between two others, or are one of them. None where the
+  /// step is 0.
+  [[nodiscard]] UTDATA_API IndexRange IndicesBetween(double from, double to) const;
 };
 
 /// A gate on the axis of A-scans.

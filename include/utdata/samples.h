@@ -54,7 +54,10 @@ class UTDATA_API Samples {
   [[nodiscard]] std::uint32_t SamplesPerCell() const;
   [[nodiscard]] bool IsSigned() const;  ///< of the values
 
-  [[nodiscard]] Peaks FindPeaks(const CellRange& cells, const Watch& watch = {}) const;
+  /// @param samples of each cell that are looked at; at least one of its samples, or it throws
+  [[nodiscard]] Peaks FindPeaks(const CellRange& cells,
+                                const Watch& watch = {},
+                                const IndexRange& samples = {}) const;
   /// The values of one cell.
   [[nodiscard]] std::vector<std::int32_t> Values(std::uint64_t cell) const;
   /// Whether a cell counts as one without samples because they are damaged. Reads them.

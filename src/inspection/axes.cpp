@@ -1,5 +1,6 @@
 // The axes of a data group in everyday units, and what one position reads, through its item's
 // units.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -132,6 +133,16 @@ const CUnit* DecibelUnit(const CIData& item) {
 }
 
 }  // namespace
+
+IndexRange AxisScale::IndicesBetween(double from, double to) const {
+  constexpr double rounding = 1e-6;  // of an index, so that a value given as printed is inside
+  if (quantity == 0 || !IsUsable(step)) return {0, 0};
+  const auto [low, high] = std::minmax({IndexOf(from), IndexOf(to)});
+  const double begin = std::max(std::ceil(low - rounding), 0.0);
+  const double last = std::min(std::floor(high + rounding), quantity - 1.0);
+  if (!(from <= to) || !(begin <= last)) return {0, 0};
+  return {static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(last - begin) + 1};
+}
 
 AxisScale DataGroup::Columns() const {
   const CIData& item = Item();

@@ -177,21 +177,26 @@ bool Samples::CanAmplify() const {
   return m_reader->isWide && !isCentred;
 }
 
-Peaks Samples::FindPeaks(const CellRange& cells, const Watch& watch) const {
+Peaks Samples::FindPeaks(const CellRange& cells,
+                         const Watch& watch,
+                         const IndexRange& shown) const {
   const Reader& reader = *m_reader;
+  const std::uint32_t all = reader.cells->SamplesPerCell();
+  if (shown.count == 0 || shown.first >= all)
+    throw Error(reader.state.NameOf(reader.row), cannotBeShown, "it has no such samples");
   return WithValues(reader.descriptor, [&](const auto& values) {
     using Raw = typename std::remove_cvref_t<decltype(values)>::Raw;
-    const std::size_t vector = reader.cells->SamplesPerCell();
+    const std::size_t vector = std::min(shown.count, all - shown.first);
     const std::size_t cellBytes = vector * sizeof(Raw);
     const std::size_t cellsPerCall = 1 + (std::size_t{1} << 20U) / (cellBytes + 1);
     const std::int32_t silence = reader.ValueOf(reader.silent);
-    Peaks peaks = {std::vector<std::int32_t>(cells.count), {cells.first, 0, 0}};
+    Peaks peaks = {std::vector<std::int32_t>(cells.count), {cells.first, shown.first, 0}};
     double largest = -1;
     for (std::uint64_t index = 0; index < cells.count; ++index) {
       if (watch && index % cellsPerCall == 0)
         watch("looking for the strongest echo", index * cellBytes, cells.count * cellBytes);
       const auto* begin = reinterpret_cast<const Raw*>(reader.cells->Cell(cells.At(index)));
-      const std::span<const Raw> samples(begin, begin ? vector : 0);
+      const std::span<const Raw> samples(begin ? begin + shown.first : nullptr, begin ? vector : 0);
       const Extremes extremes = begin ? values.Of(samples) : Extremes{silence, silence};
       const std::int32_t value = reader.rule.Larger(extremes);
       peaks.values[index] = value;
@@ -199,8 +204,9 @@ Peaks Samples::FindPeaks(const CellRange& cells, const Watch& watch) const {
       largest = reader.rule.Rank(value);
       const std::size_t sample = begin ? FirstLargest(reader.rule, values, samples, extremes) : 0;
       const std::int32_t first = begin ? values.ValueOf(samples[sample]) : silence;
-      peaks.strongest = {
-          cells.At(index), static_cast<std::uint32_t>(sample), static_cast<double>(first)};
+      peaks.strongest = {cells.At(index),
+                         shown.first + static_cast<std::uint32_t>(sample),
+                         static_cast<double>(first)};
     }
     return peaks;
   });

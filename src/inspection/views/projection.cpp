@@ -92,9 +92,8 @@ std::vector<ProjectedBeam> BeamsToProject(const std::vector<DataGroup>& groups,
     for (const DataGroup& element : group.Elements()) add(element);
   }
   if (tofd > 0)
-    remarks.push_back(std::to_string(tofd) +
-                      " data groups of time-of-flight diffraction have no "
-                      "beams, and are left out");
+    remarks.push_back("Data of time-of-flight diffraction have no beams, and are left out (" +
+                      std::to_string(tofd) + (tofd == 1 ? " data group)" : " data groups)"));
   if (beams.empty())
     throw Error(groups.empty() ? "" : groups.front().Name(), notProjected, "no beam is left");
   if (std::all_of(

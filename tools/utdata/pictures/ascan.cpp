@@ -37,18 +37,23 @@ std::string NameOf(const CGGateTypeDescr& gate) {
   return gate.name.empty() ? "gate " + std::to_string(gate.gateId) : Printable(ToUtf8(gate.name));
 }
 
-/// Adds the gates of the channel that stand still. Where the others lie depends on an echo in
-/// another gate, which a note says.
-void AddGates(LinePlot& plot, const DataGroup& group, bool hasSign) {
+/// Adds the gates of the channel that stand still, as far as they lie on samples that are shown.
+/// Where the others lie depends on an echo in another gate, which a note says.
+void AddGates(LinePlot& plot, const DataGroup& group, const IndexRange& shown, bool hasSign) {
   std::string moving;
+  const double first = shown.first;
+  const auto inPlot = [&](double sample) {
+    return std::clamp(sample - first, -0.5, shown.count - 0.5);
+  };
   for (const PlacedGate& placed : group.Gates()) {
     const CGGateTypeDescr& gate = *placed.gate;
     if (!placed.isPlaced) {
       moving += (moving.empty() ? "" : ", ") + NameOf(gate);
       continue;
     }
-    GateBar bar = {plot.across.At(placed.from),
-                   plot.across.At(placed.to),
+    if (placed.to < first || placed.from > first + shown.count - 1) continue;
+    GateBar bar = {plot.across.At(inPlot(placed.from)),
+                   plot.across.At(inPlot(placed.to)),
                    gate.positiveLevel,
                    ColorOf(gate),
                    NameOf(gate)};
@@ -81,20 +86,22 @@ AScan MakeAScan(const DataGroup& group, const AScanOptions& options) {
   const Samples samples = group.Samples();
   CheckRow(group, options.row);
   CheckColumn(group, options.column);
+  const IndexRange shown = SamplesBetween(group, options.limits);
   const StrongestSample strongest =
-      samples.FindPeaks(Searched(group, options), Watching(options.quiet)).strongest;
+      samples.FindPeaks(Searched(group, options), Watching(options.quiet), shown).strongest;
   AScan scan;
   LinePlot& plot = scan.plot;
   scan.row = static_cast<std::uint32_t>(strongest.cell / group.ColumnQuantity());
   scan.column = static_cast<std::uint32_t>(strongest.cell % group.ColumnQuantity());
   scan.sample = strongest.sample;
   scan.percent = group.Percent(strongest.value);
-  for (const std::int32_t value : samples.Values(strongest.cell))
-    plot.values.push_back(group.Percent(value));
-  SampleAxes across = SampleAxesOf(group, options.samples);
-  plot.across = std::move(across.first);
-  plot.acrossAgain = std::move(across.again);
-  plot.marked = scan.sample;
+  const std::vector<std::int32_t> values = samples.Values(strongest.cell);
+  for (std::uint32_t sample = shown.first; shown.Holds(sample); ++sample)
+    plot.values.push_back(group.Percent(values[sample]));
+  const SampleAxes across = SampleAxesOf(group, options.samples);
+  plot.across = Part(across.first, shown);
+  if (across.again) plot.acrossAgain = Part(*across.again, shown);
+  plot.marked = scan.sample - shown.first;
 
   plot.title = Caption(group) + " · A-scan at " + RowText(group, scan.row) + ", " +
                ColumnText(group, scan.column) + WhichCell(options);
@@ -105,7 +112,8 @@ AScan MakeAScan(const DataGroup& group, const AScanOptions& options) {
     scan.damagedCells = 1;
     plot.notes.push_back("The samples of this cell are damaged: shown without them");
   }
-  AddGates(plot, group, meaning.hasSign);
+  if (options.limits.AreGiven()) plot.notes.push_back(LimitsText(options.limits));
+  AddGates(plot, group, shown, meaning.hasSign);
   scan.gain = options.gain.value_or(GainFor(scan));
   plot.notes.front() += GainText(scan.gain);
   SetScale(scan, group, meaning);

@@ -19,6 +19,7 @@ struct AScanOptions {
   std::optional<std::uint32_t> gain;  ///< soft gain, a whole factor from 1; none: as much as the
                                       ///< echo and the levels of the gates allow
   SampleAxis samples = SampleAxis::Time;
+  PathLimits limits;
   bool quiet = false;  ///< shows no progress
 };
 

@@ -1,5 +1,6 @@
 #include "pictures/captions.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -61,6 +62,36 @@ SampleAxes SampleAxesOf(const DataGroup& group, SampleAxis wanted) {
   if (path) shown.again = ToPlotAxis(*path, "Half sound path", "sample");
   if (path && wanted == SampleAxis::Path) std::swap(shown.first, *shown.again);
   return shown;
+}
+
+IndexRange SamplesBetween(const DataGroup& group, const PathLimits& limits) {
+  constexpr const char* cannotBeLimited = "has no samples between half paths";
+  const std::uint32_t quantity = group.SampleQuantity();
+  if (!limits.AreGiven()) return {0, quantity};
+  if (!group.HasAScans()) throw Failure(group.Name(), cannotBeLimited, "it has one value a cell");
+  const AxisScale natural = group.Times();
+  const std::optional<AxisScale> path =
+      natural.symbol == "mm" ? std::optional(natural) : group.HalfPaths();
+  if (!path) throw Failure(group.Name(), cannotBeLimited, "its sound speed is not known");
+  const IndexRange samples = path->IndicesBetween(limits.From(), limits.To());
+  if (samples.count == 0)
+    throw Failure(
+        group.Name(),
+        cannotBeLimited,
+        "its samples lie from " + Number(path->At(0)) + " to " + AxisText(*path, quantity - 1.0));
+  return samples;
+}
+
+std::string LimitsText(const PathLimits& limits) {
+  return "Samples" + (limits.from ? " from " + Number(*limits.from) : "") +
+         (limits.to ? " to " + Number(*limits.to) : "") + " mm half path";
+}
+
+PlotAxis Part(const PlotAxis& axis, const IndexRange& cells) {
+  PlotAxis part = axis;
+  part.first = axis.At(cells.first);
+  part.quantity = std::min<std::size_t>(cells.count, axis.quantity - cells.first);
+  return part;
 }
 
 std::string Caption(const DataGroup& group) { return Printable(group.Caption()); }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -18,6 +19,26 @@ enum class SampleAxis {
 
 [[nodiscard]] PlotAxis ColumnAxis(const DataGroup& group);
 [[nodiscard]] PlotAxis RowAxis(const DataGroup& group);
+
+/// Between which half paths, in millimetres, samples are shown.
+struct PathLimits {
+  std::optional<double> from;
+  std::optional<double> to;
+
+  [[nodiscard]] bool AreGiven() const { return from || to; }
+  [[nodiscard]] double From() const {
+    return from.value_or(-std::numeric_limits<double>::infinity());
+  }
+  [[nodiscard]] double To() const { return to.value_or(std::numeric_limits<double>::infinity()); }
+};
+/// The samples between limits. Throws Failure when these are given and there are none, or the sound
+/// path is not known.
+[[nodiscard]] IndexRange SamplesBetween(const DataGroup& group, const PathLimits& limits);
+/// "Samples from 5 to 20 mm half path"
+[[nodiscard]] std::string LimitsText(const PathLimits& limits);
+
+/// Some cells of an axis alone.
+[[nodiscard]] PlotAxis Part(const PlotAxis& axis, const IndexRange& cells);
 
 /// The sample axis as it is read, and again in the other unit where there is one.
 struct SampleAxes {

@@ -33,12 +33,27 @@ constexpr std::array<Color, 9> inferno = {{{0, 0, 4},
                                            {249, 201, 50},
                                            {252, 255, 164}}};
 
+constexpr std::array<Color, 9> rainbow = {{{255, 255, 255},
+                                           {120, 180, 255},
+                                           {0, 60, 255},
+                                           {0, 200, 200},
+                                           {0, 190, 0},
+                                           {255, 240, 0},
+                                           {255, 140, 0},
+                                           {255, 0, 0},
+                                           {150, 0, 0}}};
+
 constexpr std::array<Color, 2> grey = {{{0, 0, 0}, {255, 255, 255}}};
 
 }  // namespace
 
 const ColorMap& HeatColors() {
   static const ColorMap map = Interpolate(inferno);
+  return map;
+}
+
+const ColorMap& RainbowColors() {
+  static const ColorMap map = Interpolate(rainbow);
   return map;
 }
 

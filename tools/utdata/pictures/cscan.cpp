@@ -95,7 +95,8 @@ void MarkDamage(CScan& scan, const Samples& samples) {
 CScan MakeCScan(const DataGroup& group, const CScanOptions& options) {
   Samples samples = group.Samples();
   const bool hasPositions = group.HoldsPositions();
-  const Peaks peaks = samples.FindPeaks(group.AllCells(), Watching(options.quiet));
+  const Peaks peaks = samples.FindPeaks(
+      group.AllCells(), Watching(options.quiet), SamplesBetween(group, options.limits));
   CScan scan;
   ImagePlot& plot = scan.plot;
   scan.row = static_cast<std::uint32_t>(peaks.strongest.cell / group.ColumnQuantity());
@@ -107,7 +108,6 @@ CScan MakeCScan(const DataGroup& group, const CScanOptions& options) {
 
   plot.across = ColumnAxis(group);
   plot.down = RowAxis(group);
-  plot.sameScale = plot.across.unit == "mm" && plot.down.unit == "mm";
   plot.codes = samples.CodesOf(peaks.values, scan.gain);
   plot.title = Caption(group) + Subject(group);
   if (hasPositions) {
@@ -120,7 +120,9 @@ CScan MakeCScan(const DataGroup& group, const CScanOptions& options) {
     plot.marked = ImagePlot::Cell{scan.column, scan.row};
     ShowAmplitudes(scan, group, samples.Span());
   }
+  if (options.limits.AreGiven()) plot.notes.push_back(LimitsText(options.limits));
   MarkDamage(scan, samples);
+  SetProportion(plot);
   return scan;
 }
 

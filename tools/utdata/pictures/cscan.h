@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "pictures/captions.h"
 #include "pictures/plot.h"
 #include "utdata/samples.h"
 
@@ -13,6 +14,7 @@ namespace utdata::program {
 struct CScanOptions {
   std::optional<std::uint32_t>
       gain;  ///< soft gain, a whole factor from 1; none: as much as the largest value allows
+  PathLimits limits;   ///< of A-scans
   bool quiet = false;  ///< shows no progress
 };
 

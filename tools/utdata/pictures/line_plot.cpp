@@ -33,16 +33,17 @@ class LineLayout {
     m_marks.Mark(plot.marks, areaHeight);
     if (plot.acrossAgain) m_again.emplace(font, Side::Top, *plot.acrossAgain, areaWidth);
     m_area.left = margin + axisSize + gap + m_values.Depth();
-    m_area.top = HeadHeight(plot.notes.size());
-    if (m_again) m_area.top += m_again->Depth() + gap + axisSize;
     m_width = m_area.Right() + m_marks.Depth() + gap + axisSize + margin;
-    m_width = std::max(m_width, m_area.left + HeadWidth(font, plot.title, plot.notes) + margin);
+    m_head.emplace(font, plot.title, plot.notes, m_width - m_area.left - margin);
+    m_width = std::max(m_width, m_area.left + m_head->Width() + margin);
+    m_area.top = m_head->Height();
+    if (m_again) m_area.top += m_again->Depth() + gap + axisSize;
     m_height = m_area.Bottom() + m_across.Depth() + gap + axisSize + margin;
   }
 
   PlotPicture Draw() const {
     Canvas canvas(m_width, m_height, paper);
-    DrawHead(canvas, m_font, m_area.left, m_plot.title, m_plot.notes);
+    m_head->Draw(canvas, m_area.left);
     DrawGrid(canvas);
     DrawCurve(canvas);
     for (const GateBar& gate : m_plot.gates) DrawGate(canvas, gate);
@@ -143,6 +144,7 @@ class LineLayout {
   const LinePlot& m_plot;
   const Font& m_font;
   Rect m_area;
+  std::optional<Head> m_head;  ///< once the width is known
   Scale m_across;
   Scale m_values;
   Scale m_marks;

@@ -11,6 +11,7 @@ namespace {
 
 constexpr int barWidth = 18;
 constexpr int lowestBar = 180;
+constexpr int narrowestHead = 560;
 
 /// Everything that is drawn, sized before it is placed.
 class Layout {
@@ -45,19 +46,22 @@ class Layout {
  private:
   void Place() {
     m_image.left = margin + axisSize + gap + m_down.Depth();
-    m_image.top = HeadHeight(m_plot.notes.size());
-    m_bar = {m_image.Right(), m_image.top, barWidth, m_barHeight};
+    m_bar = {m_image.Right(), 0, barWidth, m_barHeight};
     if (m_downAgain) m_bar.left += m_downAgain->Depth() + gap + axisSize;
     m_bar.left += 3 * gap + m_marks.Depth();
     m_width = m_bar.Right() + m_values.Depth() + gap + axisSize + margin;
-    m_width =
-        std::max(m_width, m_image.left + HeadWidth(m_font, m_plot.title, m_plot.notes) + margin);
+    m_head.emplace(m_font,
+                   m_plot.title,
+                   m_plot.notes,
+                   std::max(m_width - m_image.left - margin, narrowestHead));
+    m_width = std::max(m_width, m_image.left + m_head->Width() + margin);
+    m_image.top = m_bar.top = m_head->Height();
     m_height = m_image.top +
                std::max(m_image.height + m_across.Depth() + gap + axisSize, m_barHeight) + margin;
   }
 
   void DrawTexts(Canvas& canvas) const {
-    DrawHead(canvas, m_font, m_image.left, m_plot.title, m_plot.notes);
+    m_head->Draw(canvas, m_image.left);
     const TextStyle axisStyle = {axisSize, ink, Anchor::Middle, false};
     m_font.Draw(canvas,
                 {m_image.left + m_image.width / 2,
@@ -94,22 +98,37 @@ class Layout {
     if (m_plot.marked) DrawPointers(canvas, *m_plot.marked);
   }
 
+  /// Calls `draw` with each pixel of the image, and whether `cells` has 1 there. Where several cells
+  /// fall on one pixel, one of them does.
+  template <class DrawPixel>
+  void ForPixels(const std::vector<std::uint8_t>& cells, const DrawPixel& draw) const {
+    const std::vector<std::uint8_t> marked = Resample(cells,
+                                                      m_plot.across.quantity,
+                                                      static_cast<std::size_t>(m_image.width),
+                                                      static_cast<std::size_t>(m_image.height),
+                                                      false);
+    std::size_t index = 0;
+    for (int y = m_image.top; y < m_image.Bottom(); ++y)
+      for (int x = m_image.left; x < m_image.Right(); ++x) draw(Point{x, y}, marked[index++] != 0);
+  }
+
   /// Where several cells fall on one pixel, it is seen when one of them is.
   void DrawUnseen(Canvas& canvas) const {
     constexpr Color unseen = {222, 225, 230};
-    std::vector<std::uint8_t> seen(m_plot.unseen.size());
-    std::transform(m_plot.unseen.begin(), m_plot.unseen.end(), seen.begin(), [](std::uint8_t is) {
-      return static_cast<std::uint8_t>(1 - is);
+    std::vector<std::uint8_t> seen = m_plot.unseen;
+    for (std::uint8_t& cell : seen) cell = cell == 0 ? 1 : 0;
+    ForPixels(seen, [&](Point at, bool isSeen) {
+      if (!isSeen) canvas.Set(at, unseen);
     });
-    seen = Resample(seen,
-                    m_plot.across.quantity,
-                    static_cast<std::size_t>(m_image.width),
-                    static_cast<std::size_t>(m_image.height),
-                    false);
-    std::size_t index = 0;
-    for (int y = m_image.top; y < m_image.Bottom(); ++y)
-      for (int x = m_image.left; x < m_image.Right(); ++x)
-        if (seen[index++] == 0) canvas.Set({x, y}, unseen);
+  }
+
+  /// Slanting stripes of a colour that no code has; between them the image is seen.
+  void DrawStripes(Canvas& canvas) const {
+    constexpr Color stripe = {0, 150, 255};
+    constexpr int stripeWidth = 3;
+    ForPixels(m_plot.striped, [&](Point at, bool isStriped) {
+      if (isStriped && (at.x + at.y) / stripeWidth % 2 == 0) canvas.Set(at, stripe);
+    });
   }
 
   void DrawLine(Canvas& canvas, const PlotLine& line) const {
@@ -153,21 +172,6 @@ class Layout {
            at.y < m_image.Bottom();
   }
 
-  /// Slanting stripes of a colour that no code has; between them the image is seen.
-  void DrawStripes(Canvas& canvas) const {
-    constexpr Color stripe = {0, 150, 255};
-    constexpr int stripeWidth = 3;
-    const std::vector<std::uint8_t> striped = Resample(m_plot.striped,
-                                                       m_plot.across.quantity,
-                                                       static_cast<std::size_t>(m_image.width),
-                                                       static_cast<std::size_t>(m_image.height),
-                                                       false);
-    std::size_t index = 0;
-    for (int y = m_image.top; y < m_image.Bottom(); ++y)
-      for (int x = m_image.left; x < m_image.Right(); ++x)
-        if (striped[index++] != 0 && (x + y) / stripeWidth % 2 == 0) canvas.Set({x, y}, stripe);
-  }
-
   /// Triangles above and left of the image, their points towards the marked cell.
   void DrawPointers(Canvas& canvas, const ImagePlot::Cell& cell) const {
     const int x = m_across.Place(m_image, m_plot.across.At(static_cast<double>(cell.across)));
@@ -206,6 +210,7 @@ class Layout {
   const ImagePlot& m_plot;
   const Font& m_font;
   Rect m_image;
+  std::optional<Head> m_head;  ///< once the width is known
   int m_barHeight;
   Scale m_across;
   Scale m_down;

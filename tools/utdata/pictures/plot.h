@@ -68,6 +68,10 @@ struct PlotPicture {
   Rect image;
 };
 
+/// Makes a plot of two axes in millimetres true to scale, unless it would be a strip too thin to be
+/// read, which a note says then.
+void SetProportion(ImagePlot& plot);
+
 /// The image's size in pixels. Cells are drawn as whole pixels where they fit; with `sameScale`, as
 /// near to the true proportion as whole pixels allow.
 [[nodiscard]] Rect ImageSize(const PlotAxis& across, const PlotAxis& down, bool sameScale);

@@ -24,15 +24,6 @@ const char* NameOfView(PartView view) {
   return "end view";
 }
 
-/// True to scale, unless the picture would be a strip too thin to be read.
-void SetProportion(ImagePlot& plot) {
-  constexpr double thinnest = 12;
-  const double width = std::abs(plot.across.To() - plot.across.From());
-  const double height = std::abs(plot.down.To() - plot.down.From());
-  plot.sameScale = std::max(width, height) <= thinnest * std::min(width, height);
-  if (!plot.sameScale) plot.notes.emplace_back("Not true to scale");
-}
-
 std::string EchoText(const Projection& shown) {
   if (!shown.strongest) return "No sample lies between these half paths";
   const ProjectedEcho& echo = *shown.strongest;
@@ -67,8 +58,8 @@ Projection MakeProjectionPlot(const std::vector<DataGroup>& groups,
                               PartView wanted,
                               const ProjectionPlotOptions& options) {
   ProjectionOptions limits;
-  limits.from = options.from.value_or(limits.from);
-  limits.to = options.to.value_or(limits.to);
+  limits.from = options.limits.from.value_or(limits.from);
+  limits.to = options.limits.to.value_or(limits.to);
   Projection shown;
   shown.view = MakeProjection(groups, wanted, limits, Watching(options.quiet));
   shown.strongest = shown.view.Strongest();

@@ -5,14 +5,14 @@
 #include <optional>
 #include <vector>
 
+#include "pictures/captions.h"
 #include "pictures/plot.h"
 #include "utdata/views.h"
 
 namespace utdata::program {
 
 struct ProjectionPlotOptions {
-  std::optional<double> from;         ///< half path from which samples are shown, mm
-  std::optional<double> to;           ///< half path up to which they are, mm
+  PathLimits limits;                  ///< between which samples are shown
   std::optional<std::uint32_t> gain;  ///< soft gain, a whole factor from 1; none: as much as the
                                       ///< strongest echo allows
   bool quiet = false;                 ///< shows no progress

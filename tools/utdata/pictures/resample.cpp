@@ -34,16 +34,30 @@ int WholePixels(std::size_t cells, int most) {
 
 }  // namespace
 
+void SetProportion(ImagePlot& plot) {
+  constexpr double thinnest = 12;
+  if (plot.across.unit != "mm" || plot.down.unit != "mm") return;
+  const double width = std::abs(plot.across.To() - plot.across.From());
+  const double height = std::abs(plot.down.To() - plot.down.From());
+  plot.sameScale = std::max(width, height) <= thinnest * std::min(width, height);
+  if (!plot.sameScale) plot.notes.emplace_back("Not true to scale");
+}
+
 Rect ImageSize(const PlotAxis& across, const PlotAxis& down, bool sameScale) {
   constexpr int widest = 880;
   constexpr int highest = 560;
   const double width = std::abs(across.To() - across.From());
   const double height = std::abs(down.To() - down.From());
-  if (!sameScale || !std::isfinite(width) || !std::isfinite(height) || width <= 0 || height <= 0)
-    return {0, 0, WholePixels(across.quantity, widest), WholePixels(down.quantity, highest)};
-  constexpr double longest =
-      4000;  // a strip may be longer than a screen, so that its short side can be seen
-  constexpr double shortest = 60;
+  if (!sameScale || !std::isfinite(width) || !std::isfinite(height) || width <= 0 || height <= 0) {
+    // Twice as wide where the cells of a pixel become too many to be told apart.
+    const bool isLong = across.quantity > std::size_t{2 * widest};
+    return {0,
+            0,
+            WholePixels(across.quantity, isLong ? 2 * widest : widest),
+            WholePixels(down.quantity, highest)};
+  }
+  constexpr double longest = 2 * widest;  // of a strip, so that its short side can be seen
+  constexpr double shortest = 140;
   const double fitting = std::min(widest / width, highest / height);
   const double visible =
       std::min(longest / std::max(width, height), shortest / std::min(width, height));

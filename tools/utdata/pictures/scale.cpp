@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace utdata::program {
 namespace {
@@ -10,10 +11,28 @@ namespace {
 constexpr int minorTickLength = 3;
 constexpr int digitHeight = 10;  // of a digit at tickSize
 
+/// The lines of a text: it breaks at blanks.
+std::vector<std::string> Wrapped(const Font& font, const std::string& text, int size, int width) {
+  std::vector<std::string> lines = {""};
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find(' ', begin), text.size());
+    const std::string word = text.substr(begin, end - begin);
+    std::string& line = lines.back();
+    if (line.empty())
+      line = word;
+    else if (font.Width(line + " " + word, size) <= width)
+      line += " " + word;
+    else
+      lines.push_back(word);
+    begin = end + 1;
+  }
+  return lines;
+}
+
 }  // namespace
 
 void Scale::Mark(int length) {
-  const int room = IsLevel() ? 90 : 48;
+  const int room = IsLevel() ? 70 : 48;
   m_ticks = RoundTicks(m_from, m_to, std::clamp(length / room + 1, 3, 14));
 }
 
@@ -80,26 +99,37 @@ void Scale::DrawLabel(Canvas& canvas, const Rect& area, int place, const std::st
   m_font.Draw(canvas, base, label, style);
 }
 
-int HeadHeight(std::size_t notes) {
-  return margin + titleSize + static_cast<int>(notes) * (noteSize + 5) + 2 * gap;
+Head::Head(const Font& font,
+           const std::string& title,
+           const std::vector<std::string>& notes,
+           int width)
+    : m_font(font), m_title(Wrapped(font, title, titleSize, width)) {
+  for (const std::string& note : notes)
+    for (std::string& line : Wrapped(font, note, noteSize, width))
+      m_notes.push_back(std::move(line));
 }
 
-int HeadWidth(const Font& font, const std::string& title, const std::vector<std::string>& notes) {
-  int widest = font.Width(title, titleSize);
-  for (const std::string& note : notes) widest = std::max(widest, font.Width(note, noteSize));
+int Head::Height() const {
+  return margin + static_cast<int>(m_title.size()) * (titleSize + 5) - 5 +
+         static_cast<int>(m_notes.size()) * (noteSize + 5) + 2 * gap;
+}
+
+int Head::Width() const {
+  int widest = 0;
+  for (const std::string& line : m_title) widest = std::max(widest, m_font.Width(line, titleSize));
+  for (const std::string& line : m_notes) widest = std::max(widest, m_font.Width(line, noteSize));
   return widest;
 }
 
-void DrawHead(Canvas& canvas,
-              const Font& font,
-              int left,
-              const std::string& title,
-              const std::vector<std::string>& notes) {
-  int baseline = margin + titleSize - 4;
-  font.Draw(canvas, {left, baseline}, title, {titleSize, ink, Anchor::Start, false});
-  for (const std::string& note : notes) {
+void Head::Draw(Canvas& canvas, int left) const {
+  int baseline = margin - 9;
+  for (const std::string& line : m_title) {
+    baseline += titleSize + 5;
+    m_font.Draw(canvas, {left, baseline}, line, {titleSize, ink, Anchor::Start, false});
+  }
+  for (const std::string& line : m_notes) {
     baseline += noteSize + 5;
-    font.Draw(canvas, {left, baseline}, note, {noteSize, paleInk, Anchor::Start, false});
+    m_font.Draw(canvas, {left, baseline}, line, {noteSize, paleInk, Anchor::Start, false});
   }
 }
 

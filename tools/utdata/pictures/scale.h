@@ -82,18 +82,24 @@ class Scale {
   Ticks m_ticks;
 };
 
-/// The pixels that a title with notes below it takes.
-[[nodiscard]] int HeadHeight(std::size_t notes);
-/// The pixels that the longest of them takes to the right.
-[[nodiscard]] int HeadWidth(const Font& font,
-                            const std::string& title,
-                            const std::vector<std::string>& notes);
-/// Draws them from `left` on, at the top of the picture.
-void DrawHead(Canvas& canvas,
-              const Font& font,
-              int left,
-              const std::string& title,
-              const std::vector<std::string>& notes);
+/// A title with notes below it, at the top of a picture. What is too long goes on in the next line.
+class Head {
+ public:
+  /// @param width pixels of a line; a word that is longer alone goes beyond
+  Head(const Font& font,
+       const std::string& title,
+       const std::vector<std::string>& notes,
+       int width);
+
+  [[nodiscard]] int Height() const;  ///< pixels from the top to what stands below it
+  [[nodiscard]] int Width() const;   ///< pixels of the longest line
+  void Draw(Canvas& canvas, int left) const;
+
+ private:
+  const Font& m_font;
+  std::vector<std::string> m_title;
+  std::vector<std::string> m_notes;
+};
 /// Draws a turned title beside an area; one that is longer than the area keeps below the head.
 void DrawUpwards(Canvas& canvas,
                  const Font& font,

@@ -67,6 +67,28 @@ void SetTexts(Section& section, const DataGroup& group, const SectionOptions& op
       SamplePlace(group, section.sample) + GainText(section.gain)};
 }
 
+/// Keeps some of the samples alone.
+void Crop(ImagePlot& plot, const IndexRange& samples) {
+  const std::size_t width = plot.across.quantity;
+  const auto crop = [&](std::vector<std::uint8_t>& cells) {
+    if (cells.empty()) return;
+    const auto begin = cells.begin() + static_cast<std::ptrdiff_t>(samples.first * width);
+    cells = {begin, begin + static_cast<std::ptrdiff_t>(samples.count * width)};
+  };
+  crop(plot.codes);
+  crop(plot.striped);
+  crop(plot.unseen);
+  plot.down = Part(plot.down, samples);
+  if (plot.downAgain) plot.downAgain = Part(*plot.downAgain, samples);
+  const auto isOutside = [&](double down) {
+    return (down < plot.down.From()) == (down < plot.down.To());
+  };
+  std::erase_if(plot.downMarks, [&](const Tick& tick) { return isOutside(tick.value); });
+  std::erase_if(plot.lines,
+                [&](const PlotLine& line) { return isOutside(line.points.front().down); });
+  if (plot.marked) plot.marked->down -= samples.first;
+}
+
 /// A line across the whole picture at a sample.
 PlotLine LineAt(const ImagePlot& plot, double sample, const char* label) {
   const double down = plot.down.At(sample);
@@ -118,11 +140,12 @@ Section MakeSection(const DataGroup& group, const SectionOptions& options) {
   SampleAxes down = SampleAxesOf(group, options.samples);
   plot.down = std::move(down.first);
   plot.downAgain = std::move(down.again);
-  plot.sameScale = plot.across.unit == "mm" && plot.down.unit == "mm";
 
   const CellRange searched =
       options.position ? CellsOf(group, options.cut, *options.position) : group.AllCells();
-  const StrongestSample strongest = samples.FindPeaks(searched, Watching(options.quiet)).strongest;
+  const IndexRange limits = SamplesBetween(group, options.limits);
+  const StrongestSample strongest =
+      samples.FindPeaks(searched, Watching(options.quiet), limits).strongest;
   section.row = static_cast<std::uint32_t>(strongest.cell / group.ColumnQuantity());
   section.column = static_cast<std::uint32_t>(strongest.cell % group.ColumnQuantity());
   section.sample = strongest.sample;
@@ -134,10 +157,16 @@ Section MakeSection(const DataGroup& group, const SectionOptions& options) {
   const CellRange shown = CellsOf(group, options.cut, alongRow ? section.row : section.column);
   plot.codes = Upright(samples.Codes(shown, section.gain), group.SampleQuantity(), meaning);
   if (options.straighten) Straighten(section, group, shown, options.cut);
-  plot.marked = ImagePlot::Cell{alongRow ? section.column : section.row, section.sample};
+  if (limits.Holds(section.sample))  // where straightening has not moved it out
+    plot.marked = ImagePlot::Cell{alongRow ? section.column : section.row, section.sample};
   SetTexts(section, group, options);
   SetTofdDepths(section, group);
   MarkDamage(section, samples, shown);
+  if (options.limits.AreGiven()) {
+    plot.notes.push_back(LimitsText(options.limits));
+    Crop(plot, limits);
+  }
+  SetProportion(plot);
   return section;
 }
 

@@ -22,6 +22,7 @@ struct SectionOptions {
   std::optional<std::uint32_t> gain;  ///< soft gain, a whole factor from 1; none: as much as the
                                       ///< strongest echo of the section allows
   SampleAxis samples = SampleAxis::Time;
+  PathLimits limits;
   bool straighten = false;  ///< moves each A-scan of TOFD data by its lateral wave
   bool quiet = false;       ///< shows no progress
 };

@@ -97,8 +97,8 @@ Sector MakeSectorPlot(const DataGroup& group, const SectorPlotOptions& options) 
   SectorOptions wanted;
   wanted.row = options.row;
   wanted.column = options.column;
-  wanted.from = options.from.value_or(wanted.from);
-  wanted.to = options.to.value_or(wanted.to);
+  wanted.from = options.limits.from.value_or(wanted.from);
+  wanted.to = options.limits.to.value_or(wanted.to);
   Sector sector;
   sector.view = MakeSector(group, wanted, Watching(options.quiet));
   const SectorView& view = sector.view;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "pictures/captions.h"
 #include "pictures/plot.h"
 #include "utdata/views.h"
 
@@ -12,11 +13,10 @@ namespace utdata::program {
 struct SectorPlotOptions {
   std::optional<std::uint32_t> row;     ///< none: that of the strongest cell
   std::optional<std::uint32_t> column;  ///< the same
-  std::optional<double> from;         ///< half path from which the strongest echo is looked for, mm
-  std::optional<double> to;           ///< half path up to which it is, mm
-  std::optional<std::uint32_t> gain;  ///< soft gain, a whole factor from 1; none: as much as the
-                                      ///< strongest echo allows
-  bool quiet = false;                 ///< shows no progress
+  PathLimits limits;                    ///< between which the strongest echo is looked for
+  std::optional<std::uint32_t> gain;    ///< soft gain, a whole factor from 1; none: as much as the
+                                        ///< strongest echo allows
+  bool quiet = false;                   ///< shows no progress
 };
 
 /// What a sector scan shows, beside the picture of it.

@@ -47,10 +47,10 @@ struct RenderOptions {
   std::optional<std::uint32_t> row;
   std::optional<std::uint32_t> column;
   std::optional<std::uint32_t> gain;
-  std::optional<double> from;
-  std::optional<double> to;
+  PathLimits limits;
   std::string samples = "time";
   bool samplesGiven = false;
+  std::string palette;
   bool straighten = false;
   bool force = false;
   bool quiet = false;
@@ -78,10 +78,22 @@ nlohmann::ordered_json AxisFacts(const PlotAxis& axis) {
       {"unit", axis.unit}, {"first", axis.first}, {"step", axis.step}, {"quantity", axis.quantity}};
 }
 
+/// In the palette that is wanted.
+PlotPicture Drawn(ImagePlot& plot, const RenderOptions& options) {
+  for (const Palette& palette : palettes)
+    if (options.palette == palette.name) plot.scale.colors = &palette.colors();
+  return Draw(plot, Font());
+}
+
 Rendering RenderAScan(const Groups& groups, const RenderOptions& options) {
   const DataGroup& group = groups.front();
-  const AScan scan = MakeAScan(
-      group, {options.row, options.column, options.gain, options.Samples(), options.quiet});
+  const AScan scan = MakeAScan(group,
+                               {options.row,
+                                options.column,
+                                options.gain,
+                                options.Samples(),
+                                options.limits,
+                                options.quiet});
   nlohmann::ordered_json gates = nlohmann::ordered_json::array();
   for (const GateBar& gate : scan.plot.gates)
     gates.push_back(
@@ -100,13 +112,14 @@ Rendering RenderAScan(const Groups& groups, const RenderOptions& options) {
 
 Rendering RenderSection(const DataGroup& group, const RenderOptions& options, Cut cut) {
   const bool alongRow = cut == Cut::AlongRow;
-  const Section section = MakeSection(group,
-                                      {cut,
-                                       alongRow ? options.row : options.column,
-                                       options.gain,
-                                       options.Samples(),
-                                       options.straighten,
-                                       options.quiet});
+  Section section = MakeSection(group,
+                                {cut,
+                                 alongRow ? options.row : options.column,
+                                 options.gain,
+                                 options.Samples(),
+                                 options.limits,
+                                 options.straighten,
+                                 options.quiet});
   nlohmann::ordered_json facts;
   facts[alongRow ? "row" : "column"] = alongRow ? section.row : section.column;
   facts["strongest"] = {{alongRow ? "column" : "row", alongRow ? section.column : section.row},
@@ -118,7 +131,7 @@ Rendering RenderSection(const DataGroup& group, const RenderOptions& options, Cu
   facts["down"] = AxisFacts(section.plot.down);
   for (const PlotLine& line : section.plot.lines)
     facts["lines"].push_back({{"name", line.label}, {"down", line.points.front().down}});
-  return {Draw(section.plot, Font()), section.plot.title, section.plot.notes, std::move(facts)};
+  return {Drawn(section.plot, options), section.plot.title, section.plot.notes, std::move(facts)};
 }
 
 Rendering RenderBScan(const Groups& groups, const RenderOptions& options) {
@@ -131,7 +144,7 @@ Rendering RenderDScan(const Groups& groups, const RenderOptions& options) {
 
 Rendering RenderCScan(const Groups& groups, const RenderOptions& options) {
   const DataGroup& group = groups.front();
-  const CScan scan = MakeCScan(group, {options.gain, options.quiet});
+  CScan scan = MakeCScan(group, {options.gain, options.limits, options.quiet});
   const ColorScale& scale = scan.plot.scale;
   const bool hasPositions = group.HoldsPositions();
   nlohmann::ordered_json cell = {{"row", scan.row}, {"column", scan.column}};
@@ -144,60 +157,61 @@ Rendering RenderCScan(const Groups& groups, const RenderOptions& options) {
       {"across", AxisFacts(scan.plot.across)},
       {"down", AxisFacts(scan.plot.down)},
       {"values", {{"unit", scale.unit}, {"low", scale.low}, {"high", scale.high}}}};
-  return {Draw(scan.plot, Font()), scan.plot.title, scan.plot.notes, std::move(facts)};
+  return {Drawn(scan.plot, options), scan.plot.title, scan.plot.notes, std::move(facts)};
+}
+
+/// A SectorEcho or ProjectedEcho of a beam.
+template <class Echo>
+nlohmann::ordered_json EchoFacts(const DataGroup& beam, const Echo& echo) {
+  return {{"data", beam.Index()},
+          {"sample", echo.sample},
+          {"percent", echo.percent},
+          {"half_path", echo.halfPath},
+          {"depth", echo.point.depth},
+          {"leg", echo.point.leg}};
 }
 
 Rendering RenderSector(const Groups& groups, const RenderOptions& options) {
   const DataGroup& group = groups.front();
-  const Sector sector = MakeSectorPlot(
-      group, {options.row, options.column, options.from, options.to, options.gain, options.quiet});
+  Sector sector = MakeSectorPlot(
+      group, {options.row, options.column, options.limits, options.gain, options.quiet});
   const SectorView& view = sector.view;
   nlohmann::ordered_json facts = {
       {"row", view.row}, {"column", view.column}, {"beams", view.beams.size()}};
   if (view.strongest) {
     const SectorEcho& echo = *view.strongest;
     const SectorBeam& beam = view.beams[echo.beam];
-    facts["strongest"] = {{"data", beam.group.Index()},
-                          {"angle", beam.refractedAngle},
-                          {"sample", echo.sample},
-                          {"percent", echo.percent},
-                          {"half_path", echo.halfPath},
-                          {"depth", echo.point.depth},
-                          {"distance", echo.point.distance},
-                          {"leg", echo.point.leg},
-                          {"across", echo.across},
-                          {"down", echo.down}};
+    facts["strongest"] = EchoFacts(beam.group, echo);
+    facts["strongest"].update({{"angle", beam.refractedAngle},
+                               {"distance", echo.point.distance},
+                               {"across", echo.across},
+                               {"down", echo.down}});
   }
   facts["gain"] = sector.gain;
   facts["damaged_cells"] = sector.damagedCells;
   facts["across"] = AxisFacts(sector.plot.across);
   facts["down"] = AxisFacts(sector.plot.down);
   facts["remarks"] = view.remarks;
-  return {Draw(sector.plot, Font()), sector.plot.title, sector.plot.notes, std::move(facts)};
+  return {Drawn(sector.plot, options), sector.plot.title, sector.plot.notes, std::move(facts)};
 }
 
 Rendering RenderProjection(const Groups& groups, const RenderOptions& options, PartView wanted) {
-  const Projection shown =
-      MakeProjectionPlot(groups, wanted, {options.from, options.to, options.gain, options.quiet});
+  Projection shown =
+      MakeProjectionPlot(groups, wanted, {options.limits, options.gain, options.quiet});
   nlohmann::ordered_json facts = {{"beams", shown.view.beams.size()}};
   if (shown.strongest) {
     const ProjectedEcho& echo = *shown.strongest;
-    facts["strongest"] = {{"data", shown.view.beams[echo.beam].Index()},
-                          {"row", echo.row},
-                          {"column", echo.column},
-                          {"sample", echo.sample},
-                          {"percent", echo.percent},
-                          {"half_path", echo.halfPath},
-                          {"depth", echo.point.depth},
-                          {"leg", echo.point.leg},
-                          {"column_position", echo.place.column},
-                          {"row_position", echo.place.row}};
+    facts["strongest"] = EchoFacts(shown.view.beams[echo.beam], echo);
+    facts["strongest"].update({{"row", echo.row},
+                               {"column", echo.column},
+                               {"column_position", echo.place.column},
+                               {"row_position", echo.place.row}});
   }
   facts["gain"] = shown.gain;
   facts["across"] = AxisFacts(shown.plot.across);
   facts["down"] = AxisFacts(shown.plot.down);
   facts["remarks"] = shown.view.remarks;
-  return {Draw(shown.plot, Font()), shown.plot.title, shown.plot.notes, std::move(facts)};
+  return {Drawn(shown.plot, options), shown.plot.title, shown.plot.notes, std::move(facts)};
 }
 
 Rendering RenderTop(const Groups& groups, const RenderOptions& options) {
@@ -223,6 +237,7 @@ enum ViewTraits : unsigned {
   showsBeams = 8,      ///< all of a channel, in the part
   showsChannels = 16,  ///< as many as the selector names
   isSection = 32,      ///< A-scans side by side
+  isCurve = 64,        ///< has no colours
 };
 
 /// A view of the command line, the data classes and options that it has, and what draws it.
@@ -240,7 +255,12 @@ struct View {
 constexpr const char* ascans = "A-scans";
 constexpr unsigned ofPart = showsBeams | showsChannels;
 constexpr View views[] = {
-    {"a", "A-scan", HasAScans, ascans, takesRow | takesColumn | hasSampleAxis, RenderAScan},
+    {"a",
+     "A-scan",
+     HasAScans,
+     ascans,
+     takesRow | takesColumn | hasSampleAxis | isCurve,
+     RenderAScan},
     {"b", "B-scan", HasAScans, ascans, takesRow | hasSampleAxis | isSection, RenderBScan},
     {"c", "C-scan", HasCScan, "A-scans, amplitudes or positions", 0, RenderCScan},
     {"d", "D-scan", HasAScans, ascans, takesColumn | hasSampleAxis | isSection, RenderDScan},
@@ -267,9 +287,8 @@ void CheckOptions(const RenderOptions& options) {
   check("--row", options.row.has_value(), view.Has(takesRow));
   check("--column", options.column.has_value(), view.Has(takesColumn));
   check("--samples", options.samplesGiven, view.Has(hasSampleAxis));
+  check("--palette", !options.palette.empty(), !view.Has(isCurve));
   check("--straighten", options.straighten, view.Has(isSection));
-  check("--from", options.from.has_value(), view.Has(showsBeams));
-  check("--to", options.to.has_value(), view.Has(showsBeams));
 }
 
 nlohmann::ordered_json Facts(const RenderOptions& options, const Rendering& rendering) {
@@ -372,10 +391,16 @@ void AddRenderVerb(CLI::App& program) {
                 "Move each A-scan of a TOFD B- or D-scan so that its lateral wave lies where the "
                 "separation of the probes has it");
   verb.add_option("--from",
-                  options->from,
-                  "Half path in mm, behind the initial pulse, from which a sector scan's strongest "
-                  "echo is looked for, and from which top, side and end views show samples");
-  verb.add_option("--to", options->to, "Half path in mm up to which they do");
+                  options->limits.from,
+                  "Half path in mm from which samples are shown, and the strongest echo is looked "
+                  "for: behind the initial pulse. A sector scan shows all");
+  verb.add_option("--to", options->limits.to, "Half path in mm up to which they are");
+  std::vector<std::string> paletteNames;
+  for (const Palette& palette : palettes) paletteNames.emplace_back(palette.name);
+  verb.add_option("--palette",
+                  options->palette,
+                  "Colours of amplitudes; grey for TOFD data and heat for others if not given")
+      ->check(CLI::IsMember(paletteNames));
   verb.add_option("--gain", options->gain, "Soft gain of 16-bit samples, a whole factor")
       ->check(CLI::Range(1, 1000));
   CLI::Option* samples =
