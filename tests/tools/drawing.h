@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -74,9 +75,10 @@ struct Drawing {
     int brightness = -1;
   };
 
-  /// The middle of the brightest pixels among those of the image whose values lie within (left,
-  /// right) and (top, bottom).
-  [[nodiscard]] Spot BrightestWithin(double left, double right, double top, double bottom) const {
+  /// The middle of the brightest pixels among those of the image for whose values `isMeant` holds;
+  /// of a wave, of those farthest from grey.
+  template <class IsMeant>
+  [[nodiscard]] Spot BrightestWhere(const IsMeant& isMeant, bool isWave = false) const {
     const int firstX = static_cast<int>(Image("left"));
     const int firstY = static_cast<int>(Image("top"));
     const int width = static_cast<int>(Image("width"));
@@ -88,8 +90,9 @@ struct Drawing {
     for (int y = 0; y < height; ++y) {
       const double down = Value("down", (y + 0.5) / height);
       for (std::size_t x = 0; x < across.size(); ++x) {
-        if (across[x] <= left || across[x] >= right || down <= top || down >= bottom) continue;
-        const int brightness = png.Brightness({firstX + static_cast<int>(x), firstY + y});
+        if (!isMeant(across[x], down)) continue;
+        const int bright = png.Brightness({firstX + static_cast<int>(x), firstY + y});
+        const int brightness = isWave ? std::abs(bright - 3 * 255 / 2) : bright;
         if (brightness < sum.brightness) continue;
         if (brightness > sum.brightness) {
           sum = {0, 0, brightness};
@@ -101,6 +104,18 @@ struct Drawing {
       }
     }
     return {sum.across / count, sum.down / count, sum.brightness};
+  }
+  /// The same of those within (left, right) and (top, bottom).
+  [[nodiscard]] Spot BrightestWithin(double left,
+                                     double right,
+                                     double top,
+                                     double bottom,
+                                     bool isWave = false) const {
+    return BrightestWhere(
+        [&](double across, double down) {
+          return across > left && across < right && down > top && down < bottom;
+        },
+        isWave);
   }
   [[nodiscard]] Spot Brightest() const { return BrightestWithin(-1e9, 1e9, -1e9, 1e9); }
 

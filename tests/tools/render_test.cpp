@@ -44,6 +44,16 @@ TEST_F(RenderTest, KeepsLengthsInProportionAndCellsWhole) {
   EXPECT_EQ(time.png.Height(), time.facts["height"]);
 }
 
+// 4205 x 270 mm true to scale would be a strip of 56 pixels.
+TEST_F(RenderTest, KeepsAStripLegible) {
+  Import(std::string(4205 * 27, '\1'), "27,4205,1", "u8", "--rectified --row-step 10");
+  const Drawing strip = View("scan.fpd", "--data 0 --view c");
+  EXPECT_GE(strip.Image("height"), 270);
+  EXPECT_LE(strip.png.Width(), 2000);
+  const ProgramResult text = Run("render scan.fpd --data 0 --view c -o strip.png");
+  EXPECT_NE(text.out.find("Not true to scale"), std::string::npos) << text.out;
+}
+
 struct RenderCase {
   const char* dtype;
   const char* more;
@@ -101,7 +111,7 @@ TEST_F(RenderTest, LosesNoEchoAmongMoreCellsThanPixels) {
   samples[1777 * 2500 + 1234] = 60000;
   Import(Bytes(samples), "1,3000,2500", "u16", "--rectified --sample-step 10");
   const Drawing drawing = Render("scan.fpd", "");
-  EXPECT_LT(drawing.Image("width"), 1500);
+  EXPECT_LT(drawing.Image("width"), 2000);
   EXPECT_NEAR(drawing.Brightest().across, 1777, 5);
   EXPECT_NEAR(drawing.Brightest().down, 12.34, 0.05);
 }

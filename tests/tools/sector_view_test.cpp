@@ -98,7 +98,7 @@ TEST_F(SectorViewTest, RefusesWhatIsNoSector) {
   for (const auto& [arguments, status, why] :
        {std::tuple("scan.fpd --data 0 --view s", 1, "no sub-channels"),
         {"sector.fpd --data channel=0 --view b", 1, "matches 11 data groups"},
-        {"sector.fpd --data 0 --view b --from 5", 2, "takes none"},
+        {"sector.fpd --data 0 --view b --palette green", 2, "heat"},
         {"sector.fpd --data 0 --view end --row 0", 2, "an end view takes none"},
         {"sector.fpd --data 0 --view s --row 1", 1, "rows are 0 to 0"}}) {
     const ProgramResult result = Run(std::string("render -o picture.png --force ") + arguments);

@@ -70,6 +70,42 @@ TEST_F(ViewsTest, DrawsEachViewOfTheSameEchoes) {
   EXPECT_NEAR(chosen.Brightest().down, 0.2, 1e-4);
 }
 
+// Samples count 0.0592 mm of half path: the second echo lies at 0.59 mm, before the strongest at
+// 1.78 mm.
+TEST_F(ViewsTest, ShowsSamplesBetweenHalfPathsAlone) {
+  const std::string limits = " --from 0.3 --to 1.2";
+  const Drawing cscan = View("scan.fpd", "--data 0 --view c" + limits);
+  EXPECT_EQ(cscan.facts["strongest"]["row"], 1);
+  EXPECT_EQ(cscan.facts["strongest"]["sample"], 10);
+  EXPECT_NEAR(cscan.Brightest().across, 2, 1e-3);
+  EXPECT_NEAR(cscan.Brightest().down, 5, 0.05);
+  const Drawing bscan = View("scan.fpd", "--data 0 --view b" + limits);
+  EXPECT_EQ(bscan.facts["row"], 1);
+  EXPECT_EQ(bscan.facts["down"]["quantity"], 15);
+  EXPECT_NEAR(bscan.facts["down"]["first"].get<double>(), 0.12, 1e-6);
+  EXPECT_NEAR(bscan.Brightest().down, 0.2, 1e-4);
+  const Drawing ascan = View("scan.fpd", "--data 0 --view a --samples path" + limits);
+  EXPECT_EQ(ascan.facts["strongest"]["sample"], 10);
+  EXPECT_NEAR(CurveTop(ascan).across, 0.592, 0.01);
+  EXPECT_NEAR(CurveTop(ascan).down, 100 * 50000 / 65535.0, 0.5);
+  for (const auto& [more, why] : {std::pair("--from 9", "from 0 to 2.891 mm"),
+                                  {"--to 1 --from 1.01", "no samples between half paths"}}) {
+    const ProgramResult refused =
+        Run(std::string("render scan.fpd --data 0 --view d -o d.png ") + more);
+    EXPECT_EQ(refused.status, 1) << more;
+    EXPECT_NE(refused.error.find(why), std::string::npos) << refused.error;
+  }
+}
+
+TEST_F(ViewsTest, IsDrawnInThePaletteThatIsWanted) {
+  const Drawing rainbow = View("scan.fpd", "--data 0 --view c --palette rainbow");
+  const Pixel corner = {static_cast<int>(rainbow.Image("left")) + 2,
+                        static_cast<int>(rainbow.Image("top")) + 2};
+  EXPECT_GT(rainbow.png.Brightness(corner), 700);
+  EXPECT_LT(View("scan.fpd", "--data 0 --view c").png.Brightness(corner), 50);
+  EXPECT_EQ(Run("render scan.fpd --data 0 --view a --palette grey -o a.png").status, 2);
+}
+
 TEST_F(ViewsTest, DrawsTheAScanOfTheCellThatIsMeant) {
   struct Case {
     const char* position;
