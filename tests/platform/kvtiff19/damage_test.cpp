@@ -239,6 +239,7 @@ TEST(Damage, HostileChainsAndRecords) {
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.number = 0; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.end = 0; }));
   EXPECT_TRUE(refused([](FileForge& forge) { ++forge.record.end; }));
+  EXPECT_TRUE(refused([](FileForge& forge) { forge.record.end -= 4; })) << "the rest is a tail";
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.newest.offset = ~std::uint64_t{3}; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.newest.size = ~std::uint64_t{0}; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.newest.size = 8; }));
