@@ -429,6 +429,10 @@ TEST(Damage, VerifyReportsBlocksThatOverlapAndBytesWithoutOwner) {
             "belong to two owners");
   EXPECT_EQ(verified(1, 9000), "/weld.fpd: bytes 16392 to 29480 belong to nothing");
   EXPECT_EQ(verified(0, 0), "/weld.fpd: bytes 12288 to 16392 belong to nothing");
+  pages[7] = std::byte{8};
+  const std::string problem = verified(2, 0),
+                    damage = "block at byte 12288: the checksums of 1 of 1 ";
+  EXPECT_LT(problem.find(damage), problem.rfind(damage)) << "each block is read: " << problem;
 }
 
 TEST(Damage, GroupsThatDoNotFitTheirTypeAreRefusedAndTheOthersOpen) {

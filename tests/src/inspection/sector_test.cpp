@@ -297,15 +297,17 @@ TEST_F(SectorTest, SaysWhatItCannotShowAsItShouldBe) {
   const double away = 10 * std::sqrt(0.5);
   EXPECT_NEAR(view.percents[PixelAt(view, away, away)], 100, 1e-3) << "the stronger is shown";
 
-  std::vector<TestBeam> unknown = Fan(40, 5, 3);
-  for (TestBeam& beam : unknown)
-    beam.change = [](CGDataTypeFDD& record) { record.partThickness = 0; };
-  inspection = Make(unknown);
-  view = MakeSector(inspection.Masters().front());
-  ASSERT_EQ(view.remarks.size(), 1U);
-  EXPECT_THAT(view.remarks[0], HasSubstr("thickness is not known"));
-  EXPECT_THAT(view.lines, IsEmpty());
-  EXPECT_EQ(view.EchoOf(0, 399)->point.leg, 1U);
+  for (const float thickness : {0.0F, -0.01F}) {
+    std::vector<TestBeam> unknown = Fan(40, 5, 3);
+    for (TestBeam& beam : unknown)
+      beam.change = [thickness](CGDataTypeFDD& record) { record.partThickness = thickness; };
+    inspection = Make(unknown);
+    view = MakeSector(inspection.Masters().front());
+    ASSERT_EQ(view.remarks.size(), 1U);
+    EXPECT_THAT(view.remarks[0], HasSubstr("thickness is not known"));
+    EXPECT_THAT(view.lines, IsEmpty());
+    EXPECT_EQ(view.EchoOf(0, 399)->point.leg, 1U);
+  }
 }
 
 TEST_F(SectorTest, DrawsAScanOfParallelBeams) {
