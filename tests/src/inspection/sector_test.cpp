@@ -343,6 +343,17 @@ TEST_F(SectorTest, FollowsTheFirstLegOfARoundPart) {
   ASSERT_EQ(view.lines.size(), 2U);
   for (const SectorLine::Point& point : view.lines[1].points)
     EXPECT_NEAR(std::hypot(point.across, 25 - point.down), 15, 1e-5);
+  // A wire of 1.8 mm is round too; here 0.3 mm at 45 degrees.
+  for (TestBeam& beam : beams)
+    beam.change = [](CGDataTypeFDD& record) {
+      record.inspectionGeometry = gdata_GeometryCircumferential;
+      record.inspectionRadius = 0.9e-3F;
+      record.partThickness = 0.4e-3F;
+    };
+  const Inspection wire = Make(beams);
+  EXPECT_NEAR(MakeSector(wire.Masters().front()).EchoOf(9, 3)->point.depth,
+              0.9 - std::sqrt(0.81 + 0.09 - 0.54 * std::sqrt(0.5)),
+              1e-5);
 }
 
 TEST_F(SectorTest, DrawsWallsAndTheWeldInEachLeg) {
