@@ -111,8 +111,8 @@ class ProjectionMaker {
     return lines;
   }
 
-  /// Beams counted from 1, 0 for nothing; samples; cells, their low and their high half; values: one
-  /// table behind the other.
+  /// Beams counted from 1, 0 for nothing; samples; cells, their low and their high half; values.
+  /// One table behind the other.
   std::size_t Pixels(const ProjectionView& view) {
     const std::vector<ProjectedSample> traced = view.Trace(Watching(m_quiet));
     const std::size_t quantity = view.pixels.size();
