@@ -152,6 +152,9 @@ struct ProjectionOptions {
   double to = std::numeric_limits<double>::infinity();
   std::uint32_t widest = 880;   ///< pixels at the most, along an axis that beams run along
   std::uint32_t highest = 560;  ///< the same
+  /// Pixels at the most along an axis that no beam runs along: of more positions, several share a
+  /// pixel.
+  std::uint32_t mostCells = 20000;
 };
 
 /// A sample of a projection: where it was recorded, and where it lies in the part.
@@ -164,6 +167,12 @@ struct ProjectedEcho {
   double halfPath = 0;  ///< mm
   ScanOffset place;     ///< on the scan axes, mm
   BeamPoint point;      ///< as its beam passes it, mm
+};
+
+/// Where a sample that a projection shows was recorded, and what is stored there.
+struct ProjectedSample {
+  std::uint64_t cell = 0;  ///< row x columns + column
+  std::int32_t value = 0;  ///< corrected
 };
 
 /// The largest amplitudes of many beams, looked at along one of the part's axes.
@@ -189,6 +198,14 @@ struct ProjectionView {
 
   /// What a pixel shows; none for nothing. Reads samples.
   [[nodiscard]] UTDATA_API std::optional<ProjectedEcho> EchoAt(std::size_t pixel) const;
+  /// The cell and value of each pixel's sample; those of pixels that show nothing mean nothing.
+  /// Reads each sample once that is looked through.
+  [[nodiscard]] UTDATA_API std::vector<ProjectedSample> Trace(const Watch& watch = {}) const;
+  /// Where each sample of a beam lies at the cell of row 0 and column 0, without amplitude; the
+  /// steps of the scan axes lead to other cells. None where the beam is not in the part. Throws
+  /// when there is no such beam.
+  [[nodiscard]] UTDATA_API std::vector<std::optional<ProjectedEcho>> PlacesOf(
+      std::size_t beam) const;
   /// What the first of the strongest pixels shows.
   [[nodiscard]] UTDATA_API std::optional<ProjectedEcho> Strongest() const;
 };

@@ -11,6 +11,7 @@
 
 #include "src/inspection/amplitudes.h"
 #include "src/inspection/state.h"
+#include "src/inspection/views/partaxes.h"
 #include "src/inspection/views/sectorbeams.h"
 #include "utdata/failure.h"
 #include "utdata/fcont.h"
@@ -18,14 +19,6 @@
 
 namespace utdata {
 namespace {
-
-constexpr const char* notProjected = "cannot be shown in the part";
-
-AxisScale InMillimetres(const DataGroup& group, AxisScale axis, const char* name) {
-  if (axis.symbol == "mm") return axis;
-  if (axis.quantity == 1) return {"mm", 0, 1, 1};
-  throw Error(group.Name(), notProjected, std::string("its ") + name + " are not in millimetres");
-}
 
 /// Points of a lattice at any angle to the pixels that fall on the side of one, so that each pixel
 /// has a point: more than the diagonal of a square.
@@ -158,13 +151,15 @@ AxisExtent ExtentOfDepth(const std::vector<ProjectedBeam>& beams) {
 
 /// Where beams run along an axis its pixels are as fine as the picture allows, but have room for
 /// some samples; else a pixel is a cell.
-AxisScale PixelsOf(const AxisExtent& extent, std::uint32_t most, double samplesOfPixel) {
-  constexpr double mostCells = 20000;
+AxisScale PixelsOf(const AxisExtent& extent,
+                   std::uint32_t most,
+                   std::uint32_t mostCells,
+                   double samplesOfPixel) {
   const double length = extent.high - extent.low;
   const bool isAlongBeams = extent.reach > extent.step / 2;
   const double pixel = isAlongBeams
                            ? std::max(length / std::max(most, 1U), samplesOfPixel * extent.pathStep)
-                           : std::max(extent.step, length / mostCells);
+                           : std::max(extent.step, length / std::max(mostCells, 1U));
   if (!(pixel > 0) || !std::isfinite(length))
     throw Error("", notProjected, "the axes of the part have no extent");
   const double quantity = std::max(1.0, std::ceil(length / pixel - 1e-6));
@@ -455,8 +450,10 @@ ProjectionView MakeProjection(const std::vector<DataGroup>& groups,
   // Samples of a top view are taken in stretches; those of the others lie at any angle to the
   // pixels.
   const double samplesOfPixel = isTop ? 8 : pointsOfPixel;
-  view.across = PixelsOf(wanted == PartView::Side ? rows : columns, options.widest, samplesOfPixel);
-  view.down = PixelsOf(isTop ? rows : ExtentOfDepth(beams), options.highest, samplesOfPixel);
+  view.across = PixelsOf(
+      wanted == PartView::Side ? rows : columns, options.widest, options.mostCells, samplesOfPixel);
+  view.down = PixelsOf(
+      isTop ? rows : ExtentOfDepth(beams), options.highest, options.mostCells, samplesOfPixel);
   ProjectionPainter painter(view);
   std::uint64_t done = 0, total = 0;
   for (const ProjectedBeam& beam : beams)
@@ -480,52 +477,6 @@ ProjectionView MakeProjection(const std::vector<DataGroup>& groups,
     view.remarks.emplace_back(
         "The thickness is not known of every beam: all of its echoes are in the first leg");
   return view;
-}
-
-std::optional<ProjectedEcho> ProjectionView::EchoAt(std::size_t pixel) const {
-  if (pixel >= pixels.size()) throw Error("", "there is no such pixel", "it is outside the view");
-  const Source& source = pixels[pixel];
-  if (source.beam == Source::nothing) return std::nullopt;
-  const DataGroup& group = beams[source.beam];
-  const Samples samples = group.Samples();
-  const CellRange cells = view == PartView::Top ? CellRange{source.cells, 1}
-                          : view == PartView::End
-                              ? group.CellsOfColumn(static_cast<std::uint32_t>(source.cells))
-                              : group.CellsOfRow(static_cast<std::uint32_t>(source.cells));
-  ProjectedEcho echo;
-  std::uint64_t strongest = cells.first;
-  double largest = -1;
-  for (std::uint64_t index = 0; index < cells.count; ++index) {
-    const double percent = group.Percent(samples.Values(cells.At(index))[source.sample]);
-    if (std::abs(percent) <= largest) continue;
-    largest = std::abs(percent);
-    strongest = cells.At(index);
-    echo.percent = percent;
-  }
-  const SectorBeam beam = BeamOf(group);
-  echo.beam = source.beam;
-  echo.sample = source.sample;
-  echo.row = static_cast<std::uint32_t>(strongest / group.ColumnQuantity());
-  echo.column = static_cast<std::uint32_t>(strongest % group.ColumnQuantity());
-  echo.halfPath = beam.halfPaths.At(source.sample);
-  echo.point = PointOf(beam, echo.halfPath).value_or(BeamPoint());
-  const ScanOffset away = TurnedBySkew(echo.point.distance, beam.skew);
-  const ScanOffset index = IndexOffsetOf(group);
-  echo.place = {
-      InMillimetres(group, group.Columns(), "columns").At(echo.column) + index.column + away.column,
-      InMillimetres(group, group.Rows(), "rows").At(echo.row) + index.row + away.row};
-  return echo;
-}
-
-std::optional<ProjectedEcho> ProjectionView::Strongest() const {
-  std::size_t strongest = 0;
-  float largest = -1;
-  for (std::size_t pixel = 0; pixel < percents.size(); ++pixel)
-    if (std::abs(percents[pixel]) > largest) {
-      largest = std::abs(percents[pixel]);
-      strongest = pixel;
-    }
-  return largest < 0 ? std::nullopt : EchoAt(strongest);
 }
 
 }  // namespace utdata

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <random>
@@ -108,6 +109,8 @@ TEST_F(ProjectionTest, ShowsTheStrongestOfWhatFallsOnAPixelAndNamesIt) {
         Make(noise, [&](CGDataTypeFDD& record) { record.probeSkew = skew; });
     for (const PartView wanted : {PartView::Top, PartView::Side, PartView::End}) {
       const ProjectionView view = MakeProjection(inspection.Masters(), wanted, {.from = 2});
+      const std::vector<ProjectedSample> traced = view.Trace();
+      const auto places = {view.PlacesOf(0), view.PlacesOf(1), view.PlacesOf(2)};
       std::size_t seen = 0;
       for (std::size_t pixel = 0; pixel < view.pixels.size(); pixel += 7) {
         const auto echo = view.EchoAt(pixel);
@@ -116,6 +119,13 @@ TEST_F(ProjectionTest, ShowsTheStrongestOfWhatFallsOnAPixelAndNamesIt) {
         ++seen;
         EXPECT_NEAR(echo->percent, view.percents[pixel], 1e-3);
         EXPECT_GE(echo->halfPath, 2);
+        EXPECT_EQ(traced[pixel].cell, echo->row * columns + echo->column);
+        EXPECT_EQ(traced[pixel].value, std::lround(10 * echo->percent));
+        const auto& place = places.begin()[echo->beam][echo->sample];
+        ASSERT_TRUE(place);
+        EXPECT_NEAR(place->place.column + 5 * echo->column, echo->place.column, 1e-6);
+        EXPECT_NEAR(place->place.row + 2 * echo->row, echo->place.row, 1e-6);
+        EXPECT_EQ(place->point.depth, echo->point.depth);
       }
       EXPECT_GT(seen, view.pixels.size() / 7 / 4) << static_cast<int>(wanted) << " " << skew;
 
@@ -141,6 +151,22 @@ TEST_F(ProjectionTest, ShowsTheStrongestOfWhatFallsOnAPixelAndNamesIt) {
           << static_cast<int>(wanted) << " " << skew;
     }
   }
+}
+
+TEST_F(ProjectionTest, LosesNoEchoWherePositionsShareAPixel) {
+  auto samples = Silence();
+  for (std::uint32_t row = 0; row < rows; ++row)
+    samples[0][At(row, 1, 60)] = static_cast<std::int16_t>(100 + 10 * row);
+  const Inspection inspection = Make(samples);
+  const ProjectionView view = MakeProjection(inspection.Masters(), PartView::Top, {.mostCells = 3});
+  EXPECT_EQ(view.down.quantity, 3U);
+  EXPECT_NEAR(view.down.step, 14.0 / 3, 1e-6);
+  std::vector<float> strongest(3);
+  for (std::size_t pixel = 0; pixel < view.percents.size(); ++pixel) {
+    float& ofLine = strongest[pixel / view.across.quantity];
+    ofLine = std::max(ofLine, view.percents[pixel]);  // which leaves out what shows nothing
+  }
+  EXPECT_THAT(strongest, testing::Pointwise(testing::FloatEq(), {11.F, 14.F, 16.F}));
 }
 
 TEST_F(ProjectionTest, RefusesWhatHasNoPlaceInThePart) {

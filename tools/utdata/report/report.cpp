@@ -8,6 +8,7 @@
 #include "listing/damage.h"
 #include "listing/history.h"
 #include "report/page.h"
+#include "report/projections.h"
 #include "report/sectors.h"
 #include "report/tables.h"
 #include "report/views.h"
@@ -60,6 +61,7 @@ void Replace(std::string& page, std::string_view mark, std::string_view text) {
 Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
   ReportViews views = MakeViews(inspection, options.sampleLimit, options.quiet);
   Json sectors = MakeSectors(inspection, views, options.quiet);
+  Json projections = MakeProjections(inspection, views, options.quiet);
   for (std::string& line : DamageLines(inspection)) views.missing.push_back(std::move(line));
   Json files = Json::array();
   for (const std::string& file : inspection.Files()) files.push_back(FileName(file));
@@ -72,6 +74,7 @@ Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
       {"millimetresPerInch", FindArrayUnit("mm")->perBase / FindArrayUnit("in")->perBase},
       {"views", views.views},
       {"sectors", std::move(sectors)},
+      {"projections", std::move(projections)},
       {"missing", views.missing},
       {"defects", DefectsJson(inspection)},
       {"history", HistoryJson(inspection)}};
@@ -84,6 +87,7 @@ Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
   Replace(report.html, "/*PLOTS*/", PlotsText());
   Replace(report.html, "/*VIEWS*/", ViewsText());
   Replace(report.html, "/*SECTOR*/", SectorText());
+  Replace(report.html, "/*PROJECTION*/", ProjectionText());
   Replace(report.html, "/*CURSOR*/", CursorText());
   Replace(report.html, "<!--FACTS-->", JsonText(facts));
   Replace(report.html, "<!--VALUES-->", values);

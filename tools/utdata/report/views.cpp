@@ -17,14 +17,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json AxisJson(const AxisScale& axis, const char* plainUnit) {
-  return {{"unit", axis.symbol.empty() ? plainUnit : axis.symbol},
-          {"plain", axis.symbol.empty()},
-          {"first", axis.first},
-          {"step", axis.step},
-          {"quantity", axis.quantity}};
-}
-
 bool IsCScan(const DataGroup& group) {
   return group.Class() == gdata_CScanAmplitude || group.Class() == gdata_CScanPosition;
 }
@@ -88,11 +80,6 @@ class ViewMaker {
     }
   }
 
-  std::size_t Pack(const std::vector<std::uint16_t>& values) {
-    m_made.packed.push_back(PackValues(values, m_quiet));
-    return m_made.packed.size() - 1;
-  }
-
   static Json Frame(const DataGroup& group) {
     return {{"label", group.Caption()},
             {"kind", group.ClassName()},
@@ -126,7 +113,7 @@ class ViewMaker {
     Json layer = {
         {"label",
          group.HasAScans() ? "largest amplitude" : group.ClassName() + " " + group.Caption()},
-        {"values", Pack(values)},
+        {"values", m_made.Pack(values, m_quiet)},
         {"signed", samples.IsSigned()},
         {"strongest", peaks.strongest.cell}};
     if (Json damaged = DamagedJson(samples); !damaged.empty())
@@ -189,7 +176,7 @@ class ViewMaker {
     for (std::uint64_t cell = 0; cell < cells; ++cell)
       for (const std::int32_t value : samples.Values(cell))
         all.push_back(static_cast<std::uint16_t>(value));
-    return Pack(all);
+    return m_made.Pack(all, m_quiet);
   }
 
   /// The gates of the channel that stand still, their ends as places between samples.
@@ -218,6 +205,33 @@ class ViewMaker {
 };
 
 }  // namespace
+
+std::size_t ReportViews::Pack(const std::vector<std::uint16_t>& values, bool quiet) {
+  packed.push_back(PackValues(values, quiet));
+  return packed.size() - 1;
+}
+
+std::map<std::size_t, std::size_t> ReportViews::OfAScans() const {
+  std::map<std::size_t, std::size_t> found;
+  for (std::size_t view = 0; view < views.size(); ++view)
+    if (views[view].contains("ascans"))
+      found.emplace(views[view]["group"].get<std::size_t>(), view);
+  return found;
+}
+
+std::map<std::size_t, std::size_t> ReportViews::WithSamples() const {
+  std::map<std::size_t, std::size_t> found = OfAScans();
+  std::erase_if(found, [&](const auto& view) { return views[view.second]["ascans"].is_null(); });
+  return found;
+}
+
+Json AxisJson(const AxisScale& axis, const char* plainUnit) {
+  return {{"unit", axis.symbol.empty() ? plainUnit : axis.symbol},
+          {"plain", axis.symbol.empty()},
+          {"first", axis.first},
+          {"step", axis.step},
+          {"quantity", axis.quantity}};
+}
 
 ReportViews MakeViews(const Inspection& inspection, std::uint64_t sampleLimit, bool quiet) {
   return ViewMaker(inspection, sampleLimit, quiet).Make();

@@ -85,7 +85,7 @@ const Plots = (() => {
       const level = side === 'bottom';
       const part = value => (value - axis.from) / (axis.to - axis.from);
       let before = -Infinity;
-      const shown = marks ?? ticks(axis.from, axis.to, Math.min(12, Math.max(3, (level ? this.width / 80 : this.height / 40))));
+      const shown = marks ?? ticks(axis.from, axis.to, Math.min(12, level ? Math.max(5, this.width / 60) : Math.max(3, this.height / 40)));
       for (const {value, label} of shown) {
         const at = part(value);
         if (!(at >= -1e-9 && at <= 1 + 1e-9)) continue;
@@ -102,6 +102,16 @@ const Plots = (() => {
       }
       if (level) this.text(axis.title, this.x(0.5), this.bottom + 34, 'center', pale);
       else this.upwards(axis.title, side === 'left' ? this.left - 46 : this.right + 44);
+    }
+
+    // Draws within the area only.
+    clipped(drawing) {
+      this.context.save();
+      this.context.beginPath();
+      this.context.rect(this.left, this.top, this.width, this.height);
+      this.context.clip();
+      drawing();
+      this.context.restore();
     }
 
     line(from, to, color = red, dash = []) {
@@ -217,20 +227,17 @@ const Plots = (() => {
   function curve(frame, {cells, part}, valueAt, low, high) {
     const context = frame.context;
     const y = value => frame.y(1 - (Math.min(high, Math.max(low, value)) - low) / (high - low));
-    context.save();
-    context.beginPath();
-    context.rect(frame.left, frame.top, frame.width, frame.height);
-    context.clip();
-    context.strokeStyle = blue;
-    context.lineWidth = 1.4;
-    context.lineJoin = 'round';
-    context.beginPath();
-    const first = Math.max(0, Math.floor(part.from * cells) - 1), end = Math.min(cells, Math.ceil(part.to * cells) + 1);
-    for (let cell = first; cell < end; ++cell)
-      context.lineTo(frame.x(((cell + 0.5) / cells - part.from) / (part.to - part.from)), y(valueAt(cell)));
-    context.stroke();
-    context.restore();
+    frame.clipped(() => {
+      context.strokeStyle = blue;
+      context.lineWidth = 1.4;
+      context.lineJoin = 'round';
+      context.beginPath();
+      const first = Math.max(0, Math.floor(part.from * cells) - 1), end = Math.min(cells, Math.ceil(part.to * cells) + 1);
+      for (let cell = first; cell < end; ++cell)
+        context.lineTo(frame.x(((cell + 0.5) / cells - part.from) / (part.to - part.from)), y(valueAt(cell)));
+      context.stroke();
+    });
   }
 
-  return {Frame, palettes, whole, image, paint, colorBar, curve, red, blue, green, cyan, pale};
+  return {Frame, palettes, whole, cellsOfPixel, image, paint, colorBar, curve, red, blue, green, cyan, pale};
 })();

@@ -29,9 +29,11 @@ async function unpackView(view) {
   if (typeof view.ascans === 'number') view.data ??= await unpack(view.ascans, view.signed);
 }
 
-// `reference`: where the second cursor stands, in which view, and how strong it is there; or null. `shown`: which part of each axis the pictures show.
-const state = {view: null, layer: null, row: 0, column: 0, sample: 0, isHeld: false, reference: null,
-               shown: {rows: Plots.whole, columns: Plots.whole, samples: Plots.whole}};
+// `seen`: how strong the echo at the cursor is where a picture of the part says so, or null. `reference`: where the second cursor
+// stands, in which view, and how strong it is there; or null. `shown`: which part of each axis the pictures show.
+const state = {view: null, layer: null, row: 0, column: 0, sample: 0, isHeld: false, seen: null, reference: null, shown: {}};
+const showAll = () => ['rows', 'columns', 'samples', 'across', 'along', 'depth'].forEach(axis => state.shown[axis] = Plots.whole);
+showAll();
 const choice = id => byId(id).value;
 // With the digits that a tenth of a step has.
 function number(value, step) {
@@ -133,14 +135,14 @@ function showDifferences() {
   const show = (name, here, there) => byId('difference-' + name).textContent = differenceText(here, there);
   show('row', [inChosenLengths(view.rows), row], [inChosenLengths(reference.view.rows), reference.row]);
   show('column', [inChosenLengths(view.columns), column], [inChosenLengths(reference.view.columns), reference.column]);
+  const percent = hasAScans() ? percentAt(row, column, sample) : state.seen;
+  byId('difference-amplitude').textContent =
+      percent && reference.percent ? (decibelsOf(percent) - decibelsOf(reference.percent)).toFixed(1) + ' dB' : '–';
   if (!hasAScans()) return;
   const {path} = soundAxes(view), there = soundAxes(reference.view).path;
   show('time', [view.samples, sample], [reference.view.samples, reference.sample]);
   show('path', path && [path.axis, sample], there && [there.axis, reference.sample]);
   show('depth', depthAt(view, sample), depthAt(reference.view, reference.sample));
-  const percent = percentAt(row, column, sample);
-  byId('difference-amplitude').textContent =
-      percent && reference.percent ? (decibelsOf(percent) - decibelsOf(reference.percent)).toFixed(1) + ' dB' : '–';
 }
 
 function showReadout() {
@@ -150,6 +152,7 @@ function showReadout() {
   byId('read-layer-name').textContent = layer.label;
   byId('read-layer').textContent = layerText(layer, cellOf(row, column));
   showDifferences();
+  showPlace();
   if (!hasAScans()) return;
   const axes = soundAxes(view);
   byId('read-sample').textContent = sample;
@@ -192,25 +195,30 @@ function cscanScale() {
           axis: [{from: at(axis, largest), to: at(axis, 0), title: `Position (${axis.unit})`}]};
 }
 
+// Along which axis the samples are shown: along the rows, as a D-scan, where there is one column only. The C-scan lies alike.
+const alongOf = view => view.columns.quantity === 1 && view.rows.quantity > 1 ? 'rows' : 'columns';
+const cscanAxes = view => alongOf(view) === 'rows' ? ['rows', 'columns'] : ['columns', 'rows'];
+const scanTitles = {columns: 'Scan position', rows: 'Index position'};
+
 function drawCScan() {
-  const {view, layer} = state, frame = frames.cscan = new Plots.Frame(byId('cscan'), {right: 110});
+  const {view, layer} = state, canvas = byId('cscan'), [acrossName, downName] = cscanAxes(view), isTurned = acrossName === 'rows';
+  canvas.style.height = isTurned ? '120px' : '';
+  const frame = frames.cscan = new Plots.Frame(canvas, {right: 110});
   const scale = cscanScale(), colors = paletteOf(Plots.palettes.heat);
-  const across = shownOf('columns'), down = shownOf('rows');
+  const across = shownOf(acrossName), down = shownOf(downName);
+  const cellAt = (x, y) => isTurned ? cellOf(x, y) : cellOf(y, x);
   const key = JSON.stringify([frame.width, frame.height, rangeOf(), choice('palette'), across, down]);
   if (layer.pictureKey !== key) {
-    layer.picture = Plots.image(frame, across, down, (column, row) => scale.place(cellOf(row, column)), colors, false,
-                                layer.isDamaged && ((column, row) => layer.isDamaged[cellOf(row, column)]));
+    layer.picture = Plots.image(frame, across, down, (x, y) => scale.place(cellAt(x, y)), colors, false,
+                                layer.isDamaged && ((x, y) => layer.isDamaged[cellAt(x, y)]));
     layer.pictureKey = key;
   }
   Plots.paint(frame, layer.picture);
-  frame.axis('bottom', edges(inChosenLengths(view.columns), 'Scan position', across.part));
-  frame.axis('left', edges(inChosenLengths(view.rows), 'Index position', down.part));
+  frame.axis('bottom', edges(inChosenLengths(view[acrossName]), scanTitles[acrossName], across.part));
+  if (!isTurned) frame.axis('left', edges(inChosenLengths(view[downName]), scanTitles[downName], down.part));
   Plots.colorBar(frame, colors, ...scale.axis);
-  drawCursors(frame, 'columns', 'rows');
+  drawCursors(frame, acrossName, downName);
 }
-
-// Along which axis the samples are shown: along the rows, as a D-scan, where there is one column only.
-const alongOf = view => view.columns.quantity === 1 && view.rows.quantity > 1 ? 'rows' : 'columns';
 
 function drawBScan() {
   const {view, row: shownRow, column: shownColumn} = state, along = alongOf(view), isD = along === 'rows';
@@ -226,7 +234,7 @@ function drawBScan() {
     view.pictureKey = key;
   }
   Plots.paint(frame, view.picture);
-  frame.axis('bottom', edges(inChosenLengths(view[along]), isD ? 'Index position' : 'Scan position', across.part));
+  frame.axis('bottom', edges(inChosenLengths(view[along]), scanTitles[along], across.part));
   frame.axis('left', chosenSoundAxis(view));
   const levels = levelAxis({from: range, to: view.wave ? -range : 0, title: 'Amplitude (%)'});
   Plots.colorBar(frame, colors, ...view.wave ? levels.slice(0, 1) : levels);
@@ -276,4 +284,5 @@ function draw() {
     drawAScan();
   }
   drawSector();
+  drawProjections();
 }
