@@ -149,6 +149,7 @@ TEST(FileSystem, ReadsWritesAndMapsAPrivateView) {
   EXPECT_EQ(buffer[0], std::byte{'h'});
   ASSERT_EQ(file->Truncate(5 * 4096), Error::None);
   ASSERT_EQ(file->Map(100, 4 * 4096, view), Error::None);
+  EXPECT_EQ(view->Size(), 4 * 4096u);
   const std::byte* const start = view->Data();
   EXPECT_TRUE(IsMapped(start) && IsMapped(start + view->Size() - 1));
   view.reset();

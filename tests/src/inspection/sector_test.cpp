@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <numbers>
 #include <span>
 #include <string>
 #include <vector>
@@ -296,15 +297,17 @@ TEST_F(SectorTest, SaysWhatItCannotShowAsItShouldBe) {
   const double away = 10 * std::sqrt(0.5);
   EXPECT_NEAR(view.percents[PixelAt(view, away, away)], 100, 1e-3) << "the stronger is shown";
 
-  std::vector<TestBeam> unknown = Fan(40, 5, 3);
-  for (TestBeam& beam : unknown)
-    beam.change = [](CGDataTypeFDD& record) { record.partThickness = 0; };
-  inspection = Make(unknown);
-  view = MakeSector(inspection.Masters().front());
-  ASSERT_EQ(view.remarks.size(), 1U);
-  EXPECT_THAT(view.remarks[0], HasSubstr("thickness is not known"));
-  EXPECT_THAT(view.lines, IsEmpty());
-  EXPECT_EQ(view.EchoOf(0, 399)->point.leg, 1U);
+  for (const float thickness : {0.0F, -0.01F}) {
+    std::vector<TestBeam> unknown = Fan(40, 5, 3);
+    for (TestBeam& beam : unknown)
+      beam.change = [thickness](CGDataTypeFDD& record) { record.partThickness = thickness; };
+    inspection = Make(unknown);
+    view = MakeSector(inspection.Masters().front());
+    ASSERT_EQ(view.remarks.size(), 1U);
+    EXPECT_THAT(view.remarks[0], HasSubstr("thickness is not known"));
+    EXPECT_THAT(view.lines, IsEmpty());
+    EXPECT_EQ(view.EchoOf(0, 399)->point.leg, 1U);
+  }
 }
 
 TEST_F(SectorTest, DrawsAScanOfParallelBeams) {
@@ -340,6 +343,17 @@ TEST_F(SectorTest, FollowsTheFirstLegOfARoundPart) {
   ASSERT_EQ(view.lines.size(), 2U);
   for (const SectorLine::Point& point : view.lines[1].points)
     EXPECT_NEAR(std::hypot(point.across, 25 - point.down), 15, 1e-5);
+  // A wire of 1.8 mm is round too; here 0.3 mm at 45 degrees.
+  for (TestBeam& beam : beams)
+    beam.change = [](CGDataTypeFDD& record) {
+      record.inspectionGeometry = gdata_GeometryCircumferential;
+      record.inspectionRadius = 0.9e-3F;
+      record.partThickness = 0.4e-3F;
+    };
+  const Inspection wire = Make(beams);
+  EXPECT_NEAR(MakeSector(wire.Masters().front()).EchoOf(9, 3)->point.depth,
+              0.9 - std::sqrt(0.81 + 0.09 - 0.54 * std::sqrt(0.5)),
+              1e-5);
 }
 
 TEST_F(SectorTest, DrawsWallsAndTheWeldInEachLeg) {
@@ -375,6 +389,76 @@ TEST_F(SectorTest, DrawsWallsAndTheWeldInEachLeg) {
   EXPECT_NEAR(right->points[1].across, 21, 1e-5);
   EXPECT_NEAR(right->points[1].down, 12, 1e-5);
   EXPECT_NEAR(right->points[2].down, 10, 1e-5);
+}
+
+// Of a part of 10 mm, with a gap of 2 mm, a root face of 2 mm and 45 degrees: half of each line.
+TEST(WeldOutline, FollowsPreparationAndCaps) {
+  using Half = std::vector<std::pair<double, double>>;
+  CGWeldTypeDescr weld;
+  weld.bevelAngle = 45;
+  weld.rootGap = 0.002F;
+  weld.rootRadius = 0.004F;
+  weld.thickness = 0.01F;
+  weld.centerPosition = 0.03F;
+  EXPECT_THAT(WeldOutline(CGWeldTypeDescr()), IsEmpty()) << "no thickness";
+  const auto expectHalf = [](const std::vector<SectorLine::Point>& line, const Half& expected) {
+    ASSERT_EQ(line.size(), expected.size());
+    for (std::size_t at = 0; at < line.size(); ++at) {
+      EXPECT_NEAR(line[at].across - 30, expected[at].first, 1e-4) << at;
+      EXPECT_NEAR(line[at].down, expected[at].second, 1e-4) << at;
+    }
+  };
+  const Half straight = {{1, 0}, {1, 10}};
+  const struct {
+    std::uint32_t preparation;
+    float face;
+    Half half;
+    bool isOneSided;
+  } cases[] = {{0, 0.002F, straight, false},
+               {1, 0.002F, {{9, 0}, {1, 8}, {1, 10}}, false},
+               {1, 0, {{11, 0}, {1, 10}, {1, 10}}, false},
+               {1, 0.5F, {{1, 0}, {1, 0}, {1, 10}}, false},
+               {2, 0.002F, {{5, 0}, {1, 4}, {1, 6}, {5, 10}}, false},
+               {5, 0.002F, {{5, 0}, {1, 4}, {1, 6}, {5, 10}}, true},
+               {6, 0.002F, straight, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.preparation);
+    weld.preparation = c.preparation;
+    weld.rootFace = c.face;
+    const auto lines = WeldOutline(weld);
+    ASSERT_EQ(lines.size(), 2U);
+    expectHalf(lines[1], c.half);
+    Half left = c.isOneSided ? straight : c.half;
+    for (auto& point : left) point.first = -point.first;
+    expectHalf(lines[0], left);
+  }
+  // The arc of 4 mm about (1, 4) touches the bevel where both have 45 degrees.
+  weld.preparation = 3;
+  weld.rootFace = 0.002F;
+  weld.symmetric = 0;
+  weld.capWidth = 0.01F;
+  weld.capHeight = 0.002F;
+  weld.rootWidth = 0.006F;
+  weld.rootHeight = 0.001F;
+  const auto lines = WeldOutline(weld, 10);
+  ASSERT_EQ(lines.size(), 4U);
+  EXPECT_EQ(lines[0].size(), 2U);
+  ASSERT_EQ(lines[1].size(), 15U);
+  const double touch = 4 * std::sqrt(0.5);
+  const auto pick = [](const auto& line, std::initializer_list<std::size_t> which) {
+    std::vector<SectorLine::Point> points;
+    for (const std::size_t at : which) points.push_back(line[at]);
+    return points;
+  };
+  expectHalf(pick(lines[1], {0, 1, 7, 13, 14}),
+             {{1 + touch + 4 + touch, 0},
+              {1 + touch, 4 + touch},
+              {1 + 4 * std::cos(67.5 * std::numbers::pi / 180),
+               4 + 4 * std::sin(67.5 * std::numbers::pi / 180)},
+              {1, 8},
+              {1, 10}});
+  expectHalf(pick(lines[2], {0, 8, 12, 16}), {{-5, 0}, {0, -2}, {2.5, -1.5}, {5, 0}});
+  expectHalf(pick(lines[3], {0, 8, 16}), {{-3, 10}, {0, 11}, {3, 10}});
 }
 
 }  // namespace
