@@ -11,6 +11,7 @@
 #include "src/inspection/groupitems.h"
 #include "src/inspection/tofdpair.h"
 #include "src/items/itemstate.h"
+#include "utdata/tofd.h"
 
 namespace utdata {
 
@@ -410,7 +411,36 @@ InspectionState& StateOf(Inspection& inspection) {
   return static_cast<InspectionState&>(inspection.Supplier());
 }
 
+/// Whether a group holds positions of the same beam and patch, which count from the same offset.
+bool HoldsPositionsOf(const CGDataTypeFDD& ascans, const CGDataTypeFDD& record) {
+  return HoldsPositions(record.dataClass) && record.channelId == ascans.channelId &&
+         record.subChannelId == ascans.subChannelId && record.GetPatchID() == ascans.GetPatchID() &&
+         record.dataOffset == ascans.sampleOffset;
+}
+
 }  // namespace
+
+std::vector<FieldChange> CorrectSampleOffset(const DataGroup& group,
+                                             const TofdCalibration& calibration) {
+  InspectionState& inspection = DataGroupInside::State(group);
+  if (!group.IsListed())
+    throw Error(group.Name(), "cannot be calibrated", "another data group has its ids");
+  if (!calibration.isNeeded) return {};
+  CIData& item = group.Item();
+  const CGDataTypeFDD was = *item.idata1_GetGInfoRef();
+  Edit edit;
+  edit.NoteBefore(item, was);
+  idata_typeInspParams params = ParamsOf(item, was);
+  idata_typeTOFD tofd = GeometryOf(item, was);
+  tofd.sampleOffsetCorrection = static_cast<float>(calibration.correction);
+  item.idata3_ModifyTOFDParam(&tofd, &params);
+  const CGDataTypeFDD& is = *item.idata1_GetGInfoRef();
+  AddChanges(NameOf(inspection, item, was), Fields(was), Fields(is), edit.changes);
+  ChangeData(inspection, edit, [&](CGDataTypeFDD& record) {
+    if (HoldsPositionsOf(was, record)) record.sampleOffset = is.sampleOffset;
+  });
+  return edit.Finish();
+}
 
 const SCFile::GroupTypeInfo& GroupHandle::Type() const { return *m_kind->type; }
 std::string GroupHandle::Name() const { return m_kind->name(*m_inspection, m_item); }
