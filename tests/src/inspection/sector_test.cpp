@@ -381,17 +381,22 @@ TEST_F(SectorTest, DrawsWallsAndTheWeldInEachLeg) {
   EXPECT_NEAR(walls[1].first, 20, 1e-5);
   EXPECT_EQ(walls[1].second, SectorLine::Kind::Surface);
   ASSERT_EQ(bevels.size(), 8U);  // two sides in four legs
-  const auto right = std::find_if(bevels.begin(), bevels.end(), [](const SectorLine& line) {
-    return line.leg == 2 && line.points.front().across > 20;
-  });
-  ASSERT_NE(right, bevels.end());
-  ASSERT_EQ(right->points.size(), 3U);
+  const auto rightIn = [&](std::uint32_t leg) {
+    return *std::find_if(bevels.begin(), bevels.end(), [leg](const SectorLine& line) {
+      return line.leg == leg && line.points.front().across > 20;
+    });
+  };
+  const std::vector<SectorLine::Point> right = rightIn(2).points;
+  ASSERT_EQ(right.size(), 3U);
   // 45 degrees over 8 mm from the root face: 9 mm wide at the surface, here 20 mm down.
-  EXPECT_NEAR(right->points[0].across, 29, 1e-5);
-  EXPECT_NEAR(right->points[0].down, 20, 1e-5);
-  EXPECT_NEAR(right->points[1].across, 21, 1e-5);
-  EXPECT_NEAR(right->points[1].down, 12, 1e-5);
-  EXPECT_NEAR(right->points[2].down, 10, 1e-5);
+  EXPECT_NEAR(right[0].across, 29, 1e-5);
+  EXPECT_NEAR(right[0].down, 20, 1e-5);
+  EXPECT_NEAR(right[1].across, 21, 1e-5);
+  EXPECT_NEAR(right[1].down, 12, 1e-5);
+  EXPECT_NEAR(right[2].down, 10, 1e-5);
+  EXPECT_NEAR(rightIn(3).points[1].down, 28, 1e-5);
+  EXPECT_THROW((void)view.EchoOf(4, 0), Error);
+  EXPECT_THROW((void)view.EchoOf(0, samplesOfBeam), Error);
 }
 
 // Of a part of 10 mm, with a gap of 2 mm, a root face of 2 mm and 45 degrees: half of each line.

@@ -97,29 +97,30 @@ TEST(TofdScale, IsNotThereWhereWhatItFollowsFromIsNotKnown) {
 }
 
 // A wave of three samples wanders by 10 samples over 60 columns; the back wall's stronger echo lies
-// at sample 70.
+// at sample 110.
 TEST(TofdScale, StraightensByTheLateralWave) {
   const ScratchDirectory folder;
   Inspection inspection = Inspection::New((folder.Path() / "tofd.fpd").string());
   CGDataTypeFDD record = TofdRecord();
-  SetLayout(record, *FindSampleType("i16"), {60, 1, 100, true});
-  std::vector<std::int16_t> samples(60 * 100);
+  SetLayout(record, *FindSampleType("i16"), {60, 1, 140, true});
+  record.sampleOffset = 8e-6F;
+  std::vector<std::int16_t> samples(60 * 140);
   std::vector<std::int32_t> places;
   for (std::int32_t column = 0; column < 60; ++column) {
-    const auto place = static_cast<std::int32_t>(std::lround(12 + 5 * std::sin(column / 9.0)));
+    const auto place = static_cast<std::int32_t>(std::lround(52 + 5 * std::sin(column / 9.0)));
     places.push_back(place);
-    std::int16_t* const ascan = samples.data() + column * 100;
+    std::int16_t* const ascan = samples.data() + column * 140;
     ascan[place - 1] = ascan[place + 1] = -400;
     ascan[place] = 1000;
-    ascan[70] = -30000;
-    ascan[(column * 37) % 90 + 5] += 150;  // noise
+    ascan[110] = 30000;
+    ascan[(column * 37) % 130 + 5] += 150;  // noise
   }
   const auto bytes = std::as_bytes(std::span(samples));
   const DataGroup group = inspection.AddData(record, {bytes.begin(), bytes.end()});
   const std::vector<std::int32_t> shifts = StraighteningShifts(group, group.AllCells());
   ASSERT_EQ(shifts.size(), places.size());
   for (std::size_t column = 0; column < places.size(); ++column)
-    EXPECT_EQ(places[column] + shifts[column], 10) << column;
+    EXPECT_EQ(places[column] + shifts[column], 50) << column;
 
   record.channelId = 1;
   record.sampleOffset = 20e-6F;  // behind the lateral wave
