@@ -10,9 +10,15 @@
 // taken by the data groups that had the same one, or none (0). The specimen's dimensions stay: a
 // modification of them is not read back.
 //
-// The refracted angle, skew and probe separation of a channel are taken by its data groups without
-// a sub-channel, the angle and skew of a sub-channel by its data groups, where they had the same
-// value and can hold the new one.
+// A channel is one of time-of-flight diffraction, or it is not: where `tofd` changes, the channel
+// and all its data groups take the new one. Their bookmark types stay; their items choose the unit
+// of samples that items made with that flag have. A probe separation is taken by the data groups of
+// the same beam that had the same one, or none; of the channel's own beam by the channel too, and
+// from it.
+//
+// The refracted angle and skew of a channel are taken by its data groups without a sub-channel,
+// those of a sub-channel by its data groups, where they had the same value and can hold the new
+// one.
 //
 // One thread at a time. Nothing here saves.
 #pragma once

@@ -48,7 +48,7 @@ class UTDATA_API ReadOut {
   AxisValue halfPath;  ///< one-way sound path
   /// Below the surface, along the first leg: half path x cos(refracted angle).
   AxisValue depth;
-  AxisValue tofdDepth;  ///< of a diffracting tip between two probes; known for TOFD data only
+  AxisValue tofdDepth;  ///< of a diffracting tip between two probes; known where TofdDepths has one
 
   std::int32_t value = 0;  ///< of the sample, corrected
   double percent = 0;      ///< of full scale, negative for negative half waves; NaN for positions

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "tests/support/scratch_directory.h"
 #include "utdata/failure.h"
 #include "utdata/newscan.h"
+#include "utdata/readout.h"
 #include "utdata/views.h"
 
 namespace utdata::test {
@@ -45,16 +47,52 @@ TEST(TofdScale, LiesBetweenLateralWaveAndBackWall) {
   EXPECT_FALSE(scale->SampleAt(scale->depths.back() + 1));
 }
 
-TEST(TofdScale, IsNotThereWhereItsUnitKnowsNoDepth) {
+// An item has a separation of 1 mm and a radius of 57.3 mm where nobody gave one.
+TEST(TofdScale, IsNotThereWhereWhatItFollowsFromIsNotKnown) {
+  const auto round = [](CGDataTypeFDD& record) {
+    record.inspectionGeometry = gdata_GeometryCircumferential;
+    record.geometryKind = 16;
+    record.inspectionRadius = 0.1F;
+  };
+  struct Case {
+    std::function<void(CGDataTypeFDD&)> change;
+    std::string why;
+  };
+  const std::vector<Case> cases = {
+      {[](CGDataTypeFDD&) {}, ""},
+      {round, ""},
+      {[](CGDataTypeFDD& record) { record.tofd = 0; }, "it is no time-of-flight diffraction data"},
+      {[](CGDataTypeFDD& record) { record.probeSeparation = 0; },
+       "the probe separation is not known"},
+      {[](CGDataTypeFDD& record) { record.probeSeparation = -0.09F; },
+       "the probe separation is not known"},
+      {[](CGDataTypeFDD& record) { record.soundSpeed = 0; }, "the sound speed is not known"},
+      {[](CGDataTypeFDD& record) { record.sampleUnits = kvt_UnitMetre; },
+       "its samples do not count time"},
+      {[&](CGDataTypeFDD& record) { round(record), record.inspectionRadius = 0; },
+       "the radius of the part is not known"},
+      {[&](CGDataTypeFDD& record) { round(record), record.inspectionRadius = 0.06F; },
+       "the radius of the part is not above its thickness"},
+      {[&](CGDataTypeFDD& record) { round(record), record.probeSeparation = 0.7F; },
+       "the probe separation is more than half of the circumference"},
+  };
   const ScratchDirectory folder;
   const std::string path = (folder.Path() / "tofd.fpd").string();
-  for (const auto change : {+[](CGDataTypeFDD& record) { record.tofd = 0; },
-                            +[](CGDataTypeFDD& record) { record.probeSeparation = 0; },
-                            +[](CGDataTypeFDD& record) { record.soundSpeed = 0; }}) {
-    Inspection inspection = Inspection::New(path);
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.why);
     CGDataTypeFDD record = TofdRecord();
-    change(record);
-    EXPECT_FALSE(TofdScaleOf(inspection.AddData(record, std::vector<std::byte>(200))));
+    each.change(record);
+    {
+      Inspection made = Inspection::New(path);
+      made.AddData(record, std::vector<std::byte>(200));
+      made.SaveAs(path, true);
+    }
+    const Inspection inspection = Inspection::Open(path);
+    const DataGroup group = inspection.Data().front();
+    EXPECT_EQ(WhyNoTofdScale(group), each.why);
+    EXPECT_EQ(TofdScaleOf(group).has_value(), each.why.empty());
+    EXPECT_EQ(group.TofdDepths().size(), each.why.empty() ? 100U : 0U);
+    EXPECT_EQ(group.ReadOut(0, 0, 99).tofdDepth.IsKnown(), each.why.empty());
   }
 }
 

@@ -99,7 +99,8 @@ AScan MakeAScan(const DataGroup& group, const AScanOptions& options) {
   plot.title = Caption(group) + " · A-scan at " + RowText(group, scan.row) + ", " +
                ColumnText(group, scan.column) + WhichCell(options);
   plot.notes = {"Strongest echo " + AmplitudeText(group, scan.percent) + " at " +
-                SamplePlace(group, scan.sample)};
+                SamplePlace(group, scan.sample) +
+                TipDepthText(group, scan.row, scan.column, scan.sample)};
   const CodeMeaning meaning = MeaningOf(group, samples.Span());
   if (samples.IsDamaged(strongest.cell)) {
     scan.damagedCells = 1;

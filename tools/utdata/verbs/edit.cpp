@@ -25,9 +25,9 @@ or gate=1,channel=0) that match exactly one. 'info' and 'material' need none; a 
 is named as 'render' names it. Without KEY=VALUE, the group's fields are shown with their
 keys, units and ranges, and nothing is written. Values are in the units shown.
 
-What repeats a value follows it: a channel has one sound speed, which its data groups take;
-a part thickness, and angles of a channel or sub-channel, go to the data groups that had the
-same.
+What repeats a value follows it: a channel has one sound speed, which its data groups take,
+and is one of TOFD or not (tofd); a part thickness, a probe separation, and angles of a
+channel or sub-channel, go to the data groups that had the same.
 
 A change is appended to the last file (append), or written as the next numbered companion
 (companion). General information is changed in a whole new file only (new).

@@ -96,7 +96,8 @@ function depthAt(view, sample) {
   const depth = view.tofdDepths[sample];
   if (depth === null) return null;
   const next = view.tofdDepths[sample + 1] ?? view.tofdDepths[sample - 1] ?? depth;
-  return [inChosenLengths({unit: 'mm', first: depth, step: Math.abs(next - depth)}), 0];
+  const finest = 1;  // tenths of it are what the unit of these depths prints
+  return [inChosenLengths({unit: 'mm', first: depth, step: Math.max(Math.abs(next - depth), finest)}), 0];
 }
 function soundAxes(view) {
   const axes = {time: {axis: view.samples, title: view.samples.unit === 'µs' ? 'Time of flight' : 'Sound path'}};
