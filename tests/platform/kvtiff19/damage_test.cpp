@@ -233,6 +233,7 @@ TEST(Damage, HostileChainsAndRecords) {
   EXPECT_FALSE(refused([](FileForge&) {}));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.AddTop(Body(0).Bytes(), 1); }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.AddTop(Body(0).Bytes(), -4); }));
+  EXPECT_TRUE(refused([](FileForge& forge) { forge.AddTop(Body(0).Bytes(), 0, 60000, 1); }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.segmentCount = 1; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.segmentCount = ~std::uint64_t{0}; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.segmentCount = 0; }));

@@ -12,6 +12,7 @@
 #include "utdata/dac.h"
 #include "utdata/gating.h"
 #include "utdata/samples.h"
+#include "utdata/views.h"
 
 namespace utdata::program {
 namespace {
@@ -128,6 +129,18 @@ class ViewMaker {
     return layer;
   }
 
+  /// Depths of samples: along the first leg, of TOFD data those of a diffracting tip or none.
+  void AddDepths(Json& view, std::size_t number) {
+    const DataGroup& group = m_groups[number];
+    if (!group.IsTofd()) {
+      if (const auto depth = group.Depths()) view["depth"] = AxisJson(*depth, "sample");
+    } else if (const std::string why = WhyNoTofdScale(group); why.empty()) {
+      view["tofdDepths"] = TableJson(group.TofdDepths());
+    } else {
+      m_made.missing.push_back(Title(number) + ": no depths: " + why);
+    }
+  }
+
   /// The largest amplitudes and, within the limit, the samples; then the C-scans of the same cells.
   void AddAScans(std::size_t number, std::vector<bool>& isLayer) {
     const DataGroup& group = m_groups[number];
@@ -135,9 +148,7 @@ class ViewMaker {
     Json view = Frame(group);
     view["samples"] = AxisJson(group.Times(), "sample");
     if (const auto path = group.HalfPaths()) view["path"] = AxisJson(*path, "sample");
-    if (const auto depth = group.Depths()) view["depth"] = AxisJson(*depth, "sample");
-    if (const auto depths = group.TofdDepths(); !depths.empty())
-      view["tofdDepths"] = TableJson(depths);
+    AddDepths(view, number);
     view["amplitude"] = AmplitudeJson(group);
     view["wave"] = group.IsTofd();
     view["signed"] = samples.IsSigned();
