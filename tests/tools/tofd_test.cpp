@@ -101,6 +101,27 @@ TEST_F(TofdTest, DepthsFollowEachFieldTheyAreMadeOf) {
     const ProgramResult edited = Run(std::string("edit plate.fpd data 0 ") + edit.change);
     ASSERT_EQ(edited.status, 0) << edited.error;
     ExpectCaptions(edit.depth);
+    ASSERT_EQ(Run("report plate.fpd -o r.html --force").status, 0);
+    const std::string page = ReadFile(At("r.html"));
+    const bool hasNone = *edit.depth == '\0';
+    EXPECT_EQ(page.find("no depths: the probe separation is not known") != page.npos, hasNone);
+    EXPECT_EQ(page.find("\"tofdDepths\"") == page.npos, hasNone);
+    EXPECT_EQ(page.find("\"depth\":"), page.npos) << "along a leg of one probe";
+  }
+}
+
+TEST_F(TofdTest, PicturesSayWhereTheLateralWaveIsNotAmongTheSamples) {
+  const std::vector<std::pair<std::string, std::string>> places = {
+      {"0", "No depths: the samples end before the lateral wave"},
+      {"17", "The samples begin behind the lateral wave"}};
+  Import(0, "--thickness 30 --tofd --pcs 90");
+  for (const auto& [offset, note] : places) {
+    ASSERT_EQ(Run("edit plate.fpd data 0 sampleOffset=" + offset).status, 0);
+    const ProgramResult drawn = Run("render plate.fpd --data 0 --view d -o d.png --force");
+    EXPECT_NE(drawn.out.find(note), std::string::npos) << drawn.out;
+    ExpectOneLine(Run("render plate.fpd --data 0 --view d -o d.png --force --straighten"),
+                  1,
+                  "no sample lies where the lateral wave is expected");
   }
 }
 

@@ -108,7 +108,9 @@ std::optional<double> TofdScale::SampleAt(double depth) const {
   // Before the first sample with a depth lies the lateral wave, whose depth is 0.
   const double before = behind == first ? 0 : *(behind - 1);
   const double from = behind == first ? std::min(lateralWave, index) : index - 1;
-  return *behind > before ? from + (index - from) * (depth - before) / (*behind - before) : index;
+  const double place =
+      *behind > before ? from + (index - from) * (depth - before) / (*behind - before) : index;
+  return place >= 0 ? std::optional(place) : std::nullopt;
 }
 
 std::string WhyNoTofdScale(const DataGroup& group) {

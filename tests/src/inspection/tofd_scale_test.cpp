@@ -44,6 +44,15 @@ TEST(TofdScale, LiesBetweenLateralWaveAndBackWall) {
   EXPECT_NEAR(scale->SampleAt(scale->depths[33]).value_or(0), 33, 1e-6);
   EXPECT_NEAR(scale->SampleAt(0).value_or(0), 10, 1e-3);
   EXPECT_FALSE(scale->SampleAt(-1));
+  // From 50 mm on, 21.8 mm deep: no sample is less deep, and the first one is no lateral wave.
+  CGDataTypeFDD late = TofdRecord();
+  late.channelId = 1;
+  late.sampleOffset = 20e-6F;
+  const auto lateScale = TofdScaleOf(inspection.AddData(late, std::vector<std::byte>(200)));
+  EXPECT_NEAR(lateScale.value().lateralWave, -10, 1e-3);
+  EXPECT_FALSE(lateScale->SampleAt(0));
+  EXPECT_FALSE(lateScale->SampleAt(21.7));
+  EXPECT_NEAR(lateScale->SampleAt(60).value_or(0), 50, 1e-3);
   EXPECT_FALSE(scale->SampleAt(scale->depths.back() + 1));
 }
 

@@ -81,6 +81,11 @@ void SetTofdDepths(Section& section, const DataGroup& group) {
     plot.notes.push_back("No depths: " + WhyNoTofdScale(group));
     return;
   }
+  if (!(scale->lateralWave < group.SampleQuantity())) {
+    plot.notes.emplace_back("No depths: the samples end before the lateral wave");
+    return;
+  }
+  if (scale->lateralWave < 0) plot.notes.emplace_back("The samples begin behind the lateral wave");
   const double deepest = scale->depths.empty() ? 0 : scale->depths.back();
   for (const Tick& tick : RoundTicks(0, deepest, 20).major)
     if (const auto sample = scale->SampleAt(tick.value))
@@ -89,7 +94,7 @@ void SetTofdDepths(Section& section, const DataGroup& group) {
   if (scale->lateralWave >= 0 && scale->lateralWave < group.SampleQuantity())
     plot.lines.push_back(LineAt(plot, scale->lateralWave, "lateral wave"));
   if (scale->backWall) plot.lines.push_back(LineAt(plot, *scale->backWall, "back wall"));
-  plot.notes.back() += TipDepthText(group, section.row, section.column, section.sample);
+  plot.notes.front() += TipDepthText(group, section.row, section.column, section.sample);
 }
 
 void MarkDamage(Section& section, const Samples& samples, const CellRange& shown) {

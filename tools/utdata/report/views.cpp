@@ -9,8 +9,10 @@
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/dac.h"
 #include "utdata/gating.h"
 #include "utdata/samples.h"
+#include "utdata/views.h"
 
 namespace utdata::program {
 namespace {
@@ -127,6 +129,18 @@ class ViewMaker {
     return layer;
   }
 
+  /// Depths of samples: along the first leg, of TOFD data those of a diffracting tip or none.
+  void AddDepths(Json& view, std::size_t number) {
+    const DataGroup& group = m_groups[number];
+    if (!group.IsTofd()) {
+      if (const auto depth = group.Depths()) view["depth"] = AxisJson(*depth, "sample");
+    } else if (const std::string why = WhyNoTofdScale(group); why.empty()) {
+      view["tofdDepths"] = TableJson(group.TofdDepths());
+    } else {
+      m_made.missing.push_back(Title(number) + ": no depths: " + why);
+    }
+  }
+
   /// The largest amplitudes and, within the limit, the samples; then the C-scans of the same cells.
   void AddAScans(std::size_t number, std::vector<bool>& isLayer) {
     const DataGroup& group = m_groups[number];
@@ -134,13 +148,12 @@ class ViewMaker {
     Json view = Frame(group);
     view["samples"] = AxisJson(group.Times(), "sample");
     if (const auto path = group.HalfPaths()) view["path"] = AxisJson(*path, "sample");
-    if (const auto depth = group.Depths()) view["depth"] = AxisJson(*depth, "sample");
-    if (const auto depths = group.TofdDepths(); !depths.empty())
-      view["tofdDepths"] = TableJson(depths);
+    AddDepths(view, number);
     view["amplitude"] = AmplitudeJson(group);
     view["wave"] = group.IsTofd();
     view["signed"] = samples.IsSigned();
     view["gates"] = GatesJson(group);
+    if (const auto dac = DacOf(group)) view["dac"] = DacJson(group, *dac);
     if (Json damaged = DamagedJson(samples); !damaged.empty()) view["damaged"] = std::move(damaged);
     view["layers"].push_back(Layer(group));
     view["ascans"] = PackAScans(samples, group);
@@ -195,6 +208,14 @@ class ViewMaker {
            {"polarity", static_cast<std::uint32_t>(gate.polarity)}});
     }
     return gates;
+  }
+
+  /// The curve as straight lines in dB over places between samples.
+  [[nodiscard]] static Json DacJson(const DataGroup& group, const DacCurve& dac) {
+    Json points = Json::array();
+    for (const DacCurve::Point& point : dac.Points())
+      points.push_back({group.Times().IndexOf(point.time), group.Decibels(point.percent)});
+    return {{"name", dac.Name()}, {"points", std::move(points)}};
   }
 
   const std::vector<DataGroup>& m_groups;
