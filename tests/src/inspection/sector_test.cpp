@@ -308,6 +308,11 @@ TEST_F(SectorTest, SaysWhatItCannotShowAsItShouldBe) {
     EXPECT_THAT(view.lines, IsEmpty());
     EXPECT_EQ(view.EchoOf(0, 399)->point.leg, 1U);
   }
+  repeated = Fan(40, 5, 3);
+  repeated[1].change = [](CGDataTypeFDD& record) { record.partThickness = 0; };
+  inspection = Make(repeated);
+  EXPECT_THAT(MakeSector(inspection.Masters().front()).remarks,
+              testing::ElementsAre(HasSubstr("different thicknesses")));
 }
 
 TEST_F(SectorTest, DrawsAScanOfParallelBeams) {
@@ -315,6 +320,8 @@ TEST_F(SectorTest, DrawsAScanOfParallelBeams) {
   for (const double index : {20.0, 0.0, 10.0, 30.0, 50.0}) beams.push_back({0, index, {}, {}});
   const Inspection inspection = Make(beams);
   const SectorView view = MakeSector(inspection.Masters().front());
+  ASSERT_TRUE(view.strongest);
+  EXPECT_EQ(view.strongest->sample, 0U) << "all are alike: the first";
   const auto beamAt = [&](double across) { return view.pixels[PixelAt(view, across, 8)].beam; };
   EXPECT_EQ(beamAt(4.8), 0U);
   EXPECT_EQ(beamAt(5.2), 1U);
@@ -395,6 +402,9 @@ TEST_F(SectorTest, DrawsWallsAndTheWeldInEachLeg) {
   EXPECT_NEAR(right[1].down, 12, 1e-5);
   EXPECT_NEAR(right[2].down, 10, 1e-5);
   EXPECT_NEAR(rightIn(3).points[1].down, 28, 1e-5);
+  for (const PartView part : {PartView::Top, PartView::Side, PartView::End})
+    EXPECT_EQ(MakeProjection(inspection.Masters(), part).weld.size(),
+              part == PartView::End ? 2U : 0U);
   EXPECT_THROW((void)view.EchoOf(4, 0), Error);
   EXPECT_THROW((void)view.EchoOf(0, samplesOfBeam), Error);
 }
