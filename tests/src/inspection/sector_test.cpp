@@ -73,7 +73,8 @@ class SectorTest : public testing::Test {
     record.subChannelId = number;
     record.probeAngle = static_cast<float>(beam.angle);
     if (beam.change) beam.change(record);
-    std::vector<std::uint16_t> samples(samplesOfBeam, 10);
+    std::vector<std::uint16_t> samples(
+        std::size_t{record.rowQuantity} * record.columnQuantity * samplesOfBeam, 10);
     for (const std::uint32_t echo : beam.echoes) samples[echo] = 1000;
     const auto bytes = std::as_bytes(std::span(samples));
     inspection.AddData(record, {bytes.begin(), bytes.end()});
@@ -313,6 +314,30 @@ TEST_F(SectorTest, SaysWhatItCannotShowAsItShouldBe) {
   inspection = Make(repeated);
   EXPECT_THAT(MakeSector(inspection.Masters().front()).remarks,
               testing::ElementsAre(HasSubstr("different thicknesses")));
+}
+
+TEST_F(SectorTest, IsOfTheScanPositionOfTheStrongestEcho) {
+  const auto scan = [](std::uint32_t rows) {
+    return [rows](CGDataTypeFDD& record) {
+      SetLayout(record, *FindSampleType("u16"), {2, rows, samplesOfBeam, true});
+    };
+  };
+  std::vector<TestBeam> beams = Fan(40, 5, 3);
+  for (TestBeam& beam : beams) beam.change = scan(3);
+  beams[1].echoes = {3 * samplesOfBeam + 100};
+  beams[2].echoes = {4 * samplesOfBeam + 50};
+  Inspection inspection = Make(beams);
+  const std::pair<SectorOptions, std::uint32_t> cases[] = {
+      {{}, 3}, {{.row = 2}, 4}, {{.column = 0}, 4}, {{.row = 1}, 3}, {{.row = 0, .column = 1}, 1}};
+  for (const auto& [options, cell] : cases) {
+    const SectorView view = MakeSector(inspection.Masters().front(), options);
+    EXPECT_EQ(view.row * 2 + view.column, cell);
+  }
+  EXPECT_THROW((void)MakeSector(inspection.Masters().front(), {.row = 3}), Error);
+  EXPECT_THROW((void)MakeSector(inspection.Masters().front(), {.column = 2}), Error);
+  beams[1].change = scan(2);
+  inspection = Make(beams);
+  EXPECT_THROW((void)MakeSector(inspection.Masters().front()), Error);
 }
 
 TEST_F(SectorTest, DrawsAScanOfParallelBeams) {
