@@ -53,6 +53,8 @@ class UTDATA_API ReadOut {
   std::int32_t value = 0;  ///< of the sample, corrected
   double percent = 0;      ///< of full scale, negative for negative half waves; NaN for positions
   double decibels = 0;     ///< of full scale; minus infinity for 0 percent; NaN for positions
+  /// Above the channel's distance-amplitude curve, dB; NaN where DacOf gives none, and outside it.
+  double decibelsToDac = 0;
 };
 
 }  // namespace utdata

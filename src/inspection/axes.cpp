@@ -7,6 +7,7 @@
 #include "src/foundation/dataclass.h"
 #include "src/inspection/state.h"
 #include "src/inspection/tofdpair.h"
+#include "utdata/dac.h"
 #include "utdata/readout.h"
 #include "utdata/samples.h"
 
@@ -247,6 +248,9 @@ utdata::ReadOut DataGroup::ReadOut(std::uint32_t row,
   }
   at.percent = HoldsPositions() ? unknown : Percent(at.value);
   at.decibels = HoldsPositions() ? unknown : Decibels(at.percent);
+  const std::optional<DacCurve> dac = DacOf(*this);
+  at.decibelsToDac =
+      dac ? dac->DecibelsAt(at.percent, Times().At(sample)).value_or(unknown) : unknown;
   return at;
 }
 

@@ -9,6 +9,7 @@
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/dac.h"
 #include "utdata/gating.h"
 #include "utdata/samples.h"
 #include "utdata/views.h"
@@ -152,6 +153,7 @@ class ViewMaker {
     view["wave"] = group.IsTofd();
     view["signed"] = samples.IsSigned();
     view["gates"] = GatesJson(group);
+    if (const auto dac = DacOf(group)) view["dac"] = DacJson(group, *dac);
     if (Json damaged = DamagedJson(samples); !damaged.empty()) view["damaged"] = std::move(damaged);
     view["layers"].push_back(Layer(group));
     view["ascans"] = PackAScans(samples, group);
@@ -206,6 +208,14 @@ class ViewMaker {
            {"polarity", static_cast<std::uint32_t>(gate.polarity)}});
     }
     return gates;
+  }
+
+  /// The curve as straight lines in dB over places between samples.
+  [[nodiscard]] static Json DacJson(const DataGroup& group, const DacCurve& dac) {
+    Json points = Json::array();
+    for (const DacCurve::Point& point : dac.Points())
+      points.push_back({group.Times().IndexOf(point.time), group.Decibels(point.percent)});
+    return {{"name", dac.Name()}, {"points", std::move(points)}};
   }
 
   const std::vector<DataGroup>& m_groups;

@@ -273,6 +273,8 @@ function useView(view) {
     if (axes[chosen]) byId('axis').value = chosen;
   }
   byId('axis').parentElement.hidden = !view.data;
+  for (const option of byId('levels').options) if (option.value === 'dac') option.hidden = option.disabled = !view.dac;
+  if (choice('levels') === 'dac' && !view.dac) byId('levels').value = 'decibel';
 }
 
 async function showView(index) {

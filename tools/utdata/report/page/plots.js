@@ -1,7 +1,7 @@
 'use strict';
 // Pictures on a canvas: an area between its axes, with an image or a curve in it. Knows pixels and numbers, nothing of inspections.
 const Plots = (() => {
-  const ink = '#202024', pale = '#60626a', grid = '#e4e5e9', blue = '#184ea0', red = '#d62828', green = '#28af5a', cyan = '#0096c8';
+  const ink = '#202024', pale = '#60626a', grid = '#e4e5e9', blue = '#184ea0', red = '#d62828', green = '#28af5a', cyan = '#0096c8', violet = '#8a3fb0';
   const font = '12px "DejaVu Sans", "Segoe UI", system-ui, sans-serif';
 
   // 256 colours whose lightness rises evenly between the anchors.
@@ -222,22 +222,26 @@ const Plots = (() => {
     bar.axis('right', axis, {marks});
   }
 
-  // A curve of the values of cells, each at the middle of its cell, between low and high. Where several fall on one pixel it spans
-  // all.
-  function curve(frame, {cells, part}, valueAt, low, high) {
+  // A curve of the values of cells, each at the middle of its cell, between low and high; null interrupts it. Where several fall on
+  // one pixel it spans all.
+  function curve(frame, {cells, part}, valueAt, low, high, color = blue) {
     const context = frame.context;
     const y = value => frame.y(1 - (Math.min(high, Math.max(low, value)) - low) / (high - low));
     frame.clipped(() => {
-      context.strokeStyle = blue;
+      context.strokeStyle = color;
       context.lineWidth = 1.4;
       context.lineJoin = 'round';
       context.beginPath();
       const first = Math.max(0, Math.floor(part.from * cells) - 1), end = Math.min(cells, Math.ceil(part.to * cells) + 1);
-      for (let cell = first; cell < end; ++cell)
-        context.lineTo(frame.x(((cell + 0.5) / cells - part.from) / (part.to - part.from)), y(valueAt(cell)));
+      let isOpen = false;
+      for (let cell = first; cell < end; ++cell) {
+        const value = valueAt(cell), x = frame.x(((cell + 0.5) / cells - part.from) / (part.to - part.from));
+        if (value !== null) isOpen ? context.lineTo(x, y(value)) : context.moveTo(x, y(value));
+        isOpen = value !== null;
+      }
       context.stroke();
     });
   }
 
-  return {Frame, palettes, whole, cellsOfPixel, image, paint, colorBar, curve, red, blue, green, cyan, pale};
+  return {Frame, palettes, whole, cellsOfPixel, image, paint, colorBar, curve, red, blue, green, cyan, violet, pale};
 })();

@@ -146,7 +146,7 @@ function showPlace() {
   const other = state.reference && placeInPart(state.reference);
   byId('difference-part').textContent = place && other ? lengths(Object.fromEntries(
       ['across', 'along', 'depth'].map(axis => [axis, place[axis] - other[axis]]))) : '–';
-  if (!hasAScans()) byId('read-amplitude').textContent = state.seen === null ? '–' : levelText(state.seen);
+  if (!hasAScans()) byId('read-amplitude').textContent = state.seen === null ? '–' : sampleLevelText(state, state.seen);
 }
 
 function drawProjections() {

@@ -50,11 +50,30 @@ function percentOf(amplitude, value) {
 function decibelsOf(percent) {
   return facts.decibels.full + facts.decibels.perDecade * Math.log10(Math.abs(percent) / 100);
 }
-const decibelMarks = () => [0, -3, -6, -9, -12, -18, -24, -30, -40].map(level => ({
-  value: 100 * 10 ** ((level - facts.decibels.full) / facts.decibels.perDecade), label: String(level)}));
+const percentOfLevel = level => 100 * 10 ** ((level - facts.decibels.full) / facts.decibels.perDecade);
+const decibelMarks = () => [0, -3, -6, -9, -12, -18, -24, -30, -40].map(level => ({value: percentOfLevel(level), label: String(level)}));
 function levelText(percent) {
   if (choice('levels') === 'percent') return percent.toFixed(1) + ' %';
   return percent === 0 ? '−∞ dB' : decibelsOf(percent).toFixed(1) + ' dB';
+}
+// The channel's distance-amplitude curve at a sample, in dB of full scale; null outside of it.
+function dacAt(view, sample) {
+  const points = view.dac?.points ?? [], after = points.findIndex(([place]) => place >= sample);
+  if (after < 0 || points[0][0] > sample) return null;
+  const [to, end] = points[after], [from, begin] = points[Math.max(0, after - 1)];
+  return to === from ? end : begin + (end - begin) * (sample - from) / (to - from);
+}
+// How strong a sample is: above the channel's curve where that is chosen, else of full scale. A number in dB, or null.
+const isRelative = view => choice('levels') === 'dac' && Boolean(view.dac);
+function relativeLevel({view, sample}, percent) {
+  if (!percent) return null;
+  const level = isRelative(view) ? dacAt(view, sample) : 0;
+  return level === null ? null : decibelsOf(percent) - level;
+}
+function sampleLevelText(cursor, percent) {
+  if (!isRelative(cursor.view)) return levelText(percent);
+  const level = relativeLevel(cursor, percent);
+  return level === null ? 'no DAC here' : `${level > 0 ? '+' : ''}${level.toFixed(1)} dB to DAC`;
 }
 // An axis of the file in the chosen unit of length.
 function inChosenLengths(axis) {
@@ -137,8 +156,8 @@ function showDifferences() {
   show('row', [inChosenLengths(view.rows), row], [inChosenLengths(reference.view.rows), reference.row]);
   show('column', [inChosenLengths(view.columns), column], [inChosenLengths(reference.view.columns), reference.column]);
   const percent = hasAScans() ? percentAt(row, column, sample) : state.seen;
-  byId('difference-amplitude').textContent =
-      percent && reference.percent ? (decibelsOf(percent) - decibelsOf(reference.percent)).toFixed(1) + ' dB' : '–';
+  const level = relativeLevel(state, percent), other = relativeLevel(reference, reference.percent);
+  byId('difference-amplitude').textContent = level === null || other === null ? '–' : (level - other).toFixed(1) + ' dB';
   if (!hasAScans()) return;
   const {path} = soundAxes(view), there = soundAxes(reference.view).path;
   show('time', [view.samples, sample], [reference.view.samples, reference.sample]);
@@ -162,7 +181,7 @@ function showReadout() {
   const depth = depthAt(view, sample);
   byId('read-depth').textContent = depth ? textAt(...depth) : '–';
   const isDamaged = view.isDamaged?.[cellOf(row, column)];
-  byId('read-amplitude').textContent = isDamaged ? 'damaged' : levelText(percentAt(row, column, sample));
+  byId('read-amplitude').textContent = isDamaged ? 'damaged' : sampleLevelText(state, percentAt(row, column, sample));
   byId('read-value').textContent = isDamaged ? 'damaged' : valueAt(row, column, sample);
 }
 
@@ -260,15 +279,32 @@ function drawGate(frame, gate, low, high) {
   }
 }
 
+// On both sides of zero where the samples are.
+function drawDac(frame, samples, low, high) {
+  const {view} = state;
+  if (!view.dac) return;
+  const percentOfDac = sample => {
+    const level = dacAt(view, sample);
+    return level === null ? null : percentOfLevel(level);
+  };
+  for (const sign of hasSign(view) ? [1, -1] : [1])
+    Plots.curve(frame, samples, sample => percentOfDac(sample) && sign * percentOfDac(sample), low, high, Plots.violet);
+  const [[place, level]] = view.dac.points, start = placeOf('samples', place), percent = percentOfDac(Math.ceil(place)) ?? 0;
+  if (start < 0 || start > 1 || !Number.isFinite(level)) return;
+  frame.text('DAC', frame.x(start) + 4, frame.y(1 - (Math.min(high, percent) - low) / (high - low)) - 6, 'left', Plots.violet);
+}
+
 function drawAScan() {
   const {view, row, column} = state, samples = shownOf('samples');
   const frame = frames.ascan = new Plots.Frame(byId('ascan'), {right: 56});
   const levels = view.gates.flatMap(gate => [gate.above, gate.below]);
-  const high = Math.min(100, Math.max(rangeOf(), ...levels) * 1.05), low = hasSign(view) ? -high : 0;
+  const highestDac = Math.max(0, ...(view.dac?.points ?? []).map(([, level]) => percentOfLevel(level)));
+  const high = Math.min(100, Math.max(rangeOf(), highestDac, ...levels) * 1.05), low = hasSign(view) ? -high : 0;
   const values = {from: high, to: low, title: 'Amplitude (%)'};
   frame.axis('bottom', chosenSoundAxis(view), {lines: true});
   frame.axis('left', values, {lines: true});
   frame.axis('right', {...values, title: 'Level (dB)'}, {marks: decibelMarks()});
+  drawDac(frame, samples, low, high);
   Plots.curve(frame, samples, sample => percentAt(row, column, sample), low, high);
   for (const gate of view.gates) drawGate(frame, gate, low, high);
   frame.outline();
