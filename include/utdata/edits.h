@@ -25,6 +25,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -60,6 +61,10 @@ class UTDATA_API GroupHandle {
   [[nodiscard]] std::string Name() const;
   /// They show what the group holds at the time when they are asked.
   [[nodiscard]] Fields Values() const;
+  /// Whether a value of a data group is one that loading has put in place of the file's, which is
+  /// missing or cannot be meant: a default, not a measurement. False for other types, and once it
+  /// was changed. Throws Error when there is no such field.
+  [[nodiscard]] bool IsDefault(std::string_view key) const;
 
   /// Gives several fields other values, and the fields of other groups that agree with them.
   /// Throws Error, and changes nothing, when there is no such field or it does not take its value

@@ -445,6 +445,13 @@ std::vector<FieldChange> CorrectSampleOffset(const DataGroup& group,
 const SCFile::GroupTypeInfo& GroupHandle::Type() const { return *m_kind->type; }
 std::string GroupHandle::Name() const { return m_kind->name(*m_inspection, m_item); }
 Fields GroupHandle::Values() const { return {*m_kind->type, m_kind->record(m_item)}; }
+bool GroupHandle::IsDefault(std::string_view key) const {
+  const Field is = Values()[key];
+  if (&Type() != &SCFile::file_GroupTypeOf<CGDataTypeFDD>()) return false;
+  const DataRow* const row = m_inspection->RowOf(static_cast<const CIData*>(m_item));
+  const Field taken = Fields(row->taken)[key];
+  return is.SameAs(taken) && !taken.SameAs(Fields(*row->stored)[key]);
+}
 std::vector<FieldChange> GroupHandle::Change(FieldTexts values) const {
   return m_kind->change(*m_inspection, m_item, values);
 }

@@ -110,6 +110,18 @@ TEST_F(TofdTest, DepthsFollowEachFieldTheyAreMadeOf) {
   }
 }
 
+TEST_F(TofdTest, ASeparationThatNobodyGaveIsMarkedAsDefault) {
+  Import(0, "--thickness 30");
+  ASSERT_EQ(Run("edit plate.fpd data 0 tofd=yes").status, 0);
+  EXPECT_NE(Run("edit plate.fpd data 0").out.find("1 mm (default)"), std::string::npos);
+  EXPECT_NE(Run("info plate.fpd").out.find("probe separation not known"), std::string::npos);
+  EXPECT_EQ(RunJson("edit plate.fpd data 0 --json")["defaults"],
+            Json({"inspectionRadius", "probeSeparation"}));
+  const Json edited = RunJson("edit plate.fpd data 0 probeSeparation=90 --json");
+  EXPECT_EQ(edited["defaults"], Json({"inspectionRadius"}));
+  EXPECT_EQ(RunJson("edit plate.fpd channel 0 --json")["defaults"], Json::array());
+}
+
 TEST_F(TofdTest, PicturesSayWhereTheLateralWaveIsNotAmongTheSamples) {
   const std::vector<std::pair<std::string, std::string>> places = {
       {"0", "No depths: the samples end before the lateral wave"},

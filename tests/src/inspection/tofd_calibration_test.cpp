@@ -157,6 +157,26 @@ TEST_F(TofdCalibrationTest, SaysWhatWouldFitWhereTheBackWallDoesNot) {
   EXPECT_NEAR(found.fittingSoundSpeed.value(), 5612.5, 3);
 }
 
+// On a pipe of 100 mm radius, an arc of 104.72 mm is one of 30 degrees over the diameter: the chord
+// between the probes is 100 mm, half of it 50, and lies 100 (1 - cos 30°) = 13.397 mm below the
+// surface. The back wall at 30 mm has a half path of √(50² + 16.603²) = 52.685 mm.
+TEST_F(TofdCalibrationTest, GoesByTheChordOfARoundPart) {
+  CGDataTypeFDD record = PlateRecord();
+  record.inspectionGeometry = gdata_GeometryCircumferential;
+  record.geometryKind = 16;
+  record.inspectionRadius = 0.1F;
+  record.probeSeparation = 0.10472F;
+  Inspection inspection = Make(record, LateBy(0));
+  const DataGroup group = inspection.Data().front();
+  const TofdCalibration found =
+      CalibrateTofd(group, {.times = TofdEchoTimes{20 + 0.25, 2 * 52.685 / 5 + 0.25}});
+  EXPECT_NEAR(found.correction * 1e6, 0.25, 1e-4);
+  EXPECT_NEAR(found.backWallDepth, 30, 0.005);
+  EXPECT_FALSE(found.fittingSeparation) << "of a flat part";
+  CorrectSampleOffset(group, found);
+  EXPECT_NEAR(TofdScaleOf(group).value().backWall.value(), found.backWall, 0.05);
+}
+
 TEST_F(TofdCalibrationTest, FindsTheEchoesWhateverElseIsThere) {
   const auto with = [](PlateEcho more) {
     return [=](std::uint32_t row) {

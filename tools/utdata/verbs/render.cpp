@@ -52,6 +52,7 @@ struct RenderOptions {
   std::string samples = "time";
   bool samplesGiven = false;
   bool straighten = false;
+  std::string relativeTo;
   bool force = false;
   bool quiet = false;
   bool json = false;
@@ -80,8 +81,13 @@ nlohmann::ordered_json AxisFacts(const PlotAxis& axis) {
 
 Rendering RenderAScan(const Groups& groups, const RenderOptions& options) {
   const DataGroup& group = groups.front();
-  const AScan scan = MakeAScan(
-      group, {options.row, options.column, options.gain, options.Samples(), options.quiet});
+  const AScan scan = MakeAScan(group,
+                               {options.row,
+                                options.column,
+                                options.gain,
+                                options.Samples(),
+                                options.quiet,
+                                options.relativeTo == "dac"});
   nlohmann::ordered_json gates = nlohmann::ordered_json::array();
   for (const GateBar& gate : scan.plot.gates)
     gates.push_back(
@@ -95,6 +101,7 @@ Rendering RenderAScan(const Groups& groups, const RenderOptions& options) {
       {"across", AxisFacts(scan.plot.across)},
       {"values", {{"unit", "%"}, {"low", scan.plot.low}, {"high", scan.plot.high}}},
       {"gates", std::move(gates)}};
+  if (scan.decibelsToDac) facts["strongest"]["decibels_to_dac"] = *scan.decibelsToDac;
   return {Draw(scan.plot, Font()), scan.plot.title, scan.plot.notes, std::move(facts)};
 }
 
@@ -267,6 +274,7 @@ void CheckOptions(const RenderOptions& options) {
   check("--row", options.row.has_value(), view.Has(takesRow));
   check("--column", options.column.has_value(), view.Has(takesColumn));
   check("--samples", options.samplesGiven, view.Has(hasSampleAxis));
+  check("--relative-to", !options.relativeTo.empty(), view.render == RenderAScan);
   check("--straighten", options.straighten, view.Has(isSection));
   check("--from", options.from.has_value(), view.Has(showsBeams));
   check("--to", options.to.has_value(), view.Has(showsBeams));
@@ -371,6 +379,11 @@ void AddRenderVerb(CLI::App& program) {
                 options->straighten,
                 "Move each A-scan of a TOFD B- or D-scan so that its lateral wave lies where the "
                 "separation of the probes has it");
+  verb.add_option("--relative-to",
+                  options->relativeTo,
+                  "dac: show the echo of an A-scan that lies highest over the DAC curve of the "
+                  "channel, with its level relative to it")
+      ->check(CLI::IsMember({"dac"}));
   verb.add_option("--from",
                   options->from,
                   "Half path in mm, behind the initial pulse, from which a sector scan's strongest "
