@@ -1,5 +1,6 @@
 #include "report/report.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string_view>
@@ -51,6 +52,19 @@ Json DecibelsJson(const Inspection& inspection) {
   return nullptr;
 }
 
+/// Lines that are said of many beams alike, once.
+std::vector<std::string> Gathered(const std::vector<std::string>& lines) {
+  std::vector<std::string> gathered;
+  for (auto line = lines.begin(); line != lines.end();) {
+    const auto end =
+        std::find_if(line, lines.end(), [&](const auto& other) { return other != *line; });
+    const auto times = end - line;
+    gathered.push_back(*line + (times > 1 ? " (" + std::to_string(times) + " times)" : ""));
+    line = end;
+  }
+  return gathered;
+}
+
 void Replace(std::string& page, std::string_view mark, std::string_view text) {
   const std::size_t at = page.find(mark);
   if (at != std::string::npos) page.replace(at, mark.size(), text);
@@ -63,6 +77,7 @@ Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
   Json sectors = MakeSectors(inspection, views, options.quiet);
   Json projections = MakeProjections(inspection, views, options.quiet);
   for (std::string& line : DamageLines(inspection)) views.missing.push_back(std::move(line));
+  views.missing = Gathered(views.missing);
   Json files = Json::array();
   for (const std::string& file : inspection.Files()) files.push_back(FileName(file));
   const Json facts = {
