@@ -370,8 +370,12 @@ def finite(number, otherwise=0.0):
     return number if math.isfinite(number) else otherwise
 
 
+def is_above_zero(number):
+    return math.isfinite(number) and number > 0
+
+
 def above_zero(number, otherwise):
-    return number if math.isfinite(number) and number > 0 else otherwise
+    return number if is_above_zero(number) else otherwise
 
 
 def single(number):
@@ -446,6 +450,8 @@ class DataGroup:
             setattr(self, name, finite(getattr(self, name)))
         self.partThickness = finite(self.partThickness)
         self.probeAngle = single(89.999) if self.probeAngle >= 90 else finite(self.probeAngle)
+        self.hasSeparation = is_above_zero(self.probeSeparation)
+        self.hasRadius = is_above_zero(self.inspectionRadius)
         self.probeSeparation = above_zero(self.probeSeparation, single(0.001))
         self.inspectionRadius = above_zero(self.inspectionRadius, single(0.0573))
         if self.holds_positions and -math.inf < self.dataResolution < 0:
@@ -593,10 +599,28 @@ class DataGroup:
     def tofd_depth(self, index):
         """Metres of depth of a diffracting tip; None before the lateral wave."""
         path = self.half_path(index)
+        if self.tofd != 1 or path is None or not self._knows_probes():
+            return None
         half, rise = self._probes()
-        if self.tofd != 1 or path is None or path < half:
+        if not path >= half:
             return None
         return rise + math.sqrt(path * path - half * half)
+
+    def _knows_probes(self):
+        """Whether their places follow from what is stored."""
+        if self.inspectionGeometry not in (1, 2):
+            return self.hasSeparation
+        return (
+            self.hasSeparation
+            and self.hasRadius
+            and self.inspectionRadius > self.partThickness
+            and single(self.probeSeparation / self._diameter()) < math.pi
+        )
+
+    def _diameter(self):
+        """Of the surface that the probes are on."""
+        is_outer = self.geometryKind in (16, 17)
+        return single(2 * self.inspectionRadius - (0 if is_outer else 2 * self.partThickness))
 
     def _probes(self):
         """Half the way between the two probes, and how far the surface rises above it."""
@@ -604,9 +628,7 @@ class DataGroup:
         if self.inspectionGeometry not in (1, 2):
             return separation / 2, 0
         is_outer = self.geometryKind in (16, 17)
-        diameter = single(2 * self.inspectionRadius - (0 if is_outer else 2 * self.partThickness))
-        if diameter == 0:
-            return separation / 2, 0
+        diameter = self._diameter()
         angle = single(separation / diameter)
         rise = diameter / 2 * (1 - math.cos(angle))
         return diameter * math.sin(angle) / 2, rise if is_outer else -rise

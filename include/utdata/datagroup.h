@@ -145,7 +145,8 @@ class UTDATA_API DataGroup {
   /// angle. None as above.
   [[nodiscard]] std::optional<AxisScale> Depths() const;
   /// Millimetres of depth of a diffracting tip at each sample of TOFD data, through the item's
-  /// unit; NaN before the lateral wave. Empty for other data.
+  /// unit; NaN before the lateral wave. Empty for other data, and where sound speed, probe
+  /// separation or the radius of a round part is not known (utdata::WhyNoTofdScale).
   [[nodiscard]] std::vector<double> TofdDepths() const;
   [[nodiscard]] AmplitudeScale Amplitudes() const;
   /// Percent of full scale of a value, negative below zero; NaN where the range has no extent.

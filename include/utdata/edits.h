@@ -10,15 +10,22 @@
 // taken by the data groups that had the same one, or none (0). The specimen's dimensions stay: a
 // modification of them is not read back.
 //
-// The refracted angle, skew and probe separation of a channel are taken by its data groups without
-// a sub-channel, the angle and skew of a sub-channel by its data groups, where they had the same
-// value and can hold the new one.
+// A channel is one of time-of-flight diffraction, or it is not: where `tofd` changes, the channel
+// and all its data groups take the new one. Their bookmark types stay; their items choose the unit
+// of samples that items made with that flag have. A probe separation is taken by the data groups of
+// the same beam that had the same one, or none; of the channel's own beam by the channel too, and
+// from it.
+//
+// The refracted angle and skew of a channel are taken by its data groups without a sub-channel,
+// those of a sub-channel by its data groups, where they had the same value and can hold the new
+// one.
 //
 // One thread at a time. Nothing here saves.
 #pragma once
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -54,6 +61,10 @@ class UTDATA_API GroupHandle {
   [[nodiscard]] std::string Name() const;
   /// They show what the group holds at the time when they are asked.
   [[nodiscard]] Fields Values() const;
+  /// Whether a value of a data group is one that loading has put in place of the file's, which is
+  /// missing or cannot be meant: a default, not a measurement. False for other types, and once it
+  /// was changed. Throws Error when there is no such field.
+  [[nodiscard]] bool IsDefault(std::string_view key) const;
 
   /// Gives several fields other values, and the fields of other groups that agree with them.
   /// Throws Error, and changes nothing, when there is no such field or it does not take its value

@@ -366,6 +366,11 @@ class UTDATA_API CIData : public utdata::PlacedItem {
   /// Chooses the units of the data axis, and of the sample axis where the class or TOFD asks for
   /// it. Construction only.
   void ChooseInitialUnits();
+  /// Gives descriptor and record copy another TOFD flag, and chooses the unit of the sample axis
+  /// that an item made with that flag has; bookmark type and table stay. Then the item is modified.
+  /// Nothing where the flag is the same. Under the lock. The descriptor must be there.
+  UTDATA_LOCAL void TakeTofdFlag(std::int32_t tofd);
+  [[nodiscard]] UTDATA_LOCAL CUnit* InitialSampleUnit() const;
   /// Brings every unit in line with the descriptor. Nothing for a bare item. Under the lock.
   void UpdateUnits();
   /// Hands an operation to whom it concerns: from an element to its master; from there to the

@@ -48,11 +48,13 @@ class UTDATA_API ReadOut {
   AxisValue halfPath;  ///< one-way sound path
   /// Below the surface, along the first leg: half path x cos(refracted angle).
   AxisValue depth;
-  AxisValue tofdDepth;  ///< of a diffracting tip between two probes; known for TOFD data only
+  AxisValue tofdDepth;  ///< of a diffracting tip between two probes; known where TofdDepths has one
 
   std::int32_t value = 0;  ///< of the sample, corrected
   double percent = 0;      ///< of full scale, negative for negative half waves; NaN for positions
   double decibels = 0;     ///< of full scale; minus infinity for 0 percent; NaN for positions
+  /// Above the channel's distance-amplitude curve, dB; NaN where DacOf gives none, and outside it.
+  double decibelsToDac = 0;
 };
 
 }  // namespace utdata

@@ -228,9 +228,14 @@ struct TofdScale {
   [[nodiscard]] UTDATA_API std::optional<double> SampleAt(double depth) const;
 };
 
-/// Through the unit of the data group's item. None for data of another kind, and where the sound
-/// speed or the separation of the probes is not known.
+/// Through the unit of the data group's item. None for data of another kind, and where what the
+/// depths follow from is not known (WhyNoTofdScale).
 [[nodiscard]] UTDATA_API std::optional<TofdScale> TofdScaleOf(const DataGroup& group);
+
+/// Why a data group has no TofdScale, in a few words: it is of another kind, its samples do not
+/// count time, sound speed, probe separation or, of a round part, the radius is not known or cannot
+/// be. What loading puts in place of a value that is missing is not known. Empty: it has one.
+[[nodiscard]] UTDATA_API std::string WhyNoTofdScale(const DataGroup& group);
 
 /// By how many samples each A-scan of some cells is to be moved to larger indices, so that the peak
 /// of its lateral wave lies where the separation of the probes has it. The wave is found by what is

@@ -7,6 +7,8 @@
 
 #include "src/foundation/dataclass.h"
 #include "src/inspection/state.h"
+#include "src/inspection/tofdpair.h"
+#include "utdata/dac.h"
 #include "utdata/readout.h"
 #include "utdata/samples.h"
 
@@ -119,15 +121,6 @@ double DepthOfPath(const CIData& item) {
   return std::cos(double{item.idata3_GetProbeAngle()} * std::numbers::pi / 180);
 }
 
-/// One-way path of the lateral wave between two TOFD probes, metres: half the straight way. No
-/// diffracted echo comes before it.
-double LateralPath(const CIData& item) {
-  double sagitta = 0;
-  double half = double{item.Descriptor()->probeSeparation} / 2;
-  item.GetCircularParameter(&sagitta, &half);  // leaves those of a flat part
-  return half;
-}
-
 const CUnit* DecibelUnit(const CIData& item) {
   return item.idata3_GetUnit(kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel);
 }
@@ -175,7 +168,7 @@ std::optional<AxisScale> DataGroup::Depths() const {
 std::vector<double> DataGroup::TofdDepths() const {
   const SampleAxis samples(*this);
   std::vector<double> depths;
-  if (!IsTofd() || !samples.HasPath()) return depths;
+  if (!samples.HasPath() || TofdObstacle(*this)) return depths;
   const CUnit* unit = samples.Unit(unit_TofdDepth, unit_Millimetre);
   for (std::uint32_t sample = 0; sample < samples.Quantity(); ++sample) {
     const double path = samples.At(sample);
@@ -261,11 +254,14 @@ utdata::ReadOut DataGroup::ReadOut(std::uint32_t row,
   if (hasSamples && axis.HasPath()) {
     at.halfPath = {item, kvt_AxisSample, unit_HalfPath, path};
     at.depth = {item, kvt_AxisSample, unit_HalfPath, path * DepthOfPath(item)};
-    if (IsTofd() && path >= LateralPath(item))
+    if (!TofdObstacle(*this) && path >= LateralPath(item))
       at.tofdDepth = {item, kvt_AxisSample, unit_TofdDepth, path};
   }
   at.percent = HoldsPositions() ? unknown : Percent(at.value);
   at.decibels = HoldsPositions() ? unknown : Decibels(at.percent);
+  const std::optional<DacCurve> dac = DacOf(*this);
+  at.decibelsToDac =
+      dac ? dac->DecibelsAt(at.percent, Times().At(sample)).value_or(unknown) : unknown;
   return at;
 }
 

@@ -20,6 +20,9 @@ CGDataTypeFDD Changed(const DataRow& row) {
     if (value != field.access.number(&row.taken)) field.access.setNumber(&record, value);
   }
   if (row.taken.dataOffset != now.dataOffset) record.dataOffset = now.dataOffset;
+  // A bookmark type that the file does not give would be another one with another TOFD flag.
+  if (row.taken.tofd != now.tofd && record.GetDataBookmarkType() == bookmark_None)
+    record.SetDataBookmarkType(now.GetDataBookmarkType());
   return record;
 }
 

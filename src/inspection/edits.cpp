@@ -9,7 +9,9 @@
 #include "src/foundation/dataclass.h"
 #include "src/inspection/fieldchange.h"
 #include "src/inspection/groupitems.h"
+#include "src/inspection/tofdpair.h"
 #include "src/items/itemstate.h"
+#include "utdata/tofd.h"
 
 namespace utdata {
 
@@ -100,6 +102,7 @@ struct GroupItems<CGDataTypeFDD> {
       item.idata3_ModifyTOFDParam(&tofd, &params);
     else
       item.idata1_ModifyInspParam(&params, 0);
+    ItemAccess::TakeTofdFlag(item, record.tofd);
   }
 };
 
@@ -175,32 +178,83 @@ void Take(InspectionState& inspection, Item& item, const Descriptor& record, Edi
 
 // ---- what agrees with a change
 
-/// Calls `change(record)` with the records of data groups and masters, and gives their items what
-/// it made of them.
+/// Calls `change(record, item)` with the records of data groups and masters, and gives their items
+/// what it made of them.
 template <class Change>
-void ChangeData(InspectionState& inspection, Edit& edit, Change&& change) {
+void ChangeEachData(InspectionState& inspection, Edit& edit, Change&& change) {
   std::vector<CIData*> items = GroupItems<CGDataTypeFDD>::List(inspection, fset_All);
   for (CIData* master :
        ItemsIn<CIDataLst>([&](CIDataLst* list) { inspection.set.fset_GetMSCIDataLst(list); }))
     items.push_back(master);
   for (CIData* item : items) {
     CGDataTypeFDD record = *GroupItems<CGDataTypeFDD>::Record(*item);
-    change(record);
+    change(record, *item);
     Take(inspection, *item, record, edit);
   }
+}
+
+template <class Change>
+void ChangeData(InspectionState& inspection, Edit& edit, Change&& change) {
+  ChangeEachData(inspection, edit, [&](CGDataTypeFDD& record, const CIData&) { change(record); });
+}
+
+/// Gives the record of a channel, if it is described, another value.
+template <class Change>
+void ChangeChannel(InspectionState& inspection,
+                   std::uint32_t channelId,
+                   Edit& edit,
+                   Change&& change) {
+  CIChan* const channel = inspection.set.fset_GetIChan(fset_All, channelId);
+  if (!channel) return;
+  CGChanTypeDescr record = *GroupItems<CGChanTypeDescr>::Record(*channel);
+  change(record);
+  Take(inspection, *channel, record, edit);
+}
+
+/// What all of a channel has alike: its sound speed, and whether it is one of time-of-flight
+/// diffraction.
+template <class Value>
+void SpreadOverChannel(InspectionState& inspection,
+                       std::uint32_t channelId,
+                       Value CGChanTypeDescr::*ofChannel,
+                       Value CGDataTypeFDD::*ofData,
+                       Value value,
+                       Edit& edit) {
+  ChangeChannel(
+      inspection, channelId, edit, [=](CGChanTypeDescr& record) { record.*ofChannel = value; });
+  ChangeData(inspection, edit, [=](CGDataTypeFDD& record) {
+    if (record.channelId == channelId) record.*ofData = value;
+  });
 }
 
 void SpreadSoundSpeed(InspectionState& inspection,
                       std::uint32_t channelId,
                       float speed,
                       Edit& edit) {
-  if (CIChan* channel = inspection.set.fset_GetIChan(fset_All, channelId)) {
-    CGChanTypeDescr record = *GroupItems<CGChanTypeDescr>::Record(*channel);
-    record.soundSpeed = speed;
-    Take(inspection, *channel, record, edit);
-  }
-  ChangeData(inspection, edit, [=](CGDataTypeFDD& record) {
-    if (record.channelId == channelId) record.soundSpeed = speed;
+  SpreadOverChannel(
+      inspection, channelId, &CGChanTypeDescr::soundSpeed, &CGDataTypeFDD::soundSpeed, speed, edit);
+}
+
+void SpreadTofd(InspectionState& inspection,
+                std::uint32_t channelId,
+                std::int32_t tofd,
+                Edit& edit) {
+  SpreadOverChannel(
+      inspection, channelId, &CGChanTypeDescr::tofd, &CGDataTypeFDD::tofd, tofd, edit);
+}
+
+/// A separation is taken by the data groups of a beam that had the same one, or none.
+void SpreadSeparation(InspectionState& inspection,
+                      std::uint32_t channelId,
+                      std::uint32_t subChannelId,
+                      float was,
+                      float is,
+                      Edit& edit) {
+  ChangeEachData(inspection, edit, [&](CGDataTypeFDD& record, const CIData& item) {
+    if (record.channelId != channelId || record.subChannelId != subChannelId) return;
+    const DataRow* const row = inspection.RowOf(&item);
+    if (record.probeSeparation == was || (row && !IsSeparationKnown(*row)))
+      record.probeSeparation = is;
   });
 }
 
@@ -231,11 +285,12 @@ void Spread(InspectionState& inspection,
             const CGChanTypeDescr& was,
             const CGChanTypeDescr& is,
             Edit& edit) {
-  constexpr Repeated repeated[] = {{"refractedAngle", "probeAngle"},
-                                   {"skew", "probeSkew"},
-                                   {"probeSeparation", "probeSeparation"}};
+  constexpr Repeated repeated[] = {{"refractedAngle", "probeAngle"}, {"skew", "probeSkew"}};
   if (was.soundSpeed != is.soundSpeed)
     SpreadSoundSpeed(inspection, is.channelId, is.soundSpeed, edit);
+  if (was.tofd != is.tofd) SpreadTofd(inspection, is.channelId, is.tofd, edit);
+  if (was.probeSeparation != is.probeSeparation && is.probeSeparation > 0)
+    SpreadSeparation(inspection, is.channelId, 0, was.probeSeparation, is.probeSeparation, edit);
   ChangeData(inspection, edit, [&](CGDataTypeFDD& record) {
     if (record.channelId == is.channelId && record.subChannelId == 0)
       Repeat(repeated, Fields(was), Fields(is), record);
@@ -261,6 +316,16 @@ void Spread(InspectionState& inspection,
             Edit& edit) {
   if (was.soundSpeed != is.soundSpeed)
     SpreadSoundSpeed(inspection, is.channelId, is.soundSpeed, edit);
+  if (was.tofd != is.tofd) SpreadTofd(inspection, is.channelId, is.tofd, edit);
+  if (was.probeSeparation != is.probeSeparation) {
+    ChangeChannel(inspection, is.channelId, edit, [&](CGChanTypeDescr& channel) {
+      if (is.subChannelId == 0 &&
+          (channel.probeSeparation == was.probeSeparation || channel.probeSeparation == 0))
+        channel.probeSeparation = is.probeSeparation;
+    });
+    SpreadSeparation(
+        inspection, is.channelId, is.subChannelId, was.probeSeparation, is.probeSeparation, edit);
+  }
   if (was.partThickness != is.partThickness)
     ChangeData(inspection, edit, [&](CGDataTypeFDD& record) {
       if (record.partThickness == was.partThickness || record.partThickness == 0)
@@ -346,11 +411,47 @@ InspectionState& StateOf(Inspection& inspection) {
   return static_cast<InspectionState&>(inspection.Supplier());
 }
 
+/// Whether a group holds positions of the same beam and patch, which count from the same offset.
+bool HoldsPositionsOf(const CGDataTypeFDD& ascans, const CGDataTypeFDD& record) {
+  return HoldsPositions(record.dataClass) && record.channelId == ascans.channelId &&
+         record.subChannelId == ascans.subChannelId && record.GetPatchID() == ascans.GetPatchID() &&
+         record.dataOffset == ascans.sampleOffset;
+}
+
 }  // namespace
+
+std::vector<FieldChange> CorrectSampleOffset(const DataGroup& group,
+                                             const TofdCalibration& calibration) {
+  InspectionState& inspection = DataGroupInside::State(group);
+  if (!group.IsListed())
+    throw Error(group.Name(), "cannot be calibrated", "another data group has its ids");
+  if (!calibration.isNeeded) return {};
+  CIData& item = group.Item();
+  const CGDataTypeFDD was = *item.idata1_GetGInfoRef();
+  Edit edit;
+  edit.NoteBefore(item, was);
+  idata_typeInspParams params = ParamsOf(item, was);
+  idata_typeTOFD tofd = GeometryOf(item, was);
+  tofd.sampleOffsetCorrection = static_cast<float>(calibration.correction);
+  item.idata3_ModifyTOFDParam(&tofd, &params);
+  const CGDataTypeFDD& is = *item.idata1_GetGInfoRef();
+  AddChanges(NameOf(inspection, item, was), Fields(was), Fields(is), edit.changes);
+  ChangeData(inspection, edit, [&](CGDataTypeFDD& record) {
+    if (HoldsPositionsOf(was, record)) record.sampleOffset = is.sampleOffset;
+  });
+  return edit.Finish();
+}
 
 const SCFile::GroupTypeInfo& GroupHandle::Type() const { return *m_kind->type; }
 std::string GroupHandle::Name() const { return m_kind->name(*m_inspection, m_item); }
 Fields GroupHandle::Values() const { return {*m_kind->type, m_kind->record(m_item)}; }
+bool GroupHandle::IsDefault(std::string_view key) const {
+  const Field is = Values()[key];
+  if (&Type() != &SCFile::file_GroupTypeOf<CGDataTypeFDD>()) return false;
+  const DataRow* const row = m_inspection->RowOf(static_cast<const CIData*>(m_item));
+  const Field taken = Fields(row->taken)[key];
+  return is.SameAs(taken) && !taken.SameAs(Fields(*row->stored)[key]);
+}
 std::vector<FieldChange> GroupHandle::Change(FieldTexts values) const {
   return m_kind->change(*m_inspection, m_item, values);
 }

@@ -127,6 +127,7 @@ struct DataGroupInside {
   [[nodiscard]] static InspectionState& State(const DataGroup& group) {
     return *group.m_inspection;
   }
+  [[nodiscard]] static const DataRow& Row(const DataGroup& group) { return *group.m_row; }
   [[nodiscard]] static const CellTable& Cells(const DataGroup& group) {
     return group.m_inspection->CellsOf(*group.m_row);
   }

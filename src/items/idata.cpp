@@ -99,6 +99,8 @@ CRDataTypeDD* utdata::ItemAccess::DescriptorOf(const CIData& item) {
   return item.m_descriptor.get();
 }
 
+void utdata::ItemAccess::TakeTofdFlag(CIData& item, std::int32_t tofd) { item.TakeTofdFlag(tofd); }
+
 std::array<std::uint32_t, 6> CIData::Ids() const {
   const utdata::ItemPlace& place = utdata::ItemAccess::PlaceOf(*this);
   if (!m_descriptor || !place.isHandedOut.load()) return place.ids.Load<6>();

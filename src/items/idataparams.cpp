@@ -141,6 +141,14 @@ void CIData::idata3_ModifyTOFDParam(idata_typeTOFD* tofd, idata_typeInspParams* 
 
 int CIData::idata3_IsTOFD() const { return m_descriptor && m_descriptor->tofd == 1 ? 1 : 0; }
 
+void CIData::TakeTofdFlag(std::int32_t tofd) {
+  const LockScope lock(*this);
+  if (m_record->tofd == tofd) return;
+  m_record->tofd = m_descriptor->tofd = tofd;
+  m_currentUnits[kvt_AxisSample] = InitialSampleUnit();
+  idata3_Modified();
+}
+
 float CIData::idata3_GetProbeAngle() const {
   return m_descriptor ? m_descriptor->probeAngle : 0.0f;
 }

@@ -159,16 +159,18 @@ void CIData::InitializeUnits() {
     Made(m_pUnitInfo->AddAmplitudeSubUnit(IsLinear(*m_descriptor)));
 }
 
+CUnit* CIData::InitialSampleUnit() const {
+  if (m_descriptor->GetDataClass() == gdata_CScanAngle)
+    return m_descriptor->sampleUnits == kvt_UnitDegree
+               ? m_pUnitInfo->GetUnit(kvt_AxisSample, unit_Angle, unit_Degree)
+               : nullptr;
+  return idata3_IsTOFD() ? m_pUnitInfo->GetUnit(kvt_AxisSample, unit_TofdDepth, unit_Millimetre)
+                         : nullptr;
+}
+
 void CIData::ChooseInitialUnits() {
   const CRDataTypeDD& d = *m_descriptor;
-  if (d.GetDataClass() == gdata_CScanAngle) {
-    if (d.sampleUnits == kvt_UnitDegree)
-      m_currentUnits[kvt_AxisSample] =
-          m_pUnitInfo->GetUnit(kvt_AxisSample, unit_Angle, unit_Degree);
-  } else if (idata3_IsTOFD()) {
-    m_currentUnits[kvt_AxisSample] =
-        m_pUnitInfo->GetUnit(kvt_AxisSample, unit_TofdDepth, unit_Millimetre);
-  }
+  m_currentUnits[kvt_AxisSample] = InitialSampleUnit();
   CUnit*& amplitude = m_currentUnits[kvt_AxisAmplitude];
   if (!IsLinear(d))
     amplitude = m_pUnitInfo->GetUnit(kvt_AxisAmplitude, unit_Decibel, unit_DataDecibel);

@@ -111,6 +111,9 @@ struct ItemAccess {
   /// To be written, ids aside; null in a bare item.
   [[nodiscard]] static CRDataTypeDD* DescriptorOf(const CIData& item);
 
+  /// What sets the TOFD flag of an item that has a record.
+  static void TakeTofdFlag(CIData& item, std::int32_t tofd);
+
   template <class Descriptor>
   [[nodiscard]] static auto& StateOf(const Item<Descriptor>& item) {
     return item.Inside();

@@ -40,13 +40,16 @@ FileForge::FileForge(const SCFile::FileOrigin& origin) {
   m_file.resize(dataStart);
 }
 
-void FileForge::AddTop(kvtiff19::Bytes body, std::int64_t countMore, std::uint16_t code) {
+void FileForge::AddTop(kvtiff19::Bytes body,
+                       std::int64_t countMore,
+                       std::uint16_t code,
+                       std::uint8_t type) {
   m_file.resize(static_cast<std::size_t>(RoundUp(m_file.size(), 4)));
   const std::size_t start = m_file.size();
   m_file.resize(start + segmentHeaderSize + itemHeaderSize);
   EncodeSegmentHeader(m_file.data() + start, {record.segmentCount, record.newest});
   const auto count = static_cast<std::uint32_t>(static_cast<std::int64_t>(body.size()) + countMore);
-  EncodeItemHeader(m_file.data() + start + segmentHeaderSize, code, 0, count);
+  EncodeItemHeader(m_file.data() + start + segmentHeaderSize, code, type, count);
   m_file.insert(m_file.end(), body.begin(), body.end());
   const kvtiff19::Bytes segment(m_file.data() + start, m_file.size() - start);
   record.newest = {start, segment.size(), Checksum(segment)};

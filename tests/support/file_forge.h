@@ -36,7 +36,10 @@ class FileForge {
   /// Of a file that says this of itself.
   explicit FileForge(const SCFile::FileOrigin& origin);
   /// Appends a segment. The item's count is the body's size plus `countMore`.
-  void AddTop(kvtiff19::Bytes body, std::int64_t countMore = 0, std::uint16_t code = 60000);
+  void AddTop(kvtiff19::Bytes body,
+              std::int64_t countMore = 0,
+              std::uint16_t code = 60000,
+              std::uint8_t type = 0);
   /// Appends bytes to the data, page-aligned; returns where.
   std::uint64_t AddPages(kvtiff19::Bytes bytes);
   /// Appends a block and the table of its chunks' checksums. REQUIRES: `chunk` is a power of two.

@@ -98,6 +98,60 @@ TEST_F(ReportTest, KeepsToItsLimitAndSaysSo) {
   EXPECT_GT(*std::min_element(peaks.begin(), peaks.end()), 60000);
 }
 
+/// Each pixel of a top, side or end view names the sample that it shows, whether or not the page
+/// carries the samples.
+TEST_F(ReportTest, TracesThePixelsOfTheViewsOfThePart) {
+  Import(
+      "--rectified --sound-speed 3000 --probe-angle 45 --thickness 10 --column-step 2 --row-step 5 "
+      "--sample-step 50");
+  const std::string bytes = ReadFile(At("scan.raw"));
+  const auto sampleAt = [&](std::size_t at) {
+    return static_cast<std::uint8_t>(bytes[2 * at]) +
+           256 * static_cast<std::uint8_t>(bytes[2 * at + 1]);
+  };
+  for (const char* limit : {"", " --limit 0"}) {
+    ASSERT_EQ(Run(std::string("report scan.fpd --force -o page.html") + limit).status, 0);
+    const nlohmann::json projection = Facts()["projections"][0];
+    EXPECT_EQ(projection["beams"][0]["view"], 0);
+    for (const char* view : {"top", "side", "end"}) {
+      const nlohmann::json& shown = projection[view];
+      const std::size_t quantity = shown["across"]["quantity"].get<std::size_t>() *
+                                   shown["down"]["quantity"].get<std::size_t>();
+      const std::string id = "values" + std::to_string(shown["pixels"].get<int>());
+      const auto tables = Unpack(Element(ReadFile(At("page.html")), id), 5 * quantity);
+      std::size_t filled = 0;
+      std::uint16_t strongest = 0;
+      for (std::size_t pixel = 0; pixel < quantity; ++pixel) {
+        if (tables[pixel] == 0) continue;
+        ++filled;
+        ASSERT_EQ(tables[pixel], 1);
+        const std::size_t cell =
+            tables[2 * quantity + pixel] + 65536U * tables[3 * quantity + pixel];
+        const std::uint16_t value = tables[4 * quantity + pixel];
+        ASSERT_EQ(value, sampleAt(500 * cell + tables[quantity + pixel])) << view << pixel;
+        strongest = std::max(strongest, value);
+      }
+      EXPECT_GT(filled, quantity / 4) << view;
+      int largest = 0;
+      for (std::size_t at = 0; at < 3000; ++at) largest = std::max(largest, sampleAt(at));
+      EXPECT_EQ(strongest, largest) << view;
+    }
+  }
+}
+
+TEST_F(ReportTest, GrowsLittleWithTheLengthOfAScan) {
+  constexpr int rows = 5000;
+  WriteFile(At("scan.raw"), std::string(std::size_t{rows} * 20, '\7'));
+  ASSERT_EQ(Run("import scan.raw -o scan.fpd --axes row,sample --shape 5000,20 --dtype u8 "
+                "--rectified --row-step 1 --sample-step 50 --sound-speed 3000 --probe-angle 45")
+                .status,
+            0);
+  ASSERT_EQ(Run("report scan.fpd -o page.html").status, 0);
+  const nlohmann::json projection = Facts()["projections"][0];
+  EXPECT_EQ(projection["top"]["down"]["quantity"], 880);
+  EXPECT_EQ(projection["side"]["across"]["quantity"], 880);
+}
+
 TEST_F(ReportTest, ShowsSpecimenSetUpAndHistory) {
   ASSERT_EQ(Run("demo --out . --force").status, 0);
   ASSERT_EQ(Run("edit weld.fpd channel channel=0 gain=40 name='</script>' --as append").status, 0);

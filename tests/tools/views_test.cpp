@@ -149,6 +149,40 @@ TEST_F(ViewsTest, DrawsTheAScanOfTheCellThatIsMeant) {
               0.01);
 }
 
+/// The raster scan of the demonstration has a curve through its side-drilled holes: 62 % at
+/// 1.436 us, 48 % at 3.125 us, 38 % at 4.814 us. The initial pulse and the back wall lie outside.
+TEST_F(ViewsTest, DrawsTheDacCurveAndReadsAmplitudesOverIt) {
+  ExpectOneLine(Run("render scan.fpd --data 0 --view a --relative-to dac -o p.png"),
+                1,
+                "its channel has no DAC curve that is switched on");
+  ExpectOneLine(
+      Run("render scan.fpd --data 0 --view b --relative-to dac -o p.png"), 2, "takes none");
+  ASSERT_EQ(Run("demo --out . --scans raster").status, 0);
+  const std::string cell = "--data class=1 --view a --row 5 --column 131";
+  const Drawing plain = View("weld.fpd", cell);
+  EXPECT_FALSE(plain.facts["strongest"].contains("decibels_to_dac"));
+  const Drawing relative = View("weld.fpd", cell + " --relative-to dac");
+  const nlohmann::json& strongest = relative.facts["strongest"];
+  // The tip of the crack, at 4.74 us: the curve is at 48 % x (38 / 48)^0.956 = 38.39 %.
+  EXPECT_EQ(strongest["sample"], 237);
+  EXPECT_NEAR(strongest["percent"].get<double>(), 22.18, 0.01);
+  EXPECT_NEAR(strongest["decibels_to_dac"].get<double>(), -4.765, 0.002);
+  const auto isViolet = [&](double microseconds, double percent) {
+    const double part = (microseconds - plain.Value("across", 0)) /
+                        (plain.Value("across", 1) - plain.Value("across", 0));
+    const double high = plain.facts["values"]["high"], low = plain.facts["values"]["low"];
+    const auto [red, green, blue] =
+        plain.png.Color({static_cast<int>(plain.Image("left") + part * plain.Image("width")),
+                         static_cast<int>(plain.Image("top") + (high - percent) / (high - low) *
+                                                                   plain.Image("height"))});
+    return red > green + 50 && blue > green + 50;
+  };
+  EXPECT_TRUE(isViolet(3.125, 48));
+  EXPECT_TRUE(isViolet(2.28, 54.55));  // half way from the first to the second, in dB
+  EXPECT_FALSE(isViolet(1.3, 62));
+  EXPECT_FALSE(isViolet(4.9, 38));
+}
+
 TEST_F(ViewsTest, DrawsGatesWhereTheySee) {
   ASSERT_EQ(
       Run("gate scan.fpd --channel 0 --gate 1 --start 0.1 --width 0.2 --threshold 40 --as append")

@@ -31,6 +31,7 @@ void DescribeProgram(CLI::App& program) {
       "'utdata VERB --help' explains a verb. Exit status: 0 done, 1 the job failed, 2 wrong "
       "usage.");
   AddAdoptVerb(program);
+  AddCalibrateVerb(program);
   AddCompletionVerb(program);
   AddDemoVerb(program);
   AddEditVerb(program);

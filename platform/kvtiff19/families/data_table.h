@@ -71,7 +71,7 @@ struct FieldTable<CGDataTypeFDD> {
         UTDATA_FIELD(
             36, probeSeparation, In(unit::length, 1e-6, farthest), "between the two TOFD probes"),
         UTDATA_FIELD(37, soundSpeed, In(unit::soundSpeed, 1, 1e5), ""),
-        UTDATA_FIELD(38, tofd, Fixed(yesNo), "time-of-flight diffraction"),
+        UTDATA_FIELD(38, tofd, yesNo, "time-of-flight diffraction"),
         UTDATA_FIELD(39, inspectionGeometry, OneOf(choice::geometries), ""),
         UTDATA_FIELD(40,
                      geometryKind,

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "src/inspection/state.h"
+#include "src/inspection/tofdpair.h"
 #include "src/inspection/views/sectorbeams.h"
 #include "utdata/failure.h"
 #include "utdata/samples.h"
@@ -20,10 +21,10 @@ struct LateralWindow {
 
 LateralWindow WindowOf(const DataGroup& group) {
   const std::optional<TofdScale> scale = TofdScaleOf(group);
-  const auto refuse = [&](const char* why) {
+  const auto refuse = [&](const std::string& why) {
     throw Error(group.Name(), "cannot be straightened", why);
   };
-  if (!scale) refuse("it is no TOFD data, or probe separation or sound speed is not known");
+  if (!scale) refuse(WhyNoTofdScale(group));
   const auto samples = static_cast<double>(group.SampleQuantity());
   if (!(scale->lateralWave >= 0 && scale->lateralWave < samples))
     refuse("no sample lies where the lateral wave is expected");
@@ -107,20 +108,23 @@ std::optional<double> TofdScale::SampleAt(double depth) const {
   // Before the first sample with a depth lies the lateral wave, whose depth is 0.
   const double before = behind == first ? 0 : *(behind - 1);
   const double from = behind == first ? std::min(lateralWave, index) : index - 1;
-  return *behind > before ? from + (index - from) * (depth - before) / (*behind - before) : index;
+  const double place =
+      *behind > before ? from + (index - from) * (depth - before) / (*behind - before) : index;
+  return place >= 0 ? std::optional(place) : std::nullopt;
+}
+
+std::string WhyNoTofdScale(const DataGroup& group) {
+  if (const char* obstacle = TofdObstacle(group)) return obstacle;
+  if (group.HalfPaths()) return {};
+  return group.Times().symbol == "µs" ? "the sound speed is not known"
+                                      : "its samples do not count time";
 }
 
 std::optional<TofdScale> TofdScaleOf(const DataGroup& group) {
-  const CRDataTypeDD& record = group.Descriptor();
+  if (!WhyNoTofdScale(group).empty()) return std::nullopt;
   const std::optional<AxisScale> paths = group.HalfPaths();
-  const bool isSeparationKnown =
-      group.Stored().probeSeparation > 0 || group.Taken().probeSeparation != record.probeSeparation;
-  if (!group.IsTofd() || !paths || !isSeparationKnown) return std::nullopt;
-  double sagitta = 0;
-  double half = double{record.probeSeparation} / 2;
-  group.Item().GetCircularParameter(&sagitta, &half);  // leaves those of a flat part
   TofdScale scale;
-  scale.lateralWave = paths->IndexOf(half * millimetre);
+  scale.lateralWave = paths->IndexOf(LateralPath(group.Item()) * millimetre);
   scale.depths = group.TofdDepths();
   const double thickness = double{group.Item().idata3_GetPartThickness()} * millimetre;
   if (thickness > 0) scale.backWall = scale.SampleAt(thickness);

@@ -233,12 +233,14 @@ TEST(Damage, HostileChainsAndRecords) {
   EXPECT_FALSE(refused([](FileForge&) {}));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.AddTop(Body(0).Bytes(), 1); }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.AddTop(Body(0).Bytes(), -4); }));
+  EXPECT_TRUE(refused([](FileForge& forge) { forge.AddTop(Body(0).Bytes(), 0, 60000, 1); }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.segmentCount = 1; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.segmentCount = ~std::uint64_t{0}; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.segmentCount = 0; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.number = 0; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.end = 0; }));
   EXPECT_TRUE(refused([](FileForge& forge) { ++forge.record.end; }));
+  EXPECT_TRUE(refused([](FileForge& forge) { forge.record.end -= 4; })) << "the rest is a tail";
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.newest.offset = ~std::uint64_t{3}; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.newest.size = ~std::uint64_t{0}; }));
   EXPECT_TRUE(refused([](FileForge& forge) { forge.record.newest.size = 8; }));
@@ -428,6 +430,10 @@ TEST(Damage, VerifyReportsBlocksThatOverlapAndBytesWithoutOwner) {
             "belong to two owners");
   EXPECT_EQ(verified(1, 9000), "/weld.fpd: bytes 16392 to 29480 belong to nothing");
   EXPECT_EQ(verified(0, 0), "/weld.fpd: bytes 12288 to 16392 belong to nothing");
+  pages[7] = std::byte{8};
+  const std::string problem = verified(2, 0),
+                    damage = "block at byte 12288: the checksums of 1 of 1 ";
+  EXPECT_LT(problem.find(damage), problem.rfind(damage)) << "each block is read: " << problem;
 }
 
 TEST(Damage, GroupsThatDoNotFitTheirTypeAreRefusedAndTheOthersOpen) {

@@ -10,6 +10,7 @@
 #include "interfaces/kvtiff19.h"
 #include "platform/kvtiff19/format.h"
 #include "tests/support/faulty_file_system.h"
+#include "tests/support/file_forge.h"
 #include "tests/support/file_snapshot.h"
 
 namespace {
@@ -173,6 +174,32 @@ TEST(Rescue, WithoutACommitRecordADamagedLastGroupIsListedToo) {
   const auto names = [](const std::string& line) { return line.starts_with("top group 2 "); };
   EXPECT_EQ(std::ranges::count_if(outcome.findings.lost, names), 1)
       << testing::PrintToString(outcome.findings.lost);
+}
+
+// Samples may hold what begins like a group, even like one of a later write.
+TEST(Rescue, SamplesThatLookLikeAGroupAreSamples) {
+  FaultyFileSystem disk;
+  const FileSystemInPlace inPlace(disk);
+  const auto empty = utdata::test::ByteText().Head(0, 0).Bytes();
+  utdata::test::FileForge other, forge;
+  std::size_t end = 0;
+  for (unsigned ordinal = 0; ordinal < 4; ++ordinal) {
+    end = other.Finish().size();
+    other.AddTop(empty);
+  }
+  auto samples = other.Finish();
+  samples.erase(samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(end));
+  const auto block = EncodeBlockRef(forge.AddBlock(samples));
+  forge.AddTop(utdata::test::ByteText().Head(0, 1).Item(1, value_Block, 1).Append(block).Bytes());
+  const std::size_t second = forge.Finish().size();
+  forge.AddTop(empty);
+  forge.AddTop(empty);
+  auto bytes = forge.Finish();
+  std::memset(bytes.data() + second + segmentHeaderSize, 0x5A, 9);
+  const RescueFindings findings = RescueOf(disk, bytes).findings;
+  EXPECT_TRUE(findings.unchecked.empty()) << findings.unchecked.front();
+  ASSERT_EQ(findings.lost.size(), 1U);
+  EXPECT_TRUE(findings.lost[0].starts_with("top group 1 ")) << findings.lost[0];
 }
 
 TEST(Rescue, BlocksOfOtherGroupsHoldZerosWhereTheyAreDamaged) {

@@ -2,9 +2,11 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -15,6 +17,18 @@
 #include "platform/os/path.h"
 #include "tests/support/file_folder.h"
 #include "tests/support/small_disk.h"
+
+namespace {
+std::size_t mostAtOnce = std::numeric_limits<std::size_t>::max();
+}
+
+/// In place of the system's own, which may do a part of what it is asked for too.
+extern "C" ssize_t pread(int file, void* buffer, std::size_t size, off_t offset) {
+  return ::syscall(SYS_pread64, file, buffer, std::min(size, mostAtOnce), offset);
+}
+extern "C" ssize_t pwrite(int file, const void* buffer, std::size_t size, off_t offset) {
+  return ::syscall(SYS_pwrite64, file, buffer, std::min(size, mostAtOnce), offset);
+}
 
 namespace {
 
@@ -149,10 +163,23 @@ TEST(FileSystem, ReadsWritesAndMapsAPrivateView) {
   EXPECT_EQ(buffer[0], std::byte{'h'});
   ASSERT_EQ(file->Truncate(5 * 4096), Error::None);
   ASSERT_EQ(file->Map(100, 4 * 4096, view), Error::None);
+  EXPECT_EQ(view->Size(), 4 * 4096u);
   const std::byte* const start = view->Data();
   EXPECT_TRUE(IsMapped(start) && IsMapped(start + view->Size() - 1));
   view.reset();
   EXPECT_FALSE(IsMapped(start) || IsMapped(start + 4 * 4096 - 1)) << "all of it is given back";
+}
+
+TEST(FileSystem, GoesOnWhereTheSystemDoesAPartOnly) {
+  const FileFolder folder;
+  const auto file = Open(folder / L"f", OpenMode::Create);
+  char text[8] = {};
+  std::size_t done = 0;
+  mostAtOnce = 3;
+  EXPECT_EQ(file->WriteAt(5, AsBytes("abcdefgh")), Error::None);
+  EXPECT_EQ(file->ReadAt(5, std::as_writable_bytes(std::span(text)), done), Error::None);
+  mostAtOnce = std::numeric_limits<std::size_t>::max();
+  EXPECT_EQ(std::string_view(text, done), "abcdefgh");
 }
 
 TEST(FileSystem, MapsAFileSharedIntoReservedAddresses) {

@@ -157,6 +157,10 @@ TEST(Descriptor, DuplicatesShareTheTableWithoutOwningIt) {
   EXPECT_EQ(copy.GetSampleAxisScale(), 1);
   EXPECT_EQ(copy.GetSampleStop(), 3);
   EXPECT_EQ(copy.GetGroupVersionNumber(), 9u);
+  for (const bool isLoaded : {true, false}) {
+    source.SetVolumeLoaded(isLoaded);
+    EXPECT_EQ(CRDataTypeDD(source).IsVolumeLoaded(), isLoaded ? 1 : 0);
+  }
   copy.Flush(0);
   EXPECT_EQ(copy.GetDiskTable(), nullptr);
   EXPECT_EQ(source.GetDiskTable()[0], 0u) << "still alive";

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <random>
+#include <set>
+
+#include "src/foundation/hashtable.h"
 #include "tests/support/report_capture.h"
 #include "utdata/enum.h"
 #include "utdata/error.h"
@@ -50,6 +54,39 @@ TEST(Enum, GateIdsOfOneGateDifferByMultiplesOf2000) {
   EXPECT_EQ(utdata::GateNumber(3), 3u);
   EXPECT_EQ(utdata::GateNumber(2003), utdata::GateNumber(4003));
   EXPECT_EQ(utdata::GateNumber(2000), 0u);
+}
+
+struct NumberSlot {
+  std::uint64_t number = 0;
+  [[nodiscard]] bool IsEmpty() const { return number == 0; }
+  [[nodiscard]] std::uint64_t Hash() const { return number % 7 + 12; }  // many alike, at the end
+};
+
+TEST(HashTable, FindsWhatIsInItAndStaysSmallWhileAsManyGoAsCome) {
+  utdata::HashTable<NumberSlot> table;
+  std::set<std::uint64_t> inside;
+  std::mt19937 dice(5);
+  std::set<const NumberSlot*> places;
+  for (unsigned round = 0; round < 2000; ++round) {
+    const NumberSlot wanted = {1 + dice() % 40};
+    const auto isIt = [&](const NumberSlot& slot) { return slot.number == wanted.number; };
+    const NumberSlot* const found = table.Find(wanted.Hash(), isIt);
+    ASSERT_EQ(found != nullptr, inside.contains(wanted.number)) << round;
+    if (found) {
+      table.Remove(*found);
+      inside.erase(wanted.number);
+    } else if (inside.size() < 6) {
+      table.Obtain(wanted.Hash(), isIt) = wanted;
+      inside.insert(wanted.number);
+    }
+    if (inside.empty()) continue;
+    const NumberSlot any = {*inside.begin()};
+    const NumberSlot* const slot =
+        table.Find(any.Hash(), [&](const NumberSlot& at) { return at.number == any.number; });
+    ASSERT_NE(slot, nullptr) << round;
+    places.insert(slot);
+  }
+  EXPECT_LE(places.size(), 16U) << "it grew";
 }
 
 }  // namespace

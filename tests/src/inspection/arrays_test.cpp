@@ -80,5 +80,12 @@ TEST(GatheredArrays, MayBeLargerThanWhatIsReadAtOnce) {
        .axes = {ArrayAxis::Column, ArrayAxis::Row, ArrayAxis::Beam, ArrayAxis::Sample}});
 }
 
+TEST(ArrayUnits, AreFoundByNameAndByBase) {
+  EXPECT_EQ(FindArrayUnit("mm")->base, kvt_UnitMetre);
+  EXPECT_EQ(FindArrayUnit("cubit"), nullptr);
+  EXPECT_EQ(ArrayUnitOf(kvt_UnitMetre).name, "m");
+  EXPECT_EQ(ArrayUnitOf(static_cast<kvt_enumUnits>(99)).name, "");
+}
+
 }  // namespace
 }  // namespace utdata

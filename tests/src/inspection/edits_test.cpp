@@ -6,9 +6,11 @@
 #include <map>
 
 #include "tests/support/scratch_directory.h"
+#include "utdata/history.h"
 #include "utdata/idata.h"
 #include "utdata/newscan.h"
 #include "utdata/readout.h"
+#include "utdata/views.h"
 
 namespace utdata {
 namespace {
@@ -68,6 +70,7 @@ class EditsTest : public testing::Test {
     return text;
   }
 
+  const std::string m_bookmarks = "single; multi-channel; single; single; ";
   const ScratchDirectory m_scratch;
   const std::string m_path = m_scratch.Path().string() + "/edited.fpd";
 };
@@ -104,6 +107,89 @@ TEST_F(EditsTest, WhatDataGroupsRepeatFollowsWhereItWasTheSame) {
   EXPECT_EQ(OfData(inspection, "probeAngle"), "46°; 50°; 50°; 45°; ");
   Channel(inspection, 1).Change(Texts{{"refractedAngle", "90"}});
   EXPECT_EQ(OfData(inspection, "probeAngle"), "46°; 50°; 50°; 45°; ") << "data have no such angle";
+}
+
+// Probes 90 mm apart on a plate of 3 mm: half paths of 45 mm, and of the back wall 45.0999 mm.
+TEST_F(EditsTest, ADataGroupBecomesTofdAndAgainWhatItWas) {
+  const auto sampleUnit = [](const Inspection& inspection) {
+    const CIData& item = inspection.Data().front().Item();
+    return item.idata3_GetCurrentUnit(kvt_AxisSample, 0);
+  };
+  const auto expectTofd = [&](const Inspection& inspection) {
+    const DataGroup group = inspection.Data().front();
+    EXPECT_EQ(OfData(inspection, "tofd"), "yes; yes; yes; no; ");
+    EXPECT_EQ(OfData(inspection, "bookmarkType"), m_bookmarks) << "the type stays";
+    EXPECT_EQ(OfData(inspection, "probeSeparation"), "90 mm; 1 mm; 90 mm; 1 mm; ");
+    EXPECT_EQ(sampleUnit(inspection),
+              group.Item().idata3_GetUnit(kvt_AxisSample, unit_TofdDepth, unit_Millimetre));
+    const auto scale = TofdScaleOf(group);
+    ASSERT_TRUE(scale);
+    const AxisScale paths = group.HalfPaths().value();
+    EXPECT_NEAR(paths.At(scale->lateralWave), 45, 1e-3);
+    EXPECT_NEAR(paths.At(scale->backWall.value()), 45.0999, 1e-3);
+    EXPECT_EQ(WhyNoTofdScale(inspection.Data()[1]), "the probe separation is not known");
+  };
+  const auto expectPlain = [&](const Inspection& inspection) {
+    EXPECT_EQ(OfData(inspection, "tofd"), "no; no; no; no; ");
+    EXPECT_EQ(OfData(inspection, "bookmarkType"), m_bookmarks);
+    EXPECT_EQ(sampleUnit(inspection), nullptr);
+    EXPECT_TRUE(inspection.Data().front().TofdDepths().empty());
+    EXPECT_FALSE(inspection.Masters().empty());
+  };
+  {
+    Inspection inspection = Inspection::Open(m_path);
+    const GroupHandle group = EditableGroup(inspection, inspection.Data().front());
+    group.Change(Texts{{"sampleOffset", "27.5"}, {"partThickness", "3"}});
+    const auto changes = group.Change(Texts{{"tofd", "yes"}, {"probeSeparation", "90"}});
+    ASSERT_GE(changes.size(), 2U);
+    EXPECT_EQ(changes[0].shownAfter + " " + changes[1].shownAfter, "90 mm yes");
+    expectTofd(inspection);
+    EXPECT_EQ(Channel(inspection, 0).Values()["tofd"].Number(), 1);
+    EXPECT_EQ(Channel(inspection, 0).Values()["probeSeparation"].Show(), "90 mm");
+    inspection.SaveAppended();
+    expectTofd(inspection);
+  }
+  {
+    Inspection inspection = Inspection::Open(m_path);
+    expectTofd(inspection);
+    EXPECT_EQ(Channel(inspection, 0).Change(Texts{{"tofd", "no"}}).size(), 4U);
+    expectPlain(inspection);
+    inspection.SaveCompanion();
+  }
+  Inspection inspection = Inspection::Open(m_path);
+  expectPlain(inspection);
+  std::string events;
+  for (const WriteEvent& write : HistoryOf(inspection))
+    for (const GroupEvent& group : write.groups)
+      for (const FieldChange& change : group.changes)
+        if (change.field->key == "tofd" && group.group == "channel 0")
+          events += change.shownBefore + " to " + change.shownAfter + "; ";
+  EXPECT_EQ(events, "no to yes; yes to no; ");
+}
+
+// Of a file that gives no bookmark type, one follows from the flag when it is loaded.
+TEST_F(EditsTest, ABookmarkTypeThatTheFileLacksStaysWithAnotherFlag) {
+  {
+    Inspection inspection = Inspection::Open(m_path);
+    for (CGDataTypeFDD* record : inspection.Descriptor().data)
+      record->SetDataBookmarkType(bookmark_None);
+    inspection.SaveAs(m_path + "2");
+  }
+  for (const bool asCompanion : {false, true}) {
+    {
+      Inspection inspection = Inspection::Open(m_path + "2");
+      EXPECT_EQ(inspection.Data()[3].Stored().GetDataBookmarkType(),
+                asCompanion ? bookmark_Single : bookmark_None);
+      EditableGroup(inspection, inspection.Data()[3])
+          .Change(Texts{{"tofd", asCompanion ? "no" : "yes"}, {"probeSeparation", "90"}});
+      asCompanion ? inspection.SaveCompanion() : inspection.SaveAppended();
+      EXPECT_EQ(inspection.Data()[3].BookmarkName(), "single");
+    }
+    const Inspection again = Inspection::Open(m_path + "2");
+    ASSERT_EQ(again.Data().size(), 4U);
+    EXPECT_EQ(again.Data()[3].BookmarkName(), "single");
+    EXPECT_EQ(again.Data()[3].IsTofd(), !asCompanion);
+  }
 }
 
 TEST_F(EditsTest, WhatIsRefusedChangesNothing) {

@@ -88,6 +88,7 @@ TEST(Fields, RefuseWhatTheyDoNotTakeAndStayAsTheyWere) {
       {WhyNot([&] { fields["color"].Set("0x12G"); }), "is not a number"},
       {WhyNot([&] { fields["color"].Set("0x"); }), "is not a number"},
       {WhyNot([&] { fields["ain"].Set("1"); }), "near ones: gain"},
+      {WhyNot([&] { fields["gaxx"].Set("1"); }), "near ones: gain"},
       {WhyNot([&] { static_cast<void>(fields["gain"].Text()); }), "not a text"},
       {WhyNot([&] { static_cast<void>(fields["gain"].Numbers()); }), "not a list"},
       {WhyNot([&] { planFields["channelIds"].Set(std::vector{5e9}); }), "does not take"},

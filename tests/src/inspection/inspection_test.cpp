@@ -86,7 +86,7 @@ TEST(InspectionReadOut, EveryQuantityComesThroughTheItemsUnits) {
   EXPECT_NEAR(at.depth.In(unit_Millimetre), 1.8e-6 / 2 * 5900 * 1e3 / 2, 1e-5);
   EXPECT_NEAR(at.depth.In(unit_Inch) * 25.4, at.depth.In(unit_Millimetre), 1e-4);
   EXPECT_FALSE(at.tofdDepth.IsKnown());
-  EXPECT_TRUE(std::isnan(at.tofdDepth.In(unit_Millimetre)));
+  EXPECT_TRUE(std::isnan(at.tofdDepth.In(unit_Millimetre)) && group.TofdDepths().empty());
   EXPECT_DOUBLE_EQ(at.percent, -50);
   EXPECT_NEAR(at.decibels, -6.0206, 1e-4);
   EXPECT_DOUBLE_EQ(group.ReadOut(1, 2, 41).percent, 100);
@@ -438,7 +438,7 @@ TEST(InspectionData, AxesAreInTheUnitsThatTheGroupIsIn) {
   record.sampleUnits = kvt_UnitMetre;
   record.sampleResolution = 1e-3F;
   MakeFile(Path(scratch), record, std::vector<std::int16_t>(300));
-  const Inspection inspection = Inspection::Open(Path(scratch));
+  Inspection inspection = Inspection::Open(Path(scratch));
   const DataGroup group = inspection.Data().front();
   EXPECT_EQ(group.Columns().symbol, "°");
   EXPECT_EQ(group.Rows().symbol, "mm");
@@ -451,6 +451,16 @@ TEST(InspectionData, AxesAreInTheUnitsThatTheGroupIsIn) {
   EXPECT_FALSE(at.halfPath.IsKnown());
   EXPECT_EQ(DescribeArray(group).axes.back().label, std::string("half sound path"));
   EXPECT_NEAR(group.PercentOfDecibels(-20), 10, 1e-9);
+  // Without a sound speed a time has no path.
+  record = Record(kvt_Int16, 50);
+  record.gateId = 9;
+  const DataGroup still = inspection.AddData(record, std::vector<std::byte>(600));
+  EXPECT_TRUE(still.HalfPaths());
+  idata_typeInspParams params;
+  still.Item().idata3_GetInspParam(&params);
+  params.soundSpeed = 0;
+  still.Item().idata1_ModifyInspParam(&params, 0);
+  EXPECT_FALSE(still.HalfPaths());
 }
 
 TEST(InspectionData, WhatIsNotThereIsRefused) {

@@ -169,6 +169,28 @@ TEST_F(ProjectionTest, LosesNoEchoWherePositionsShareAPixel) {
   EXPECT_THAT(strongest, testing::Pointwise(testing::FloatEq(), {11.F, 14.F, 16.F}));
 }
 
+// Of A-scans as long as these only some columns are taken at a time.
+TEST_F(ProjectionTest, TakesEachColumnOfLongAScansOnce) {
+  constexpr std::uint32_t wide = 16, deep = 9000;
+  std::vector<std::int16_t> samples(2 * wide * deep, 1);
+  for (std::uint32_t column = 0; column < wide; ++column)
+    samples[(wide + column) * deep + 10] = static_cast<std::int16_t>(100 + 10 * column);
+  const Inspection inspection = Make({samples}, [](CGDataTypeFDD& record) {
+    SetLayout(record, *FindSampleType("i16"), {wide, 2, deep, true});
+    record.probeAngle = 0;
+    record.sampleResolution /= 100;
+  });
+  const ProjectionView view = MakeProjection(inspection.Data(), PartView::End);
+  std::vector<float> strongest(wide);
+  for (std::size_t pixel = 0; pixel < view.percents.size(); ++pixel) {
+    const double column = view.across.At(static_cast<double>(pixel % view.across.quantity)) / 5;
+    float& ofColumn = strongest.at(static_cast<std::size_t>(std::lround(column)));
+    ofColumn = std::max(ofColumn, view.percents[pixel]);
+  }
+  for (std::uint32_t column = 0; column < wide; ++column)
+    EXPECT_NEAR(strongest[column], 10 + column, 1e-3) << column;
+}
+
 TEST_F(ProjectionTest, RefusesWhatHasNoPlaceInThePart) {
   struct Case {
     std::function<void(CGDataTypeFDD&)> change;

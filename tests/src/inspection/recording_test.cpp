@@ -7,6 +7,7 @@
 #include <fstream>
 #include <functional>
 #include <limits>
+#include <numeric>
 
 #include "tests/support/scratch_directory.h"
 
@@ -90,6 +91,29 @@ TEST_F(RecordingTest, BlocksBecomeDataGroupsThatAreSavedWithTheirSamples) {
   ASSERT_EQ(saved.Data().size(), 2U);
   ExpectRecorded(saved.Data()[0]);
   EXPECT_THAT(saved.Data()[1].AScan<std::uint16_t>(0, 1), ElementsAre(2));
+}
+
+TEST_F(RecordingTest, AScanComesBackAsItWasRecorded) {
+  std::vector<std::int16_t> samples(3 * 2 * 3);
+  std::iota(samples.begin(), samples.end(), std::int16_t{-7});
+  const std::vector<std::uint16_t> amplitudes = {1, 2, 3, 4, 5, 6}, positions = {6, 5, 4, 3, 2, 1};
+  const std::string path = (m_folder.Path() / "new.acq").string();
+  const RecordedBlocks blocks =
+      RecordScan(path, {3, 2, 3, 1e-8}, samples, {1, amplitudes, positions});
+  Recording recording(path);
+  Inspection inspection = Inspection::New(NewPath());
+  const DataGroup ascans = recording.AddAScans(inspection, RecordOf(gdata_AScan), blocks.ascans);
+  CGDataTypeFDD record = RecordOf(gdata_CScanAmplitude);
+  const DataGroup high = recording.AddCScan(inspection, record, blocks.amplitudes);
+  record.gateId = 1;
+  const DataGroup late = recording.AddCScan(inspection, record, blocks.positions);
+  for (std::uint32_t cell = 0; cell < 6; ++cell) {
+    const auto first = static_cast<std::int16_t>(3 * cell - 7);
+    const std::uint32_t row = cell / 3, column = cell % 3;
+    EXPECT_THAT(ascans.AScan<std::int16_t>(row, column), ElementsAre(first, first + 1, first + 2));
+    EXPECT_THAT(high.AScan<std::uint16_t>(row, column), ElementsAre(cell + 1));
+    EXPECT_THAT(late.AScan<std::uint16_t>(row, column), ElementsAre(6 - cell));
+  }
 }
 
 TEST_F(RecordingTest, ABlockThatDoesNotLieInTheFileIsRefused) {

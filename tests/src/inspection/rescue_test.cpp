@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "interfaces/kvtiff19.h"
+#include "tests/support/failing_file_system.h"
+#include "tests/support/file_system_in_place.h"
 #include "tests/support/scratch_directory.h"
 #include "utdata/fset.h"
 #include "utdata/idata.h"
@@ -107,6 +110,31 @@ TEST_F(RescuedInspection, DamagedCellsAreCellsWithoutSamples) {
   ASSERT_FALSE(ascanOf(rescuedCells - 1).empty());
   EXPECT_EQ(ascanOf(rescuedCells - 1)[0],
             1 + std::size_t{rescuedCells - 1} * rescuedSamples % 60000);
+}
+
+// When the table of checksums cannot be read, nothing says that a cell is whole.
+TEST_F(RescuedInspection, ADamagedCellStaysLostWhicheverCallFails) {
+  const std::uint64_t block = Inspection::Open(m_damaged).Data()[0].Stored().samples.offset;
+  Spoil(m_damaged, block + 10, 3);
+  test::FailingFileSystem disk;
+  bool wasAllLost = false;
+  for (std::uint64_t call = 1; disk.Calls() >= call - 1; ++call) {
+    const std::string rescued = At(std::to_string(call).c_str());
+    SCFile::RescueFindings findings;
+    {
+      const test::FileSystemInPlace inPlace(disk);
+      disk.FailAt(call, os::Error::Other, false);
+      if (SCFile::file_Rescue(ToWide(m_damaged).c_str(), ToWide(rescued).c_str(), true, &findings))
+        continue;
+    }
+    const Inspection inspection = Inspection::Open(rescued);
+    const auto isLost = [&](std::uint32_t row, std::uint32_t column) {
+      return inspection.Data()[0].AScan<std::uint16_t>(row, column).empty();
+    };
+    EXPECT_TRUE(isLost(0, 0)) << call;
+    wasAllLost |= isLost(1, 0) && isLost(rescuedRows - 1, 0);
+  }
+  EXPECT_TRUE(wasAllLost);
 }
 
 TEST_F(RescuedInspection, WhatDamageCostsFollowsFromTheLayout) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <numbers>
 #include <span>
 #include <string>
 #include <vector>
@@ -72,7 +73,8 @@ class SectorTest : public testing::Test {
     record.subChannelId = number;
     record.probeAngle = static_cast<float>(beam.angle);
     if (beam.change) beam.change(record);
-    std::vector<std::uint16_t> samples(samplesOfBeam, 10);
+    std::vector<std::uint16_t> samples(
+        std::size_t{record.rowQuantity} * record.columnQuantity * samplesOfBeam, 10);
     for (const std::uint32_t echo : beam.echoes) samples[echo] = 1000;
     const auto bytes = std::as_bytes(std::span(samples));
     inspection.AddData(record, {bytes.begin(), bytes.end()});
@@ -296,15 +298,46 @@ TEST_F(SectorTest, SaysWhatItCannotShowAsItShouldBe) {
   const double away = 10 * std::sqrt(0.5);
   EXPECT_NEAR(view.percents[PixelAt(view, away, away)], 100, 1e-3) << "the stronger is shown";
 
-  std::vector<TestBeam> unknown = Fan(40, 5, 3);
-  for (TestBeam& beam : unknown)
-    beam.change = [](CGDataTypeFDD& record) { record.partThickness = 0; };
-  inspection = Make(unknown);
-  view = MakeSector(inspection.Masters().front());
-  ASSERT_EQ(view.remarks.size(), 1U);
-  EXPECT_THAT(view.remarks[0], HasSubstr("thickness is not known"));
-  EXPECT_THAT(view.lines, IsEmpty());
-  EXPECT_EQ(view.EchoOf(0, 399)->point.leg, 1U);
+  for (const float thickness : {0.0F, -0.01F}) {
+    std::vector<TestBeam> unknown = Fan(40, 5, 3);
+    for (TestBeam& beam : unknown)
+      beam.change = [thickness](CGDataTypeFDD& record) { record.partThickness = thickness; };
+    inspection = Make(unknown);
+    view = MakeSector(inspection.Masters().front());
+    ASSERT_EQ(view.remarks.size(), 1U);
+    EXPECT_THAT(view.remarks[0], HasSubstr("thickness is not known"));
+    EXPECT_THAT(view.lines, IsEmpty());
+    EXPECT_EQ(view.EchoOf(0, 399)->point.leg, 1U);
+  }
+  repeated = Fan(40, 5, 3);
+  repeated[1].change = [](CGDataTypeFDD& record) { record.partThickness = 0; };
+  inspection = Make(repeated);
+  EXPECT_THAT(MakeSector(inspection.Masters().front()).remarks,
+              testing::ElementsAre(HasSubstr("different thicknesses")));
+}
+
+TEST_F(SectorTest, IsOfTheScanPositionOfTheStrongestEcho) {
+  const auto scan = [](std::uint32_t rows) {
+    return [rows](CGDataTypeFDD& record) {
+      SetLayout(record, *FindSampleType("u16"), {2, rows, samplesOfBeam, true});
+    };
+  };
+  std::vector<TestBeam> beams = Fan(40, 5, 3);
+  for (TestBeam& beam : beams) beam.change = scan(3);
+  beams[1].echoes = {3 * samplesOfBeam + 100};
+  beams[2].echoes = {4 * samplesOfBeam + 50};
+  Inspection inspection = Make(beams);
+  const std::pair<SectorOptions, std::uint32_t> cases[] = {
+      {{}, 3}, {{.row = 2}, 4}, {{.column = 0}, 4}, {{.row = 1}, 3}, {{.row = 0, .column = 1}, 1}};
+  for (const auto& [options, cell] : cases) {
+    const SectorView view = MakeSector(inspection.Masters().front(), options);
+    EXPECT_EQ(view.row * 2 + view.column, cell);
+  }
+  EXPECT_THROW((void)MakeSector(inspection.Masters().front(), {.row = 3}), Error);
+  EXPECT_THROW((void)MakeSector(inspection.Masters().front(), {.column = 2}), Error);
+  beams[1].change = scan(2);
+  inspection = Make(beams);
+  EXPECT_THROW((void)MakeSector(inspection.Masters().front()), Error);
 }
 
 TEST_F(SectorTest, DrawsAScanOfParallelBeams) {
@@ -312,6 +345,8 @@ TEST_F(SectorTest, DrawsAScanOfParallelBeams) {
   for (const double index : {20.0, 0.0, 10.0, 30.0, 50.0}) beams.push_back({0, index, {}, {}});
   const Inspection inspection = Make(beams);
   const SectorView view = MakeSector(inspection.Masters().front());
+  ASSERT_TRUE(view.strongest);
+  EXPECT_EQ(view.strongest->sample, 0U) << "all are alike: the first";
   const auto beamAt = [&](double across) { return view.pixels[PixelAt(view, across, 8)].beam; };
   EXPECT_EQ(beamAt(4.8), 0U);
   EXPECT_EQ(beamAt(5.2), 1U);
@@ -340,6 +375,20 @@ TEST_F(SectorTest, FollowsTheFirstLegOfARoundPart) {
   ASSERT_EQ(view.lines.size(), 2U);
   for (const SectorLine::Point& point : view.lines[1].points)
     EXPECT_NEAR(std::hypot(point.across, 25 - point.down), 15, 1e-5);
+  // A wire of 1.8 mm is round too; here 0.3 mm at 45 degrees.
+  for (TestBeam& beam : beams)
+    beam.change = [](CGDataTypeFDD& record) {
+      record.inspectionGeometry = gdata_GeometryCircumferential;
+      record.inspectionRadius = 0.9e-3F;
+      record.partThickness = 0.4e-3F;
+      record.sampleResolution /= 50;
+    };
+  const Inspection wire = Make(beams);
+  const SectorView wireView = MakeSector(wire.Masters().front());
+  EXPECT_THAT(wireView.remarks, testing::Contains(HasSubstr("only the first leg")));
+  EXPECT_NEAR(wireView.EchoOf(9, 150)->point.depth,
+              0.9 - std::sqrt(0.81 + 0.09 - 0.54 * std::sqrt(0.5)),
+              1e-5);
 }
 
 TEST_F(SectorTest, DrawsWallsAndTheWeldInEachLeg) {
@@ -364,17 +413,95 @@ TEST_F(SectorTest, DrawsWallsAndTheWeldInEachLeg) {
   EXPECT_NEAR(walls[1].first, 20, 1e-5);
   EXPECT_EQ(walls[1].second, SectorLine::Kind::Surface);
   ASSERT_EQ(bevels.size(), 8U);  // two sides in four legs
-  const auto right = std::find_if(bevels.begin(), bevels.end(), [](const SectorLine& line) {
-    return line.leg == 2 && line.points.front().across > 20;
-  });
-  ASSERT_NE(right, bevels.end());
-  ASSERT_EQ(right->points.size(), 3U);
+  const auto rightIn = [&](std::uint32_t leg) {
+    return *std::find_if(bevels.begin(), bevels.end(), [leg](const SectorLine& line) {
+      return line.leg == leg && line.points.front().across > 20;
+    });
+  };
+  const std::vector<SectorLine::Point> right = rightIn(2).points;
+  ASSERT_EQ(right.size(), 3U);
   // 45 degrees over 8 mm from the root face: 9 mm wide at the surface, here 20 mm down.
-  EXPECT_NEAR(right->points[0].across, 29, 1e-5);
-  EXPECT_NEAR(right->points[0].down, 20, 1e-5);
-  EXPECT_NEAR(right->points[1].across, 21, 1e-5);
-  EXPECT_NEAR(right->points[1].down, 12, 1e-5);
-  EXPECT_NEAR(right->points[2].down, 10, 1e-5);
+  EXPECT_NEAR(right[0].across, 29, 1e-5);
+  EXPECT_NEAR(right[0].down, 20, 1e-5);
+  EXPECT_NEAR(right[1].across, 21, 1e-5);
+  EXPECT_NEAR(right[1].down, 12, 1e-5);
+  EXPECT_NEAR(right[2].down, 10, 1e-5);
+  EXPECT_NEAR(rightIn(3).points[1].down, 28, 1e-5);
+  for (const PartView part : {PartView::Top, PartView::Side, PartView::End})
+    EXPECT_EQ(MakeProjection(inspection.Masters(), part).weld.size(),
+              part == PartView::End ? 2U : 0U);
+  EXPECT_THROW((void)view.EchoOf(4, 0), Error);
+  EXPECT_THROW((void)view.EchoOf(0, samplesOfBeam), Error);
+}
+
+// Of a part of 10 mm, with a gap of 2 mm, a root face of 2 mm and 45 degrees: half of each line.
+TEST(WeldOutline, FollowsPreparationAndCaps) {
+  using Half = std::vector<std::pair<double, double>>;
+  CGWeldTypeDescr weld;
+  weld.bevelAngle = 45;
+  weld.rootGap = 0.002F;
+  weld.rootRadius = 0.004F;
+  weld.thickness = 0.01F;
+  weld.centerPosition = 0.03F;
+  EXPECT_THAT(WeldOutline(CGWeldTypeDescr()), IsEmpty()) << "no thickness";
+  const auto expectHalf = [](const std::vector<SectorLine::Point>& line, const Half& expected) {
+    ASSERT_EQ(line.size(), expected.size());
+    for (std::size_t at = 0; at < line.size(); ++at) {
+      EXPECT_NEAR(line[at].across - 30, expected[at].first, 1e-4) << at;
+      EXPECT_NEAR(line[at].down, expected[at].second, 1e-4) << at;
+    }
+  };
+  const Half straight = {{1, 0}, {1, 10}};
+  const struct {
+    std::uint32_t preparation;
+    float face;
+    Half half;
+    bool isOneSided;
+  } cases[] = {{0, 0.002F, straight, false},
+               {1, 0.002F, {{9, 0}, {1, 8}, {1, 10}}, false},
+               {1, 0, {{11, 0}, {1, 10}, {1, 10}}, false},
+               {1, 0.5F, {{1, 0}, {1, 0}, {1, 10}}, false},
+               {2, 0.002F, {{5, 0}, {1, 4}, {1, 6}, {5, 10}}, false},
+               {5, 0.002F, {{5, 0}, {1, 4}, {1, 6}, {5, 10}}, true},
+               {6, 0.002F, straight, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.preparation);
+    weld.preparation = c.preparation;
+    weld.rootFace = c.face;
+    const auto lines = WeldOutline(weld);
+    ASSERT_EQ(lines.size(), 2U);
+    expectHalf(lines[1], c.half);
+    Half left = c.isOneSided ? straight : c.half;
+    for (auto& point : left) point.first = -point.first;
+    expectHalf(lines[0], left);
+  }
+  // The arc of 4 mm about (1, 4) touches the bevel where both have 45 degrees.
+  weld.preparation = 3;
+  weld.rootFace = 0.002F;
+  weld.symmetric = 0;
+  weld.capWidth = 0.01F;
+  weld.capHeight = 0.002F;
+  weld.rootWidth = 0.006F;
+  weld.rootHeight = 0.001F;
+  const auto lines = WeldOutline(weld, 10);
+  ASSERT_EQ(lines.size(), 4U);
+  EXPECT_EQ(lines[0].size(), 2U);
+  ASSERT_EQ(lines[1].size(), 15U);
+  const double touch = 4 * std::sqrt(0.5);
+  const auto pick = [](const auto& line, std::initializer_list<std::size_t> which) {
+    std::vector<SectorLine::Point> points;
+    for (const std::size_t at : which) points.push_back(line[at]);
+    return points;
+  };
+  expectHalf(pick(lines[1], {0, 1, 7, 13, 14}),
+             {{1 + touch + 4 + touch, 0},
+              {1 + touch, 4 + touch},
+              {1 + 4 * std::cos(67.5 * std::numbers::pi / 180),
+               4 + 4 * std::sin(67.5 * std::numbers::pi / 180)},
+              {1, 8},
+              {1, 10}});
+  expectHalf(pick(lines[2], {0, 8, 12, 16}), {{-5, 0}, {0, -2}, {2.5, -1.5}, {5, 0}});
+  expectHalf(pick(lines[3], {0, 8, 16}), {{-3, 10}, {0, 11}, {3, 10}});
 }
 
 }  // namespace

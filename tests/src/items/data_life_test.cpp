@@ -132,6 +132,13 @@ TEST(DataLife, AMasterGivesUpItsOwnTableForItsElements) {
     EXPECT_EQ(element->idata1_GetInfoRef()->GetDiskTable(),
               master->idata1_GetInfoRef()->GetDiskTable());
   }
+  auto other = Element(host, 2);
+  other->idata1_GetInfoRef()->SetDiskTable(reinterpret_cast<char*>(new std::byte[5000]{}), false);
+  master->idata1_SubChannelAdd(other.get());
+  other.reset();
+  EXPECT_EQ(element->idata1_GetInfoRef()->GetDiskTable(),
+            master->idata1_GetInfoRef()->GetDiskTable())
+      << "it was not of the element that went";
 }
 
 TEST(DataLife, OnlyLiveItemsAreValid) {

@@ -52,6 +52,7 @@ struct ButtWeld {
   double tofdStart = 9.5e-6;      ///< s
   std::uint32_t tofdSamples = 400;
   double tofdStep = 10e-9;      ///< s
+  double referenceEcho = 0.5;   ///< of a side-drilled hole, part of full scale
   double frequency = 4e6;       ///< of the beams, Hz
   double tofdFrequency = 10e6;  ///< Hz
   double bandwidth = 60;        ///< at -6 dB, percent of the frequency

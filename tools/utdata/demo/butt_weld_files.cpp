@@ -43,6 +43,8 @@ CGDataTypeFDD RecordOf(const ButtWeld& weld, std::uint32_t channel, const wchar_
   return record;
 }
 
+constexpr std::uint32_t DacOfSide(std::size_t side) { return static_cast<std::uint32_t>(side) + 1; }
+
 /// The beams of one side: skew 0 looks along rising x.
 ChannelSetup SectorSetup(const ButtWeld& weld, std::size_t side, CGDataTypeFDD& record) {
   record.probeSkew = side == 0 ? 0.0F : 180.0F;
@@ -57,6 +59,8 @@ ChannelSetup SectorSetup(const ButtWeld& weld, std::size_t side, CGDataTypeFDD& 
   }
   setup.channel.indexOffset = AsFloat(weld.IndexPoint(side));
   setup.channel.waveMode = gdata_WaveShear;
+  setup.channel.dacEnabled = 1;
+  setup.channel.dacId = DacOfSide(side);
   CGProbeTypeDescr& probe = setup.probes.front();
   probe.name = L"Simulated array 4 MHz";
   probe.frequency = AsFloat(weld.frequency);
@@ -106,6 +110,19 @@ void AddPart(CFContTypeFileDescr& groups, const ButtWeld& weld) {
   steel.density = 7850;
 }
 
+/// The curves of both sides through side-drilled holes at several half paths. Simulated beams lose
+/// nothing on their way, so that these echoes are alike and the curves are level.
+void AddDacs(CFContTypeFileDescr& groups, const ButtWeld& weld) {
+  for (std::size_t side = 0; side < weldSides; ++side) {
+    CGDacTypeDescr& dac = AddGroup(groups.dacs, gdac_Allocate(1, L"Side-drilled holes"));
+    dac.dacId = DacOfSide(side);
+    dac.channelId = static_cast<std::uint32_t>(side);
+    dac.referenceLevel = AsFloat(100 * weld.referenceEcho);
+    for (const double halfPath : {20e-3, 40e-3, 60e-3, 80e-3})
+      dac.points.push_back({AsFloat(2 * halfPath / weld.shearSpeed), dac.referenceLevel});
+  }
+}
+
 /// The inspection of the recorded blocks, which stand in the order of SimulateWeld.
 void WriteInspection(const ButtWeldFiles& files,
                      const ButtWeld& weld,
@@ -131,6 +148,7 @@ void WriteInspection(const ButtWeldFiles& files,
             "utdata " UTDATA_VERSION,
             "simulated: a crack at the root, a lack of fusion at the left bevel, porosity"});
   AddPart(inspection.Descriptor(), weld);
+  AddDacs(inspection.Descriptor(), weld);
   const UnfinishedFileScope unfinished(files.inspection);
   inspection.SaveAs(files.inspection, replace, signature);
 }

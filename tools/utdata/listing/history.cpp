@@ -37,6 +37,7 @@ std::string SpokenField(std::string_view key) {
     if (isCapital && !spoken.empty()) spoken += ' ';
     spoken += static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
   }
+  if (spoken.starts_with("tofd")) spoken.replace(0, 4, "TOFD");
   return spoken;
 }
 

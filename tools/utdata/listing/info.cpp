@@ -68,7 +68,9 @@ std::string BeamText(const DataGroup& group) {
   std::string text = "channel " + std::to_string(stored.channelId);
   if (stored.subChannelId != 0) text += "." + std::to_string(stored.subChannelId);
   if (group.IsTofd())
-    return text + " TOFD, probes " + Millimetres(stored.probeSeparation) + " apart";
+    return text + (stored.probeSeparation > 0
+                       ? " TOFD, probes " + Millimetres(stored.probeSeparation) + " apart"
+                       : " TOFD, probe separation not known");
   return text + " at " + Number(stored.probeAngle) + "°";
 }
 

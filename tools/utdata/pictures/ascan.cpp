@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "pictures/amplitude_scale.h"
 #include "terminal/progress.h"
+#include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/dac.h"
 
 namespace utdata::program {
 namespace {
@@ -64,9 +67,59 @@ void AddGates(LinePlot& plot, const DataGroup& group, const IndexRange& shown, b
   if (!moving.empty()) plot.notes.push_back("Not drawn, as they follow another echo: " + moving);
 }
 
-/// Room for the echo and the levels of the gates.
+/// Puts the mark on the sample that lies highest over the curve.
+void MarkHighest(AScan& scan, const DataGroup& group) {
+  LinePlot& plot = scan.plot;
+  double highest = 0;
+  std::optional<std::size_t> found;
+  for (std::size_t cell = 0; cell < plot.values.size(); ++cell) {
+    const double ratio = std::abs(plot.values[cell]) / plot.reference[cell];
+    if (!(ratio > highest)) continue;  // also where there is no curve
+    highest = ratio;
+    found = cell;
+  }
+  if (!found)
+    throw Error(group.Name(),
+                "has no amplitude relative to its DAC",
+                "the curve covers none of the echoes that are shown");
+  scan.sample =
+      scan.sample - static_cast<std::uint32_t>(*plot.marked) + static_cast<std::uint32_t>(*found);
+  scan.percent = plot.values[*found];
+  plot.marked = found;
+}
+
+/// Adds the DAC curve of the channel, where it has one.
+void AddDac(AScan& scan, const DataGroup& group, bool isWanted) {
+  const std::optional<DacCurve> dac = DacOf(group);
+  if (!dac && isWanted)
+    throw Error(group.Name(),
+                "has no amplitude relative to a DAC",
+                "its channel has no DAC curve that is switched on");
+  if (!dac) return;
+  LinePlot& plot = scan.plot;
+  const AxisScale times = group.Times();
+  const auto first = static_cast<double>(scan.sample - *plot.marked);
+  for (std::size_t cell = 0; cell < plot.values.size(); ++cell)
+    plot.reference.push_back(dac->LevelAt(times.At(first + static_cast<double>(cell)))
+                                 .value_or(std::numeric_limits<double>::quiet_NaN()));
+  plot.referenceLabel = "DAC";
+  if (isWanted) MarkHighest(scan, group);
+  scan.decibelsToDac = dac->DecibelsAt(scan.percent, times.At(scan.sample));
+}
+
+std::string EchoText(const AScan& scan, const DataGroup& group, bool isToDac) {
+  std::string text = isToDac ? "Highest echo over the DAC " : "Strongest echo ";
+  text += AmplitudeText(group, scan.percent);
+  if (scan.decibelsToDac)
+    text += ", " + Number(std::round(*scan.decibelsToDac * 10) / 10) + " dB to DAC,";
+  return text + " at " + SamplePlace(group, scan.sample) +
+         TipDepthText(group, scan.row, scan.column, scan.sample);
+}
+
+/// Room for the echo, the DAC curve and the levels of the gates.
 std::uint32_t GainFor(const AScan& scan) {
   double largest = std::abs(scan.percent);
+  for (const double level : scan.plot.reference) largest = std::fmax(largest, level);
   for (const GateBar& gate : scan.plot.gates) largest = std::max(largest, std::abs(gate.level));
   return FittingGain(largest);
 }
@@ -105,8 +158,8 @@ AScan MakeAScan(const DataGroup& group, const AScanOptions& options) {
 
   plot.title = Caption(group) + " · A-scan at " + RowText(group, scan.row) + ", " +
                ColumnText(group, scan.column) + WhichCell(options);
-  plot.notes = {"Strongest echo " + AmplitudeText(group, scan.percent) + " at " +
-                SamplePlace(group, scan.sample)};
+  AddDac(scan, group, options.relativeToDac);
+  plot.notes = {EchoText(scan, group, options.relativeToDac)};
   const CodeMeaning meaning = MeaningOf(group, samples.Span());
   if (samples.IsDamaged(strongest.cell)) {
     scan.damagedCells = 1;

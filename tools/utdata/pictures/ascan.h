@@ -21,6 +21,8 @@ struct AScanOptions {
   SampleAxis samples = SampleAxis::Time;
   PathLimits limits;
   bool quiet = false;  ///< shows no progress
+  /// The strongest echo is that which lies highest over the channel's DAC curve.
+  bool relativeToDac = false;
 };
 
 /// What an A-scan shows, beside the picture of it.
@@ -28,15 +30,16 @@ struct AScan {
   LinePlot plot;
   std::uint32_t row = 0;
   std::uint32_t column = 0;
-  std::uint32_t sample = 0;  ///< of the strongest echo
-  double percent = 0;        ///< of full scale, of that echo, negative below zero
+  std::uint32_t sample = 0;             ///< of the strongest echo
+  double percent = 0;                   ///< of full scale, of that echo, negative below zero
+  std::optional<double> decibelsToDac;  ///< of that echo; none without a DAC curve, and outside it
   std::uint32_t gain = 1;
   std::uint64_t damagedCells =
       0;  ///< 1 when the A-scan itself is damaged, and shown without samples
 };
 
 /// REQUIRES: the group is of class 1. Throws Error or Failure when its samples
-/// cannot be shown, the cell is not there, or a path is wanted and not known.
+/// cannot be shown, the cell is not there, or a path or the DAC curve is wanted and not known.
 [[nodiscard]] AScan MakeAScan(const DataGroup& group, const AScanOptions& options);
 
 }  // namespace utdata::program

@@ -7,6 +7,7 @@
 #include "terminal/failure.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/readout.h"
 
 namespace utdata::program {
 namespace {
@@ -113,6 +114,15 @@ std::string SamplePlace(const DataGroup& group, std::uint32_t sample) {
   const std::optional<AxisScale> path = group.HalfPaths();
   return Place(group.Times(), "sample", sample) +
          (path ? ", " + AxisText(*path, sample) + " half path" : "");
+}
+
+std::string TipDepthText(const DataGroup& group,
+                         std::uint32_t row,
+                         std::uint32_t column,
+                         std::uint32_t sample) {
+  if (!group.IsTofd()) return "";
+  const AxisValue depth = group.ReadOut(row, column, sample).tofdDepth;
+  return depth.IsKnown() ? ", " + depth.Text(unit_Millimetre) + " deep" : "";
 }
 
 std::string AmplitudeText(const DataGroup& group, double percent) {

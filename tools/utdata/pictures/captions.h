@@ -58,6 +58,12 @@ struct SampleAxes {
 [[nodiscard]] std::string ColumnPlace(const DataGroup& group, std::uint32_t column);
 /// "3.3 µs, 9.77 mm half path"
 [[nodiscard]] std::string SamplePlace(const DataGroup& group, std::uint32_t sample);
+/// ", 30.0 mm deep" as the unit of TOFD data prints it; nothing for other data, and before the
+/// lateral wave.
+[[nodiscard]] std::string TipDepthText(const DataGroup& group,
+                                       std::uint32_t row,
+                                       std::uint32_t column,
+                                       std::uint32_t sample);
 /// "25.6 % (-11.8 dB)"
 [[nodiscard]] std::string AmplitudeText(const DataGroup& group, double percent);
 /// " · soft gain × 3"; nothing for 1

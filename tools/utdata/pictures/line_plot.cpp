@@ -9,6 +9,7 @@ namespace {
 constexpr Color grid = {228, 229, 233};
 constexpr Color zeroLine = {168, 170, 178};
 constexpr Color curve = {24, 78, 160};
+constexpr Color referenceCurve = {138, 63, 176};
 constexpr int areaWidth = 880;
 constexpr int areaHeight = 400;
 constexpr int gateThickness = 3;
@@ -46,6 +47,7 @@ class LineLayout {
     m_head->Draw(canvas, m_area.left);
     DrawGrid(canvas);
     DrawCurve(canvas);
+    if (!m_plot.reference.empty()) DrawReference(canvas);
     for (const GateBar& gate : m_plot.gates) DrawGate(canvas, gate);
     canvas.Outline(m_area, ink);
     DrawScales(canvas);
@@ -93,6 +95,39 @@ class LineLayout {
       const int top = m_values.Place(m_area, extent.high);
       const int bottom = m_values.Place(m_area, extent.low);
       canvas.Fill({m_area.left + x, top, 1, bottom - top + 2}, curve);
+    }
+  }
+
+  /// The place of the second curve's value between two cells; nothing where it has none.
+  [[nodiscard]] std::optional<int> ReferenceAt(double cell) const {
+    const auto last = static_cast<double>(m_plot.reference.size() - 1);
+    const double inside = std::clamp(cell, 0.0, last);
+    const auto before = static_cast<std::size_t>(inside);
+    const double from = m_plot.reference[before];
+    const double to = m_plot.reference[std::min(before + 1, m_plot.reference.size() - 1)];
+    const double value = from + (to - from) * (inside - std::floor(inside));
+    return std::isnan(value) ? std::nullopt : std::optional(m_values.Place(m_area, value));
+  }
+
+  /// On both sides of zero where values are.
+  void DrawReference(Canvas& canvas) const {
+    const double cellsPerPixel = static_cast<double>(m_plot.reference.size()) / m_area.width;
+    const int zero = m_values.Place(m_area, 0);
+    std::optional<int> before;
+    for (int x = 0; x < m_area.width; ++x) {
+      const std::optional<int> level = ReferenceAt((x + 0.5) * cellsPerPixel - 0.5);
+      if (level) {
+        const auto [top, bottom] = std::minmax({*level, before.value_or(*level)});
+        canvas.Fill({m_area.left + x, top, 1, bottom - top + 2}, referenceCurve);
+        if (m_plot.low < 0)
+          canvas.Fill({m_area.left + x, 2 * zero - bottom, 1, bottom - top + 2}, referenceCurve);
+        if (!before)
+          m_font.Draw(canvas,
+                      {m_area.left + x + gap / 2, top - gap / 2 - 2},
+                      m_plot.referenceLabel,
+                      {tickSize, referenceCurve, Anchor::Start, false});
+      }
+      before = level;
     }
   }
 

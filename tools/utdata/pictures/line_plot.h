@@ -35,6 +35,8 @@ struct LinePlot {
       marks;  ///< at the right side: their place as a value, their text in another unit
   std::string marksTitle;  ///< "dB"
   std::vector<GateBar> gates;
+  std::vector<double> reference;  ///< a second curve, one value for each cell; NaN interrupts it
+  std::string referenceLabel;
   std::optional<std::size_t> marked;  ///< a cell at whose value a small triangle points
 };
 

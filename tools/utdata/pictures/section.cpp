@@ -1,7 +1,6 @@
 #include "pictures/section.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "terminal/progress.h"
 
@@ -101,9 +100,14 @@ void SetTofdDepths(Section& section, const DataGroup& group) {
   ImagePlot& plot = section.plot;
   const std::optional<TofdScale> scale = TofdScaleOf(group);
   if (!scale) {
-    plot.notes.emplace_back("No depths: probe separation or sound speed is not known");
+    plot.notes.push_back("No depths: " + WhyNoTofdScale(group));
     return;
   }
+  if (!(scale->lateralWave < group.SampleQuantity())) {
+    plot.notes.emplace_back("No depths: the samples end before the lateral wave");
+    return;
+  }
+  if (scale->lateralWave < 0) plot.notes.emplace_back("The samples begin behind the lateral wave");
   const double deepest = scale->depths.empty() ? 0 : scale->depths.back();
   for (const Tick& tick : RoundTicks(0, deepest, 20).major)
     if (const auto sample = scale->SampleAt(tick.value))
@@ -112,8 +116,7 @@ void SetTofdDepths(Section& section, const DataGroup& group) {
   if (scale->lateralWave >= 0 && scale->lateralWave < group.SampleQuantity())
     plot.lines.push_back(LineAt(plot, scale->lateralWave, "lateral wave"));
   if (scale->backWall) plot.lines.push_back(LineAt(plot, *scale->backWall, "back wall"));
-  const double depth = scale->depths[section.sample];
-  if (!std::isnan(depth)) plot.notes.back() += ", " + LengthText(depth) + " deep";
+  plot.notes.front() += TipDepthText(group, section.row, section.column, section.sample);
 }
 
 void MarkDamage(Section& section, const Samples& samples, const CellRange& shown) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <memory>
 #include <new>
 #include <vector>
@@ -78,5 +79,12 @@ std::string PackValues(std::span<const std::uint16_t> values, bool quiet) {
   std::vector<std::uint8_t> planes = DifferencePlanes(values);
   return Base64(Compress(planes, quiet));
 }
+
+std::uint16_t InSteps(double length, double step) {
+  const double steps = std::clamp(std::round(length / step), -32768.0, 32767.0);
+  return static_cast<std::uint16_t>(static_cast<std::int32_t>(steps));
+}
+
+double StepFor(double longest) { return std::max(0.01, longest / 32000); }
 
 }  // namespace utdata::program

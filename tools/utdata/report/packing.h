@@ -12,4 +12,9 @@ namespace utdata::program {
 /// that this is far shorter than the values are. Shows progress on long work.
 [[nodiscard]] std::string PackValues(std::span<const std::uint16_t> values, bool quiet);
 
+/// A length in whole steps, as tables hold it: signed, within 16 bits.
+[[nodiscard]] std::uint16_t InSteps(double length, double step);
+/// The step for lengths up to the longest: 0.01, or what lets all of them fit 16 bits.
+[[nodiscard]] double StepFor(double longest);
+
 }  // namespace utdata::program

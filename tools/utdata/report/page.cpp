@@ -11,6 +11,7 @@ UTDATA_EMBEDDED(reportStyle)
 UTDATA_EMBEDDED(reportPlots)
 UTDATA_EMBEDDED(reportViews)
 UTDATA_EMBEDDED(reportSector)
+UTDATA_EMBEDDED(reportProjection)
 UTDATA_EMBEDDED(reportCursor)
 #undef UTDATA_EMBEDDED
 
@@ -31,6 +32,7 @@ std::string_view StyleText() { return Text(reportStyleWords, reportStyleSize); }
 std::string_view PlotsText() { return Text(reportPlotsWords, reportPlotsSize); }
 std::string_view ViewsText() { return Text(reportViewsWords, reportViewsSize); }
 std::string_view SectorText() { return Text(reportSectorWords, reportSectorSize); }
+std::string_view ProjectionText() { return Text(reportProjectionWords, reportProjectionSize); }
 std::string_view CursorText() { return Text(reportCursorWords, reportCursorSize); }
 
 }  // namespace utdata::program

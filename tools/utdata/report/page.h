@@ -12,6 +12,8 @@ namespace utdata::program {
 ViewsText();  ///< JavaScript: the views with their units and read-outs
 [[nodiscard]] std::string_view SectorText();  ///< JavaScript: the sector scan over the views
 [[nodiscard]] std::string_view
+ProjectionText();  ///< JavaScript: top, side and end views over the views
+[[nodiscard]] std::string_view
 CursorText();  ///< JavaScript: how the cursor moves, the choices, and the tables
 
 }  // namespace utdata::program

@@ -1,5 +1,6 @@
 #include "report/report.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string_view>
@@ -8,6 +9,7 @@
 #include "listing/damage.h"
 #include "listing/history.h"
 #include "report/page.h"
+#include "report/projections.h"
 #include "report/sectors.h"
 #include "report/tables.h"
 #include "report/views.h"
@@ -50,6 +52,19 @@ Json DecibelsJson(const Inspection& inspection) {
   return nullptr;
 }
 
+/// Lines that are said of many beams alike, once.
+std::vector<std::string> Gathered(const std::vector<std::string>& lines) {
+  std::vector<std::string> gathered;
+  for (auto line = lines.begin(); line != lines.end();) {
+    const auto end =
+        std::find_if(line, lines.end(), [&](const auto& other) { return other != *line; });
+    const auto times = end - line;
+    gathered.push_back(*line + (times > 1 ? " (" + std::to_string(times) + " times)" : ""));
+    line = end;
+  }
+  return gathered;
+}
+
 void Replace(std::string& page, std::string_view mark, std::string_view text) {
   const std::size_t at = page.find(mark);
   if (at != std::string::npos) page.replace(at, mark.size(), text);
@@ -60,7 +75,9 @@ void Replace(std::string& page, std::string_view mark, std::string_view text) {
 Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
   ReportViews views = MakeViews(inspection, options.sampleLimit, options.quiet);
   Json sectors = MakeSectors(inspection, views, options.quiet);
+  Json projections = MakeProjections(inspection, views, options.quiet);
   for (std::string& line : DamageLines(inspection)) views.missing.push_back(std::move(line));
+  views.missing = Gathered(views.missing);
   Json files = Json::array();
   for (const std::string& file : inspection.Files()) files.push_back(FileName(file));
   const Json facts = {
@@ -72,6 +89,7 @@ Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
       {"millimetresPerInch", FindArrayUnit("mm")->perBase / FindArrayUnit("in")->perBase},
       {"views", views.views},
       {"sectors", std::move(sectors)},
+      {"projections", std::move(projections)},
       {"missing", views.missing},
       {"defects", DefectsJson(inspection)},
       {"history", HistoryJson(inspection)}};
@@ -84,6 +102,7 @@ Report MakeReport(const Inspection& inspection, const ReportOptions& options) {
   Replace(report.html, "/*PLOTS*/", PlotsText());
   Replace(report.html, "/*VIEWS*/", ViewsText());
   Replace(report.html, "/*SECTOR*/", SectorText());
+  Replace(report.html, "/*PROJECTION*/", ProjectionText());
   Replace(report.html, "/*CURSOR*/", CursorText());
   Replace(report.html, "<!--FACTS-->", JsonText(facts));
   Replace(report.html, "<!--VALUES-->", values);

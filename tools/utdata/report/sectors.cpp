@@ -18,24 +18,14 @@ using Json = nlohmann::ordered_json;
 constexpr std::uint32_t widest = 440;  // pixels of a page's picture, which it draws larger
 constexpr std::uint32_t highest = 280;
 
-/// The views that hold A-scans, by the index of their data group.
-std::map<std::size_t, std::size_t> ViewsWithAScans(const ReportViews& views) {
-  std::map<std::size_t, std::size_t> found;
-  for (std::size_t view = 0; view < views.views.size(); ++view)
-    if (views.views[view].contains("ascans") && views.views[view]["ascans"].is_number())
-      found.emplace(views.views[view]["group"].get<std::size_t>(), view);
-  return found;
-}
-
-/// The step in which tables of a page hold lengths: a hundredth of a millimetre, or what lets all
-/// of a sector scan's fit 16 bits.
+/// The step in which the tables of a sector scan hold lengths, mm.
 double StepOf(const SectorMap& map) {
   double longest = 0;
   for (const AxisScale& axis : {map.across, map.down})
     longest = std::max({longest, std::abs(axis.first), std::abs(axis.At(axis.quantity))});
   for (const SectorBeam& beam : map.beams)
     longest = std::max(longest, beam.halfPaths.At(beam.halfPaths.quantity));
-  return std::max(0.01, longest / 32000);
+  return StepFor(longest);
 }
 
 /// Whether the numbers of samples and beams fit the tables.
@@ -52,16 +42,9 @@ class SectorMaker {
       : m_map(map), m_views(views), m_quiet(quiet), m_step(StepOf(map)) {}
 
   Json Make(const DataGroup& master, const std::map<std::size_t, std::size_t>& viewOf) {
-    const auto axis = [](const AxisScale& scale) {
-      return Json{{"unit", scale.symbol},
-                  {"plain", false},
-                  {"first", scale.first},
-                  {"step", scale.step},
-                  {"quantity", scale.quantity}};
-    };
     Json sector = {{"label", master.Caption()},
-                   {"across", axis(m_map.across)},
-                   {"down", axis(m_map.down)},
+                   {"across", AxisJson(m_map.across)},
+                   {"down", AxisJson(m_map.down)},
                    {"moves", Moves()},
                    {"step", m_step},
                    {"beams", Json::array()},
@@ -102,11 +85,6 @@ class SectorMaker {
     return lines;
   }
 
-  std::size_t Pack(const std::vector<std::uint16_t>& values) {
-    m_views.packed.push_back(PackValues(values, m_quiet));
-    return m_views.packed.size() - 1;
-  }
-
   /// Columns, rows, beams, first and last samples of the stretches, one table behind the other.
   std::size_t Stretches() {
     std::vector<std::uint16_t> values;
@@ -121,12 +99,7 @@ class SectorMaker {
     add([](const Stretch& is) { return is.beam; });
     add([](const Stretch& is) { return is.first; });
     add([](const Stretch& is) { return is.last; });
-    return Pack(values);
-  }
-
-  [[nodiscard]] std::uint16_t Steps(double millimetres) const {
-    return static_cast<std::uint16_t>(
-        static_cast<std::int32_t>(std::clamp(std::round(millimetres / m_step), -32768.0, 32767.0)));
+    return m_views.Pack(values, m_quiet);
   }
 
   /// Of each sample of a beam: across and down in the picture, distance from the index point and
@@ -138,15 +111,15 @@ class SectorMaker {
     for (std::uint32_t sample = 0; sample < quantity; ++sample) {
       const auto echo = m_map.PlaceOf(beam, sample);
       if (!echo) continue;
-      const std::uint16_t numbers[tables] = {Steps(echo->across),
-                                             Steps(echo->down),
-                                             Steps(echo->point.distance),
-                                             Steps(echo->point.depth),
+      const std::uint16_t numbers[tables] = {InSteps(echo->across, m_step),
+                                             InSteps(echo->down, m_step),
+                                             InSteps(echo->point.distance, m_step),
+                                             InSteps(echo->point.depth, m_step),
                                              static_cast<std::uint16_t>(echo->point.leg)};
       for (std::size_t table = 0; table < tables; ++table)
         values[table * quantity + sample] = numbers[table];
     }
-    return Pack(values);
+    return m_views.Pack(values, m_quiet);
   }
 
   const SectorMap& m_map;
@@ -165,7 +138,7 @@ bool HasBeams(const DataGroup& master) {
 
 nlohmann::ordered_json MakeSectors(const Inspection& inspection, ReportViews& views, bool quiet) {
   Json sectors = Json::array();
-  const std::map<std::size_t, std::size_t> viewOf = ViewsWithAScans(views);
+  const std::map<std::size_t, std::size_t> viewOf = views.WithSamples();
   for (const DataGroup& master : inspection.Masters()) {
     if (!HasBeams(master)) continue;
     try {

@@ -9,21 +9,15 @@
 #include "terminal/progress.h"
 #include "terminal/quantity.h"
 #include "terminal/text.h"
+#include "utdata/dac.h"
 #include "utdata/gating.h"
 #include "utdata/samples.h"
+#include "utdata/views.h"
 
 namespace utdata::program {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-Json AxisJson(const AxisScale& axis, const char* plainUnit) {
-  return {{"unit", axis.symbol.empty() ? plainUnit : axis.symbol},
-          {"plain", axis.symbol.empty()},
-          {"first", axis.first},
-          {"step", axis.step},
-          {"quantity", axis.quantity}};
-}
 
 bool IsCScan(const DataGroup& group) {
   return group.Class() == gdata_CScanAmplitude || group.Class() == gdata_CScanPosition;
@@ -88,11 +82,6 @@ class ViewMaker {
     }
   }
 
-  std::size_t Pack(const std::vector<std::uint16_t>& values) {
-    m_made.packed.push_back(PackValues(values, m_quiet));
-    return m_made.packed.size() - 1;
-  }
-
   static Json Frame(const DataGroup& group) {
     return {{"label", group.Caption()},
             {"kind", group.ClassName()},
@@ -126,7 +115,7 @@ class ViewMaker {
     Json layer = {
         {"label",
          group.HasAScans() ? "largest amplitude" : group.ClassName() + " " + group.Caption()},
-        {"values", Pack(values)},
+        {"values", m_made.Pack(values, m_quiet)},
         {"signed", samples.IsSigned()},
         {"strongest", peaks.strongest.cell}};
     if (Json damaged = DamagedJson(samples); !damaged.empty())
@@ -140,6 +129,18 @@ class ViewMaker {
     return layer;
   }
 
+  /// Depths of samples: along the first leg, of TOFD data those of a diffracting tip or none.
+  void AddDepths(Json& view, std::size_t number) {
+    const DataGroup& group = m_groups[number];
+    if (!group.IsTofd()) {
+      if (const auto depth = group.Depths()) view["depth"] = AxisJson(*depth, "sample");
+    } else if (const std::string why = WhyNoTofdScale(group); why.empty()) {
+      view["tofdDepths"] = TableJson(group.TofdDepths());
+    } else {
+      m_made.missing.push_back(Title(number) + ": no depths: " + why);
+    }
+  }
+
   /// The largest amplitudes and, within the limit, the samples; then the C-scans of the same cells.
   void AddAScans(std::size_t number, std::vector<bool>& isLayer) {
     const DataGroup& group = m_groups[number];
@@ -147,13 +148,12 @@ class ViewMaker {
     Json view = Frame(group);
     view["samples"] = AxisJson(group.Times(), "sample");
     if (const auto path = group.HalfPaths()) view["path"] = AxisJson(*path, "sample");
-    if (const auto depth = group.Depths()) view["depth"] = AxisJson(*depth, "sample");
-    if (const auto depths = group.TofdDepths(); !depths.empty())
-      view["tofdDepths"] = TableJson(depths);
+    AddDepths(view, number);
     view["amplitude"] = AmplitudeJson(group);
     view["wave"] = group.IsTofd();
     view["signed"] = samples.IsSigned();
     view["gates"] = GatesJson(group);
+    if (const auto dac = DacOf(group)) view["dac"] = DacJson(group, *dac);
     if (Json damaged = DamagedJson(samples); !damaged.empty()) view["damaged"] = std::move(damaged);
     view["layers"].push_back(Layer(group));
     view["ascans"] = PackAScans(samples, group);
@@ -189,7 +189,7 @@ class ViewMaker {
     for (std::uint64_t cell = 0; cell < cells; ++cell)
       for (const std::int32_t value : samples.Values(cell))
         all.push_back(static_cast<std::uint16_t>(value));
-    return Pack(all);
+    return m_made.Pack(all, m_quiet);
   }
 
   /// The gates of the channel that stand still, their ends as places between samples.
@@ -210,6 +210,14 @@ class ViewMaker {
     return gates;
   }
 
+  /// The curve as straight lines in dB over places between samples.
+  [[nodiscard]] static Json DacJson(const DataGroup& group, const DacCurve& dac) {
+    Json points = Json::array();
+    for (const DacCurve::Point& point : dac.Points())
+      points.push_back({group.Times().IndexOf(point.time), group.Decibels(point.percent)});
+    return {{"name", dac.Name()}, {"points", std::move(points)}};
+  }
+
   const std::vector<DataGroup>& m_groups;
   std::uint64_t m_room;  ///< bytes that A-scans may still take
   std::uint64_t m_limit;
@@ -218,6 +226,33 @@ class ViewMaker {
 };
 
 }  // namespace
+
+std::size_t ReportViews::Pack(const std::vector<std::uint16_t>& values, bool quiet) {
+  packed.push_back(PackValues(values, quiet));
+  return packed.size() - 1;
+}
+
+std::map<std::size_t, std::size_t> ReportViews::OfAScans() const {
+  std::map<std::size_t, std::size_t> found;
+  for (std::size_t view = 0; view < views.size(); ++view)
+    if (views[view].contains("ascans"))
+      found.emplace(views[view]["group"].get<std::size_t>(), view);
+  return found;
+}
+
+std::map<std::size_t, std::size_t> ReportViews::WithSamples() const {
+  std::map<std::size_t, std::size_t> found = OfAScans();
+  std::erase_if(found, [&](const auto& view) { return views[view.second]["ascans"].is_null(); });
+  return found;
+}
+
+Json AxisJson(const AxisScale& axis, const char* plainUnit) {
+  return {{"unit", axis.symbol.empty() ? plainUnit : axis.symbol},
+          {"plain", axis.symbol.empty()},
+          {"first", axis.first},
+          {"step", axis.step},
+          {"quantity", axis.quantity}};
+}
 
 ReportViews MakeViews(const Inspection& inspection, std::uint64_t sampleLimit, bool quiet) {
   return ViewMaker(inspection, sampleLimit, quiet).Make();

@@ -23,11 +23,12 @@ constexpr const char* editExplanation =
     R"(SELECTOR is the number of a group in the order of the file, from 0, or its ids (channel=0,
 or gate=1,channel=0) that match exactly one. 'info' and 'material' need none; a data group
 is named as 'render' names it. Without KEY=VALUE, the group's fields are shown with their
-keys, units and ranges, and nothing is written. Values are in the units shown.
+keys, units and ranges, and nothing is written. Values are in the units shown. A default is
+what stands in for a value that the file lacks, and no measurement.
 
-What repeats a value follows it: a channel has one sound speed, which its data groups take;
-a part thickness, and angles of a channel or sub-channel, go to the data groups that had the
-same.
+What repeats a value follows it: a channel has one sound speed, which its data groups take,
+and is one of TOFD or not (tofd); a part thickness, a probe separation, and angles of a
+channel or sub-channel, go to the data groups that had the same.
 
 A change is appended to the last file (append), or written as the next numbered companion
 (companion). General information is changed in a whole new file only (new).
@@ -144,10 +145,12 @@ GroupHandle Choose(Inspection& inspection,
   })];
 }
 
-std::string FieldsText(const Fields& fields) {
+std::string FieldsText(const GroupHandle& group) {
   TextTable table({"key", "value", "range"});
-  for (const Field& field : EditableIn(fields))
-    table.Add({field.Key(), field.Show(), field.Range()});
+  for (const Field& field : EditableIn(group.Values()))
+    table.Add({field.Key(),
+               field.Show() + (group.IsDefault(field.Key()) ? " (default)" : ""),
+               field.Range()});
   return table.Text();
 }
 
@@ -159,14 +162,18 @@ Json ValueJson(const SCFile::FieldInfo& field, const FieldValue& value) {
   return static_cast<std::int64_t>(number);
 }
 
-Json FieldsJson(const EditOptions& options, const Fields& fields) {
-  Json values = Json::object();
-  for (const Field& field : EditableIn(fields))
+Json FieldsJson(const EditOptions& options, const GroupHandle& group) {
+  const Fields fields = group.Values();
+  Json values = Json::object(), defaults = Json::array();
+  for (const Field& field : EditableIn(fields)) {
     values[field.Key()] = ValueJson(field.Info(), field.Value());
+    if (group.IsDefault(field.Key())) defaults.push_back(field.Key());
+  }
   return {{"path", options.file},
           {"group", options.group},
           {"ids", IdsJson(fields)},
-          {"values", values}};
+          {"values", values},
+          {"defaults", defaults}};
 }
 
 /// An unknown key lists those that there are.
@@ -176,7 +183,7 @@ std::vector<FieldChange> Change(const GroupHandle& group, const EditWords& words
   } catch (const Error& error) {
     for (const auto& [key, text] : words.values) {
       if (key != error.What()) continue;
-      if (!group.Type().Find(key)) PrintResult(FieldsText(group.Values()));
+      if (!group.Type().Find(key)) PrintResult(FieldsText(group));
       throw CLI::ValidationError(key, error.Why());
     }
     throw;
@@ -188,7 +195,7 @@ void ReportEdit(const EditOptions& options,
                 const std::vector<FieldChange>& changes,
                 const std::string& written) {
   if (options.json) {
-    Json result = FieldsJson(options, group.Values());
+    Json result = FieldsJson(options, group);
     result["changes"] = Json::array();
     for (const FieldChange& change : changes) {
       Json entry = {{"key", change.field->key},
@@ -224,8 +231,8 @@ void Edit(const EditOptions& options) {
   Inspection inspection = OpenInspection(options.file);
   const GroupHandle group = Choose(inspection, options, type, words.selector);
   if (words.values.empty())
-    return PrintResult(options.json ? FieldsJson(options, group.Values()).dump(2) + "\n"
-                                    : FieldsText(group.Values()));
+    return PrintResult(options.json ? FieldsJson(options, group).dump(2) + "\n"
+                                    : FieldsText(group));
   const std::vector<FieldChange> changes = Change(group, words);
   if (changes.empty()) return ReportEdit(options, group, changes, "");
   if (!type.isModified && !options.output.IsNewFile())

@@ -52,6 +52,7 @@ struct RenderOptions {
   bool samplesGiven = false;
   std::string palette;
   bool straighten = false;
+  std::string relativeTo;
   bool force = false;
   bool quiet = false;
   bool json = false;
@@ -93,7 +94,8 @@ Rendering RenderAScan(const Groups& groups, const RenderOptions& options) {
                                 options.gain,
                                 options.Samples(),
                                 options.limits,
-                                options.quiet});
+                                options.quiet,
+                                options.relativeTo == "dac"});
   nlohmann::ordered_json gates = nlohmann::ordered_json::array();
   for (const GateBar& gate : scan.plot.gates)
     gates.push_back(
@@ -107,6 +109,7 @@ Rendering RenderAScan(const Groups& groups, const RenderOptions& options) {
       {"across", AxisFacts(scan.plot.across)},
       {"values", {{"unit", "%"}, {"low", scan.plot.low}, {"high", scan.plot.high}}},
       {"gates", std::move(gates)}};
+  if (scan.decibelsToDac) facts["strongest"]["decibels_to_dac"] = *scan.decibelsToDac;
   return {Draw(scan.plot, Font()), scan.plot.title, scan.plot.notes, std::move(facts)};
 }
 
@@ -288,6 +291,7 @@ void CheckOptions(const RenderOptions& options) {
   check("--column", options.column.has_value(), view.Has(takesColumn));
   check("--samples", options.samplesGiven, view.Has(hasSampleAxis));
   check("--palette", !options.palette.empty(), !view.Has(isCurve));
+  check("--relative-to", !options.relativeTo.empty(), view.Has(isCurve));
   check("--straighten", options.straighten, view.Has(isSection));
 }
 
@@ -390,6 +394,11 @@ void AddRenderVerb(CLI::App& program) {
                 options->straighten,
                 "Move each A-scan of a TOFD B- or D-scan so that its lateral wave lies where the "
                 "separation of the probes has it");
+  verb.add_option("--relative-to",
+                  options->relativeTo,
+                  "dac: show the echo of an A-scan that lies highest over the DAC curve of the "
+                  "channel, with its level relative to it")
+      ->check(CLI::IsMember({"dac"}));
   verb.add_option("--from",
                   options->limits.from,
                   "Half path in mm from which samples are shown, and the strongest echo is looked "

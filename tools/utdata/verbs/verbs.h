@@ -7,6 +7,7 @@
 namespace utdata::program {
 
 void AddAdoptVerb(CLI::App& program);
+void AddCalibrateVerb(CLI::App& program);
 void AddCompletionVerb(CLI::App& program);
 void AddDemoVerb(CLI::App& program);
 void AddEditVerb(CLI::App& program);

@@ -8,7 +8,8 @@ function moveTo(row, column, sample) {
   const {view} = state;
   state.row = inside(row, view.rows.quantity);
   state.column = inside(column, view.columns.quantity);
-  if (hasAScans()) state.sample = inside(sample ?? strongestSample(state.row, state.column), view.samples.quantity);
+  state.sample = hasAScans() ? inside(sample ?? strongestSample(state.row, state.column), view.samples.quantity) : sample;
+  state.seen = null;
   if (isDrawing) return;
   isDrawing = true;
   requestAnimationFrame(() => {
@@ -18,6 +19,12 @@ function moveTo(row, column, sample) {
   showReadout();
 }
 
+function moveToStrongestOfChannel() {
+  const end = projectionOf(state.view)?.end, sizeAt = pixel => Math.abs(end.percents[pixel]);
+  if (!end || state.layer.gate !== undefined) return;
+  moveToPixel('end', end.percents.reduce((best, _, pixel) => sizeAt(pixel) > (sizeAt(best) || 0) ? pixel : best, 0));
+}
+
 function moveToStrongest() {
   const {strongest} = state.layer, columns = state.view.columns.quantity;
   moveTo(Math.floor(strongest / columns), strongest % columns);
@@ -25,7 +32,8 @@ function moveToStrongest() {
 
 // Which cell a place on each picture means; the C-scan's cursor stands at the strongest echo of its A-scan.
 const targets = {
-  cscan: (across, down) => [down(state.view.rows), across(state.view.columns), null],
+  cscan: (across, down) => alongOf(state.view) === 'rows' ? [across(state.view.rows), down(state.view.columns), null]
+                                                          : [down(state.view.rows), across(state.view.columns), null],
   bscan: (across, down) => alongOf(state.view) === 'rows' ? [across(state.view.rows), state.column, down(state.view.samples)]
                                                           : [state.row, across(state.view.columns), down(state.view.samples)],
   ascan: across => [state.row, state.column, across(state.view.samples)],
@@ -36,8 +44,13 @@ const steps = {
   ascan: {ArrowLeft: [0, 0, -1], ArrowRight: [0, 0, 1], ArrowUp: [0, -1, 0], ArrowDown: [0, 1, 0], PageUp: [-1, 0, 0], PageDown: [1, 0, 0]},
 };
 
-// The axes of each picture; amplitudes are none that can be zoomed.
-const axesOf = name => ({cscan: ['columns', 'rows'], bscan: [alongOf(state.view), 'samples'], ascan: ['samples', null]})[name];
+// The axes of each picture, and how many cells they have; amplitudes are none that can be zoomed.
+const axesOf = name => ({cscan: cscanAxes(state.view), bscan: [alongOf(state.view), 'samples'], ascan: ['samples', null], ...partAxes})[name];
+function cellsOf(axis) {
+  if (state.view[axis]) return state.view[axis].quantity;
+  const projection = projectionOf(state.view);
+  return Math.max(...partsOf(projection).map(name => scalesOf(projection, name)[axis]?.quantity ?? 0));
+}
 
 // Where the mouse is on a picture, in parts of its sides.
 function placeOn(name, event) {
@@ -46,6 +59,7 @@ function placeOn(name, event) {
 }
 
 function follow(name, event) {
+  if (partAxes[name]) return followProjection(name, event);
   const [across, down] = placeOn(name, event);
   const cell = (place, axis, {from, to}) => inside(Math.floor((from + place * (to - from)) * axis.quantity), axis.quantity);
   const shownOf = axis => state.shown[Object.keys(state.shown).find(key => state.view[key] === axis)];
@@ -57,7 +71,7 @@ function follow(name, event) {
 const leastCells = 4;
 
 function show(name, from, length) {
-  const least = Math.min(1, leastCells / state.view[name].quantity), size = Math.min(1, Math.max(least, length));
+  const least = Math.min(1, leastCells / cellsOf(name)), size = Math.min(1, Math.max(least, length));
   const start = Math.min(1 - size, Math.max(0, from));
   state.shown[name] = {from: start, to: start + size};
 }
@@ -67,7 +81,7 @@ function zoom(name, place, factor) {
   axesOf(name).forEach((axis, side) => {
     if (!axis) return;
     const {from, to} = state.shown[axis], at = from + place[side] * (to - from);
-    const least = Math.min(1, leastCells / state.view[axis].quantity);
+    const least = Math.min(1, leastCells / cellsOf(axis));
     const size = Math.min(1, Math.max(least, (to - from) * factor));
     show(axis, at - place[side] * size, size);
   });
@@ -82,7 +96,7 @@ function drag(name, moved, shown) {
 }
 
 function showWhole() {
-  for (const name of Object.keys(state.shown)) state.shown[name] = Plots.whole;
+  showAll();
   draw();
 }
 
@@ -115,17 +129,22 @@ function listenToMouse(name, canvas) {
   canvas.addEventListener('dblclick', showWhole);
 }
 
-// ---- the sector scan: another beam is another view, at the same cell
-
-function moveToBeam(index, sample) {
-  const {beams} = sectorOf(state.view), {row, column} = state, label = state.layer.label;
-  const view = facts.views[beams[inside(index, beams.length)].view];
+// Of another beam of the channel, which is another view; it is shown as this one is.
+function moveToSample(view, row, column, sample) {
+  const {label} = state.layer;
   if (view !== state.view) {
     useView(view);
     const same = view.layers.findIndex(layer => layer.label === label);
     if (same >= 0) useLayer(same);
   }
   moveTo(row, column, sample);
+}
+
+// ---- the sector scan: another beam at the same cell
+
+function moveToBeam(index, sample) {
+  const {beams} = sectorOf(state.view);
+  moveToSample(facts.views[beams[inside(index, beams.length)].view], state.row, state.column, sample);
 }
 
 function followSector(event) {
@@ -148,35 +167,45 @@ function setReference() {
   const {view, row, column, sample, reference} = state;
   const isThere = reference && reference.view === view && reference.row === row && reference.column === column &&
                   reference.sample === sample;
-  state.reference = isThere ? null : {view, row, column, sample, percent: hasAScans() ? percentAt(row, column, sample) : 0};
+  state.reference = isThere ? null : {view, row, column, sample, percent: hasAScans() ? percentAt(row, column, sample) : state.seen};
   draw();
 }
 
 // ---- keys and choices
 
+// Where the cursor is on a picture, in parts of its sides.
+function placeOfCursor(name) {
+  const {column: columns, row: rows, sample: samples} = state, cursor = {columns, rows, samples};
+  if (!partAxes[name]) return axesOf(name).map(axis => axis && placeOf(axis, cursor[axis]));
+  const place = placeInPart(state), projection = projectionOf(state.view);
+  return partAxes[name].map(axis => place ? partOfShown(projection, axis, place[axis]) : 0.5);
+}
+
 function press(name, event) {
-  const middle = axesOf(name).map((axis, side) => axis && placeOf(axis, [state.column, state.row, state.sample][
-      ['columns', 'rows', 'samples'].indexOf(axis)]));
+  const middle = placeOfCursor(name), arrow = {ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, -1], ArrowDown: [0, 1]}[event.key];
   if (event.key === 'Home') moveToStrongest();
   else if (event.key === 'r') setReference();
   else if (event.key === '+') zoom(name, middle, 1 / 1.5);
   else if (event.key === '-') zoom(name, middle, 1.5);
   else if (event.key === '0') showWhole();
   else if (event.key === 'Enter') moveTo(state.row, state.column);
-  else if (steps[name][event.key]) {
+  else if (partAxes[name]) {
+    if (!arrow) return;
+    stepOnProjection(name, ...arrow.map(step => step * (event.shiftKey ? 10 : 1)));
+  } else if (steps[name][event.key]) {
     let [rows, columns, samples] = steps[name][event.key].map(step => step === undefined ? step : step * (event.shiftKey ? 10 : 1));
-    if (name === 'bscan' && alongOf(state.view) === 'rows') [rows, columns] = [columns, rows];
+    if (name !== 'ascan' && alongOf(state.view) === 'rows') [rows, columns] = [columns, rows];
     moveTo(state.row + rows, state.column + columns, samples === undefined ? undefined : state.sample + samples);
   } else return;
   event.preventDefault();
 }
 
 function listen() {
-  for (const name of Object.keys(targets)) {
+  for (const name of [...Object.keys(targets), ...Object.keys(partAxes)]) {
     const canvas = byId(name);
     listenToMouse(name, canvas);
     canvas.addEventListener('keydown', event => press(name, event));
-    canvas.setAttribute('aria-label', `${canvas.parentElement.className.split(' ')[0]}; the arrow keys move the cursor`);
+    canvas.setAttribute('aria-label', `${name}; the arrow keys move the cursor`);
   }
   const sector = byId('sector');
   sector.addEventListener('pointermove', event => state.isHeld || followSector(event));
@@ -218,10 +247,12 @@ function setViews(select) {
   }));
 }
 
-// Colours up to the strongest cell of the C-scan.
+// Colours up to the strongest echo of the channel, or of the C-scan of a gate.
 function fitColors() {
-  const {amplitude, data, strongest} = state.layer;
-  if (amplitude) byId('range').value = Math.max(0.1, Math.ceil(10 * Math.abs(percentOf(amplitude, data[strongest]))) / 10);
+  const {amplitude, data, strongest, gate} = state.layer, projection = gate === undefined && projectionOf(state.view);
+  if (!amplitude) return;
+  const largest = projection?.extent ? strongestOfProjection(projection) : Math.abs(percentOf(amplitude, data[strongest]));
+  byId('range').value = Math.max(0.1, Math.ceil(10 * largest) / 10);
 }
 
 function useLayer(index) {
@@ -242,14 +273,17 @@ function useView(view) {
     if (axes[chosen]) byId('axis').value = chosen;
   }
   byId('axis').parentElement.hidden = !view.data;
+  for (const option of byId('levels').options) if (option.value === 'dac') option.hidden = option.disabled = !view.dac;
+  if (choice('levels') === 'dac' && !view.dac) byId('levels').value = 'decibel';
 }
 
 async function showView(index) {
-  const view = facts.views[index], sector = sectorOf(view);
+  const view = facts.views[index], sector = sectorOf(view), projection = projectionOf(view);
   await unpackView(view);
   if (sector) await unpackSector(sector);
+  if (projection) await unpackProjection(projection);
   state.reference = null;
-  for (const name of Object.keys(state.shown)) state.shown[name] = Plots.whole;
+  showAll();
   useView(view);
   fitColors();
   moveToStrongest();
@@ -298,6 +332,7 @@ async function openAtPlace() {
   const view = inside(asked('view') ?? 0, facts.views.length);
   byId('view').value = String(view);
   await showView(view);
+  if (asked('view') === undefined) moveToStrongestOfChannel();
   if (asked('row') === undefined && asked('column') === undefined && asked('sample') === undefined) return;
   moveTo(asked('row') ?? state.row, asked('column') ?? state.column, asked('sample'));
   draw();

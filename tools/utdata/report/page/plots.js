@@ -1,7 +1,7 @@
 'use strict';
 // Pictures on a canvas: an area between its axes, with an image or a curve in it. Knows pixels and numbers, nothing of inspections.
 const Plots = (() => {
-  const ink = '#202024', pale = '#60626a', grid = '#e4e5e9', blue = '#184ea0', red = '#d62828', green = '#28af5a', cyan = '#0096c8';
+  const ink = '#202024', pale = '#60626a', grid = '#e4e5e9', blue = '#184ea0', red = '#d62828', green = '#28af5a', cyan = '#0096c8', violet = '#8a3fb0';
   const font = '12px "DejaVu Sans", "Segoe UI", system-ui, sans-serif';
 
   // 256 colours whose lightness rises evenly between the anchors.
@@ -85,7 +85,7 @@ const Plots = (() => {
       const level = side === 'bottom';
       const part = value => (value - axis.from) / (axis.to - axis.from);
       let before = -Infinity;
-      const shown = marks ?? ticks(axis.from, axis.to, Math.min(12, Math.max(3, (level ? this.width / 80 : this.height / 40))));
+      const shown = marks ?? ticks(axis.from, axis.to, Math.min(12, level ? Math.max(5, this.width / 60) : Math.max(3, this.height / 40)));
       for (const {value, label} of shown) {
         const at = part(value);
         if (!(at >= -1e-9 && at <= 1 + 1e-9)) continue;
@@ -102,6 +102,16 @@ const Plots = (() => {
       }
       if (level) this.text(axis.title, this.x(0.5), this.bottom + 34, 'center', pale);
       else this.upwards(axis.title, side === 'left' ? this.left - 46 : this.right + 44);
+    }
+
+    // Draws within the area only.
+    clipped(drawing) {
+      this.context.save();
+      this.context.beginPath();
+      this.context.rect(this.left, this.top, this.width, this.height);
+      this.context.clip();
+      drawing();
+      this.context.restore();
     }
 
     line(from, to, color = red, dash = []) {
@@ -212,25 +222,26 @@ const Plots = (() => {
     bar.axis('right', axis, {marks});
   }
 
-  // A curve of the values of cells, each at the middle of its cell, between low and high. Where several fall on one pixel it spans
-  // all.
-  function curve(frame, {cells, part}, valueAt, low, high) {
+  // A curve of the values of cells, each at the middle of its cell, between low and high; null interrupts it. Where several fall on
+  // one pixel it spans all.
+  function curve(frame, {cells, part}, valueAt, low, high, color = blue) {
     const context = frame.context;
     const y = value => frame.y(1 - (Math.min(high, Math.max(low, value)) - low) / (high - low));
-    context.save();
-    context.beginPath();
-    context.rect(frame.left, frame.top, frame.width, frame.height);
-    context.clip();
-    context.strokeStyle = blue;
-    context.lineWidth = 1.4;
-    context.lineJoin = 'round';
-    context.beginPath();
-    const first = Math.max(0, Math.floor(part.from * cells) - 1), end = Math.min(cells, Math.ceil(part.to * cells) + 1);
-    for (let cell = first; cell < end; ++cell)
-      context.lineTo(frame.x(((cell + 0.5) / cells - part.from) / (part.to - part.from)), y(valueAt(cell)));
-    context.stroke();
-    context.restore();
+    frame.clipped(() => {
+      context.strokeStyle = color;
+      context.lineWidth = 1.4;
+      context.lineJoin = 'round';
+      context.beginPath();
+      const first = Math.max(0, Math.floor(part.from * cells) - 1), end = Math.min(cells, Math.ceil(part.to * cells) + 1);
+      let isOpen = false;
+      for (let cell = first; cell < end; ++cell) {
+        const value = valueAt(cell), x = frame.x(((cell + 0.5) / cells - part.from) / (part.to - part.from));
+        if (value !== null) isOpen ? context.lineTo(x, y(value)) : context.moveTo(x, y(value));
+        isOpen = value !== null;
+      }
+      context.stroke();
+    });
   }
 
-  return {Frame, palettes, whole, image, paint, colorBar, curve, red, blue, green, cyan, pale};
+  return {Frame, palettes, whole, cellsOfPixel, image, paint, colorBar, curve, red, blue, green, cyan, violet, pale};
 })();

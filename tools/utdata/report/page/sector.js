@@ -88,15 +88,12 @@ function drawSector() {
   frame.axis('left', edges(inChosenLengths(sector.down), 'Depth, unfolded', Plots.whole));
   Plots.colorBar(frame, colors, ...levelAxis({from: rangeOf(), to: 0, title: 'Amplitude (%)'}));
   const place = (axis, value) => ((value - axis.first) / axis.step + 0.5) / axis.quantity;
-  frame.context.save();
-  frame.context.beginPath();
-  frame.context.rect(frame.left, frame.top, frame.width, frame.height);
-  frame.context.clip();
-  for (const {weld, dashed, points} of sector.lines) {
-    const shown = points.map(([x, y]) => [frame.x(place(weld ? across : sector.across, x)), frame.y(place(sector.down, y))]);
-    for (let at = 1; at < shown.length; ++at) frame.line(shown[at - 1], shown[at], weld ? Plots.green : Plots.cyan, dashed ? [5, 4] : []);
-  }
-  frame.context.restore();
+  frame.clipped(() => {
+    for (const {weld, dashed, points} of sector.lines) {
+      const shown = points.map(([x, y]) => [frame.x(place(weld ? across : sector.across, x)), frame.y(place(sector.down, y))]);
+      for (let at = 1; at < shown.length; ++at) frame.line(shown[at - 1], shown[at], weld ? Plots.green : Plots.cyan, dashed ? [5, 4] : []);
+    }
+  });
   const beam = sector.beams[beamOf(sector, state.view)], {sample, reference} = state;
   const cross = (beam, sample, color) =>
       frame.cross(place(sector.across, beam.across[sample] * sector.step), place(sector.down, beam.down[sample] * sector.step), color);
@@ -107,6 +104,6 @@ function drawSector() {
   const leg = beam.leg[sample];
   byId('read-leg').textContent = leg ? `Depth and distance in leg ${leg}` : 'Depth and distance';
   byId('read-place').textContent = leg ? `${length(beam.depth[sample])}, ${length(beam.distance[sample])}` : '–';
-  byId('sector-caption').textContent = `Sector scan of ${sector.beams.length} beams at row ${state.row}, column ${state.column}; the ` +
-                                       `cursor is on the beam at ${number(beam.angle, 1)}°, distances count from its index point`;
+  byId('sector-caption').textContent = `Sector scan of ${sector.beams.length} beams at row ${state.row}, column ${state.column}; ` +
+                                       `cursor on the beam at ${number(beam.angle, 1)}°`;
 }

@@ -29,9 +29,11 @@ async function unpackView(view) {
   if (typeof view.ascans === 'number') view.data ??= await unpack(view.ascans, view.signed);
 }
 
-// `reference`: where the second cursor stands, in which view, and how strong it is there; or null. `shown`: which part of each axis the pictures show.
-const state = {view: null, layer: null, row: 0, column: 0, sample: 0, isHeld: false, reference: null,
-               shown: {rows: Plots.whole, columns: Plots.whole, samples: Plots.whole}};
+// `seen`: how strong the echo at the cursor is where a picture of the part says so, or null. `reference`: where the second cursor
+// stands, in which view, and how strong it is there; or null. `shown`: which part of each axis the pictures show.
+const state = {view: null, layer: null, row: 0, column: 0, sample: 0, isHeld: false, seen: null, reference: null, shown: {}};
+const showAll = () => ['rows', 'columns', 'samples', 'across', 'along', 'depth'].forEach(axis => state.shown[axis] = Plots.whole);
+showAll();
 const choice = id => byId(id).value;
 // With the digits that a tenth of a step has.
 function number(value, step) {
@@ -48,11 +50,30 @@ function percentOf(amplitude, value) {
 function decibelsOf(percent) {
   return facts.decibels.full + facts.decibels.perDecade * Math.log10(Math.abs(percent) / 100);
 }
-const decibelMarks = () => [0, -3, -6, -9, -12, -18, -24, -30, -40].map(level => ({
-  value: 100 * 10 ** ((level - facts.decibels.full) / facts.decibels.perDecade), label: String(level)}));
+const percentOfLevel = level => 100 * 10 ** ((level - facts.decibels.full) / facts.decibels.perDecade);
+const decibelMarks = () => [0, -3, -6, -9, -12, -18, -24, -30, -40].map(level => ({value: percentOfLevel(level), label: String(level)}));
 function levelText(percent) {
   if (choice('levels') === 'percent') return percent.toFixed(1) + ' %';
   return percent === 0 ? '−∞ dB' : decibelsOf(percent).toFixed(1) + ' dB';
+}
+// The channel's distance-amplitude curve at a sample, in dB of full scale; null outside of it.
+function dacAt(view, sample) {
+  const points = view.dac?.points ?? [], after = points.findIndex(([place]) => place >= sample);
+  if (after < 0 || points[0][0] > sample) return null;
+  const [to, end] = points[after], [from, begin] = points[Math.max(0, after - 1)];
+  return to === from ? end : begin + (end - begin) * (sample - from) / (to - from);
+}
+// How strong a sample is: above the channel's curve where that is chosen, else of full scale. A number in dB, or null.
+const isRelative = view => choice('levels') === 'dac' && Boolean(view.dac);
+function relativeLevel({view, sample}, percent) {
+  if (!percent) return null;
+  const level = isRelative(view) ? dacAt(view, sample) : 0;
+  return level === null ? null : decibelsOf(percent) - level;
+}
+function sampleLevelText(cursor, percent) {
+  if (!isRelative(cursor.view)) return levelText(percent);
+  const level = relativeLevel(cursor, percent);
+  return level === null ? 'no DAC here' : `${level > 0 ? '+' : ''}${level.toFixed(1)} dB to DAC`;
 }
 // An axis of the file in the chosen unit of length.
 function inChosenLengths(axis) {
@@ -75,7 +96,8 @@ function depthAt(view, sample) {
   const depth = view.tofdDepths[sample];
   if (depth === null) return null;
   const next = view.tofdDepths[sample + 1] ?? view.tofdDepths[sample - 1] ?? depth;
-  return [inChosenLengths({unit: 'mm', first: depth, step: Math.abs(next - depth)}), 0];
+  const finest = 1;  // tenths of it are what the unit of these depths prints
+  return [inChosenLengths({unit: 'mm', first: depth, step: Math.max(Math.abs(next - depth), finest)}), 0];
 }
 function soundAxes(view) {
   const axes = {time: {axis: view.samples, title: view.samples.unit === 'µs' ? 'Time of flight' : 'Sound path'}};
@@ -133,14 +155,14 @@ function showDifferences() {
   const show = (name, here, there) => byId('difference-' + name).textContent = differenceText(here, there);
   show('row', [inChosenLengths(view.rows), row], [inChosenLengths(reference.view.rows), reference.row]);
   show('column', [inChosenLengths(view.columns), column], [inChosenLengths(reference.view.columns), reference.column]);
+  const percent = hasAScans() ? percentAt(row, column, sample) : state.seen;
+  const level = relativeLevel(state, percent), other = relativeLevel(reference, reference.percent);
+  byId('difference-amplitude').textContent = level === null || other === null ? '–' : (level - other).toFixed(1) + ' dB';
   if (!hasAScans()) return;
   const {path} = soundAxes(view), there = soundAxes(reference.view).path;
   show('time', [view.samples, sample], [reference.view.samples, reference.sample]);
   show('path', path && [path.axis, sample], there && [there.axis, reference.sample]);
   show('depth', depthAt(view, sample), depthAt(reference.view, reference.sample));
-  const percent = percentAt(row, column, sample);
-  byId('difference-amplitude').textContent =
-      percent && reference.percent ? (decibelsOf(percent) - decibelsOf(reference.percent)).toFixed(1) + ' dB' : '–';
 }
 
 function showReadout() {
@@ -150,6 +172,7 @@ function showReadout() {
   byId('read-layer-name').textContent = layer.label;
   byId('read-layer').textContent = layerText(layer, cellOf(row, column));
   showDifferences();
+  showPlace();
   if (!hasAScans()) return;
   const axes = soundAxes(view);
   byId('read-sample').textContent = sample;
@@ -158,7 +181,7 @@ function showReadout() {
   const depth = depthAt(view, sample);
   byId('read-depth').textContent = depth ? textAt(...depth) : '–';
   const isDamaged = view.isDamaged?.[cellOf(row, column)];
-  byId('read-amplitude').textContent = isDamaged ? 'damaged' : levelText(percentAt(row, column, sample));
+  byId('read-amplitude').textContent = isDamaged ? 'damaged' : sampleLevelText(state, percentAt(row, column, sample));
   byId('read-value').textContent = isDamaged ? 'damaged' : valueAt(row, column, sample);
 }
 
@@ -192,25 +215,30 @@ function cscanScale() {
           axis: [{from: at(axis, largest), to: at(axis, 0), title: `Position (${axis.unit})`}]};
 }
 
+// Along which axis the samples are shown: along the rows, as a D-scan, where there is one column only. The C-scan lies alike.
+const alongOf = view => view.columns.quantity === 1 && view.rows.quantity > 1 ? 'rows' : 'columns';
+const cscanAxes = view => alongOf(view) === 'rows' ? ['rows', 'columns'] : ['columns', 'rows'];
+const scanTitles = {columns: 'Scan position', rows: 'Index position'};
+
 function drawCScan() {
-  const {view, layer} = state, frame = frames.cscan = new Plots.Frame(byId('cscan'), {right: 110});
+  const {view, layer} = state, canvas = byId('cscan'), [acrossName, downName] = cscanAxes(view), isTurned = acrossName === 'rows';
+  canvas.style.height = isTurned ? '120px' : '';
+  const frame = frames.cscan = new Plots.Frame(canvas, {right: 110});
   const scale = cscanScale(), colors = paletteOf(Plots.palettes.heat);
-  const across = shownOf('columns'), down = shownOf('rows');
+  const across = shownOf(acrossName), down = shownOf(downName);
+  const cellAt = (x, y) => isTurned ? cellOf(x, y) : cellOf(y, x);
   const key = JSON.stringify([frame.width, frame.height, rangeOf(), choice('palette'), across, down]);
   if (layer.pictureKey !== key) {
-    layer.picture = Plots.image(frame, across, down, (column, row) => scale.place(cellOf(row, column)), colors, false,
-                                layer.isDamaged && ((column, row) => layer.isDamaged[cellOf(row, column)]));
+    layer.picture = Plots.image(frame, across, down, (x, y) => scale.place(cellAt(x, y)), colors, false,
+                                layer.isDamaged && ((x, y) => layer.isDamaged[cellAt(x, y)]));
     layer.pictureKey = key;
   }
   Plots.paint(frame, layer.picture);
-  frame.axis('bottom', edges(inChosenLengths(view.columns), 'Scan position', across.part));
-  frame.axis('left', edges(inChosenLengths(view.rows), 'Index position', down.part));
+  frame.axis('bottom', edges(inChosenLengths(view[acrossName]), scanTitles[acrossName], across.part));
+  if (!isTurned) frame.axis('left', edges(inChosenLengths(view[downName]), scanTitles[downName], down.part));
   Plots.colorBar(frame, colors, ...scale.axis);
-  drawCursors(frame, 'columns', 'rows');
+  drawCursors(frame, acrossName, downName);
 }
-
-// Along which axis the samples are shown: along the rows, as a D-scan, where there is one column only.
-const alongOf = view => view.columns.quantity === 1 && view.rows.quantity > 1 ? 'rows' : 'columns';
 
 function drawBScan() {
   const {view, row: shownRow, column: shownColumn} = state, along = alongOf(view), isD = along === 'rows';
@@ -226,7 +254,7 @@ function drawBScan() {
     view.pictureKey = key;
   }
   Plots.paint(frame, view.picture);
-  frame.axis('bottom', edges(inChosenLengths(view[along]), isD ? 'Index position' : 'Scan position', across.part));
+  frame.axis('bottom', edges(inChosenLengths(view[along]), scanTitles[along], across.part));
   frame.axis('left', chosenSoundAxis(view));
   const levels = levelAxis({from: range, to: view.wave ? -range : 0, title: 'Amplitude (%)'});
   Plots.colorBar(frame, colors, ...view.wave ? levels.slice(0, 1) : levels);
@@ -251,15 +279,32 @@ function drawGate(frame, gate, low, high) {
   }
 }
 
+// On both sides of zero where the samples are.
+function drawDac(frame, samples, low, high) {
+  const {view} = state;
+  if (!view.dac) return;
+  const percentOfDac = sample => {
+    const level = dacAt(view, sample);
+    return level === null ? null : percentOfLevel(level);
+  };
+  for (const sign of hasSign(view) ? [1, -1] : [1])
+    Plots.curve(frame, samples, sample => percentOfDac(sample) && sign * percentOfDac(sample), low, high, Plots.violet);
+  const [[place, level]] = view.dac.points, start = placeOf('samples', place), percent = percentOfDac(Math.ceil(place)) ?? 0;
+  if (start < 0 || start > 1 || !Number.isFinite(level)) return;
+  frame.text('DAC', frame.x(start) + 4, frame.y(1 - (Math.min(high, percent) - low) / (high - low)) - 6, 'left', Plots.violet);
+}
+
 function drawAScan() {
   const {view, row, column} = state, samples = shownOf('samples');
   const frame = frames.ascan = new Plots.Frame(byId('ascan'), {right: 56});
   const levels = view.gates.flatMap(gate => [gate.above, gate.below]);
-  const high = Math.min(100, Math.max(rangeOf(), ...levels) * 1.05), low = hasSign(view) ? -high : 0;
+  const highestDac = Math.max(0, ...(view.dac?.points ?? []).map(([, level]) => percentOfLevel(level)));
+  const high = Math.min(100, Math.max(rangeOf(), highestDac, ...levels) * 1.05), low = hasSign(view) ? -high : 0;
   const values = {from: high, to: low, title: 'Amplitude (%)'};
   frame.axis('bottom', chosenSoundAxis(view), {lines: true});
   frame.axis('left', values, {lines: true});
   frame.axis('right', {...values, title: 'Level (dB)'}, {marks: decibelMarks()});
+  drawDac(frame, samples, low, high);
   Plots.curve(frame, samples, sample => percentAt(row, column, sample), low, high);
   for (const gate of view.gates) drawGate(frame, gate, low, high);
   frame.outline();
@@ -276,4 +321,5 @@ function draw() {
     drawAScan();
   }
   drawSector();
+  drawProjections();
 }
