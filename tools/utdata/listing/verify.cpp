@@ -81,7 +81,8 @@ Verdict VerifyBytes(const std::string& path, bool quiet) {
   }
   ThrowIfInterrupted();
   // That is no fault of the file.
-  if (verdict.status == SCFile::status_TooLarge && SCFile::file_LastError() == "out of memory")
+  if (verdict.status == SCFile::status_TooLarge &&
+      SCFile::file_LastError().ends_with(os::ErrorText(os::Error::NoMemory)))
     throw std::bad_alloc();
   if (verdict.status == SCFile::status_Ok) {
     CheckDefects(verdict);

@@ -2,32 +2,56 @@
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
+#include FT_MODULE_H
 
+#include <cstdlib>
 #include <new>
 
 #include "pictures/font_data.h"
 #include "terminal/text.h"
 
 namespace utdata::program {
-namespace {
+
+/// The library's memory. It takes some failures for a table that a typeface lacks, and draws
+/// without it: whether one was met is kept.
+struct Font::Memory : FT_MemoryRec_ {
+  Memory() : FT_MemoryRec_{&hasFailed, Allocate, Free, Reallocate} {}
+
+  bool hasFailed = false;
+
+ private:
+  static void* Noted(FT_Memory memory, void* block, long size) {
+    if (!block && size > 0) *static_cast<bool*>(memory->user) = true;
+    return block;
+  }
+  static void* Allocate(FT_Memory memory, long size) {
+    return Noted(memory, std::malloc(static_cast<std::size_t>(size)), size);
+  }
+  static void Free(FT_Memory, void* block) { std::free(block); }
+  static void* Reallocate(FT_Memory memory, long, long size, void* block) {
+    return Noted(memory, std::realloc(block, static_cast<std::size_t>(size)), size);
+  }
+};
 
 /// A picture without a part of its texts is no picture. The typeface is the program's own: only
 /// memory can be missing, whatever the library calls that.
-void Check(FT_Error error) {
-  if (error != FT_Err_Ok) throw std::bad_alloc();
+void Font::Check(int error) const {
+  if (error != FT_Err_Ok || m_memory->hasFailed) throw std::bad_alloc();
 }
 
-}  // namespace
-
-void Font::Release::operator()(FT_LibraryRec_* library) const { FT_Done_FreeType(library); }
+void Font::Release::operator()(Memory* memory) const { delete memory; }
+void Font::Release::operator()(FT_LibraryRec_* library) const { FT_Done_Library(library); }
 void Font::Release::operator()(FT_FaceRec_* face) const { FT_Done_Face(face); }
 
-Font::Font() {
+Font::Font() : m_memory(new Memory) {
   const std::span<const std::byte> data = FontData();
   FT_Library library = nullptr;
   FT_Face face = nullptr;
-  Check(FT_Init_FreeType(&library));
+  Check(FT_New_Library(m_memory.get(), &library));
   m_library.reset(library);
+  FT_Add_Default_Modules(library);
+  FT_Set_Default_Properties(library);
+  Check(FT_Err_Ok);
   Check(FT_New_Memory_Face(library,
                            reinterpret_cast<const FT_Byte*>(data.data()),
                            static_cast<FT_Long>(data.size()),

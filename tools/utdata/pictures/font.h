@@ -35,16 +35,22 @@ class Font {
   void Draw(Canvas& canvas, Point base, std::string_view text, const TextStyle& style) const;
 
  private:
+  struct Memory;
   struct Release {
+    void operator()(Memory* memory) const;
     void operator()(FT_LibraryRec_* library) const;
     void operator()(FT_FaceRec_* face) const;
   };
+
+  /// Throws std::bad_alloc when a call of the library failed, or went on without memory.
+  void Check(int error) const;
 
   /// Calls visit(x) for each glyph, rendered in the face's slot, `x` pixels behind the text's
   /// start. Returns the text's width.
   template <class Visitor>
   int ForEachGlyph(std::string_view text, int size, Visitor&& visit) const;
 
+  std::unique_ptr<Memory, Release> m_memory;  // outlives the library
   std::unique_ptr<FT_LibraryRec_, Release> m_library;
   std::unique_ptr<FT_FaceRec_, Release> m_face;
 };
