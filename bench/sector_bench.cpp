@@ -1,5 +1,5 @@
-// Views of beams in the part: a sector scan of 60 beams of 2,000 samples, and top, side and end views
-// of a quarter of a gibibyte, measured in passes over the same memory.
+// Views of beams in the part: a sector scan of 60 beams of 2,000 samples, and top, side and end
+// views of a quarter of a gibibyte, measured in passes over the same memory.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>

@@ -98,8 +98,8 @@ class Layout {
     if (m_plot.marked) DrawPointers(canvas, *m_plot.marked);
   }
 
-  /// Calls `draw` with each pixel of the image, and whether `cells` has 1 there. Where several cells
-  /// fall on one pixel, one of them does.
+  /// Calls `draw` with each pixel of the image, and whether `cells` has 1 there. Where several
+  /// cells fall on one pixel, one of them does.
   template <class DrawPixel>
   void ForPixels(const std::vector<std::uint8_t>& cells, const DrawPixel& draw) const {
     const std::vector<std::uint8_t> marked = Resample(cells,
