@@ -152,7 +152,8 @@ class Layout {
   void DrawLineLabel(Canvas& canvas, const PlotLine& line) const {
     const int width = m_font.Width(line.label, tickSize);
     const auto [endX, endY] = PixelOf(line.points.back());
-    const int right = std::clamp(static_cast<int>(endX), m_image.left + width, m_image.Right()) - 4;
+    const int right =
+        std::max(std::min(static_cast<int>(endX), m_image.Right()), m_image.left + width) - 4;
     const int base = static_cast<int>(endY) - 4;
     if (base - tickSize < m_image.top || base > m_image.Bottom()) return;
     canvas.Fill({right - width - 3, base - tickSize + 1, width + 6, tickSize + 3}, paper);

@@ -139,9 +139,9 @@ void DrawUpwards(Canvas& canvas,
                  const Rect& area,
                  const std::string& title) {
   const int length = font.Width(title, axisSize);
-  const int middle = std::clamp(area.top + area.height / 2,
-                                area.top + length / 2,
-                                std::max(area.top, canvas.Height()) - length / 2);
+  // One that is longer than the picture begins below the head, and is cut off.
+  const int lowest = canvas.Height() - length / 2;
+  const int middle = std::max(std::min(area.top + area.height / 2, lowest), area.top + length / 2);
   font.Draw(canvas, {baseline, middle}, title, {axisSize, ink, Anchor::Middle, true});
 }
 
