@@ -272,6 +272,7 @@ void ReadLines(const ProjectedBeam& placed,
   const DataGroup& group = placed.beam.group;
   const CellTable& table = DataGroupInside::Cells(group);
   const std::size_t shown = placed.offsets.size();
+  if (shown == 0) return;  // of this beam alone: no sample lies between the half paths
   WithValues(group.Descriptor(), [&](const auto& values) {
     using Values = std::remove_cvref_t<decltype(values)>;
     using Raw = typename Values::Raw;

@@ -191,6 +191,19 @@ TEST_F(ProjectionTest, TakesEachColumnOfLongAScansOnce) {
     EXPECT_NEAR(strongest[column], 10 + column, 1e-3) << column;
 }
 
+// The first beam ends after 3 mm.
+TEST_F(ProjectionTest, LeavesOutABeamThatEndsBeforeTheLimits) {
+  const Inspection inspection = Make(Noise(), [](CGDataTypeFDD& record) {
+    if (record.subChannelId == 1) record.soundSpeed = 500;
+  });
+  for (const PartView wanted : {PartView::Top, PartView::Side, PartView::End}) {
+    const ProjectionView view = MakeProjection(inspection.Masters(), wanted, {.from = 5});
+    EXPECT_EQ(view.beams.size(), 3U);
+    for (const ProjectionView::Source& source : view.pixels) EXPECT_NE(source.beam, 0U);
+    EXPECT_TRUE(view.Strongest());
+  }
+}
+
 TEST_F(ProjectionTest, RefusesWhatHasNoPlaceInThePart) {
   struct Case {
     std::function<void(CGDataTypeFDD&)> change;

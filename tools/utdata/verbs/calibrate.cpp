@@ -140,12 +140,7 @@ void ReportCalibration(const CalibrateOptions& options,
     return PrintResult(result.dump(2) + "\n");
   }
   if (options.quiet) return;
-  std::string text;
-  for (const FieldChange& change : changes)
-    text += change.group + ": " +
-            Printable(std::string(change.field->key) + " " + change.shownBefore + " -> " +
-                      change.shownAfter) +
-            "\n";
+  std::string text = ChangesText(changes);
   if (!written.empty()) text += "written to " + Printable(written) + "\n";
   if (!found.isNeeded) text += "the sample offset is right already; nothing is written\n";
   PrintResult(CalibrationText(group, found) + text);

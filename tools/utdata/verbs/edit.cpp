@@ -208,15 +208,9 @@ void ReportEdit(const EditOptions& options,
     return PrintResult(result.dump(2) + "\n");
   }
   if (options.quiet) return;
-  std::string text;
-  for (const FieldChange& change : changes)
-    text += change.group + ": " +
-            Printable(std::string(change.field->key) + " " + change.shownBefore + " -> " +
-                      change.shownAfter) +
-            "\n";
-  PrintResult(text + (written.empty()
-                          ? group.Name() + ": has these values already; nothing is written\n"
-                          : "written to " + Printable(written) + "\n"));
+  PrintResult(ChangesText(changes) +
+              (written.empty() ? group.Name() + ": has these values already; nothing is written\n"
+                               : "written to " + Printable(written) + "\n"));
 }
 
 void Edit(const EditOptions& options) {

@@ -95,6 +95,16 @@ std::string Save(Inspection& inspection, const ChangeOutput& output) {
   return output.path;
 }
 
+std::string ChangesText(const std::vector<FieldChange>& changes) {
+  std::string text;
+  for (const FieldChange& change : changes)
+    text += change.group + ": " +
+            Printable(std::string(change.field->key) + " " + change.shownBefore + " -> " +
+                      change.shownAfter) +
+            "\n";
+  return text;
+}
+
 void CheckNotInput(const Inspection& inspection, const std::string& path) {
   for (const std::string& file : inspection.Files()) {
     std::error_code ignored;

@@ -3,7 +3,9 @@
 
 #include <CLI/CLI.hpp>
 #include <string>
+#include <vector>
 
+#include "utdata/edits.h"
 #include "utdata/inspection.h"
 
 namespace utdata::program {
@@ -51,6 +53,9 @@ void SaveNew(Inspection& inspection,
 
 /// Saves what has changed where the user wants it. @return the path of the file written
 std::string Save(Inspection& inspection, const ChangeOutput& output);
+
+/// What was edited, a line a field: "data group 0: partThickness 0 mm -> 20 mm".
+[[nodiscard]] std::string ChangesText(const std::vector<FieldChange>& changes);
 
 /// Fails when `path` is one of the inspection's own files, which must outlive what is made of them.
 void CheckNotInput(const Inspection& inspection, const std::string& path);
